@@ -1,0 +1,47 @@
+# How every target of the project is compiled, and how a folder of src/ becomes an object library.
+
+if(PROJECT_IS_TOP_LEVEL)
+    find_program(ZELVANO_CCACHE ccache)
+    if(ZELVANO_CCACHE)
+        set(CMAKE_CXX_COMPILER_LAUNCHER "${ZELVANO_CCACHE}")
+    endif()
+endif()
+
+# Private options: nothing of this reaches a host that links the libraries.
+function(zelvano_compile_options target)
+    set_target_properties(${target} PROPERTIES
+        CXX_STANDARD 20 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF
+        CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
+        POSITION_INDEPENDENT_CODE ON AUTOMOC ON)
+    target_compile_options(${target} PRIVATE
+        -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast
+        -Wcast-align -Wunused -Wimplicit-fallthrough
+        $<$<BOOL:${ZELVANO_WERROR}>:-Werror>)
+    target_compile_definitions(${target} PRIVATE
+        QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY QT_NO_URL_CAST_FROM_STRING
+        QT_NO_KEYWORDS QT_NO_FOREACH QT_STRICT_ITERATORS QT_NO_NARROWING_CONVERSIONS_IN_CONNECT)
+    if(ZELVANO_SANITIZE)
+        target_compile_options(${target} PRIVATE -fsanitize=${ZELVANO_SANITIZE} -fno-omit-frame-pointer)
+        target_link_options(${target} PRIVATE -fsanitize=${ZELVANO_SANITIZE})
+    endif()
+endfunction()
+
+# zelvano_folder(<target> <library> LINKS <targets this folder may include from>... [FILES <file>...])
+#
+# All sources of the calling folder, or those given, as one object library of <library>. Headers are included by
+# their bare name, and only the folders linked here are on the include path: a wrong include does not compile.
+function(zelvano_folder target library)
+    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "LINKS;FILES;EXCEPT")
+    if(ARG_FILES)
+        set(files ${ARG_FILES})
+    else()
+        file(GLOB files CONFIGURE_DEPENDS *.cpp *.h)
+        list(TRANSFORM ARG_EXCEPT PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+        list(REMOVE_ITEM files ${ARG_EXCEPT})
+    endif()
+    add_library(${target} OBJECT ${files})
+    zelvano_compile_options(${target})
+    target_compile_definitions(${target} PRIVATE ${library}_EXPORTS)
+    target_include_directories(${target} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}" "${ZELVANO_GENERATED_DIR}")
+    target_link_libraries(${target} PUBLIC ${ARG_LINKS})
+endfunction()

@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Builds and runs the demo: a window where there is a display, else a scripted session under Xvfb that leaves its
+# screenshots and its trace in demo-output/. Arguments go to the demo; see --help.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh
+cmake --preset dev >/dev/null
+cmake --build --preset dev --target zelvano-demo
+demo=build/dev/demo/zelvano-demo
+
+export QT_MEDIA_BACKEND=ffmpeg
+[ "$(id -u)" -ne 0 ] || export QTWEBENGINE_DISABLE_SANDBOX=1 # Chromium refuses to run as root with its sandbox on.
+
+if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+  exec "$demo" "$@"
+fi
+
+out=demo-output
+rm -rf "$out"
+mkdir -p "$out"
+runtime=$(mktemp -d)
+trap 'rm -rf "$runtime"' EXIT
+chmod 700 "$runtime"
+status=0
+# The web and media engines report on themselves at length; what the demo itself says on stderr comes last.
+XDG_RUNTIME_DIR=$runtime xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' \
+  "$demo" --script demo/session.script --screenshots "$out" --trace "$out/trace.jsonl" \
+  --defaults "$out/defaults.ini" "$@" 2>"$out/stderr.log" || status=$?
+if [ "$status" -ne 0 ]; then
+  tail -n 5 "$out/stderr.log" >&2
+  exit "$status"
+fi
+scripts/timeline.sh "$out/trace.jsonl"
+echo
+echo "Screenshots: $(ls "$out"/*.png | tr '\n' ' ')"
+echo "Trace:       $out/trace.jsonl"

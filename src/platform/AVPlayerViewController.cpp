@@ -1,0 +1,8 @@
+#include "AVPlayerViewController.h"
+
+namespace zelvano {
+
+AVPlayerViewController::AVPlayerViewController() = default;
+AVPlayerViewController::~AVPlayerViewController() = default;
+
+} // namespace zelvano

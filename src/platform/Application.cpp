@@ -1,0 +1,28 @@
+#include "Application.h"
+
+#include <QGuiApplication>
+
+namespace zelvano {
+
+Application &Application::shared()
+{
+    static auto *const application = new Application;
+    return *application;
+}
+
+QWindow *Application::keyWindow() const
+{
+    return m_keyWindow ? m_keyWindow.data() : QGuiApplication::focusWindow();
+}
+
+QList<QWindow *> Application::windows() const
+{
+    return QGuiApplication::topLevelWindows();
+}
+
+void Application::setKeyWindow(QWindow *window)
+{
+    m_keyWindow = window;
+}
+
+} // namespace zelvano

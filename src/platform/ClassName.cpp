@@ -1,0 +1,17 @@
+#include "ClassName.h"
+
+#include <QMetaObject>
+
+namespace zelvano {
+
+bool isKindOfClassNamed(const QObject *object, QByteArrayView name)
+{
+    for (const auto *meta = object ? object->metaObject() : nullptr; meta; meta = meta->superClass()) {
+        const QByteArrayView full(meta->className());
+        if (full.sliced(full.lastIndexOf(':') + 1) == name)
+            return true;
+    }
+    return false;
+}
+
+} // namespace zelvano

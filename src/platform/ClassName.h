@@ -1,0 +1,13 @@
+#pragma once
+
+#include "zelvanocore_export.h"
+
+#include <QByteArrayView>
+#include <QObject>
+
+namespace zelvano {
+
+/// True when the object's class, or one that it derives from, has this name, whatever its namespace. False for null.
+ZELVANOCORE_EXPORT bool isKindOfClassNamed(const QObject *object, QByteArrayView name);
+
+} // namespace zelvano

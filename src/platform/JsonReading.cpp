@@ -1,0 +1,68 @@
+#include "JsonReading.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zelvano::json {
+
+namespace {
+
+/// The number that the text begins with, after white space. Not the locale's, and without words such as "inf".
+double leadingNumber(const QString &text)
+{
+    constexpr qsizetype longest = 400; // More than any number needs: each end is tried.
+    const auto trimmed = QStringView(text).trimmed().left(longest);
+    qsizetype length = 0;
+    while (length < trimmed.size() && (trimmed[length].isDigit() || QStringView(u"+-.eE").contains(trimmed[length])))
+        ++length;
+    for (; length > 0; --length) {
+        bool isNumber = false;
+        const double number = trimmed.first(length).toDouble(&isNumber);
+        if (isNumber)
+            return number;
+    }
+    return 0;
+}
+
+} // namespace
+
+QString stringValue(const QJsonValue &value)
+{
+    return value.isString() ? value.toString() : QString();
+}
+
+qint64 integerValue(const QJsonValue &value)
+{
+    constexpr double limit = 9223372036854774784.0; // The largest double below 2^63.
+    const double number = doubleValue(value);
+    return std::isnan(number) ? 0 : static_cast<qint64>(std::clamp(number, -limit, limit));
+}
+
+double doubleValue(const QJsonValue &value)
+{
+    if (value.isString())
+        return leadingNumber(value.toString());
+    return value.isBool() ? (value.toBool() ? 1 : 0) : value.toDouble();
+}
+
+bool boolValue(const QJsonValue &value)
+{
+    if (!value.isString())
+        return doubleValue(value) != 0;
+    const auto text = value.toString().trimmed().toLower();
+    return text.startsWith(u'y') || text.startsWith(u't') || leadingNumber(text) != 0;
+}
+
+QUrl urlValue(const QJsonValue &value)
+{
+    return QUrl(stringValue(value), QUrl::StrictMode);
+}
+
+QJsonValue valueForKeyPath(const QJsonObject &object, QStringView path)
+{
+    const auto dot = path.indexOf(u'.');
+    const auto value = object.value(dot < 0 ? path : path.first(dot));
+    return dot < 0 ? value : valueForKeyPath(value.toObject(), path.sliced(dot + 1));
+}
+
+} // namespace zelvano::json

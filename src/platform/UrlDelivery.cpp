@@ -1,0 +1,61 @@
+#include "UrlDelivery.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace zelvano {
+
+UrlDelivery::UrlDelivery()
+{
+    m_thread = std::thread([this] { run(); });
+}
+
+UrlDelivery::~UrlDelivery()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isEnding = true;
+    }
+    m_changed.notify_one();
+    // A completion that calls exit() ends here on the delivery thread itself, which never goes on.
+    if (m_thread.get_id() == std::this_thread::get_id())
+        m_thread.detach();
+    else
+        m_thread.join();
+}
+
+void UrlDelivery::deliver(std::vector<UrlOutcome> &batch)
+{
+    if (batch.empty())
+        return;
+    const std::lock_guard lock(m_mutex);
+    const bool wasIdle = m_waiting.empty();
+    if (wasIdle)
+        m_waiting.swap(batch);
+    else
+        std::move(batch.begin(), batch.end(), std::back_inserter(m_waiting));
+    batch.clear();
+    if (wasIdle)
+        m_changed.notify_one();
+}
+
+void UrlDelivery::run()
+{
+    std::vector<UrlOutcome> batch;
+    for (;;) {
+        {
+            std::unique_lock lock(m_mutex);
+            m_changed.wait(lock, [this] { return m_isEnding || !m_waiting.empty(); });
+            batch.swap(m_waiting);
+        }
+        if (batch.empty())
+            return;
+        for (UrlOutcome &waiting : batch) {
+            const UrlOutcome outcome = std::move(waiting);
+            outcome.job->complete(outcome);
+        }
+        batch.clear();
+    }
+}
+
+} // namespace zelvano

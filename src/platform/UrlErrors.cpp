@@ -1,0 +1,58 @@
+#include "UrlErrors.h"
+
+namespace zelvano {
+
+UrlError urlErrorFor(CURLcode code)
+{
+    switch (code) {
+    case CURLE_URL_MALFORMAT:
+        return UrlError::BadUrl;
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+        return UrlError::CannotFindHost;
+    case CURLE_COULDNT_CONNECT:
+    case CURLE_PROXY:
+    case CURLE_INTERFACE_FAILED:
+        return UrlError::CannotConnect;
+    case CURLE_OPERATION_TIMEDOUT:
+        return UrlError::TimedOut;
+    case CURLE_PARTIAL_FILE:
+    case CURLE_GOT_NOTHING:
+    case CURLE_SEND_ERROR:
+    case CURLE_RECV_ERROR:
+    case CURLE_HTTP2:
+    case CURLE_HTTP2_STREAM:
+        return UrlError::ConnectionLost;
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_CRL_BADFILE:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+    case CURLE_SSL_CLIENTCERT:
+    case CURLE_SSL_ENGINE_INITFAILED:
+    case CURLE_USE_SSL_FAILED:
+        return UrlError::SecureConnectionFailed;
+    case CURLE_TOO_MANY_REDIRECTS:
+        return UrlError::TooManyRedirects;
+    case CURLE_FILESIZE_EXCEEDED:
+        return UrlError::AnswerTooLarge;
+    case CURLE_WEIRD_SERVER_REPLY:
+    case CURLE_BAD_CONTENT_ENCODING:
+    // Our own URL is checked before: what is left is an answer that is not HTTP, or a redirect out of HTTP.
+    case CURLE_UNSUPPORTED_PROTOCOL:
+        return UrlError::BadAnswer;
+    default:
+        return UrlError::Unknown;
+    }
+}
+
+Error makeUrlError(UrlError code, const char *description)
+{
+    return {UrlErrorDomain, int(code), QString::fromUtf8(description).simplified()};
+}
+
+} // namespace zelvano

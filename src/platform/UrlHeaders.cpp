@@ -1,0 +1,40 @@
+#include "UrlHeaders.h"
+
+#include <algorithm>
+
+namespace zelvano {
+
+bool isUrlToken(const QByteArray &text)
+{
+    constexpr QByteArrayView separators = "\"(),/:;<=>?@[\\]{}";
+    return !text.isEmpty() && std::all_of(text.begin(), text.end(),
+                                          [&](char c) { return c > ' ' && c < 0x7f && !separators.contains(c); });
+}
+
+bool isSafeUrlHeader(const QByteArray &name, const QByteArray &value)
+{
+    return isUrlToken(name) &&
+           std::none_of(value.begin(), value.end(), [](char c) { return uchar(c) < 0x20 || c == 0x7f; });
+}
+
+UrlStringList urlHeaderList(const UrlRequest &request, bool isForeignHost)
+{
+    UrlStringList list;
+    // A name without value keeps libcurl from adding its own.
+    append(list, "Expect:");
+    bool hasContentType = false;
+    for (const auto &[name, value] : request.headers) {
+        if (!isSafeUrlHeader(name, value))
+            continue;
+        if (isForeignHost && name.left(2).compare("x-", Qt::CaseInsensitive) == 0)
+            continue;
+        hasContentType = hasContentType || name.compare("content-type", Qt::CaseInsensitive) == 0;
+        // libcurl's way to send a name with a blank value is a semicolon.
+        append(list, (value.trimmed().isEmpty() ? name + ';' : name + ": " + value).constData());
+    }
+    if (!hasContentType)
+        append(list, "Content-Type:");
+    return list;
+}
+
+} // namespace zelvano

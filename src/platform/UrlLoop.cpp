@@ -1,0 +1,219 @@
+#include "UrlLoop.h"
+
+#include "UrlErrors.h"
+
+#include <algorithm>
+#include <csignal>
+#include <limits>
+
+namespace zelvano {
+
+namespace {
+
+constexpr size_t MostSpareTransfers = 32;
+/// libcurl would scale this with the transfers of the moment, and close connections that the next burst needs.
+constexpr long MostIdleConnections = 64;
+
+/// TLS writes to sockets that the peer may have closed; the host's own threads keep their signal handling.
+void blockSigpipe()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+} // namespace
+
+UrlLoop::UrlLoop(UrlDelivery &delivery) : m_delivery(delivery)
+{
+    m_share.reset(curl_share_init());
+    // A multi handle shares connections and DNS answers among its transfers, but not TLS sessions. One thread uses
+    // them, so they need no locks.
+    curl_share_setopt(m_share.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
+    m_multi.reset(curl_multi_init());
+    curl_multi_setopt(m_multi.get(), CURLMOPT_MAXCONNECTS, MostIdleConnections);
+    m_thread = std::thread([this] { run(); });
+}
+
+UrlLoop::~UrlLoop()
+{
+    post([](Inbox &inbox) { inbox.isEnding = true; });
+    m_thread.join();
+}
+
+void UrlLoop::submit(std::shared_ptr<UrlJob> job)
+{
+    post([&](Inbox &inbox) { inbox.submitted.push_back(std::move(job)); });
+}
+
+void UrlLoop::cancel(std::shared_ptr<UrlJob> job)
+{
+    post([&](Inbox &inbox) { inbox.cancelled.push_back(std::move(job)); });
+}
+
+template<typename Change> void UrlLoop::post(Change &&change)
+{
+    const std::lock_guard lock(m_mutex);
+    // Whoever filled the inbox has woken the loop already.
+    const bool wasEmpty = m_inbox.submitted.empty() && m_inbox.cancelled.empty();
+    change(m_inbox);
+    if (wasEmpty)
+        curl_multi_wakeup(m_multi.get());
+}
+
+void UrlLoop::run()
+{
+    blockSigpipe();
+    while (drainInbox()) {
+        work();
+        m_delivery.deliver(m_outcomes);
+        curl_multi_poll(m_multi.get(), nullptr, 0, pollTimeout(), nullptr);
+    }
+    cancelAll();
+    m_delivery.deliver(m_outcomes);
+    // Closing connections writes to them: here, where SIGPIPE is blocked.
+    m_spare.clear();
+    m_multi.reset();
+    m_share.reset();
+}
+
+bool UrlLoop::drainInbox()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        std::swap(m_inbox, m_drained);
+    }
+    for (const auto &job : m_drained.submitted)
+        admit(job);
+    for (const auto &job : m_drained.cancelled)
+        withdraw(*job);
+    m_drained.submitted.clear();
+    m_drained.cancelled.clear();
+    return !m_drained.isEnding;
+}
+
+void UrlLoop::admit(const std::shared_ptr<UrlJob> &job)
+{
+    if (job->isCancelled())
+        fail(job, UrlError::Cancelled, "cancelled");
+    else if (const char *problem = urlProblem(job->request()))
+        fail(job, UrlError::BadUrl, problem);
+    else
+        m_queues.enqueue(job);
+}
+
+void UrlLoop::withdraw(UrlJob &job)
+{
+    if (job.place.isWaiting) {
+        m_queues.withdraw(job);
+        fail(job.shared_from_this(), UrlError::Cancelled, "cancelled");
+    } else if (job.place.transfer) {
+        fail(*job.place.transfer, UrlError::Cancelled, "cancelled");
+    }
+}
+
+void UrlLoop::work()
+{
+    int running = 0;
+    do {
+        for (const auto &job : m_queues.takeReady())
+            begin(job);
+        curl_multi_perform(m_multi.get(), &running);
+        collectFinished();
+        expireIdle();
+    } while (m_queues.hasReady());
+}
+
+void UrlLoop::begin(const std::shared_ptr<UrlJob> &job)
+{
+    if (job->isCancelled()) {
+        m_queues.release(*job);
+        fail(job, UrlError::Cancelled, "cancelled");
+        return;
+    }
+    auto transfer = takeSpare();
+    UrlTransfer &started = *transfer;
+    started.begin(job);
+    started.place = m_active.emplace(UrlClock::now() + job->request().timeout, std::move(transfer));
+    curl_multi_add_handle(m_multi.get(), started.easy());
+}
+
+void UrlLoop::collectFinished()
+{
+    int left = 0;
+    while (const CURLMsg *message = curl_multi_info_read(m_multi.get(), &left)) {
+        const CURLcode code = message->data.result;
+        UrlTransfer &transfer = *UrlTransfer::of(message->easy_handle);
+        curl_multi_remove_handle(m_multi.get(), transfer.easy());
+        finish(transfer, transfer.end(code));
+    }
+}
+
+void UrlLoop::expireIdle()
+{
+    const auto now = UrlClock::now();
+    while (!m_active.empty() && m_active.begin()->first <= now) {
+        UrlTransfer &transfer = *m_active.begin()->second;
+        const auto deadline = transfer.deadline();
+        if (deadline <= now) {
+            fail(transfer, UrlError::TimedOut, "no byte moved for too long");
+            continue;
+        }
+        auto node = m_active.extract(m_active.begin());
+        node.key() = deadline;
+        transfer.place = m_active.insert(std::move(node));
+    }
+}
+
+int UrlLoop::pollTimeout() const
+{
+    using namespace std::chrono;
+    constexpr milliseconds longest(std::numeric_limits<int>::max());
+    if (m_active.empty())
+        return int(longest.count());
+    const auto left = ceil<milliseconds>(m_active.begin()->first - UrlClock::now());
+    return int(std::clamp(left, milliseconds(0), longest).count());
+}
+
+void UrlLoop::finish(UrlTransfer &transfer, UrlOutcome outcome)
+{
+    m_queues.release(*outcome.job);
+    m_outcomes.push_back(std::move(outcome));
+    auto node = m_active.extract(transfer.place);
+    if (m_spare.size() < MostSpareTransfers)
+        m_spare.push_back(std::move(node.mapped()));
+}
+
+void UrlLoop::fail(UrlTransfer &transfer, UrlError error, const char *description)
+{
+    curl_multi_remove_handle(m_multi.get(), transfer.easy());
+    finish(transfer, transfer.end(error, description));
+}
+
+void UrlLoop::fail(const std::shared_ptr<UrlJob> &job, UrlError error, const char *description)
+{
+    UrlOutcome outcome;
+    outcome.job = job;
+    outcome.error = makeUrlError(error, description);
+    m_outcomes.push_back(std::move(outcome));
+}
+
+void UrlLoop::cancelAll()
+{
+    for (const auto &job : m_queues.takeAll())
+        fail(job, UrlError::Cancelled, "cancelled");
+    while (!m_active.empty())
+        fail(*m_active.begin()->second, UrlError::Cancelled, "cancelled");
+}
+
+std::unique_ptr<UrlTransfer> UrlLoop::takeSpare()
+{
+    if (m_spare.empty())
+        return std::make_unique<UrlTransfer>(m_share.get(), m_sockets);
+    auto transfer = std::move(m_spare.back());
+    m_spare.pop_back();
+    return transfer;
+}
+
+} // namespace zelvano

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "UrlCurl.h"
+
+#include <QUrl>
+
+namespace zelvano {
+
+/// The development routes of the process: what is meant for one "host:port" goes to another. Any thread.
+class UrlRoutes
+{
+public:
+    /// An empty target removes the route.
+    static void set(const QByteArray &hostAndPort, const QByteArray &target);
+
+    /// All routes as CURLOPT_CONNECT_TO takes them, since a redirect may lead to any of them.
+    static UrlStringList connectTo();
+
+    static bool isRouted(const QUrl &url);
+};
+
+} // namespace zelvano

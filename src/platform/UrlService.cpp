@@ -1,0 +1,92 @@
+#include "UrlService.h"
+
+#include <QCoreApplication>
+
+namespace zelvano {
+
+namespace {
+
+void stopWithApplication()
+{
+    UrlService::instance().stop(false);
+}
+
+struct Stopper
+{
+    ~Stopper()
+    {
+        qRemovePostRoutine(stopWithApplication);
+        UrlService::instance().stop(true);
+    }
+};
+
+} // namespace
+
+UrlService &UrlService::instance()
+{
+    // Never destroyed, so that a task resumed by some other static object's destructor finds it closed.
+    static auto *const only = new UrlService;
+    // What is made last ends first: the TLS library registers its clean-up here, and must still be there when the
+    // stopper closes connections.
+    static const CURLcode libraries = curl_global_init(CURL_GLOBAL_DEFAULT);
+    static const Stopper stopper;
+    Q_UNUSED(libraries)
+    return *only;
+}
+
+void UrlService::submit(std::shared_ptr<UrlJob> job)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_state == State::Closed)
+        return;
+    if (m_state == State::Stopping) {
+        m_late.push_back(std::move(job));
+        return;
+    }
+    if (m_state == State::Stopped) {
+        start();
+        qAddPostRoutine(stopWithApplication);
+    }
+    m_loop->submit(std::move(job));
+}
+
+void UrlService::cancel(std::shared_ptr<UrlJob> job)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_state == State::Running)
+        m_loop->cancel(std::move(job));
+}
+
+void UrlService::stop(bool isForGood)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_state != State::Running) {
+            if (isForGood)
+                m_state = State::Closed;
+            return;
+        }
+        m_state = State::Stopping;
+    }
+    m_loop.reset();
+    m_delivery.reset();
+
+    const std::lock_guard lock(m_mutex);
+    m_state = isForGood ? State::Closed : State::Stopped;
+    const auto late = std::exchange(m_late, {});
+    if (isForGood || late.empty())
+        return;
+    // No further post routine: a completion that always tries again would keep the application from ending.
+    start();
+    for (const auto &job : late)
+        m_loop->submit(job);
+}
+
+void UrlService::start()
+{
+    m_delivery = std::make_unique<UrlDelivery>();
+    m_loop = std::make_unique<UrlLoop>(*m_delivery);
+    m_state = State::Running;
+}
+
+} // namespace zelvano

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "UrlSession.h"
+
+namespace zelvano {
+
+/// Holds the traffic observer and calls it, one call at a time. Without an observer a call costs one atomic load.
+class UrlTraffic
+{
+public:
+    static void setObserver(std::shared_ptr<UrlTrafficObserver> observer);
+    static void willStart(quint64 id, const UrlRequest &request);
+    static void didEnd(quint64 id, const std::optional<UrlResponse> &response, const QByteArray &data,
+                       const std::optional<Error> &error);
+};
+
+} // namespace zelvano

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "UrlCurl.h"
+#include "UrlJob.h"
+#include "UrlSockets.h"
+
+#include <array>
+#include <chrono>
+#include <map>
+
+namespace zelvano {
+
+using UrlClock = std::chrono::steady_clock;
+class UrlTransfer;
+
+/// The transfers that have a slot, by the time at which they may have stood still too long.
+using UrlTransfers = std::multimap<UrlClock::time_point, std::unique_ptr<UrlTransfer>>;
+
+/// One easy handle and all that hangs on it: the job it works for, header lines, routes, the answer so far.
+/// Made once, used for one job after another. Stays where it is, since libcurl knows its address; its owner moves.
+/// Networking thread only.
+class UrlTransfer
+{
+public:
+    static constexpr qint64 LargestAnswer = 64 * 1024 * 1024;
+    static constexpr qint64 LargestHead = 256 * 1024;
+
+    UrlTransfer(CURLSH *share, UrlSockets &sockets);
+    Q_DISABLE_COPY_MOVE(UrlTransfer)
+
+    static UrlTransfer *of(CURL *easy);
+    CURL *easy() const { return m_easy.get(); }
+    const std::shared_ptr<UrlJob> &job() const { return m_job; }
+
+    /// Takes a job whose request urlProblem() accepted. From now on its time runs.
+    void begin(std::shared_ptr<UrlJob> job);
+    /// The job's outcome; the transfer is empty then and can begin another. The easy handle is out of its multi.
+    UrlOutcome end(CURLcode code);
+    UrlOutcome end(UrlError error, const char *description);
+
+    /// When it fails with TimedOut unless a byte moves.
+    UrlClock::time_point deadline() const;
+
+    UrlTransfers::iterator place;
+
+private:
+    void setConstantOptions(CURLSH *share);
+    void setMethod(const UrlRequest &request);
+    void setHeaders(bool isForeignHost);
+    bool hasLeftHost() const;
+    Error errorFor(CURLcode code) const;
+    UrlResponse response() const;
+    void clear();
+
+    bool requestGoesOut(int localPort);
+    bool takeHead(const char *line, size_t size);
+    bool takeBody(const char *bytes, size_t size);
+    bool takeProgress(qint64 received, qint64 sent);
+    void touch() { m_lastMove = UrlClock::now(); }
+
+    // The callbacks of libcurl, which find their transfer in `self`.
+    static int onSocket(void *self, curl_socket_t socket, curlsocktype);
+    static int onRequest(void *self, char *, char *, int, int localPort);
+    static size_t onHead(char *line, size_t one, size_t size, void *self);
+    static size_t onBody(char *bytes, size_t one, size_t size, void *self);
+    static int onProgress(void *self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent);
+
+    UrlSockets &m_sockets;
+    UrlEasyHandle m_easy;
+    UrlStringList m_headers;
+    UrlStringList m_routes;
+    std::array<char, CURL_ERROR_SIZE> m_errorText = {};
+
+    std::shared_ptr<UrlJob> m_job;
+    QByteArray m_data;
+    UrlClock::time_point m_lastMove;
+    int m_socket = -1;
+    qint64 m_received = 0;
+    qint64 m_sent = 0;
+    qint64 m_headSize = 0;
+    bool m_isUnanswered = false; ///< A request went out and not one line of its answer came.
+    bool m_isHeadWhole = false;
+    bool m_wouldRepeat = false; ///< libcurl was about to send it once more.
+    bool m_isTooLarge = false;
+};
+
+/// Why a request cannot be sent at all, or null.
+const char *urlProblem(const UrlRequest &request);
+
+} // namespace zelvano
