@@ -1,0 +1,88 @@
+#include "Utilities.h"
+
+#include "JsonReading.h"
+#include "Logging.h"
+#include "ZVAPIObject.h"
+#include "ZVConfig.h"
+
+#include <QJsonDocument>
+
+namespace zelvano {
+
+using namespace Qt::StringLiterals;
+
+std::variant<std::monostate, QJsonValue, Error> parse(const QByteArray &data)
+{
+    if (data.isEmpty())
+        return std::monostate{};
+    QJsonParseError error;
+    const auto document = QJsonDocument::fromJson(data, &error);
+    if (error.error != QJsonParseError::NoError)
+        return Error{JsonErrorDomain, error.error, error.errorString()};
+    return document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object());
+}
+
+QByteArray body(const QJsonObject &dictionary)
+{
+    auto text = QJsonDocument(dictionary).toJson(QJsonDocument::Compact);
+    ZV_LOG(QString::fromUtf8(text));
+    return text;
+}
+
+QJsonObject data(const QJsonObject &answer)
+{
+    return answer.value("data"_L1).toObject();
+}
+
+std::optional<QJsonArray> videos(const QJsonObject &payload)
+{
+    const auto list = payload.value("videos"_L1);
+    return list.isArray() ? std::optional(list.toArray()) : std::nullopt;
+}
+
+qint64 status(const std::optional<QJsonObject> &answer)
+{
+    return answer ? json::integerValue(answer->value("status"_L1)) : 0;
+}
+
+std::optional<QJsonArray> subArrayToIndex(const QJsonArray &array, qint64 n)
+{
+    if (n < 1 || n >= array.size())
+        return std::nullopt;
+    QJsonArray part;
+    for (qsizetype i = 0; i < n; ++i)
+        part.append(array.at(i));
+    return part;
+}
+
+std::optional<QJsonArray> subArrayFromIndex(const QJsonArray &array, qint64 n)
+{
+    if (n < 1 || n >= array.size())
+        return std::nullopt;
+    if (n > 1) {
+        ZV_LOG("Error: subArrayFromIndex runs past the end of " << array.size() << " elements from " << n);
+        return std::nullopt;
+    }
+    auto part = array;
+    part.removeFirst();
+    return part;
+}
+
+QString toJSON(const QJsonArray &array)
+{
+    return QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact));
+}
+
+UrlRequest request(const QString &apiName)
+{
+    const auto configured = ZVConfig::shared().apiURL();
+    const auto base = configured.isNull() ? QString(API_URL_PROD) : configured + u'/';
+    UrlRequest request;
+    request.url = QUrl(base + apiName, QUrl::StrictMode);
+    request.timeout = std::chrono::seconds(20);
+    request.setHeader("Accept", "application/json");
+    request.setHeader("Content-Type", "application/json");
+    return request;
+}
+
+} // namespace zelvano

@@ -1,0 +1,264 @@
+#include "ZVAPIObject.h"
+
+#include "Bundle.h"
+#include "Device.h"
+#include "Logging.h"
+#include "Utilities.h"
+
+#include <QMutex>
+
+#include <utility>
+
+namespace zelvano {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct ClassState
+{
+    QMutex mutex;
+    QString domain = u""_s;
+    std::vector<std::shared_ptr<UrlTask>> tasks;
+};
+
+ClassState &classState()
+{
+    // Never destroyed: an engine that ends with the process may still send.
+    static auto *const state = new ClassState;
+    return *state;
+}
+
+// As many digits as each type carries, without trailing zeros.
+QString decimalText(float number)
+{
+    return QString::number(static_cast<double>(number), 'g', 7);
+}
+
+QString decimalText(double number)
+{
+    return QString::number(number, 'g', 16);
+}
+
+ZVAPIResponse responseFor(const QByteArray &data, const std::optional<Error> &transportError)
+{
+    ZVAPIResponse response;
+    if (transportError) {
+        response.error = transportError;
+        return response;
+    }
+    const auto parsed = parse(data);
+    if (const auto *error = std::get_if<Error>(&parsed))
+        response.error = *error;
+    else if (const auto *value = std::get_if<QJsonValue>(&parsed); value && value->isObject())
+        response.params = value->toObject();
+    else if (value)
+        ZV_LOG("Error: the service's answer is no JSON object and was dropped");
+    return response;
+}
+
+} // namespace
+
+ZVAPIObject::ZVAPIObject(QString apiName) : m_apiName(std::move(apiName)) {}
+
+std::shared_ptr<ZVAPIObject> ZVAPIObject::create(const QString &apiName)
+{
+    return std::shared_ptr<ZVAPIObject>(new ZVAPIObject(apiName));
+}
+
+QJsonObject ZVAPIObject::userAgent() const
+{
+    if (!m_userAgent) {
+        const auto &device = Device::current();
+        const bool isPad = device.userInterfaceIdiom() == UIUserInterfaceIdiom::Pad;
+        // The version is the library's own, out of its resource bundle: the service tells releases of the library
+        // apart by it, not releases of the host.
+        const auto bundle = zelvanoBundle();
+        const auto version = bundle ? bundle->infoValue(u"CFBundleShortVersionString"_s) : QString();
+        m_userAgent = QJsonObject{
+            {"deviceType"_L1, isPad ? deviceTypes[0] : deviceTypes[1]},
+            {"os"_L1, osTypes[1]}, // The only system that the service knows this kind of client on.
+            {"osVersion"_L1, device.systemVersion().section(u'.', 0, 0)},
+            {"app"_L1, Bundle::mainBundleName()},
+            {"appVersion"_L1, version},
+        };
+    }
+    return *m_userAgent;
+}
+
+void ZVAPIObject::addText(const QString &text, QLatin1StringView key)
+{
+    if (!text.isNull())
+        m_params.insert(key, text);
+}
+
+void ZVAPIObject::setUserId(const QString &userId)
+{
+    m_userId = userId;
+    addText(userId, "userId"_L1);
+}
+
+void ZVAPIObject::setUserUUID(const QString &userUUID)
+{
+    m_userUUID = userUUID;
+    addText(userUUID, "userUUID"_L1);
+}
+
+void ZVAPIObject::setApiType(const QString &type)
+{
+    m_apiType = type;
+    addText(type, "type"_L1);
+}
+
+void ZVAPIObject::setVideoId(const QString &videoId)
+{
+    m_videoId = videoId;
+    addText(videoId, "videoId"_L1);
+}
+
+void ZVAPIObject::setPlayerId(const QString &playerId)
+{
+    m_playerId = playerId;
+    addText(playerId, "playerId"_L1);
+}
+
+void ZVAPIObject::setViewUUID(const QString &viewUUID)
+{
+    m_viewUUID = viewUUID;
+    addText(viewUUID, "viewUUID"_L1);
+}
+
+void ZVAPIObject::setPageUUID(const QString &pageUUID)
+{
+    m_pageUUID = pageUUID;
+    addText(pageUUID, "pageUUID"_L1);
+}
+
+void ZVAPIObject::setPlayerDetected(bool detected)
+{
+    m_playerDetected = detected;
+    addText(detected ? u"1"_s : u"0"_s, "player"_L1);
+}
+
+void ZVAPIObject::setPosition(float seconds)
+{
+    m_position = seconds;
+    addText(decimalText(seconds), "position"_L1);
+}
+
+void ZVAPIObject::setDuration(float seconds)
+{
+    m_duration = seconds;
+    addText(decimalText(seconds), "duration"_L1);
+}
+
+void ZVAPIObject::setLatitude(double latitude)
+{
+    m_latitude = latitude;
+    addText(decimalText(latitude), "lat"_L1);
+}
+
+void ZVAPIObject::setLongitude(double longitude)
+{
+    m_longitude = longitude;
+    addText(decimalText(longitude), "lng"_L1);
+}
+
+void ZVAPIObject::setOffset(qint64 offset)
+{
+    m_offset = offset;
+    addText(QString::number(offset), "offset"_L1);
+}
+
+void ZVAPIObject::setSize(qint64 size)
+{
+    m_size = size;
+    addText(QString::number(size), "size"_L1);
+}
+
+void ZVAPIObject::setShowUI(bool show)
+{
+    addText(show ? u"true"_s : u"false"_s, "showUI"_L1);
+}
+
+void ZVAPIObject::setPageUrl(const QString &pageUrl)
+{
+    if (pageUrl.isNull())
+        m_params.remove("pageUrl"_L1);
+    else
+        m_params.insert("pageUrl"_L1, pageUrl);
+}
+
+void ZVAPIObject::addValue(const QJsonValue &value, const QString &key)
+{
+    if (!value.isNull() && !value.isUndefined() && !key.isNull())
+        m_params.insert(key, value);
+}
+
+void ZVAPIObject::setCompletion(Completion completion)
+{
+    auto request = zelvano::request(m_apiName);
+    if (!m_apiKey.isNull()) {
+        if (!m_userId.isNull()) {
+            request.method = "POST";
+            m_params.insert("userAgent"_L1, userAgent());
+            request.body = body(m_params);
+        }
+        request.setHeader("x-api-key", m_apiKey.toUtf8());
+        request.setHeader("x-is-native", "true");
+        if (!m_userUUID.isNull())
+            request.setHeader("x-user-uuid", m_userUUID.toUtf8());
+    }
+    callRequest(std::move(request), std::move(completion));
+}
+
+void ZVAPIObject::callRequest(UrlRequest request, Completion completion)
+{
+    auto handler = [self = shared_from_this(), completion = std::move(completion)](const QByteArray &data, const auto &,
+                                                                                   const auto &error) {
+        if (completion)
+            completion(responseFor(data, error));
+    };
+    const auto task = UrlSession::dataTask(std::move(request), std::move(handler));
+    {
+        auto &state = classState();
+        const QMutexLocker lock(&state.mutex);
+        state.tasks.push_back(task);
+    }
+    task->resume();
+}
+
+QString ZVAPIObject::domain()
+{
+    auto &state = classState();
+    const QMutexLocker lock(&state.mutex);
+    return state.domain;
+}
+
+void ZVAPIObject::setDomain(const QString &domain)
+{
+    auto &state = classState();
+    const QMutexLocker lock(&state.mutex);
+    state.domain = domain;
+}
+
+std::vector<std::shared_ptr<UrlTask>> ZVAPIObject::tasks()
+{
+    auto &state = classState();
+    const QMutexLocker lock(&state.mutex);
+    return state.tasks;
+}
+
+void ZVAPIObject::stopAllSessions()
+{
+    std::vector<std::shared_ptr<UrlTask>> tasks;
+    {
+        auto &state = classState();
+        const QMutexLocker lock(&state.mutex);
+        tasks.swap(state.tasks);
+    }
+    for (const auto &task : tasks)
+        task->cancel();
+}
+
+} // namespace zelvano

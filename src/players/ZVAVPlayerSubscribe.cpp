@@ -1,0 +1,357 @@
+#include "ZVAVPlayerSubscribe.h"
+
+#include "Device.h"
+#include "Logging.h"
+#include "MainQueue.h"
+#include "MainThread.h"
+#include "NotificationCenter.h"
+#include "PlayerEvents.h"
+#include "PlayerSubscription.h"
+
+#include <QString>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace zelvano {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto tickInterval = 200ms;
+constexpr auto pauseCheckDelay = 500ms;
+constexpr double seekJump = 2.0;    // Seconds; a longer step between two ticks is a seek.
+constexpr double settledStep = 0.5; // Seconds; a shorter one ends it.
+
+QString fixedText(double number)
+{
+    return QString::number(number, 'f', 6);
+}
+
+} // namespace
+
+/// Ends with this value, also when the player was given another token's observer meanwhile.
+struct ZVAVPlayerSubscribe::TimeObservation
+{
+    std::weak_ptr<AVPlayer> player;
+    std::shared_ptr<AVPlayer::TimeObserverToken> token;
+
+    TimeObservation(const std::shared_ptr<AVPlayer> &watched, AVPlayer::TimeObserver observer)
+        : player(watched), token(watched->addPeriodicTimeObserver(tickInterval, std::move(observer)))
+    {
+    }
+    TimeObservation(TimeObservation &&) = default;
+    TimeObservation &operator=(TimeObservation &&) = default;
+    ~TimeObservation()
+    {
+        if (const auto observed = player.lock())
+            observed->removeTimeObserver(token);
+    }
+};
+
+struct ZVAVPlayerSubscribe::StatusObservation
+{
+    std::weak_ptr<AVPlayerItem> item;
+    Observation observation;
+};
+
+ZVAVPlayerSubscribe::ZVAVPlayerSubscribe(const std::shared_ptr<QObject> &player)
+    : m_isViewController(std::dynamic_pointer_cast<AVPlayerViewController>(player) != nullptr), m_playerVC(player)
+{
+}
+
+ZVAVPlayerSubscribe::~ZVAVPlayerSubscribe()
+{
+    NotificationCenter::defaultCenter().removeObserver(this);
+}
+
+std::shared_ptr<ZVAVPlayerSubscribe> ZVAVPlayerSubscribe::create(const std::shared_ptr<QObject> &player)
+{
+    const std::shared_ptr<ZVAVPlayerSubscribe> subscriber(new ZVAVPlayerSubscribe(player), MainThreadDeleter{});
+    subscriber->registerForPlaybackNotification();
+    subscriber->m_isLandscape = zelvano::isLandscape(Device::current().orientation());
+    return subscriber;
+}
+
+template<class... Args> auto ZVAVPlayerSubscribe::weakly(void (ZVAVPlayerSubscribe::*method)(Args...))
+{
+    return [weak = weak_from_this(), method](Args... args) {
+        if (const auto self = std::static_pointer_cast<ZVAVPlayerSubscribe>(weak.lock()))
+            (self.get()->*method)(args...);
+    };
+}
+
+void ZVAVPlayerSubscribe::registerForPlaybackNotification()
+{
+    const auto watched = player();
+    if (watched) {
+        m_rate = QObject::connect(watched.get(), &AVPlayer::rateChanged, weakly(&ZVAVPlayerSubscribe::rateDidChange));
+        if (const auto screen = std::dynamic_pointer_cast<Player>(playerVC()))
+            m_frame =
+                QObject::connect(screen.get(), &Player::frameChanged, weakly(&ZVAVPlayerSubscribe::frameDidChange));
+        observeStatus(watched->currentItem());
+    }
+    // The end of any item in the process counts, not only of this player's.
+    auto &center = NotificationCenter::defaultCenter();
+    center.addObserver(this, AVPlayerItemDidPlayToEndTimeNotification, weakly(&ZVAVPlayerSubscribe::videoEnded));
+    center.addObserver(this, DidSelecteRecommendationNotification,
+                       weakly(&ZVAVPlayerSubscribe::didSelectRecommndation));
+    if (watched) {
+        m_currentItem = QObject::connect(watched.get(), &AVPlayer::currentItemChanged,
+                                         weakly(&ZVAVPlayerSubscribe::currentItemDidChange));
+    }
+    attachTimeObserver();
+}
+
+void ZVAVPlayerSubscribe::dismissSubscriber()
+{
+    NotificationCenter::defaultCenter().removeObserver(this);
+    m_currentItem = {};
+    m_frame = {};
+    m_timeObservers.clear();
+    m_hasPlayerObserver = false;
+    m_statuses.clear();
+    m_rate = {};
+    m_isTornDown = true;
+    std::shared_ptr<QObject> released;
+    const QMutexLocker lock(&m_mutex);
+    m_playerVC.swap(released);
+}
+
+void ZVAVPlayerSubscribe::attachTimeObserver()
+{
+    m_currentPosition = 0;
+    if (const auto watched = player()) {
+        m_timeObservers.emplace_back(watched, weakly(&ZVAVPlayerSubscribe::positionDidReach));
+        m_hasPlayerObserver = true;
+    }
+}
+
+void ZVAVPlayerSubscribe::positionDidReach(double seconds)
+{
+    const double step = std::abs(seconds - m_currentPosition);
+    if (step > seekJump && m_playerState != PlayerState::Seeking) {
+        m_playerState = PlayerState::Seeking;
+    } else if (step < settledStep && m_playerState == PlayerState::Seeking) {
+        send(PlayerEvent::Seek);
+        m_playerState = PlayerState::Normal;
+    }
+    m_currentPosition = seconds;
+}
+
+void ZVAVPlayerSubscribe::rateDidChange()
+{
+    const auto watched = player();
+    if (!watched)
+        return;
+    if (watched->rate() != 0) {
+        if (!m_firstPlay || m_isChangedSource) {
+            send(PlayerEvent::Start);
+            send(PlayerEvent::VideoStart);
+            m_firstPlay = true;
+            m_isChangedSource = false;
+        }
+        send(PlayerEvent::Play);
+        return;
+    }
+    ZV_LOG("currentPosition ::" << fixedText(m_currentPosition));
+    ZV_LOG("seek Position :: " << fixedText(watched->currentTime()));
+    // Never cancelled: a pause that is over within the delay is reported all the same.
+    MainQueue::shared().performAfterDelay(this, pauseCheckDelay, weakly(&ZVAVPlayerSubscribe::CheckForPause));
+}
+
+/// Runs when the item's status changes, and reads the player's: the pairing is intended. An item that fails inside a
+/// player that can play is not reported.
+void ZVAVPlayerSubscribe::statusDidChange()
+{
+    const auto watched = player();
+    if (!watched)
+        return;
+    switch (watched->status()) {
+    case AVPlayerStatus::ReadyToPlay:
+        attachTimeObserver();
+        if (const auto receiver = observer())
+            receiver->readyEvent(shared_from_this());
+        break;
+    case AVPlayerStatus::Failed:
+        ZV_LOG("AVPlayerStatusFailed");
+        break;
+    case AVPlayerStatus::Unknown:
+        ZV_LOG("AVPlayerStatusUnknown");
+        break;
+    }
+}
+
+void ZVAVPlayerSubscribe::currentItemDidChange()
+{
+    send(PlayerEvent::Progress);
+    m_isChangedSource = true;
+    if (const auto watched = player())
+        observeStatus(watched->currentItem());
+}
+
+void ZVAVPlayerSubscribe::frameDidChange()
+{
+    const auto watched = player();
+    const auto item = watched ? watched->currentItem() : nullptr;
+    if (!item || item->status() != AVPlayerItemStatus::ReadyToPlay)
+        return;
+    if (m_isLandscape != zelvano::isLandscape(Device::current().orientation())) {
+        m_isLandscape = !m_isLandscape;
+        return;
+    }
+    m_isDismissed = true;
+    send(PlayerEvent::End);
+    send(PlayerEvent::Done);
+}
+
+void ZVAVPlayerSubscribe::CheckForPause()
+{
+    if (m_playerState != PlayerState::Normal || m_isTornDown)
+        return;
+    send(PlayerEvent::Pause);
+    if (const auto receiver = observer())
+        receiver->addRecommendationView(shared_from_this());
+}
+
+void ZVAVPlayerSubscribe::videoEnded(const Notification &)
+{
+    m_playerState = PlayerState::Ended;
+    if (const auto receiver = observer())
+        receiver->setSelectionByUser(false);
+    send(PlayerEvent::End);
+}
+
+void ZVAVPlayerSubscribe::didSelectRecommndation(const Notification &notification)
+{
+    send(PlayerEvent::RecommendationClick);
+    const auto url = notification.object.toUrl();
+    const auto watched = player();
+    if (!watched)
+        return;
+    if (!url.isValid()) {
+        ZV_LOG("Error: " << DidSelecteRecommendationNotification << " carries no URL, the video stays");
+        return;
+    }
+    stopObservingStatus(watched->currentItem());
+    ZV_LOG("video-url: " << url.toString(QUrl::FullyEncoded));
+    // The host that announced the choice starts it, and the time observer stays.
+    watched->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(url)));
+}
+
+void ZVAVPlayerSubscribe::setNextVideo(const QString &url)
+{
+    if (m_isDismissed)
+        return;
+    MainQueue::shared().post([next = weakly(&ZVAVPlayerSubscribe::playNextVideo), url] { next(url); });
+}
+
+void ZVAVPlayerSubscribe::playNextVideo(const QString &url)
+{
+    if (!url.isNull()) {
+        ZV_LOG("video-url: " << url);
+        setPlayerSource(QUrl(url, QUrl::StrictMode));
+    }
+    if (const auto watched = player())
+        watched->play();
+}
+
+void ZVAVPlayerSubscribe::setPlayerSource(const QUrl &url)
+{
+    const auto watched = player();
+    if (!watched)
+        return;
+    if (!url.isValid()) {
+        ZV_LOG("Error: the next video has no valid URL, the video stays");
+        return;
+    }
+    stopObservingStatus(watched->currentItem());
+    if (std::exchange(m_hasPlayerObserver, false))
+        m_timeObservers.pop_back();
+    watched->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(url)));
+}
+
+void ZVAVPlayerSubscribe::didEnterFullScreen(const Notification &)
+{
+    m_isFullScreen = true;
+}
+
+void ZVAVPlayerSubscribe::observeStatus(const std::shared_ptr<AVPlayerItem> &item)
+{
+    if (!item)
+        return;
+    m_statuses.push_back({item, QObject::connect(item.get(), &AVPlayerItem::statusChanged,
+                                                 weakly(&ZVAVPlayerSubscribe::statusDidChange))});
+}
+
+/// The latest observation of this item; one that an earlier replacement left behind stays.
+void ZVAVPlayerSubscribe::stopObservingStatus(const std::shared_ptr<AVPlayerItem> &item)
+{
+    std::erase_if(m_statuses, [](const auto &status) { return status.item.expired(); });
+    const auto found = std::find_if(m_statuses.rbegin(), m_statuses.rend(),
+                                    [&](const auto &status) { return item && status.item.lock() == item; });
+    if (found != m_statuses.rend())
+        m_statuses.erase(std::prev(found.base()));
+}
+
+void ZVAVPlayerSubscribe::send(const QString &event)
+{
+    if (!m_isTornDown)
+        sendEvent(event);
+}
+
+std::shared_ptr<QObject> ZVAVPlayerSubscribe::playerVC() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_playerVC;
+}
+
+std::shared_ptr<AVPlayer> ZVAVPlayerSubscribe::player() const
+{
+    const auto object = playerVC();
+    if (!m_isViewController)
+        return std::dynamic_pointer_cast<AVPlayer>(object);
+    const auto screen = std::dynamic_pointer_cast<AVPlayerViewController>(object);
+    return screen ? screen->player() : nullptr;
+}
+
+double ZVAVPlayerSubscribe::duration() const
+{
+    const auto watched = player();
+    const auto item = watched ? watched->currentItem() : nullptr;
+    return item ? item->duration() : std::numeric_limits<double>::quiet_NaN();
+}
+
+QString ZVAVPlayerSubscribe::playerId() const
+{
+    return u"avplayer"_s;
+}
+
+QString ZVAVPlayerSubscribe::videoId() const
+{
+    const auto watched = player();
+    const auto item = watched ? watched->currentItem() : nullptr;
+    return item ? u""_s + item->asset().URL().toString(QUrl::FullyEncoded) : u""_s;
+}
+
+QObject *ZVAVPlayerSubscribe::parentView() const
+{
+    const auto screen = std::dynamic_pointer_cast<Player>(playerVC());
+    return screen ? screen->view() : nullptr;
+}
+
+QSizeF ZVAVPlayerSubscribe::videoSize() const
+{
+    if (m_videoSize.width() == 0 && m_videoSize.height() == 0) {
+        const auto screen = std::dynamic_pointer_cast<Player>(playerVC());
+        m_videoSize = screen ? screen->videoBounds().size() : QSizeF(0, 0);
+    }
+    return m_videoSize;
+}
+
+} // namespace zelvano
