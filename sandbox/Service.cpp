@@ -1,0 +1,102 @@
+#include "Service.h"
+
+#include "Library.h"
+
+#include <QUuid>
+
+using namespace Qt::StringLiterals;
+
+namespace zelvano::sandbox {
+
+namespace {
+
+constexpr int maximumVideos = 1000;
+
+QString newId()
+{
+    return QUuid::createUuid().toString(QUuid::WithoutBraces);
+}
+
+QJsonObject withStatus(int status)
+{
+    return {{u"status"_s, status}};
+}
+
+QJsonObject withData(const QJsonObject &data)
+{
+    return {{u"status"_s, 200}, {u"data"_s, data}};
+}
+
+QString userOf(const Request &request)
+{
+    return request.body.value("userId"_L1).toString();
+}
+
+QJsonObject newIdentity()
+{
+    return withData({{u"userId"_s, newId().left(8)}, {u"userUUID"_s, newId()}});
+}
+
+} // namespace
+
+QString Service::callOf(const QString &path)
+{
+    for (const auto call : {"users/id"_L1, "channels/init/zelvano"_L1, "events"_L1, "keepalive"_L1}) {
+        if (path.endsWith(u'/' + call))
+            return call;
+    }
+    return {};
+}
+
+QJsonObject Service::answer(const QString &call, const Request &request, const QString &baseUrl)
+{
+    if (request.headers.count("x-api-key") == 0)
+        return withStatus(401);
+    if (call == "users/id"_L1)
+        return newIdentity();
+    if (call == "channels/init/zelvano"_L1)
+        return channel(request, baseUrl);
+    if (call == "events"_L1)
+        return event(request, baseUrl);
+    return withStatus(200);
+}
+
+QJsonObject Service::channel(const Request &request, const QString &baseUrl)
+{
+    m_openChannels.insert(userOf(request));
+    QString apiUrl = settings.apiUrl;
+    if (apiUrl.isNull()) {
+        const auto host = request.headers.find("host");
+        apiUrl = host == request.headers.end() ? baseUrl : "http://"_L1 + QString::fromLatin1(host->second);
+    }
+    QJsonObject config{{u"showUI"_s, settings.showUI}, {u"apiUrl"_s, apiUrl}};
+    if (settings.keepAliveMilliseconds)
+        config.insert("keepALiveInterval"_L1, *settings.keepAliveMilliseconds);
+    QJsonObject answer = withStatus(200);
+    answer.insert("uiTagUrls"_L1, QJsonArray{baseUrl + "/layout/"_L1});
+    answer.insert("sdkConfig"_L1, config);
+    return answer;
+}
+
+QJsonObject Service::event(const Request &request, const QString &baseUrl) const
+{
+    const QString type = request.type();
+    if (type != "page"_L1 && type != "ready"_L1)
+        return withData({});
+    if (m_openChannels.count(userOf(request)) == 0)
+        return withStatus(406);
+    return type == "page"_L1 ? withData({{u"pageUUID"_s, newId()}}) : recommendation(request, baseUrl);
+}
+
+QJsonObject Service::recommendation(const Request &request, const QString &baseUrl) const
+{
+    const int wanted = request.body.value("size"_L1).toVariant().toInt();
+    const int count = wanted > 0 ? std::min(wanted, maximumVideos) : settings.videos;
+    const QString playing = request.body.value("videoId"_L1).toString();
+    const QString view = newId();
+    QJsonObject answer = withData({{u"viewUUID"_s, view}, {u"videos"_s, recommendedVideos(baseUrl, playing, count)}});
+    answer.insert("viewUUID"_L1, view);
+    return answer;
+}
+
+} // namespace zelvano::sandbox

@@ -1,0 +1,149 @@
+"use strict";
+
+(() => {
+  const smallestGridCard = 140;
+  const largestCard = 420;
+  const roomyCard = 190;
+  const aspect = 16 / 9;
+
+  const categoryNames = { FORYOU: "For you", MOSTVIEWED: "Most viewed", MOSTRECENT: "Most recent" };
+
+  const panel = document.getElementById("panel");
+  const list = document.getElementById("cards");
+  const template = document.getElementById("card");
+
+  let columns = 1;
+
+  const text = (value) => (typeof value === "string" ? value : "");
+  const buttons = () => Array.from(list.querySelectorAll("button"));
+
+  function clock(seconds) {
+    const pad = (number) => String(number).padStart(2, "0");
+    const [hours, minutes, rest] = [Math.floor(seconds / 3600), Math.floor(seconds / 60) % 60, seconds % 60];
+    return hours > 0 ? `${hours}:${pad(minutes)}:${pad(rest)}` : `${minutes}:${pad(rest)}`;
+  }
+
+  function spoken(seconds) {
+    const amount = (number, unit) => (number === 0 ? "" : `${number} ${unit}${number === 1 ? "" : "s"}`);
+    return [
+      amount(Math.floor(seconds / 3600), "hour"),
+      amount(Math.floor(seconds / 60) % 60, "minute"),
+      amount(seconds % 60, "second"),
+    ].filter(Boolean).join(" ");
+  }
+
+  function makeCard(video, index) {
+    const item = template.content.firstElementChild.cloneNode(true);
+    const find = (name) => item.querySelector(name);
+    const title = text(video.title) || "Untitled video";
+    const seconds = Math.floor(Number(video.durationSec)) || 0;
+    const category = Object.hasOwn(categoryNames, video.category) ? video.category : "";
+
+    const button = find("button");
+    button.dataset.index = String(index);
+    button.dataset.category = category;
+    button.style.setProperty("--order", String(Math.min(index, 8)));
+    button.setAttribute("aria-label", [title, spoken(seconds), categoryNames[category]].filter(Boolean).join(", "));
+
+    find(".title").textContent = title;
+    find(".duration").textContent = seconds > 0 ? clock(seconds) : "";
+    find(".category").textContent = categoryNames[category] ?? "";
+
+    const picture = find("img");
+    picture.addEventListener("error", () => { picture.hidden = true; });
+    picture.hidden = !text(video.imageUrl);
+    if (!picture.hidden)
+      picture.src = video.imageUrl;
+    return item;
+  }
+
+  // The number of columns that makes the cards largest while all of them are seen.
+  function bestGrid(count, width, height, gap) {
+    let best = { columns: 1, cardWidth: 0 };
+    for (let tried = 1; tried <= count; ++tried) {
+      const rows = Math.ceil(count / tried);
+      const byWidth = (width - gap * (tried - 1)) / tried;
+      const byHeight = ((height - gap * (rows - 1)) / rows) * aspect;
+      const cardWidth = Math.min(byWidth, byHeight, largestCard);
+      if (cardWidth > best.cardWidth + 0.5)
+        best = { columns: tried, cardWidth };
+    }
+    return best;
+  }
+
+  function fit() {
+    const count = list.childElementCount;
+    if (count === 0)
+      return;
+    const style = getComputedStyle(list);
+    const gap = parseFloat(style.columnGap);
+    const width = list.clientWidth - parseFloat(style.paddingLeft) - parseFloat(style.paddingRight);
+    const height = list.clientHeight - parseFloat(style.paddingBottom);
+
+    let { columns: gridColumns, cardWidth } = bestGrid(count, width, height, gap);
+    const scrolls = cardWidth < smallestGridCard && count > 1;
+    const column = scrolls && height > width;
+    const row = scrolls && !column;
+    if (column)
+      [gridColumns, cardWidth] = [1, Math.min(width, largestCard)];
+    else if (row)
+      cardWidth = Math.min(height * aspect, width * 0.78, largestCard);
+    columns = row ? count : gridColumns;
+    list.classList.toggle("row", row);
+    list.classList.toggle("column", column);
+    list.classList.toggle("roomy", cardWidth >= roomyCard);
+    list.style.setProperty("--columns", String(gridColumns));
+    const used = row ? width : cardWidth * gridColumns + gap * (gridColumns - 1);
+    panel.style.setProperty("--inset", `${Math.floor((width - used) / 2)}px`);
+    panel.style.setProperty("--card-width", `${Math.floor(cardWidth)}px`);
+  }
+
+  function updateSuggestions(videos) {
+    const valid = (video) => typeof video === "object" && video !== null;
+    const shown = Array.isArray(videos) ? videos : [];
+    const focused = document.activeElement?.dataset?.index;
+    // What is no video takes no card, yet keeps its position in the list that the library counts by.
+    list.replaceChildren(...shown.flatMap((video, index) => (valid(video) ? [makeCard(video, index)] : [])));
+    list.scrollTo(0, 0);
+    panel.hidden = list.childElementCount === 0;
+    fit();
+    if (focused !== undefined)
+      buttons().find((button) => button.dataset.index === focused)?.focus();
+  }
+
+  function moveFocus(event) {
+    const all = buttons();
+    const current = all.indexOf(document.activeElement);
+    const targets = {
+      ArrowLeft: current - 1,
+      ArrowRight: current + 1,
+      ArrowUp: current - columns,
+      ArrowDown: current + columns,
+      Home: 0,
+      End: all.length - 1,
+    };
+    const target = all[targets[event.key]];
+    if (current < 0 || !target)
+      return;
+    event.preventDefault();
+    target.focus();
+  }
+
+  function scrollSideways(event) {
+    if (event.deltaX === 0 && list.classList.contains("row"))
+      list.scrollLeft += event.deltaY;
+  }
+
+  list.addEventListener("click", (event) => {
+    const card = event.target.closest("button");
+    if (card)
+      location.href = `zelvano://index?${card.dataset.index}`;
+  });
+  list.addEventListener("keydown", moveFocus);
+  list.addEventListener("wheel", scrollSideways, { passive: true });
+  new ResizeObserver(fit).observe(document.documentElement);
+
+  window.updateSuggestions = updateSuggestions;
+  // Not earlier: a navigation ends the loading of the page, even one that leads nowhere.
+  window.addEventListener("load", () => { location.href = "zelvano://ready"; });
+})();

@@ -1,0 +1,74 @@
+#include "Sandbox.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <csignal>
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+using zelvano::sandbox::Request;
+using zelvano::sandbox::Sandbox;
+
+namespace {
+
+sigset_t stopSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    return signals;
+}
+
+QString statusText(const Request &request)
+{
+    if (request.httpStatus == 0)
+        return u"no answer"_s;
+    return u"%1 (HTTP %2)"_s.arg(request.serviceStatus).arg(request.httpStatus);
+}
+
+void printRequest(const Request &request)
+{
+    const QString line = u"%1  %2 %3 %4  %5\n"_s.arg(request.time.toLocalTime().toString(u"HH:mm:ss.zzz"_s),
+                                                     request.method.leftJustified(4), request.path.leftJustified(24),
+                                                     request.type().leftJustified(12), statusText(request));
+    std::fputs(qUtf8Printable(line), stdout);
+    std::fflush(stdout);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"The recommendation service, on this machine only."_s);
+    parser.addHelpOption();
+    parser.addOption({u"port"_s, u"The port of 127.0.0.1 to listen on; 0 for any free one."_s, u"N"_s, u"8080"_s});
+    parser.process(application);
+
+    bool valid = false;
+    const quint16 port = parser.value(u"port"_s).toUShort(&valid);
+    if (!valid) {
+        std::fputs("zelvano-sandbox: --port takes a number from 0 to 65535\n", stderr);
+        return 2;
+    }
+
+    // Blocked before the server's threads begin, so that only sigwait() below receives them.
+    const sigset_t signals = stopSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+
+    Sandbox sandbox;
+    sandbox.setRequestListener(printRequest);
+    if (!sandbox.start(port)) {
+        std::fprintf(stderr, "zelvano-sandbox: port %d of 127.0.0.1 is taken\n", port);
+        return 1;
+    }
+    std::printf("The recommendation service is at %s\n", qUtf8Printable(sandbox.url(u"/"_s).toString()));
+    std::fflush(stdout);
+
+    int received = 0;
+    sigwait(&signals, &received);
+    return 0;
+}

@@ -1,0 +1,652 @@
+#include "Sandbox.h"
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QRegularExpression>
+#include <QSet>
+#include <QTest>
+#include <QtEndian>
+
+#include <mutex>
+
+#include <arpa/inet.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace zelvano::sandbox;
+using Kind = Fault::Kind;
+
+Q_DECLARE_METATYPE(Kind)
+
+namespace {
+
+struct Answer
+{
+    int status = 0; // 0: the connection was closed before the headers were complete
+    QByteArray headers;
+    QByteArray body;
+    bool complete = false;
+
+    QByteArray header(const QByteArray &name) const
+    {
+        for (const QByteArray &line : headers.split('\n')) {
+            if (line.toLower().startsWith(name + ':'))
+                return line.mid(name.size() + 1).trimmed();
+        }
+        return {};
+    }
+    QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
+};
+
+// One connection, and no HTTP library that could hide what is sent on it.
+class Client
+{
+public:
+    explicit Client(quint16 port, const char *address = "127.0.0.1") : m_socket(::socket(AF_INET, SOCK_STREAM, 0))
+    {
+        sockaddr_in target{};
+        target.sin_family = AF_INET;
+        target.sin_port = htons(port);
+        ::inet_pton(AF_INET, address, &target.sin_addr);
+        m_connected = ::connect(m_socket, reinterpret_cast<sockaddr *>(&target), sizeof target) == 0;
+    }
+    ~Client() { ::close(m_socket); }
+    Q_DISABLE_COPY_MOVE(Client)
+
+    bool connected() const { return m_connected; }
+
+    void send(const QByteArray &method, const QByteArray &path, const QByteArray &body = {},
+              const QByteArray &headers = "x-api-key: key\r\n") const
+    {
+        const QByteArray text = method + ' ' + path + " HTTP/1.1\r\nHost: service.example:81\r\n" + headers +
+                                "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
+        ::send(m_socket, text.constData(), static_cast<size_t>(text.size()), MSG_NOSIGNAL);
+    }
+
+    QByteArray receive(int timeoutMs = 5000) const
+    {
+        pollfd descriptor{m_socket, POLLIN, 0};
+        if (::poll(&descriptor, 1, timeoutMs) <= 0)
+            return {};
+        QByteArray bytes(1 << 16, Qt::Uninitialized);
+        const ssize_t count = ::recv(m_socket, bytes.data(), static_cast<size_t>(bytes.size()), 0);
+        return count > 0 ? bytes.first(count) : QByteArray();
+    }
+
+    Answer answer(bool headersOnly = false) const
+    {
+        Answer result;
+        QByteArray bytes;
+        qsizetype split = -1;
+        while ((split = bytes.indexOf("\r\n\r\n")) < 0) {
+            const QByteArray more = receive();
+            if (more.isEmpty())
+                return result;
+            bytes += more;
+        }
+        result.headers = bytes.first(split);
+        result.body = bytes.sliced(split + 4);
+        result.status = result.headers.split(' ').value(1).toInt();
+        const qsizetype length = headersOnly ? 0 : result.header("content-length").toLongLong();
+        while (result.body.size() < length) {
+            const QByteArray more = receive();
+            if (more.isEmpty())
+                return result;
+            result.body += more;
+        }
+        result.complete = true;
+        return result;
+    }
+
+    Answer ask(const QByteArray &method, const QByteArray &path, const QByteArray &body = {},
+               const QByteArray &headers = "x-api-key: key\r\n") const
+    {
+        send(method, path, body, headers);
+        return answer(method == "HEAD");
+    }
+
+private:
+    int m_socket;
+    bool m_connected = false;
+};
+
+QByteArray compact(const QJsonObject &object)
+{
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+QByteArray eventBody(const QString &type, const QJsonObject &more = {})
+{
+    QJsonObject body = more;
+    body.insert(u"userId"_s, u"user"_s);
+    body.insert(u"type"_s, type);
+    return compact(body);
+}
+
+// The length that an MP4 file states of itself, in seconds.
+double lengthOf(const QByteArray &movie)
+{
+    const qsizetype header = movie.indexOf("mvhd");
+    if (header < 0)
+        return 0;
+    const char *fields = movie.constData() + header + 16;
+    return double(qFromBigEndian<quint32>(fields + 4)) / qFromBigEndian<quint32>(fields);
+}
+
+} // namespace
+
+class tst_Sandbox : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup() { m_sandbox.reset(); }
+
+    void newIdentityEachTime();
+    void channel_data();
+    void channel();
+    void events_data();
+    void events();
+    void expiredChannel();
+    void recommendation_data();
+    void recommendation();
+    void everyVideoIsServed();
+
+    void faults_data();
+    void faults();
+    void faultsApplyInOrder();
+    void cutWithinAnswer();
+    void drip();
+    void clearedFaults();
+
+    void range_data();
+    void range();
+    void pages_data();
+    void pages();
+    void testRoutes();
+
+    void requestLog();
+    void consoleRequests();
+    void oneWriteAnAnswer();
+    void stopIsQuick_data();
+    void stopIsQuick();
+    void portTaken();
+    void loopbackOnly();
+
+private:
+    Answer ask(const QByteArray &method, const QByteArray &path, const QByteArray &body = {},
+               const QByteArray &headers = "x-api-key: key\r\n") const
+    {
+        return Client(m_sandbox->port()).ask(method, path, body, headers);
+    }
+    Answer post(const QByteArray &path, const QByteArray &body) const { return ask("POST", path, body); }
+    void openChannel() const { post("/channels/init/zelvano", R"({"userId":"user"})"); }
+    QJsonArray videos(const QJsonObject &request) const
+    {
+        return post("/events", eventBody(u"ready"_s, request)).json()["data"_L1]["videos"_L1].toArray();
+    }
+
+    std::unique_ptr<Sandbox> m_sandbox;
+};
+
+void tst_Sandbox::init()
+{
+    m_sandbox = std::make_unique<Sandbox>();
+    QVERIFY(m_sandbox->start());
+}
+
+void tst_Sandbox::newIdentityEachTime()
+{
+    QSet<QString> seen;
+    for (const char *method : {"GET", "POST"}) {
+        const QJsonObject answer = ask(method, "/users/id").json();
+        QCOMPARE(answer["status"_L1].toInt(), 200);
+        seen << answer["data"_L1]["userId"_L1].toString() << answer["data"_L1]["userUUID"_L1].toString();
+    }
+    seen.remove(QString());
+    QCOMPARE(seen.size(), 4);
+}
+
+void tst_Sandbox::channel_data()
+{
+    QTest::addColumn<bool>("showUI");
+    QTest::addColumn<QJsonValue>("interval"); // as the answer carries it
+    QTest::addColumn<QString>("apiUrl");
+    QTest::addColumn<QString>("expectedApiUrl");
+
+    const QString ownHost = u"http://service.example:81"_s;
+    QTest::newRow("as it comes") << true << QJsonValue(30000) << QString() << ownHost;
+    QTest::newRow("hidden, interval 0") << false << QJsonValue(0) << QString() << ownHost;
+    QTest::newRow("no interval") << true << QJsonValue(QJsonValue::Undefined) << QString() << ownHost;
+    QTest::newRow("other service") << true << QJsonValue(0.5) << u"http://other"_s << u"http://other"_s;
+}
+
+void tst_Sandbox::channel()
+{
+    QFETCH(bool, showUI);
+    QFETCH(QJsonValue, interval);
+    QFETCH(QString, apiUrl);
+    QFETCH(QString, expectedApiUrl);
+
+    Settings settings;
+    settings.showUI = showUI;
+    settings.keepAliveMilliseconds = interval.isUndefined() ? std::nullopt : std::optional<double>(interval.toDouble());
+    settings.apiUrl = apiUrl;
+    m_sandbox->setSettings(settings);
+
+    const QJsonObject answer = post("/channels/init/zelvano", R"({"userId":"user"})").json();
+    QCOMPARE(answer["status"_L1].toInt(), 200);
+    QCOMPARE(answer["uiTagUrls"_L1][0].toString(), m_sandbox->url(u"/layout/"_s).toString());
+    const QJsonObject config = answer["sdkConfig"_L1].toObject();
+    QCOMPARE(config["showUI"_L1], QJsonValue(showUI));
+    QCOMPARE(config["keepALiveInterval"_L1], interval);
+    QCOMPARE(config["apiUrl"_L1].toString(), expectedApiUrl);
+}
+
+void tst_Sandbox::events_data()
+{
+    QTest::addColumn<QByteArray>("path");
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<QByteArray>("headers");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QStringList>("dataKeys");
+
+    const QByteArray key = "X-API-Key: key\r\n";
+    const QByteArray stranger = R"({"userId":"stranger","type":"page"})";
+    QTest::newRow("page") << "/events"_ba << eventBody(u"page"_s) << key << 200 << QStringList{u"pageUUID"_s};
+    QTest::newRow("ready") << "/events"_ba << eventBody(u"ready"_s) << key << 200
+                           << QStringList{u"videos"_s, u"viewUUID"_s};
+    QTest::newRow("play") << "/events"_ba << eventBody(u"play"_s) << key << 200 << QStringList();
+    QTest::newRow("doubled slash") << "//events"_ba << eventBody(u"page"_s) << key << 200 << QStringList{u"pageUUID"_s};
+    QTest::newRow("prefix") << "/v1/a/events"_ba << eventBody(u"page"_s) << key << 200 << QStringList{u"pageUUID"_s};
+    QTest::newRow("no channel") << "/events"_ba << stranger << key << 406 << QStringList();
+    QTest::newRow("no user") << "/events"_ba
+                             << R"({"type":"ready"})"_ba << key << 406 << QStringList();
+    QTest::newRow("no key") << "/events"_ba << eventBody(u"page"_s) << QByteArray() << 401 << QStringList();
+    QTest::newRow("body is no JSON") << "/events"_ba
+                                     << "{"_ba << key << 200 << QStringList();
+    QTest::newRow("keep-alive") << "/keepalive"_ba << eventBody({}) << key << 200 << QStringList();
+}
+
+void tst_Sandbox::events()
+{
+    QFETCH(QByteArray, path);
+    QFETCH(QByteArray, body);
+    QFETCH(QByteArray, headers);
+    QFETCH(int, status);
+    QFETCH(QStringList, dataKeys);
+
+    openChannel();
+    const Answer answer = ask("POST", path, body, headers);
+    QCOMPARE(answer.status, 200);
+    QCOMPARE(answer.json()["status"_L1].toInt(), status);
+    QCOMPARE(answer.json()["data"_L1].toObject().keys(), dataKeys);
+    QCOMPARE(answer.json()["viewUUID"_L1].toString(), answer.json()["data"_L1]["viewUUID"_L1].toString());
+}
+
+void tst_Sandbox::expiredChannel()
+{
+    const auto status = [this](const QString &type) {
+        return post("/events", eventBody(type)).json()["status"_L1].toInt();
+    };
+    openChannel();
+    m_sandbox->expireChannels();
+    QCOMPARE(status(u"page"_s), 406);
+    QCOMPARE(status(u"ready"_s), 406);
+    QCOMPARE(status(u"play"_s), 200);
+    openChannel();
+    QCOMPARE(status(u"ready"_s), 200);
+}
+
+void tst_Sandbox::recommendation_data()
+{
+    QTest::addColumn<QJsonValue>("size");
+    QTest::addColumn<int>("playing"); // number of the sample video, 0: another one
+    QTest::addColumn<int>("count");
+    QTest::addColumn<int>("first");
+
+    QTest::newRow("no size") << QJsonValue(QJsonValue::Undefined) << 0 << 8 << 1;
+    QTest::newRow("size 0") << QJsonValue(u"0"_s) << 0 << 8 << 1;
+    QTest::newRow("size 3") << QJsonValue(u"3"_s) << 0 << 3 << 1;
+    QTest::newRow("size is a number") << QJsonValue(3) << 0 << 3 << 1;
+    QTest::newRow("more than there are") << QJsonValue(u"20"_s) << 0 << 20 << 1;
+    QTest::newRow("negative") << QJsonValue(u"-4"_s) << 0 << 8 << 1;
+    QTest::newRow("behind the one that plays") << QJsonValue(u"8"_s) << 2 << 8 << 3;
+    QTest::newRow("behind the last") << QJsonValue(u"8"_s) << 9 << 8 << 1;
+}
+
+void tst_Sandbox::recommendation()
+{
+    QFETCH(QJsonValue, size);
+    QFETCH(int, playing);
+    QFETCH(int, count);
+    QFETCH(int, first);
+
+    openChannel();
+    const QString playingUrl = m_sandbox->url(u"/media/%1.mp4"_s.arg(playing)).toString();
+    QJsonObject request{{u"videoId"_s, playingUrl}};
+    if (!size.isUndefined())
+        request.insert(u"size"_s, size);
+    const QJsonArray list = videos(request);
+    QCOMPARE(list.size(), count);
+    QCOMPARE(list[0]["url"_L1].toString(), m_sandbox->url(u"/media/%1.mp4"_s.arg(first)).toString());
+
+    QSet<QString> ids;
+    for (const QJsonValue &video : list) {
+        ids << video["videoId"_L1].toString() << video["costumerVideoId"_L1].toString();
+        QVERIFY(video["url"_L1].toString() != playingUrl);
+    }
+    QCOMPARE(ids.size(), 2 * count);
+}
+
+void tst_Sandbox::everyVideoIsServed()
+{
+    openChannel();
+    const QJsonArray list = videos({{u"size"_s, 9}});
+    QSet<QString> titles;
+    for (const QJsonValue &video : list) {
+        titles << video["title"_L1].toString();
+        QVERIFY(
+            QSet<QString>({u"FORYOU"_s, u"MOSTVIEWED"_s, u"MOSTRECENT"_s}).contains(video["category"_L1].toString()));
+        QVERIFY(video["pubDate"_L1].isDouble() && video["value"_L1].isDouble());
+
+        const Answer movie = ask("GET", QUrl(video["url"_L1].toString()).path().toUtf8());
+        QCOMPARE(movie.header("content-type"), "video/mp4"_ba);
+        QCOMPARE(lengthOf(movie.body), video["durationSec"_L1].toDouble());
+        QVERIFY2(movie.body.indexOf("moov") < movie.body.indexOf("mdat"), "playable before it is complete");
+        for (const auto image : {"imageUrl"_L1, "stripUrl"_L1}) {
+            const Answer picture = ask("GET", QUrl(video[image].toString()).path().toUtf8());
+            QCOMPARE(picture.header("content-type"), "image/jpeg"_ba);
+            QVERIFY(picture.body.startsWith("\xff\xd8\xff"));
+        }
+    }
+    QCOMPARE(titles.size(), 9);
+}
+
+void tst_Sandbox::faults_data()
+{
+    QTest::addColumn<Kind>("kind");
+    QTest::addColumn<int>("httpStatus");
+    QTest::addColumn<QByteArray>("body"); // null: not compared
+
+    QTest::newRow("delay") << Kind::Delay << 200 << R"({"status":200})"_ba;
+    QTest::newRow("HTTP status") << Kind::HttpStatus << 503 << R"({"status":200})"_ba;
+    QTest::newRow("service status") << Kind::ServiceStatus << 200 << R"({"status":503})"_ba;
+    QTest::newRow("body") << Kind::Body << 200 << "[1, 2"_ba;
+    QTest::newRow("garbage") << Kind::Garbage << 200 << QByteArray();
+    QTest::newRow("empty") << Kind::Empty << 200 << ""_ba;
+    QTest::newRow("cut") << Kind::CutBeforeAnswer << 0 << ""_ba;
+}
+
+void tst_Sandbox::faults()
+{
+    QFETCH(Kind, kind);
+    QFETCH(int, httpStatus);
+    QFETCH(QByteArray, body);
+
+    m_sandbox->addFault(u"keepalive"_s, {}, {.kind = kind, .status = 503, .delay = 60ms, .body = body});
+    QElapsedTimer timer;
+    timer.start();
+    const Answer answer = post("/keepalive", "{}");
+    QVERIFY(timer.elapsed() >= 60);
+    QCOMPARE(answer.status, httpStatus);
+    if (!body.isNull())
+        QCOMPARE(answer.body, body);
+    else
+        QVERIFY(!answer.body.isEmpty() && QJsonDocument::fromJson(answer.body).isNull());
+    QCOMPARE(m_sandbox->requests().back().httpStatus, httpStatus);
+    QCOMPARE(m_sandbox->requests().back().serviceStatus, answer.json()["status"_L1].toInt());
+
+    QCOMPARE(post("/keepalive", "{}").body, R"({"status":200})"_ba);
+}
+
+void tst_Sandbox::faultsApplyInOrder()
+{
+    openChannel();
+    const auto status = [this](const QString &type) {
+        return post("/events", eventBody(type)).json()["status"_L1].toInt();
+    };
+    m_sandbox->addFault(u"events"_s, u"page"_s, {.kind = Kind::ServiceStatus, .status = 501, .times = 2});
+    m_sandbox->addFault(u"events"_s, {}, {.kind = Kind::ServiceStatus, .status = 502});
+    m_sandbox->addFault(u"events"_s, u"page"_s, {.kind = Kind::ServiceStatus, .status = 503, .times = -1});
+
+    QCOMPARE(status(u"page"_s), 501);
+    QCOMPARE(status(u"ready"_s), 502);
+    QCOMPARE(status(u"ready"_s), 200);
+    QCOMPARE(status(u"page"_s), 501);
+    QCOMPARE(status(u"page"_s), 503);
+    QCOMPARE(status(u"page"_s), 503);
+    QCOMPARE(ask("GET", "/users/id").json()["status"_L1].toInt(), 200);
+}
+
+void tst_Sandbox::cutWithinAnswer()
+{
+    m_sandbox->addFault(u"/thumbnails/1.jpg"_s, {}, {.kind = Kind::CutWithinAnswer});
+    const Answer cut = ask("GET", "/thumbnails/1.jpg");
+    QCOMPARE(cut.status, 200);
+    QVERIFY(!cut.complete);
+    QVERIFY(!cut.body.isEmpty() && cut.body.size() < cut.header("content-length").toLongLong());
+    QVERIFY(ask("GET", "/thumbnails/1.jpg").complete);
+}
+
+void tst_Sandbox::drip()
+{
+    m_sandbox->addFault(u"keepalive"_s, {}, {.kind = Kind::Drip, .delay = 5ms});
+    const Client client(m_sandbox->port());
+    client.send("POST", "/keepalive", "{}");
+    QByteArray first = client.receive();
+    QVERIFY2(!first.contains(R"({"status":200})"), "not all at once");
+    QElapsedTimer timer;
+    timer.start();
+    while (!first.endsWith(R"({"status":200})")) {
+        const QByteArray more = client.receive();
+        QVERIFY(!more.isEmpty());
+        first += more;
+    }
+    QVERIFY(timer.elapsed() >= 50);
+}
+
+void tst_Sandbox::clearedFaults()
+{
+    m_sandbox->addFault(u"keepalive"_s, {}, {.kind = Kind::HttpStatus, .times = -1});
+    QCOMPARE(post("/keepalive", "{}").status, 500);
+    m_sandbox->clearFaults();
+    QCOMPARE(post("/keepalive", "{}").status, 200);
+}
+
+void tst_Sandbox::range_data()
+{
+    QTest::addColumn<QByteArray>("method");
+    QTest::addColumn<QByteArray>("range");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<int>("from");   // -1: from the end
+    QTest::addColumn<int>("length"); // -1: everything
+
+    QTest::newRow("none") << "GET"_ba
+                          << ""_ba << 200 << 0 << -1;
+    QTest::newRow("start") << "GET"_ba
+                           << "bytes=0-99"_ba << 206 << 0 << 100;
+    QTest::newRow("middle") << "GET"_ba
+                            << "bytes=1000-1000"_ba << 206 << 1000 << 1;
+    QTest::newRow("last bytes") << "GET"_ba
+                                << "bytes=-50"_ba << 206 << -1 << 50;
+    QTest::newRow("beyond the end") << "GET"_ba
+                                    << "bytes=99999999-"_ba << 416 << 0 << 0;
+    QTest::newRow("headers only") << "HEAD"_ba
+                                  << ""_ba << 200 << 0 << 0;
+}
+
+void tst_Sandbox::range()
+{
+    QFETCH(QByteArray, method);
+    QFETCH(QByteArray, range);
+    QFETCH(int, status);
+    QFETCH(int, from);
+    QFETCH(int, length);
+
+    const QByteArray whole = ask("GET", "/media/1.mp4").body;
+    const Client client(m_sandbox->port());
+    const Answer part = client.ask(method, "/media/1.mp4", {}, range.isEmpty() ? ""_ba : "Range: " + range + "\r\n");
+    QCOMPARE(part.status, status);
+    QCOMPARE(part.header("accept-ranges"), "bytes"_ba);
+    QVERIFY(part.body == (from < 0 ? whole.last(length) : whole.mid(from, length)));
+    if (method == "HEAD")
+        QCOMPARE(part.header("content-length").toLongLong(), whole.size());
+    QVERIFY2(client.ask("GET", "/test/echo").complete, "nothing is left over on the connection");
+}
+
+void tst_Sandbox::pages_data()
+{
+    QTest::addColumn<QByteArray>("path");
+    QTest::addColumn<QByteArray>("folder"); // what relative links are relative to
+    QTest::newRow("layout") << "/layout/"_ba
+                            << "/layout/"_ba;
+    QTest::newRow("console") << "/"_ba
+                             << "/"_ba;
+}
+
+void tst_Sandbox::pages()
+{
+    QFETCH(QByteArray, path);
+    QFETCH(QByteArray, folder);
+
+    const Answer page = ask("GET", path);
+    QCOMPARE(page.header("content-type"), "text/html; charset=utf-8"_ba);
+    static const QRegularExpression link(u"(?:href|src)=\"([^\":]+\\.(css|js))\""_s);
+    int links = 0;
+    for (const auto &match : link.globalMatch(QString::fromUtf8(page.body))) {
+        const QByteArray target = match.captured(1).toUtf8();
+        const Answer file = ask("GET", target.startsWith('/') ? target : folder + target);
+        QCOMPARE(file.status, 200);
+        QVERIFY(file.header("content-type").startsWith(match.captured(2) == "js"_L1 ? "text/javascript" : "text/css"));
+        ++links;
+    }
+    QCOMPARE(links, 2);
+    QCOMPARE(ask("GET", path + "no-such-file").status, 404);
+    QCOMPARE(ask("GET", "/layout/..%2Flayout/index.html").status, 404);
+}
+
+void tst_Sandbox::testRoutes()
+{
+    const QJsonObject echoed = ask("PUT", "/test/echo", "hello", "X-Mine: yes\r\n").json();
+    QCOMPARE(echoed["method"_L1].toString(), u"PUT"_s);
+    QCOMPARE(echoed["body"_L1].toString(), u"hello"_s);
+    QCOMPARE(echoed["headers"_L1]["x-mine"_L1].toString(), u"yes"_s);
+    QCOMPARE(ask("GET", "/test/bytes/70000").body.size(), 70000);
+    QCOMPARE(ask("GET", "/test/redirect/2").header("location"), "/test/redirect/1"_ba);
+    QCOMPARE(ask("GET", "/test/redirect/1").header("location"), "/test/echo"_ba);
+    QCOMPARE(ask("GET", "/test/redirect-loop").header("location"), "/test/redirect-loop"_ba);
+    const Answer packed = ask("GET", "/test/gzip/5000", {}, "Accept-Encoding: gzip\r\n");
+    QCOMPARE(packed.header("content-encoding"), "gzip"_ba);
+    QVERIFY(packed.body.startsWith("\x1f\x8b") && packed.body.size() < 500);
+    QCOMPARE(ask("GET", "/test/unknown").status, 404);
+}
+
+void tst_Sandbox::requestLog()
+{
+    m_sandbox->stop();
+    std::mutex mutex;
+    QStringList heard;
+    m_sandbox->setRequestListener([&](const Request &request) {
+        const std::lock_guard lock(mutex);
+        heard << request.type();
+    });
+    QVERIFY(m_sandbox->start());
+
+    const QByteArray body = eventBody(u"page"_s);
+    ask("GET", "/users/id", {}, {});
+    ask("POST", "/a/events", body, "X-API-Key: key\r\nX-User-UUID: abc\r\n");
+    ask("GET", "/thumbnails/1.jpg");
+    ask("GET", "/thumbnails/1.jpg");
+
+    const std::vector<Request> requests = m_sandbox->requests();
+    QCOMPARE(requests.size(), size_t(2));
+    QCOMPARE(requests[0].number, quint64(1));
+    QCOMPARE(requests[0].method, u"GET"_s);
+    QCOMPARE(requests[0].serviceStatus, 401);
+    QCOMPARE(requests[1].number, quint64(2));
+    QCOMPARE(requests[1].path, u"/a/events"_s);
+    QCOMPARE(requests[1].headers.at("x-user-uuid"), "abc"_ba);
+    QCOMPARE(requests[1].headers.count("remote_addr"), size_t(0));
+    QCOMPARE(requests[1].rawBody, body);
+    QCOMPARE(compact(requests[1].body), body);
+    QCOMPARE(requests[1].serviceStatus, 406);
+    const std::lock_guard lock(mutex);
+    QCOMPARE(heard, QStringList({QString(), u"page"_s}));
+    QCOMPARE(m_sandbox->hits(u"/thumbnails/1.jpg"_s), 2);
+    QCOMPARE(m_sandbox->hits(u"/thumbnails/2.jpg"_s), 0);
+}
+
+void tst_Sandbox::consoleRequests()
+{
+    post("/events", eventBody(u"play"_s));
+    post("/events", eventBody(u"pause"_s));
+    const QJsonObject answer = ask("GET", "/console/requests?after=1").json();
+    QCOMPARE(answer["last"_L1].toInt(), 2);
+    const QJsonArray list = answer["requests"_L1].toArray();
+    QCOMPARE(list.size(), 1);
+    QCOMPARE(list[0]["type"_L1].toString(), u"pause"_s);
+    QCOMPARE(list[0]["user"_L1].toString(), u"user"_s);
+}
+
+void tst_Sandbox::oneWriteAnAnswer()
+{
+    const Client client(m_sandbox->port());
+    for (int round = 0; round < 200; ++round) {
+        client.send("POST", "/keepalive", "{}");
+        QVERIFY(client.receive().endsWith(R"({"status":200})"));
+    }
+}
+
+void tst_Sandbox::stopIsQuick_data()
+{
+    QTest::addColumn<Kind>("kind");
+    QTest::newRow("delay") << Kind::Delay;
+    QTest::newRow("silence") << Kind::Silence;
+    QTest::newRow("drip") << Kind::Drip;
+}
+
+void tst_Sandbox::stopIsQuick()
+{
+    QFETCH(Kind, kind);
+
+    m_sandbox->addFault(u"keepalive"_s, {}, {.kind = kind, .delay = kind == Kind::Silence ? 0ms : 60000ms});
+    const quint16 port = m_sandbox->port();
+    const Client idle(port);
+    const Client waiting(port);
+    waiting.send("POST", "/keepalive", "{}");
+    QTRY_COMPARE(m_sandbox->requests().size(), size_t(1));
+    QVERIFY2(waiting.receive(30).isEmpty(), "held back");
+
+    QElapsedTimer timer;
+    timer.start();
+    m_sandbox->stop();
+    QVERIFY(timer.elapsed() < 1000);
+    QCOMPARE(waiting.answer().status, 0);
+
+    QVERIFY2(m_sandbox->start(port), "the port is free again");
+    QCOMPARE(post("/keepalive", "{}").status, 200);
+}
+
+void tst_Sandbox::portTaken()
+{
+    Sandbox second;
+    QVERIFY(!second.start(m_sandbox->port()));
+    QCOMPARE(second.port(), quint16(0));
+    QVERIFY2(second.start(), "a failed start is no obstacle");
+}
+
+// A server on all addresses would answer here, too.
+void tst_Sandbox::loopbackOnly()
+{
+    QVERIFY(Client(m_sandbox->port()).connected());
+    QVERIFY(!Client(m_sandbox->port(), "127.0.0.2").connected());
+}
+
+QTEST_GUILESS_MAIN(tst_Sandbox)
+#include "tst_Sandbox.moc"
