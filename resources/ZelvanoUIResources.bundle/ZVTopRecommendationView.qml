@@ -1,0 +1,161 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtWebEngine
+import ZelvanoUI.Interface
+
+// The overlay's content: the layout page, a way to swipe it off to either side, and a control that closes it.
+ZVTopRecommendationContentView {
+    id: content
+
+    // The overlay; null once it has taken this content down.
+    required property QtObject owner
+
+    readonly property bool shown: owner !== null && owner.visible
+
+    Accessible.role: Accessible.Pane
+    Accessible.name: qsTr("Recommended videos")
+
+    WebEngineView {
+        id: page
+
+        objectName: "webView"
+        anchors.fill: parent
+        activeFocusOnTab: true
+        backgroundColor: "transparent"
+        zoomFactor: 1
+
+        // Nothing of the page outlives it, and it shares nothing with the host's own web views.
+        profile: WebEngineProfile {
+            offTheRecord: true
+        }
+        settings {
+            // Without this a command set by location.href would never be asked about.
+            unknownUrlSchemePolicy: WebEngineSettings.AllowAllUnknownUrlSchemes
+            localContentCanAccessFileUrls: false
+            localContentCanAccessRemoteUrls: false
+            javascriptCanOpenWindows: false
+            javascriptCanAccessClipboard: false
+            pluginsEnabled: false
+            fullScreenSupportEnabled: false
+            errorPageEnabled: false
+            focusOnNavigationEnabled: false
+            showScrollBars: false
+        }
+
+        // The page is transparent, so it is its own picture that has the overlay's round corners.
+        Component.onCompleted: {
+            const script = WebEngine.script();
+            script.name = "roundCorners";
+            script.sourceCode = `document.documentElement.style.clipPath = "inset(0 round ${content.owner.cornerRadius}px)"`;
+            script.injectionPoint = WebEngineScript.DocumentReady;
+            script.worldId = WebEngineScript.ApplicationWorld;
+            userScripts.insert(script);
+        }
+
+        onNavigationRequested: request => {
+            const isPage = /^(https?|about|data|blob):/i.test(request.url.toString());
+            if (content.owner === null || !content.owner.shouldStartLoadWithRequest(request.url) || !isPage)
+                request.reject();
+        }
+        onFeaturePermissionRequested: (origin, feature) => grantFeaturePermission(origin, feature, false)
+        onContextMenuRequested: request => request.accepted = true
+        onJavaScriptDialogRequested: request => {
+            request.accepted = true;
+            request.dialogReject();
+        }
+        onFileDialogRequested: request => {
+            request.accepted = true;
+            request.dialogReject();
+        }
+    }
+
+    // Above the page, so that it sees a press before the page takes it; it takes none itself. One swipe a press.
+    Item {
+        anchors.fill: parent
+
+        PointHandler {
+            property bool recognized: false
+            readonly property real threshold: 60
+
+            enabled: content.shown && content.owner.shouldRecognizeSimultaneously()
+            acceptedButtons: Qt.LeftButton
+            onActiveChanged: {
+                recognized = false;
+                page.enabled = true;
+            }
+            onPointChanged: {
+                const x = point.position.x - point.pressPosition.x;
+                const y = point.position.y - point.pressPosition.y;
+                if (!active || recognized || Math.abs(x) < threshold || Math.abs(x) < 2 * Math.abs(y))
+                    return;
+                recognized = true;
+                // A finger that has moved taps nothing, but a mouse would click where it is released.
+                if (point.device.type === PointerDevice.Mouse)
+                    page.enabled = false;
+                content.owner.didSwipe(x < 0 ? 2 : 1);
+            }
+        }
+    }
+
+    // The visible circle is smaller than what can be hit, so that a thumb finds it.
+    Item {
+        id: dismiss
+
+        objectName: "dismiss"
+        anchors { top: parent.top; right: parent.right }
+        width: 44
+        height: 44
+        activeFocusOnTab: true
+
+        Accessible.role: Accessible.Button
+        Accessible.name: qsTr("Close recommendations")
+        Accessible.onPressAction: content.owner.dismissPressed()
+
+        Keys.onSpacePressed: content.owner.dismissPressed()
+        Keys.onReturnPressed: content.owner.dismissPressed()
+        Keys.onEnterPressed: content.owner.dismissPressed()
+
+        Rectangle {
+            anchors.centerIn: parent
+            width: 28
+            height: 28
+            radius: 14
+            color: tap.pressed ? "#e6ffffff" : hover.hovered ? "#66ffffff" : "#73000000"
+            border { width: dismiss.activeFocus ? 2 : 1; color: dismiss.activeFocus ? "#ffffff" : "#59ffffff" }
+
+            Repeater {
+                model: [45, -45]
+
+                Rectangle {
+                    required property real modelData
+
+                    anchors.centerIn: parent
+                    width: 12
+                    height: 2
+                    radius: 1
+                    rotation: modelData
+                    antialiasing: true
+                    color: tap.pressed ? "#000000" : "#ffffff"
+                }
+            }
+        }
+
+        HoverHandler {
+            id: hover
+            cursorShape: Qt.PointingHandCursor
+        }
+
+        TapHandler {
+            id: tap
+            gesturePolicy: TapHandler.ReleaseWithinBounds
+            onTapped: content.owner.dismissPressed()
+        }
+    }
+
+    Shortcut {
+        sequences: [StandardKey.Cancel]
+        enabled: content.shown
+        onActivated: content.owner.dismissPressed()
+    }
+}

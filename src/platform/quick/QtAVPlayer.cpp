@@ -1,0 +1,161 @@
+#include "QtAVPlayer.h"
+
+#include "MainThread.h"
+#include "NotificationCenter.h"
+
+#include <QQuickItem>
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace zelvano {
+
+namespace {
+
+constexpr double millisecond = 0.001; // Seconds.
+constexpr double jumpTolerance = 1.0; // Seconds by which a position may be ahead of the clock, or behind itself.
+
+std::shared_ptr<AVPlayerItem> itemFor(const QUrl &source)
+{
+    return source.isEmpty() ? nullptr : AVPlayerItem::create(AVURLAsset(source));
+}
+
+} // namespace
+
+QtAVPlayer::QtAVPlayer(QMediaPlayer *player, QQuickItem *videoOutput) : m_player(player), m_view(videoOutput)
+{
+    connect(&m_view, &VideoView::frameChanged, this, &QtAVPlayer::frameChanged);
+    if (!player)
+        return;
+    connect(player, &QMediaPlayer::playbackStateChanged, this, &QtAVPlayer::updateRate);
+    connect(player, &QMediaPlayer::playbackRateChanged, this, &QtAVPlayer::updateRate);
+    connect(player, &QMediaPlayer::mediaStatusChanged, this, &QtAVPlayer::updateStatus);
+    connect(player, &QMediaPlayer::durationChanged, this, &QtAVPlayer::updateDuration);
+    connect(player, &QMediaPlayer::positionChanged, this, &QtAVPlayer::updatePosition);
+    connect(player, &QMediaPlayer::sourceChanged, this, &QtAVPlayer::sourceDidChange);
+
+    m_currentTime = static_cast<double>(player->position()) * millisecond;
+    setCurrentItem(itemFor(player->source()));
+    // Later, so that who is given this player now hears what it plays become ready, loaded already or not.
+    QMetaObject::invokeMethod(this, &QtAVPlayer::updateStatus, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &QtAVPlayer::updateRate, Qt::QueuedConnection);
+}
+
+QtAVPlayer::~QtAVPlayer() = default;
+
+std::shared_ptr<QtAVPlayer> QtAVPlayer::create(QMediaPlayer *player, QQuickItem *videoOutput)
+{
+    return std::shared_ptr<QtAVPlayer>(new QtAVPlayer(player, videoOutput), MainThreadDeleter{});
+}
+
+QObject *QtAVPlayer::view() const
+{
+    return m_view.item();
+}
+
+QRectF QtAVPlayer::videoBounds() const
+{
+    return m_view.videoBounds();
+}
+
+void QtAVPlayer::play()
+{
+    if (m_player)
+        m_player->play();
+}
+
+void QtAVPlayer::pause()
+{
+    if (m_player)
+        m_player->pause();
+}
+
+/// A QMediaPlayer stops for a new source; this player keeps its rate across a change of item.
+void QtAVPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
+{
+    if (!m_player)
+        return;
+    m_isLoading = true;
+    const bool wasPlaying = m_rate != 0;
+    m_player->setSource(item ? item->asset().URL() : QUrl());
+    if (wasPlaying)
+        m_player->play();
+    m_isLoading = false;
+    m_currentTime = 0;
+    updateRate();
+    updateStatus();
+}
+
+void QtAVPlayer::sourceDidChange(const QUrl &source)
+{
+    if (m_isLoading)
+        return;
+    setCurrentItem(itemFor(source));
+    updateStatus();
+}
+
+void QtAVPlayer::updateRate()
+{
+    if (m_isLoading || !m_player)
+        return;
+    const bool isPlaying = m_player->playbackState() == QMediaPlayer::PlayingState;
+    const auto rate = isPlaying ? static_cast<float>(m_player->playbackRate()) : 0.0F;
+    if (m_rate.exchange(rate) != rate)
+        Q_EMIT rateChanged();
+}
+
+/// The player's own status first: the change of the item's is what makes others read it.
+void QtAVPlayer::updateStatus()
+{
+    const auto item = currentItem();
+    if (m_isLoading || !m_player || !item)
+        return;
+    switch (m_player->mediaStatus()) {
+    case QMediaPlayer::NoMedia:
+    case QMediaPlayer::LoadingMedia:
+    case QMediaPlayer::StalledMedia:
+        break;
+    case QMediaPlayer::InvalidMedia:
+        m_status = AVPlayerStatus::Failed;
+        item->setStatus(AVPlayerItemStatus::Failed);
+        break;
+    case QMediaPlayer::EndOfMedia:
+        NotificationCenter::defaultCenter().post(
+            {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(item.get()), {}});
+        break;
+    case QMediaPlayer::LoadedMedia:
+    case QMediaPlayer::BufferingMedia:
+    case QMediaPlayer::BufferedMedia:
+        updateDuration();
+        m_status = AVPlayerStatus::ReadyToPlay;
+        item->setStatus(AVPlayerItemStatus::ReadyToPlay);
+        break;
+    }
+}
+
+void QtAVPlayer::updateDuration()
+{
+    const auto item = currentItem();
+    if (m_isLoading || !m_player || !item)
+        return;
+    const auto duration = m_player->duration();
+    item->setDuration(duration > 0 ? static_cast<double>(duration) * millisecond
+                                   : std::numeric_limits<double>::quiet_NaN());
+}
+
+void QtAVPlayer::updatePosition()
+{
+    if (m_isLoading || !m_player)
+        return;
+    const double elapsed = m_sincePosition.isValid() ? static_cast<double>(m_sincePosition.elapsed()) * millisecond : 0;
+    m_sincePosition.start();
+    const double position = static_cast<double>(m_player->position()) * millisecond;
+    const double step = position - m_currentTime.exchange(position);
+    // A player that stops goes back to the beginning: that belongs to the change of source, nobody sought.
+    const bool isStopped = m_player->playbackState() == QMediaPlayer::StoppedState;
+    if (!isStopped && std::abs(step) > elapsed * m_rate + jumpTolerance)
+        timeJumped();
+}
+
+} // namespace zelvano

@@ -1,0 +1,45 @@
+#include "VideoView.h"
+
+#include <utility>
+
+namespace zelvano {
+
+VideoView::VideoView(QQuickItem *item) : m_item(item), m_frame(frame())
+{
+    if (!item)
+        return;
+    connect(item, &QQuickItem::xChanged, this, &VideoView::checkLater);
+    connect(item, &QQuickItem::yChanged, this, &VideoView::checkLater);
+    connect(item, &QQuickItem::widthChanged, this, &VideoView::checkLater);
+    connect(item, &QQuickItem::heightChanged, this, &VideoView::checkLater);
+}
+
+VideoView::~VideoView() = default;
+
+QRectF VideoView::videoBounds() const
+{
+    // What a VideoOutput shows has a source rectangle; without one its content rectangle is only its own size.
+    if (!m_item || m_item->property("sourceRect").toRectF().isEmpty())
+        return {};
+    return m_item->property("contentRect").toRectF();
+}
+
+QRectF VideoView::frame() const
+{
+    return m_item ? QRectF(m_item->position(), m_item->size()) : QRectF();
+}
+
+void VideoView::checkLater()
+{
+    if (!std::exchange(m_checkPending, true))
+        QMetaObject::invokeMethod(this, &VideoView::check, Qt::QueuedConnection);
+}
+
+void VideoView::check()
+{
+    m_checkPending = false;
+    if (std::exchange(m_frame, frame()) != m_frame)
+        Q_EMIT frameChanged();
+}
+
+} // namespace zelvano

@@ -1,0 +1,312 @@
+#include "ZelvanoViewController.h"
+
+#include "Application.h"
+#include "Device.h"
+#include "Logging.h"
+#include "MainQueue.h"
+#include "MainThread.h"
+#include "NotificationCenter.h"
+#include "PlayerEvents.h"
+#include "Utilities.h"
+
+#include <QJsonDocument>
+#include <QQuickWindow>
+#include <QThread>
+
+#include <utility>
+
+namespace zelvano {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto customerMediaUrl = "http://media.customer.example/videos/"_L1;
+constexpr auto pluginDataKey = "zelvanoData"_L1;
+constexpr double overlayShare = 0.8; // Of the player's width.
+constexpr QRectF firstOverlayFrame{20, 64, 300, 200};
+constexpr double aboveEverything = 1e6;
+
+/// The content of the key window, or of the first that shows Qt Quick; null when no window does.
+QQuickItem *windowContent()
+{
+    const auto &application = Application::shared();
+    if (auto *key = qobject_cast<QQuickWindow *>(application.keyWindow()))
+        return key->contentItem();
+    for (auto *window : application.windows()) {
+        if (auto *quickWindow = qobject_cast<QQuickWindow *>(window))
+            return quickWindow->contentItem();
+    }
+    return nullptr;
+}
+
+} // namespace
+
+void ZelvanoViewController::DeleteOutsideItsSignals::operator()(ZVTopRecommendationView *view) const
+{
+    if (QThread::currentThread()->loopLevel() > 0)
+        view->deleteLater();
+    else
+        delete view; // No event loop runs that could do it later.
+}
+
+ZelvanoViewController::ZelvanoViewController(const QString &apiKey) : m_apiKey(apiKey) {}
+
+ZelvanoViewController::~ZelvanoViewController()
+{
+    NotificationCenter::defaultCenter().removeObserver(this);
+    ZV_LOG("dealloc");
+}
+
+/// The engine holds its listeners, so controller and engine hold each other until dismiss(). What the host gets is
+/// therefore a second owner, whose end breaks that ring.
+std::shared_ptr<ZelvanoViewController> ZelvanoViewController::create(const QString &apiKey)
+{
+    std::shared_ptr<ZelvanoViewController> self(new ZelvanoViewController(apiKey), MainThreadDeleter{});
+    self->startListening();
+    auto *const controller = self.get();
+    return {controller, [self = std::move(self)](ZelvanoViewController *) mutable {
+                self->abandon();
+                self.reset();
+            }};
+}
+
+void ZelvanoViewController::startListening()
+{
+    NotificationCenter::defaultCenter().addObserver(this, UIDeviceOrientationDidChangeNotification,
+                                                    [this](const Notification &) { rotation(); });
+}
+
+/// Not dismiss(): a host that is going away is told nothing.
+void ZelvanoViewController::abandon()
+{
+    m_delegate.reset();
+    dismiss();
+}
+
+std::shared_ptr<Zelvano> ZelvanoViewController::zelvano()
+{
+    if (!m_zelvano) {
+        m_zelvano = Zelvano::create();
+        m_zelvano->initializeWithAPIKey(m_apiKey);
+        m_zelvano->addListener(shared_from_this());
+        m_zelvano->setRecommenationsSize(m_suggestionsSize);
+    }
+    return m_zelvano;
+}
+
+ZVTopRecommendationView *ZelvanoViewController::webView()
+{
+    if (!m_webView) {
+        m_webView.reset(new ZVTopRecommendationView(firstOverlayFrame));
+        m_webView->setZ(aboveEverything);
+        m_webView->setDelegate(shared_from_this());
+    }
+    return m_webView.get();
+}
+
+/// What the engine still tells after dismiss() finds what is there; only the host begins anew.
+ZVTopRecommendationView *ZelvanoViewController::overlayOfSession()
+{
+    return m_zelvano ? webView() : m_webView.get();
+}
+
+void ZelvanoViewController::setPlayer(const std::shared_ptr<QObject> &player, const QString &pageId)
+{
+    zelvano()->setPlayer(player, pageId);
+}
+
+void ZelvanoViewController::addPlayer(const std::shared_ptr<QObject> &player)
+{
+    m_player = player;
+    QMetaObject::invokeMethod(zelvano().get(), "addPlayer", Q_ARG(QObject *, player.get()));
+}
+
+// What the engine tells
+
+void ZelvanoViewController::suggestionsDidFetched(const std::shared_ptr<Zelvano> &,
+                                                  const std::shared_ptr<QObject> &player,
+                                                  const std::shared_ptr<ZVRecommendation> &recommendation)
+{
+    m_videoList = recommendation->videoList();
+    m_jsonArray = recommendation->videosArray();
+    if (auto *overlay = overlayOfSession()) {
+        if (m_jsonArray)
+            overlay->setJsonSuggestions(QString::fromUtf8(QJsonDocument(*m_jsonArray).toJson(QJsonDocument::Indented)));
+        overlay->setUrl(ZVConfig::shared().UITagUrl());
+    }
+    const auto text = pluginText();
+    if (player && player == m_player && text)
+        postSuggestions(*text);
+    // The first video is the overlay's and the plug-in's alone.
+    if (m_videoList.size() > 1)
+        recommendation->setVideoList(ZVVideoList(m_videoList.begin() + 1, m_videoList.end()));
+    else
+        recommendation->setVideoList(std::nullopt);
+    MainQueue::shared().post([weak = weak_from_this(), recommendation] {
+        const auto self = weak.lock();
+        if (self && self->m_recommendationView)
+            self->m_recommendationView->setRecommendations(recommendation);
+    });
+    m_shouldSendImpression = true;
+}
+
+void ZelvanoViewController::stateDidChanged(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
+                                            const QString &state)
+{
+    if (state == PlayerEvent::Pause && m_isSeeking)
+        return;
+    m_isSeeking = false;
+    // A seek does not set the flag: a pause that follows it shows the overlay.
+    if (state == PlayerEvent::Play || state == PlayerEvent::AutoPlay) {
+        if (m_webView)
+            m_webView->setHidden(true);
+    } else if (state == PlayerEvent::Done) {
+        dismiss();
+    }
+}
+
+void ZelvanoViewController::addRecommendationToView(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
+                                                    QObject *view, QSizeF videoSize)
+{
+    auto *overlay = overlayOfSession();
+    if (!overlay || !overlay->isReady()) {
+        ZV_LOG("Error: webView is not ready");
+        return;
+    }
+    if (m_isSeeking) {
+        ZV_LOG("When seeking webView is not shown");
+        return;
+    }
+    // Un-hidden first: the impression goes out before the overlay has its place.
+    overlay->setHidden(false);
+    m_proportion = videoSize.height() / videoSize.width();
+    m_playerView = qobject_cast<QQuickItem *>(view);
+    overlay->setFrame(webviewFrame());
+    overlay->setParentItem(windowContent());
+}
+
+void ZelvanoViewController::rotation()
+{
+    const auto text = pluginText();
+    if (m_webView)
+        m_webView->setFrame(webviewFrame());
+    if (text)
+        postSuggestions(*text);
+}
+
+std::optional<QString> ZelvanoViewController::pluginText() const
+{
+    const auto part = subArrayToIndex(m_jsonArray.value_or(QJsonArray()), index());
+    return part ? std::optional(toJSON(*part)) : std::nullopt;
+}
+
+void ZelvanoViewController::postSuggestions(const QString &text) const
+{
+    const auto object = m_player ? QVariant::fromValue(m_player.get()) : QVariant();
+    NotificationCenter::defaultCenter().post({SuggestionsDidFetchedNotification, object, {{pluginDataKey, text}}});
+}
+
+// What the views tell
+
+void ZelvanoViewController::didSelecteRecommendation(ZVTopRecommendationView *view, qint64 index)
+{
+    if (index < 0 || static_cast<std::size_t>(index) >= m_videoList.size()) {
+        ZV_LOG("Error: the layout page picked video " << index << " of " << m_videoList.size());
+        return;
+    }
+    const auto video = m_videoList[static_cast<std::size_t>(index)];
+    const QPointer<ZVTopRecommendationView> overlay(view); // The host may dismiss from inside its call.
+    if (const auto host = delegate())
+        host->didSelectVideo(this, video);
+    if (m_zelvano)
+        m_zelvano->setSelectionByUser(true);
+    if (overlay)
+        overlay->setHidden(true);
+    const auto subscriber = m_zelvano ? m_zelvano->playerEventsHandler()->currentSubscriber() : nullptr;
+    if (subscriber)
+        subscriber->setNextVideo(video->url().toString(QUrl::FullyEncoded));
+}
+
+void ZelvanoViewController::didSelecteRecommendation(const std::shared_ptr<ZVVideoParams> &video)
+{
+    if (const auto host = delegate())
+        host->didSelectVideo(this, video);
+}
+
+void ZelvanoViewController::viewDidDismiss(ZVTopRecommendationView *) {}
+
+void ZelvanoViewController::recommendationViewDidLoad()
+{
+    if (!m_shouldSendImpression)
+        return;
+    if (m_zelvano)
+        m_zelvano->playerEvent(PlayerEvent::Impression, nullptr);
+    m_shouldSendImpression = false;
+}
+
+// Geometry
+
+qint64 ZelvanoViewController::index() const
+{
+    return isPortrait(Device::current().orientation()) ? 1 : 6;
+}
+
+QRectF ZelvanoViewController::webviewFrame() const
+{
+    const auto player = m_playerView ? QRectF(m_playerView->position(), m_playerView->size()) : QRectF(0, 0, 0, 0);
+    const double width = overlayShare * player.width();
+    const double height = width * m_proportion;
+    // The player's own x is left out: the overlay is centred as though the player stood at the left edge.
+    return {(player.width() - width) / 2, player.y() + (player.height() - height) / 2, width, height};
+}
+
+QString ZelvanoViewController::getMediaSrcWithDomain(const QString &path) const
+{
+    return customerMediaUrl + path;
+}
+
+// The end
+
+void ZelvanoViewController::removeZelvanoRecommendations()
+{
+    if (m_zelvano)
+        m_zelvano->stop();
+    if (m_webView)
+        m_webView->setParentItem(nullptr);
+    if (m_recommendationView) {
+        if (auto *view = m_recommendationView->view())
+            view->setParentItem(nullptr);
+        m_recommendationView->setDelegate(nullptr);
+    }
+    NotificationCenter::defaultCenter().removeObserver(this);
+}
+
+void ZelvanoViewController::dismiss()
+{
+    const auto keepAlive = weak_from_this().lock(); // The engine may hold the last reference but this.
+    dropOverlay();
+    if (const auto engine = std::exchange(m_zelvano, nullptr))
+        engine->dismissZelvano();
+    m_player.reset();
+    m_playerView.clear();
+    NotificationCenter::defaultCenter().removeObserver(this);
+    if (std::exchange(m_isTellingDone, true))
+        return; // The host, told of it, dismisses once more: it has been told.
+    if (const auto host = delegate())
+        host->didSelectDone(this);
+    m_delegate.reset();
+    m_isTellingDone = false;
+}
+
+void ZelvanoViewController::dropOverlay()
+{
+    if (!m_webView)
+        return;
+    m_webView->setHidden(true);
+    m_webView->setDelegate(nullptr);
+    m_webView->setParentItem(nullptr); // It may live on for a moment, but not on the screen.
+    m_webView.reset();
+}
+
+} // namespace zelvano
