@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Options.h"
+#include "Sandbox.h"
+#include "TimelineModel.h"
+#include "Trace.h"
+#include "Witness.h"
+#include "ZelvanoViewController.h"
+
+#include <QMediaPlayer>
+#include <QObject>
+#include <QQuickWindow>
+
+#include <memory>
+
+namespace demo {
+
+/// The host application: a window with a video, and the library linked to it.
+class Host : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(QAbstractItemModel *timeline READ timeline CONSTANT)
+    Q_PROPERTY(QString title READ title NOTIFY titleChanged)
+
+public:
+    Host(const Options &options, Trace &trace);
+    ~Host() override;
+
+    /// False, after a line on stderr, when there is no service to talk to.
+    bool reachService();
+    /// Links the library to what the window shows, and loads the first video.
+    void attach(QQuickWindow *window);
+
+    QAbstractItemModel *timeline() { return &m_timeline; }
+    /// The title of the video that plays; the file's name while the service has not told it.
+    QString title() const { return m_title; }
+    Q_SIGNAL void titleChanged();
+
+    QQuickWindow *window() const { return m_window; }
+    QMediaPlayer *mediaPlayer() const { return m_mediaPlayer; }
+    /// Null before the first recommendation and after dismiss().
+    zelvano::ZVTopRecommendationView *overlay() const { return m_overlay; }
+
+    /// True from the moment on at which the controller has its overlay, and with it the web engine.
+    bool hasRecommendations() const;
+
+    Q_INVOKABLE void announceChoice(const QUrl &url);
+    Q_INVOKABLE void dismiss();
+    /// Turns the device and gives the window the shape that goes with it.
+    Q_INVOKABLE void rotate(bool portrait);
+
+private:
+    QUrl firstVideo() const;
+    void updateTitle(const QUrl &source);
+    void watchOverlay();
+
+    const Options m_options;
+    Trace &m_trace;
+    TimelineModel m_timeline;
+    zelvano::sandbox::Sandbox m_sandbox;
+    QString m_service;
+    QString m_title;
+    QPointer<QQuickWindow> m_window;
+    QPointer<QMediaPlayer> m_mediaPlayer;
+    QPointer<zelvano::ZVTopRecommendationView> m_overlay;
+    std::shared_ptr<Witness> m_witness;
+    std::shared_ptr<zelvano::ZelvanoViewController> m_controller;
+};
+
+} // namespace demo

@@ -1,0 +1,79 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Controls.Basic
+import QtMultimedia
+
+// The host's screen. Wide: video and controls to the left, what happens to the right. Narrow: one above the other.
+Window {
+    id: window
+
+    required property QtObject host
+
+    readonly property bool wide: width >= 900
+    readonly property real sideWidth: wide ? Math.min(400, width * 0.32) : width
+
+    width: 1280
+    height: 720
+    minimumWidth: 320
+    minimumHeight: 320
+    visible: true
+    title: qsTr("ZelvanoUI demo")
+    color: Theme.background
+
+    MediaPlayer {
+        id: mediaPlayer
+        objectName: "mediaPlayer"
+        videoOutput: videoOutput
+    }
+
+    // In the window's corner: the overlay is laid as though the player stood at the left edge.
+    Rectangle {
+        width: videoOutput.width
+        height: videoOutput.height
+        color: "black"
+    }
+
+    VideoOutput {
+        id: videoOutput
+        objectName: "videoOutput"
+        width: window.wide ? window.width - window.sideWidth : window.width
+        height: Math.min(width * 9 / 16, window.height - controls.height)
+    }
+
+    TapHandler {
+        parent: videoOutput
+        onTapped: controls.toggle()
+    }
+
+    Controls {
+        id: controls
+        player: mediaPlayer
+        caption: window.host.title
+        y: videoOutput.height
+        width: videoOutput.width
+    }
+
+    Text {
+        visible: window.wide
+        y: controls.y + controls.height
+        x: 24
+        width: videoOutput.width - 2 * x
+        height: Math.max(0, window.height - y - 16)
+        verticalAlignment: Text.AlignBottom
+        wrapMode: Text.Wrap
+        textFormat: Text.StyledText
+        color: Theme.faint
+        font.pixelSize: 13
+        text: qsTr("Pause the video: half a second later further videos are laid over it. Pick one, swipe them away, " +
+                   "or press Escape.")
+    }
+
+    Timeline {
+        model: window.host.timeline
+        x: window.wide ? videoOutput.width : 0
+        y: window.wide ? 0 : controls.y + controls.height
+        width: window.sideWidth
+        height: window.height - y
+    }
+}

@@ -1,0 +1,69 @@
+#include "Options.h"
+
+#include <QCommandLineParser>
+
+#include <cstdio>
+
+namespace demo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QStringList &players()
+{
+    static const QStringList names{u"avplayer"_s, u"avplayerviewcontroller"_s};
+    return names;
+}
+
+std::optional<Options> refuse(const QString &why)
+{
+    std::fprintf(stderr, "zelvano-demo: %s\n", qPrintable(why));
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<Options> Options::parse(const QStringList &arguments)
+{
+    const QCommandLineOption service(u"service"_s, u"Use the service at <host:port> instead of a sandbox."_s,
+                                     u"host:port"_s);
+    const QCommandLineOption apiKey(u"api-key"_s, u"The host's API key."_s, u"key"_s, u"demo-key"_s);
+    const QCommandLineOption page(u"page"_s, u"The page identifier."_s, u"id"_s, u"demo-page"_s);
+    const QCommandLineOption suggestions(u"suggestions"_s, u"How many videos to ask for."_s, u"n"_s, u"8"_s);
+    const QCommandLineOption defaults(u"defaults"_s, u"Keep the user's identity in <file>."_s, u"file"_s);
+    const QCommandLineOption player(u"player"_s, u"The kind of player: "_s + players().join(", "_L1) + u'.', u"kind"_s,
+                                    u"avplayerviewcontroller"_s);
+    const QCommandLineOption video(u"video"_s, u"The first video."_s, u"url"_s);
+    const QCommandLineOption script(u"script"_s, u"Replay a session from <file>."_s, u"file"_s);
+    const QCommandLineOption screenshots(u"screenshots"_s, u"Where a script's screenshots go."_s, u"folder"_s, u"."_s);
+    const QCommandLineOption trace(u"trace"_s, u"Write what happens to <file>, as JSON lines."_s, u"file"_s);
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"A host of ZelvanoUI: plays a video and shows further ones over it."_s);
+    parser.addHelpOption();
+    parser.addOptions({service, apiKey, page, suggestions, defaults, player, video, script, screenshots, trace});
+    parser.process(arguments);
+
+    bool isNumber = false;
+    Options options;
+    options.service = parser.value(service);
+    options.apiKey = parser.value(apiKey);
+    options.page = parser.value(page);
+    options.suggestions = parser.value(suggestions).toInt(&isNumber);
+    options.defaults = parser.value(defaults);
+    options.player = parser.value(player);
+    options.video = QUrl::fromUserInput(parser.value(video));
+    options.script = parser.value(script);
+    options.screenshots = parser.value(screenshots);
+    options.trace = parser.value(trace);
+    if (!isNumber || options.suggestions < 0)
+        return refuse(u"--suggestions takes a number"_s);
+    if (!players().contains(options.player))
+        return refuse(u"--player takes one of "_s + players().join(", "_L1));
+    if (!options.service.isEmpty() && !options.service.contains(u':'))
+        return refuse(u"--service takes HOST:PORT"_s);
+    return options;
+}
+
+} // namespace demo

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+
+#include <optional>
+
+namespace demo {
+
+/// What the command line asks for.
+struct Options
+{
+    QString service; ///< HOST:PORT; null: a sandbox in this process.
+    QString apiKey;
+    QString page;
+    int suggestions = 0;
+    QString defaults; ///< Null: the application's own.
+    QString player;
+    QUrl video; ///< Empty: the service's first sample.
+    QString script;
+    QString screenshots;
+    QString trace;
+
+    /// Nothing, after a line on stderr, when the arguments make no sense. Ends the process for --help.
+    static std::optional<Options> parse(const QStringList &arguments);
+};
+
+} // namespace demo

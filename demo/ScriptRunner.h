@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Script.h"
+
+#include <QJsonObject>
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+#include <vector>
+
+class QPointF;
+
+namespace demo {
+
+class Host;
+class Trace;
+
+/// Replays a session, command by command, with the viewer's input synthesized at the window.
+class ScriptRunner : public QObject
+{
+    Q_OBJECT
+
+public:
+    ScriptRunner(Host &host, Trace &trace, std::vector<Command> commands, const QString &screenshots);
+
+    void start();
+    /// The page's answer to a tap's question: the centre of the element, in the page's coordinates, or nothing.
+    Q_INVOKABLE void tapLocated(const QVariant &point);
+
+Q_SIGNALS:
+    /// The script is through (0), or a command failed (1).
+    void finished(int exitStatus);
+
+private:
+    using Action = void (ScriptRunner::*)(const QStringList &);
+
+    void next();
+    void nextAfter(int milliseconds);
+    void fail(const QString &why);
+    void occurred(const QJsonObject &entry);
+    bool expectationIsMet() const;
+
+    void play(const QStringList &);
+    void pause(const QStringList &);
+    void seek(const QStringList &words);
+    void wait(const QStringList &words);
+    void waitFor(const QStringList &words);
+    void tap(const QStringList &words);
+    void swipe(const QStringList &words);
+    void dismissOverlay(const QStringList &);
+    void notifyClick(const QStringList &words);
+    void rotate(const QStringList &words);
+    void resize(const QStringList &words);
+    void screenshot(const QStringList &words);
+    void dismiss(const QStringList &);
+    void quit(const QStringList &);
+
+    Host &m_host;
+    Trace &m_trace;
+    const std::vector<Command> m_commands;
+    const QString m_screenshots;
+    std::size_t m_next = 0;
+    std::vector<QJsonObject> m_sinceActing; ///< What occurred since the last acting command began.
+    std::function<bool(const QJsonObject &)> m_expected;
+    QTimer m_deadline;
+};
+
+} // namespace demo

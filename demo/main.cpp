@@ -1,0 +1,98 @@
+#include "Host.h"
+#include "Options.h"
+#include "ScriptRunner.h"
+#include "StallProbe.h"
+#include "Trace.h"
+
+#include <QFile>
+#include <QQmlApplicationEngine>
+#include <QtWebEngineQuick/qtwebenginequickglobal.h>
+
+#include <cstdio>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QtMessageHandler defaultMessageHandler = nullptr;
+demo::Trace *logTrace = nullptr;
+
+/// The library's log goes into the trace; everything else where it always goes.
+void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (logTrace && qstrcmp(context.category, "zelvano") == 0)
+        logTrace->add(u"log"_s, {{"text"_L1, message}});
+    else
+        defaultMessageHandler(type, context, message);
+}
+
+std::optional<std::vector<demo::Command>> readScript(const QString &path)
+{
+    QFile file(path);
+    QString error;
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        error = file.errorString();
+    else if (auto commands = demo::parseScript(QString::fromUtf8(file.readAll()), error))
+        return commands;
+    std::fprintf(stderr, "zelvano-demo: script %s: %s\n", qPrintable(path), qPrintable(error));
+    return std::nullopt;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QtWebEngineQuick::initialize();
+    demo::StallProbe application(argc, argv);
+    QCoreApplication::setApplicationName(u"zelvano-demo"_s);
+
+    const auto options = demo::Options::parse(QCoreApplication::arguments());
+    if (!options)
+        return 1;
+    demo::Trace trace;
+    if (!options->trace.isEmpty() && !trace.writeTo(options->trace)) {
+        std::fprintf(stderr, "zelvano-demo: trace %s: %s\n", qPrintable(options->trace),
+                     qPrintable(trace.errorString()));
+        return 1;
+    }
+    std::vector<demo::Command> commands;
+    if (!options->script.isEmpty()) {
+        auto read = readScript(options->script);
+        if (!read)
+            return 1;
+        commands = std::move(*read);
+    }
+    logTrace = &trace;
+    defaultMessageHandler = qInstallMessageHandler(handleMessage);
+
+    int status = 0;
+    {
+        demo::Host host(*options, trace);
+        if (!host.reachService())
+            return 1;
+        QQmlApplicationEngine engine;
+        engine.setInitialProperties({{u"host"_s, QVariant::fromValue(&host)}});
+        engine.load(QUrl(u"qrc:/demo/Main.qml"_s));
+        auto *window =
+            engine.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
+        if (!window)
+            return 1;
+        host.attach(window);
+        application.setExcuse([&host] { return host.hasRecommendations(); });
+        application.reset();
+
+        std::unique_ptr<demo::ScriptRunner> runner;
+        if (!options->script.isEmpty()) {
+            runner = std::make_unique<demo::ScriptRunner>(host, trace, std::move(commands), options->screenshots);
+            QObject::connect(runner.get(), &demo::ScriptRunner::finished, &application,
+                             [](int exitStatus) { QCoreApplication::exit(exitStatus); });
+            runner->start();
+        }
+        status = application.exec();
+        trace.add(u"summary"_s, application.summary());
+    }
+    qInstallMessageHandler(defaultMessageHandler);
+    logTrace = nullptr;
+    return status;
+}
