@@ -2,6 +2,8 @@
 
 #include <QThread>
 
+#include <cmath>
+
 namespace demo {
 
 using namespace Qt::StringLiterals;
@@ -10,7 +12,7 @@ namespace {
 
 double milliseconds(qint64 nanoseconds)
 {
-    return static_cast<double>(nanoseconds / 10000) / 100.0;
+    return std::round(static_cast<double>(nanoseconds) / 1e4) / 100;
 }
 
 } // namespace

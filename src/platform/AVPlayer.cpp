@@ -51,7 +51,7 @@ void AVPlayer::setCurrentItem(std::shared_ptr<AVPlayerItem> item)
 std::shared_ptr<AVPlayer::TimeObserverToken> AVPlayer::addPeriodicTimeObserver(std::chrono::milliseconds interval,
                                                                                TimeObserver observer)
 {
-    const auto token = std::make_shared<TimeObserverToken>(TimeObserverToken{interval, std::move(observer)});
+    auto token = std::make_shared<TimeObserverToken>(TimeObserverToken{interval, std::move(observer)});
     m_timeObservers.push_back(token);
     if (rate() != 0)
         scheduleTick(token);

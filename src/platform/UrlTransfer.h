@@ -22,8 +22,8 @@ using UrlTransfers = std::multimap<UrlClock::time_point, std::unique_ptr<UrlTran
 class UrlTransfer
 {
 public:
-    static constexpr qint64 LargestAnswer = 64 * 1024 * 1024;
-    static constexpr qint64 LargestHead = 256 * 1024;
+    static constexpr qint64 LargestAnswer = qint64{64} * 1024 * 1024;
+    static constexpr qint64 LargestHead = qint64{256} * 1024;
 
     UrlTransfer(CURLSH *share, UrlSockets &sockets);
     Q_DISABLE_COPY_MOVE(UrlTransfer)

@@ -25,6 +25,9 @@ public:
     /// Another file, for hosts that keep their settings elsewhere, and for tests. A null path is the standard one.
     void setFilePath(const QString &path);
 
+    UserDefaults(const UserDefaults &) = delete;
+    UserDefaults &operator=(const UserDefaults &) = delete;
+
 private:
     UserDefaults();
     ~UserDefaults() = delete;

@@ -72,7 +72,7 @@ ZVAVPlayerSubscribe::~ZVAVPlayerSubscribe()
 
 std::shared_ptr<ZVAVPlayerSubscribe> ZVAVPlayerSubscribe::create(const std::shared_ptr<QObject> &player)
 {
-    const std::shared_ptr<ZVAVPlayerSubscribe> subscriber(new ZVAVPlayerSubscribe(player), MainThreadDeleter{});
+    std::shared_ptr<ZVAVPlayerSubscribe> subscriber(new ZVAVPlayerSubscribe(player), MainThreadDeleter{});
     subscriber->registerForPlaybackNotification();
     subscriber->m_isLandscape = zelvano::isLandscape(Device::current().orientation());
     return subscriber;

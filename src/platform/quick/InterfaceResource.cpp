@@ -6,6 +6,8 @@
 #include <QQmlComponent>
 #include <QQmlEngine>
 
+#include <tuple>
+
 namespace zelvano {
 
 using namespace Qt::StringLiterals;
@@ -36,7 +38,7 @@ std::unique_ptr<QQuickItem> load(QQmlEngine &engine, const QString &name, QObjec
     if (component.isReady()) // Asked to create from a broken file, Qt would crash.
         object.reset(component.createWithInitialProperties({{u"owner"_s, QVariant::fromValue(owner)}}));
     if (auto *item = qobject_cast<QQuickItem *>(object.get())) {
-        object.release();
+        std::ignore = object.release(); // Known under its own class from here on.
         QQmlEngine::setObjectOwnership(item, QQmlEngine::CppOwnership);
         return std::unique_ptr<QQuickItem>(item);
     }
