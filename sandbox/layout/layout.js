@@ -1,7 +1,8 @@
 "use strict";
 
 (() => {
-  const smallestGridCard = 140;
+  const smallestCard = 110; // where all cards are seen at once
+  const smallestScrolledCard = 100;
   const largestCard = 420;
   const roomyCard = 190;
   const aspect = 16 / 9;
@@ -80,20 +81,18 @@
     const width = list.clientWidth - parseFloat(style.paddingLeft) - parseFloat(style.paddingRight);
     const height = list.clientHeight - parseFloat(style.paddingBottom);
 
-    let { columns: gridColumns, cardWidth } = bestGrid(count, width, height, gap);
-    const scrolls = cardWidth < smallestGridCard && count > 1;
-    const column = scrolls && height > width;
-    const row = scrolls && !column;
-    if (column)
-      [gridColumns, cardWidth] = [1, Math.min(width, largestCard)];
-    else if (row)
-      cardWidth = Math.min(height * aspect, width * 0.78, largestCard);
-    columns = row ? count : gridColumns;
-    list.classList.toggle("row", row);
-    list.classList.toggle("column", column);
+    let { columns: fitting, cardWidth } = bestGrid(count, width, height, gap);
+    // Downwards only: a sideways movement belongs to the library, which swipes the page away with it.
+    const scrolls = cardWidth < smallestCard && count > 1;
+    if (scrolls) {
+      fitting = Math.max(1, Math.floor((width + gap) / (smallestScrolledCard + gap)));
+      cardWidth = Math.min((width - gap * (fitting - 1)) / fitting, largestCard);
+    }
+    columns = fitting;
+    const used = cardWidth * columns + gap * (columns - 1);
+    list.classList.toggle("scrolls", scrolls);
     list.classList.toggle("roomy", cardWidth >= roomyCard);
-    list.style.setProperty("--columns", String(gridColumns));
-    const used = row ? width : cardWidth * gridColumns + gap * (gridColumns - 1);
+    list.style.setProperty("--columns", String(columns));
     panel.style.setProperty("--inset", `${Math.floor((width - used) / 2)}px`);
     panel.style.setProperty("--card-width", `${Math.floor(cardWidth)}px`);
   }
@@ -129,18 +128,12 @@
     target.focus();
   }
 
-  function scrollSideways(event) {
-    if (event.deltaX === 0 && list.classList.contains("row"))
-      list.scrollLeft += event.deltaY;
-  }
-
   list.addEventListener("click", (event) => {
     const card = event.target.closest("button");
     if (card)
       location.href = `zelvano://index?${card.dataset.index}`;
   });
   list.addEventListener("keydown", moveFocus);
-  list.addEventListener("wheel", scrollSideways, { passive: true });
   new ResizeObserver(fit).observe(document.documentElement);
 
   window.updateSuggestions = updateSuggestions;
