@@ -30,7 +30,7 @@ std::optional<Options> Options::parse(const QStringList &arguments)
                                      u"host:port"_s);
     const QCommandLineOption apiKey(u"api-key"_s, u"The host's API key."_s, u"key"_s, u"demo-key"_s);
     const QCommandLineOption page(u"page"_s, u"The page identifier."_s, u"id"_s, u"demo-page"_s);
-    const QCommandLineOption suggestions(u"suggestions"_s, u"How many videos to ask for."_s, u"n"_s, u"8"_s);
+    const QCommandLineOption suggestions(u"suggestions"_s, u"How many videos to ask for."_s, u"n"_s, u"6"_s);
     const QCommandLineOption defaults(u"defaults"_s, u"Keep the user's identity in <file>."_s, u"file"_s);
     const QCommandLineOption player(u"player"_s, u"The kind of player: "_s + players().join(", "_L1) + u'.', u"kind"_s,
                                     u"avplayerviewcontroller"_s);
