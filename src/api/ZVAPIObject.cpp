@@ -15,11 +15,24 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// What the service is told of the client.
+struct Client
+{
+    bool isPad = false;
+    QString systemVersion;
+    QString app;
+    QString libraryVersion;
+
+    bool operator==(const Client &) const = default;
+};
+
 struct ClassState
 {
     QMutex mutex;
     QString domain = u""_s;
     std::vector<std::shared_ptr<UrlTask>> tasks;
+    Client client;
+    QJsonObject userAgent;
 };
 
 ClassState &classState()
@@ -38,6 +51,34 @@ QString decimalText(float number)
 QString decimalText(double number)
 {
     return QString::number(number, 'g', 16);
+}
+
+Client currentClient()
+{
+    const auto &device = Device::current();
+    // The version is the library's own, out of its resource bundle: the service tells releases of the library apart by
+    // it, not releases of the host.
+    const auto bundle = zelvanoBundle();
+    return {device.userInterfaceIdiom() == UIUserInterfaceIdiom::Pad, device.systemVersion(), Bundle::mainBundleName(),
+            bundle ? bundle->infoValue(u"CFBundleShortVersionString"_s) : QString()};
+}
+
+/// Kept for the process while nothing of it changes: every event carries it.
+QJsonObject userAgentOf(const Client &client)
+{
+    auto &state = classState();
+    const QMutexLocker lock(&state.mutex);
+    if (state.userAgent.isEmpty() || state.client != client) {
+        state.client = client;
+        state.userAgent = {
+            {"deviceType"_L1, client.isPad ? deviceTypes[0] : deviceTypes[1]},
+            {"os"_L1, osTypes[1]}, // The only system that the service knows this kind of client on.
+            {"osVersion"_L1, client.systemVersion.section(u'.', 0, 0)},
+            {"app"_L1, client.app},
+            {"appVersion"_L1, client.libraryVersion},
+        };
+    }
+    return state.userAgent;
 }
 
 ZVAPIResponse responseFor(const QByteArray &data, const std::optional<Error> &transportError)
@@ -68,21 +109,8 @@ std::shared_ptr<ZVAPIObject> ZVAPIObject::create(const QString &apiName)
 
 QJsonObject ZVAPIObject::userAgent() const
 {
-    if (!m_userAgent) {
-        const auto &device = Device::current();
-        const bool isPad = device.userInterfaceIdiom() == UIUserInterfaceIdiom::Pad;
-        // The version is the library's own, out of its resource bundle: the service tells releases of the library
-        // apart by it, not releases of the host.
-        const auto bundle = zelvanoBundle();
-        const auto version = bundle ? bundle->infoValue(u"CFBundleShortVersionString"_s) : QString();
-        m_userAgent = QJsonObject{
-            {"deviceType"_L1, isPad ? deviceTypes[0] : deviceTypes[1]},
-            {"os"_L1, osTypes[1]}, // The only system that the service knows this kind of client on.
-            {"osVersion"_L1, device.systemVersion().section(u'.', 0, 0)},
-            {"app"_L1, Bundle::mainBundleName()},
-            {"appVersion"_L1, version},
-        };
-    }
+    if (!m_userAgent)
+        m_userAgent = userAgentOf(currentClient());
     return *m_userAgent;
 }
 

@@ -10,14 +10,24 @@ QByteArray urlHostAndPort(const QUrl &url)
 
 void UrlQueues::enqueue(const std::shared_ptr<UrlJob> &job)
 {
-    const QUrl &url = job->request().url;
-    const QByteArray key = url.scheme().toLatin1() + ' ' + urlHostAndPort(url);
-    UrlHost &host = m_hosts[key];
-    host.key = key;
+    UrlHost &host = hostOf(job->request().url);
     job->place.host = &host;
     job->place.waiting = host.waiting.insert(host.waiting.end(), job);
     job->place.isWaiting = true;
     fillSlots(host);
+}
+
+UrlHost &UrlQueues::hostOf(const QUrl &url)
+{
+    if (url != m_lastUrl) {
+        m_lastUrl = url;
+        m_lastHostAndPort = urlHostAndPort(url);
+        m_lastKey = url.scheme().toLatin1() + ' ' + m_lastHostAndPort;
+    }
+    UrlHost &host = m_hosts[m_lastKey];
+    host.key = m_lastKey;
+    host.hostAndPort = m_lastHostAndPort;
+    return host;
 }
 
 void UrlQueues::withdraw(UrlJob &job)

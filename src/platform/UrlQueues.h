@@ -17,6 +17,7 @@ QByteArray urlHostAndPort(const QUrl &url);
 struct UrlHost
 {
     QByteArray key;
+    QByteArray hostAndPort;
     std::list<std::shared_ptr<UrlJob>> waiting;
     int active = 0;
     /// Its connections carry several transfers at once, so what a socket does says nothing about one of them.
@@ -43,11 +44,16 @@ public:
     std::vector<std::shared_ptr<UrlJob>> takeAll();
 
 private:
+    UrlHost &hostOf(const QUrl &url);
     void fillSlots(UrlHost &host);
 
     /// Hosts with a transfer that runs or waits. Its elements keep their address.
     std::unordered_map<QByteArray, UrlHost> m_hosts;
     std::vector<std::shared_ptr<UrlJob>> m_ready;
+    /// The last URL that was looked up, and what came of it: events go to one URL, one after another.
+    QUrl m_lastUrl;
+    QByteArray m_lastKey;
+    QByteArray m_lastHostAndPort;
 };
 
 } // namespace zelvano

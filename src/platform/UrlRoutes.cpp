@@ -44,10 +44,10 @@ UrlStringList UrlRoutes::connectTo()
     return list;
 }
 
-bool UrlRoutes::isRouted(const QUrl &url)
+bool UrlRoutes::isRouted(const QByteArray &hostAndPort)
 {
     const std::lock_guard lock(table().mutex);
-    return !table().targets.empty() && table().targets.contains(urlHostAndPort(url));
+    return table().targets.contains(hostAndPort);
 }
 
 } // namespace zelvano

@@ -16,7 +16,8 @@ public:
     /// All routes as CURLOPT_CONNECT_TO takes them, since a redirect may lead to any of them.
     static UrlStringList connectTo();
 
-    static bool isRouted(const QUrl &url);
+    /// Written as urlHostAndPort writes it.
+    static bool isRouted(const QByteArray &hostAndPort);
 };
 
 } // namespace zelvano

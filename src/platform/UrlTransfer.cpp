@@ -104,7 +104,8 @@ void UrlTransfer::begin(std::shared_ptr<UrlJob> job)
     curl_easy_setopt(easy, CURLOPT_URL, request.url.toEncoded(QUrl::RemoveFragment).constData());
     curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, isSecure ? "https" : "http,https");
     curl_easy_setopt(easy, CURLOPT_CONNECT_TO, m_routes.get());
-    curl_easy_setopt(easy, CURLOPT_PROXY, m_routes && UrlRoutes::isRouted(request.url) ? "" : nullptr);
+    curl_easy_setopt(easy, CURLOPT_PROXY,
+                     m_routes && UrlRoutes::isRouted(m_job->place.host->hostAndPort) ? "" : nullptr);
     setMethod(request);
     setHeaders(false);
     touch();
@@ -133,9 +134,14 @@ void UrlTransfer::setMethod(const UrlRequest &request)
 
 void UrlTransfer::setHeaders(bool isForeignHost)
 {
+    const auto &source = m_job->request().headers;
+    if (m_headers && isForeignHost == m_headersAreForeign && source == m_headersSource)
+        return; // Set already, and still right.
     UrlStringList headers = urlHeaderList(m_job->request(), isForeignHost);
     curl_easy_setopt(m_easy.get(), CURLOPT_HTTPHEADER, headers.get());
     m_headers = std::move(headers);
+    m_headersSource = source;
+    m_headersAreForeign = isForeignHost;
 }
 
 UrlOutcome UrlTransfer::end(CURLcode code)

@@ -68,6 +68,9 @@ private:
     UrlSockets &m_sockets;
     UrlEasyHandle m_easy;
     UrlStringList m_headers;
+    /// What m_headers was made of: most requests repeat the headers of the one before.
+    std::vector<std::pair<QByteArray, QByteArray>> m_headersSource;
+    bool m_headersAreForeign = false;
     UrlStringList m_routes;
     std::array<char, CURL_ERROR_SIZE> m_errorText = {};
 
