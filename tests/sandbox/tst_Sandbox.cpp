@@ -3,7 +3,6 @@
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QRegularExpression>
 #include <QSet>
 #include <QTest>
 #include <QtEndian>
@@ -147,11 +146,6 @@ private Q_SLOTS:
     void init();
     void cleanup() { m_sandbox.reset(); }
 
-    void newIdentityEachTime();
-    void channel_data();
-    void channel();
-    void events_data();
-    void events();
     void expiredChannel();
     void recommendation_data();
     void recommendation();
@@ -162,20 +156,14 @@ private Q_SLOTS:
     void faultsApplyInOrder();
     void cutWithinAnswer();
     void drip();
-    void clearedFaults();
 
     void range_data();
     void range();
-    void pages_data();
-    void pages();
-    void testRoutes();
 
     void requestLog();
-    void consoleRequests();
     void oneWriteAnAnswer();
     void stopIsQuick_data();
     void stopIsQuick();
-    void portTaken();
     void loopbackOnly();
 
 private:
@@ -198,95 +186,6 @@ void tst_Sandbox::init()
 {
     m_sandbox = std::make_unique<Sandbox>();
     QVERIFY(m_sandbox->start());
-}
-
-void tst_Sandbox::newIdentityEachTime()
-{
-    QSet<QString> seen;
-    for (const char *method : {"GET", "POST"}) {
-        const QJsonObject answer = ask(method, "/users/id").json();
-        QCOMPARE(answer["status"_L1].toInt(), 200);
-        seen << answer["data"_L1]["userId"_L1].toString() << answer["data"_L1]["userUUID"_L1].toString();
-    }
-    seen.remove(QString());
-    QCOMPARE(seen.size(), 4);
-}
-
-void tst_Sandbox::channel_data()
-{
-    QTest::addColumn<bool>("showUI");
-    QTest::addColumn<QJsonValue>("interval"); // as the answer carries it
-    QTest::addColumn<QString>("apiUrl");
-    QTest::addColumn<QString>("expectedApiUrl");
-
-    const QString ownHost = u"http://service.example:81"_s;
-    QTest::newRow("as it comes") << true << QJsonValue(30000) << QString() << ownHost;
-    QTest::newRow("hidden, interval 0") << false << QJsonValue(0) << QString() << ownHost;
-    QTest::newRow("no interval") << true << QJsonValue(QJsonValue::Undefined) << QString() << ownHost;
-    QTest::newRow("other service") << true << QJsonValue(0.5) << u"http://other"_s << u"http://other"_s;
-}
-
-void tst_Sandbox::channel()
-{
-    QFETCH(bool, showUI);
-    QFETCH(QJsonValue, interval);
-    QFETCH(QString, apiUrl);
-    QFETCH(QString, expectedApiUrl);
-
-    Settings settings;
-    settings.showUI = showUI;
-    settings.keepAliveMilliseconds = interval.isUndefined() ? std::nullopt : std::optional<double>(interval.toDouble());
-    settings.apiUrl = apiUrl;
-    m_sandbox->setSettings(settings);
-
-    const QJsonObject answer = post("/channels/init/zelvano", R"({"userId":"user"})").json();
-    QCOMPARE(answer["status"_L1].toInt(), 200);
-    QCOMPARE(answer["uiTagUrls"_L1][0].toString(), m_sandbox->url(u"/layout/"_s).toString());
-    const QJsonObject config = answer["sdkConfig"_L1].toObject();
-    QCOMPARE(config["showUI"_L1], QJsonValue(showUI));
-    QCOMPARE(config["keepALiveInterval"_L1], interval);
-    QCOMPARE(config["apiUrl"_L1].toString(), expectedApiUrl);
-}
-
-void tst_Sandbox::events_data()
-{
-    QTest::addColumn<QByteArray>("path");
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<QByteArray>("headers");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QStringList>("dataKeys");
-
-    const QByteArray key = "X-API-Key: key\r\n";
-    const QByteArray stranger = R"({"userId":"stranger","type":"page"})";
-    QTest::newRow("page") << "/events"_ba << eventBody(u"page"_s) << key << 200 << QStringList{u"pageUUID"_s};
-    QTest::newRow("ready") << "/events"_ba << eventBody(u"ready"_s) << key << 200
-                           << QStringList{u"videos"_s, u"viewUUID"_s};
-    QTest::newRow("play") << "/events"_ba << eventBody(u"play"_s) << key << 200 << QStringList();
-    QTest::newRow("doubled slash") << "//events"_ba << eventBody(u"page"_s) << key << 200 << QStringList{u"pageUUID"_s};
-    QTest::newRow("prefix") << "/v1/a/events"_ba << eventBody(u"page"_s) << key << 200 << QStringList{u"pageUUID"_s};
-    QTest::newRow("no channel") << "/events"_ba << stranger << key << 406 << QStringList();
-    QTest::newRow("no user") << "/events"_ba
-                             << R"({"type":"ready"})"_ba << key << 406 << QStringList();
-    QTest::newRow("no key") << "/events"_ba << eventBody(u"page"_s) << QByteArray() << 401 << QStringList();
-    QTest::newRow("body is no JSON") << "/events"_ba
-                                     << "{"_ba << key << 200 << QStringList();
-    QTest::newRow("keep-alive") << "/keepalive"_ba << eventBody({}) << key << 200 << QStringList();
-}
-
-void tst_Sandbox::events()
-{
-    QFETCH(QByteArray, path);
-    QFETCH(QByteArray, body);
-    QFETCH(QByteArray, headers);
-    QFETCH(int, status);
-    QFETCH(QStringList, dataKeys);
-
-    openChannel();
-    const Answer answer = ask("POST", path, body, headers);
-    QCOMPARE(answer.status, 200);
-    QCOMPARE(answer.json()["status"_L1].toInt(), status);
-    QCOMPARE(answer.json()["data"_L1].toObject().keys(), dataKeys);
-    QCOMPARE(answer.json()["viewUUID"_L1].toString(), answer.json()["data"_L1]["viewUUID"_L1].toString());
 }
 
 void tst_Sandbox::expiredChannel()
@@ -451,14 +350,6 @@ void tst_Sandbox::drip()
     QVERIFY(timer.elapsed() >= 50);
 }
 
-void tst_Sandbox::clearedFaults()
-{
-    m_sandbox->addFault(u"keepalive"_s, {}, {.kind = Kind::HttpStatus, .times = -1});
-    QCOMPARE(post("/keepalive", "{}").status, 500);
-    m_sandbox->clearFaults();
-    QCOMPARE(post("/keepalive", "{}").status, 200);
-}
-
 void tst_Sandbox::range_data()
 {
     QTest::addColumn<QByteArray>("method");
@@ -500,53 +391,6 @@ void tst_Sandbox::range()
     QVERIFY2(client.ask("GET", "/test/echo").complete, "nothing is left over on the connection");
 }
 
-void tst_Sandbox::pages_data()
-{
-    QTest::addColumn<QByteArray>("path");
-    QTest::addColumn<QByteArray>("folder"); // what relative links are relative to
-    QTest::newRow("layout") << "/layout/"_ba
-                            << "/layout/"_ba;
-    QTest::newRow("console") << "/"_ba
-                             << "/"_ba;
-}
-
-void tst_Sandbox::pages()
-{
-    QFETCH(QByteArray, path);
-    QFETCH(QByteArray, folder);
-
-    const Answer page = ask("GET", path);
-    QCOMPARE(page.header("content-type"), "text/html; charset=utf-8"_ba);
-    static const QRegularExpression link(u"(?:href|src)=\"([^\":]+\\.(css|js))\""_s);
-    int links = 0;
-    for (const auto &match : link.globalMatch(QString::fromUtf8(page.body))) {
-        const QByteArray target = match.captured(1).toUtf8();
-        const Answer file = ask("GET", target.startsWith('/') ? target : folder + target);
-        QCOMPARE(file.status, 200);
-        QVERIFY(file.header("content-type").startsWith(match.captured(2) == "js"_L1 ? "text/javascript" : "text/css"));
-        ++links;
-    }
-    QCOMPARE(links, 2);
-    QCOMPARE(ask("GET", path + "no-such-file").status, 404);
-    QCOMPARE(ask("GET", "/layout/..%2Flayout/index.html").status, 404);
-}
-
-void tst_Sandbox::testRoutes()
-{
-    const QJsonObject echoed = ask("PUT", "/test/echo", "hello", "X-Mine: yes\r\n").json();
-    QCOMPARE(echoed["method"_L1].toString(), u"PUT"_s);
-    QCOMPARE(echoed["body"_L1].toString(), u"hello"_s);
-    QCOMPARE(echoed["headers"_L1]["x-mine"_L1].toString(), u"yes"_s);
-    QCOMPARE(ask("GET", "/test/bytes/70000").body.size(), 70000);
-    QCOMPARE(ask("GET", "/test/redirect/2").header("location"), "/test/redirect/1"_ba);
-    QCOMPARE(ask("GET", "/test/redirect/1").header("location"), "/test/echo"_ba);
-    QCOMPARE(ask("GET", "/test/redirect-loop").header("location"), "/test/redirect-loop"_ba);
-    const Answer packed = ask("GET", "/test/gzip/5000", {}, "Accept-Encoding: gzip\r\n");
-    QCOMPARE(packed.header("content-encoding"), "gzip"_ba);
-    QVERIFY(packed.body.startsWith("\x1f\x8b") && packed.body.size() < 500);
-    QCOMPARE(ask("GET", "/test/unknown").status, 404);
-}
-
 void tst_Sandbox::requestLog()
 {
     m_sandbox->stop();
@@ -580,18 +424,6 @@ void tst_Sandbox::requestLog()
     QCOMPARE(heard, QStringList({QString(), u"page"_s}));
     QCOMPARE(m_sandbox->hits(u"/thumbnails/1.jpg"_s), 2);
     QCOMPARE(m_sandbox->hits(u"/thumbnails/2.jpg"_s), 0);
-}
-
-void tst_Sandbox::consoleRequests()
-{
-    post("/events", eventBody(u"play"_s));
-    post("/events", eventBody(u"pause"_s));
-    const QJsonObject answer = ask("GET", "/console/requests?after=1").json();
-    QCOMPARE(answer["last"_L1].toInt(), 2);
-    const QJsonArray list = answer["requests"_L1].toArray();
-    QCOMPARE(list.size(), 1);
-    QCOMPARE(list[0]["type"_L1].toString(), u"pause"_s);
-    QCOMPARE(list[0]["user"_L1].toString(), u"user"_s);
 }
 
 void tst_Sandbox::oneWriteAnAnswer()
@@ -631,14 +463,6 @@ void tst_Sandbox::stopIsQuick()
 
     QVERIFY2(m_sandbox->start(port), "the port is free again");
     QCOMPARE(post("/keepalive", "{}").status, 200);
-}
-
-void tst_Sandbox::portTaken()
-{
-    Sandbox second;
-    QVERIFY(!second.start(m_sandbox->port()));
-    QCOMPARE(second.port(), quint16(0));
-    QVERIFY2(second.start(), "a failed start is no obstacle");
 }
 
 // A server on all addresses would answer here, too.

@@ -1,0 +1,176 @@
+#include "UrlLoad.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTest>
+
+#include <semaphore>
+
+#include <dlfcn.h>
+#include <netdb.h>
+#include <stdio.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace zelvano;
+
+using Connection = RawServer::Connection;
+
+namespace {
+
+std::counting_semaphore<> resolverIsStuck(0);
+std::counting_semaphore<> resolverMayGo(0);
+
+} // namespace
+
+/// In place of the system's: a resolver that hangs on one name.
+extern "C" Q_DECL_EXPORT int getaddrinfo(const char *name, const char *service, const addrinfo *hints,
+                                         addrinfo **result)
+{
+    if (name && qstrcmp(name, "stuck.test") == 0) {
+        resolverIsStuck.release();
+        resolverMayGo.acquire();
+        return EAI_FAIL;
+    }
+    static const auto next = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
+    return next(name, service, hints, result);
+}
+
+/// The end of the two threads: prompt whatever the network does, every completion run, and not for ever.
+class tst_UrlSessionStop : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void stopsWithTheApplication_data();
+    void stopsWithTheApplication();
+    void stopLeavesNothingBehind();
+    void stuckResolver();
+    void resumeWhileStopping();
+    void endsWithoutApplication_data();
+    void endsWithoutApplication();
+};
+
+void tst_UrlSessionStop::stopsWithTheApplication_data()
+{
+    QTest::addColumn<RawServer::Script>("script");
+    QTest::addColumn<QString>("scheme");
+    const RawServer::Script dripping = [](Connection &connection) {
+        bool isOpen = connection.write("HTTP/1.1 200 OK\r\n");
+        while (isOpen && !connection.pause(5ms))
+            isOpen = connection.write("X: y\r\n");
+    };
+    QTest::newRow("silent peer") << silence() << u"http"_s;
+    QTest::newRow("dripping peer") << dripping << u"http"_s;
+    QTest::newRow("silent handshake") << silence() << u"https"_s;
+}
+
+void tst_UrlSessionStop::stopsWithTheApplication()
+{
+    QFETCH(const RawServer::Script, script);
+    QFETCH(const QString, scheme);
+    RawServer server(script);
+    QUrl url = server.url();
+    url.setScheme(scheme);
+    int count = 0;
+    auto app = std::make_unique<QCoreApplication>(count, nullptr);
+    auto loads = resumed(3 * 6, url);
+    QVERIFY(server.awaitConnections(6));
+    const auto start = std::chrono::steady_clock::now();
+    app.reset();
+    QVERIFY(std::chrono::steady_clock::now() - start < 500ms);
+    for (UrlLoad &load : loads) {
+        QCOMPARE(load.runs(), 1);
+        QCOMPARE(load.result().errorCode(), int(UrlError::Cancelled));
+    }
+}
+
+void tst_UrlSessionStop::stopLeavesNothingBehind()
+{
+    RawServer server(always(httpAnswer("{}")));
+    for (int round = 1; round <= 3; ++round) {
+        int count = 0;
+        const QCoreApplication app(count, nullptr);
+        QCOMPARE(UrlLoad(urlGet(server.url())).resume().result().status(), 200);
+        QCOMPARE(server.accepted(), round);
+    }
+}
+
+void tst_UrlSessionStop::stuckResolver()
+{
+    int count = 0;
+    auto app = std::make_unique<QCoreApplication>(count, nullptr);
+    const auto start = std::chrono::steady_clock::now();
+    UrlLoad impatient(urlGet(QUrl(u"http://stuck.test/"_s), 100ms));
+    QCOMPARE(impatient.resume().result().errorCode(), int(UrlError::TimedOut));
+    QVERIFY(resolverIsStuck.try_acquire_for(10s));
+
+    UrlLoad patient(urlGet(QUrl(u"http://stuck.test/"_s)));
+    patient.resume();
+    QVERIFY(resolverIsStuck.try_acquire_for(10s));
+    app.reset();
+    QCOMPARE(patient.runs(), 1);
+    QCOMPARE(patient.result().errorCode(), int(UrlError::Cancelled));
+    // Only now: nothing above waited for the resolver.
+    resolverMayGo.release(2);
+    QVERIFY(std::chrono::steady_clock::now() - start < 2s);
+}
+
+void tst_UrlSessionStop::resumeWhileStopping()
+{
+    RawServer quiet(silence());
+    RawServer server(always(httpAnswer("{}")));
+    int count = 0;
+    auto app = std::make_unique<QCoreApplication>(count, nullptr);
+    UrlLoad second(urlGet(server.url()));
+    UrlSession::dataTask(urlGet(quiet.url()), [&](auto &&...) { second.resume(); })->resume();
+    QVERIFY(quiet.awaitRequests(1));
+    app.reset();
+    QCOMPARE(second.result().status(), 200);
+}
+
+void tst_UrlSessionStop::endsWithoutApplication_data()
+{
+    QTest::addColumn<QString>("scheme");
+    QTest::newRow("plain") << u"http"_s;
+    QTest::newRow("TLS") << u"https"_s;
+}
+
+void tst_UrlSessionStop::endsWithoutApplication()
+{
+    QFETCH(const QString, scheme);
+    RawServer quiet(silence());
+    QUrl url = quiet.url();
+    url.setScheme(scheme);
+    const QByteArray self = QFile::symLinkTarget(u"/proc/self/exe"_s).toLocal8Bit();
+    FILE *const child = popen(("'" + self + "' --child " + url.toEncoded()).constData(), "r");
+    QVERIFY(child);
+    QCOMPARE(fgetc(child), '0' + int(UrlError::Cancelled));
+    QCOMPARE(fgetc(child), EOF);
+    QCOMPARE(pclose(child), 0);
+}
+
+/// Leaves main while a transfer is in flight, without an application object.
+static int runChild(const char *url)
+{
+    const auto print = [](const auto &, const auto &, const auto &error) {
+        const char digit = char('0' + (error ? error->code : 0));
+        if (write(STDOUT_FILENO, &digit, 1) != 1)
+            abort();
+    };
+    UrlSession::dataTask(urlGet(QUrl::fromEncoded(url)), print)->resume();
+    return 0;
+}
+
+int main(int count, char **arguments)
+{
+    if (count == 3 && qstrcmp(arguments[1], "--child") == 0)
+        return runChild(arguments[2]);
+    tst_UrlSessionStop test;
+    return QTest::qExec(&test, count, arguments);
+}
+
+#include "tst_UrlSessionStop.moc"

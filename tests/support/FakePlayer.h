@@ -1,0 +1,144 @@
+#pragma once
+
+#include "AVPlayerViewController.h"
+#include "NotificationCenter.h"
+#include "PlayerSubscriber.h"
+#include "PlayerSubscription.h"
+
+#include <QSizeF>
+#include <QStringList>
+
+#include <atomic>
+#include <functional>
+#include <utility>
+
+/// A player that does what it is told, and nothing by itself: its time stands still between two calls.
+class FakePlayer : public zelvano::AVPlayer
+{
+public:
+    explicit FakePlayer(const QString &url = {})
+    {
+        if (!url.isNull())
+            replaceCurrentItemWithPlayerItem(zelvano::AVPlayerItem::create(zelvano::AVURLAsset(QUrl(url))));
+    }
+
+    float rate() const override { return m_rate; }
+    zelvano::AVPlayerStatus status() const override { return m_status; }
+    double currentTime() const override { return m_time; }
+    void play() override { setRate(1); }
+    void pause() override { setRate(0); }
+
+    void setRate(float rate)
+    {
+        if (m_rate.exchange(rate) != rate)
+            Q_EMIT rateChanged();
+    }
+    void setStatus(zelvano::AVPlayerStatus status) { m_status = status; }
+    void setTime(double seconds) { m_time = seconds; }
+    void jumpTo(double seconds)
+    {
+        m_time = seconds;
+        timeJumped();
+    }
+
+    /// The item's status turns; the player's turned before.
+    void becomeReady(double duration = 60)
+    {
+        m_status = zelvano::AVPlayerStatus::ReadyToPlay;
+        currentItem()->setDuration(duration);
+        currentItem()->setStatus(zelvano::AVPlayerItemStatus::ReadyToPlay);
+    }
+    void reachEnd()
+    {
+        const auto name = zelvano::AVPlayerItemDidPlayToEndTimeNotification;
+        zelvano::NotificationCenter::defaultCenter().post(
+            {name, QVariant::fromValue<QObject *>(currentItem().get()), {}});
+    }
+
+    QString url() const { return currentItem() ? currentItem()->asset().URL().toString() : QString(); }
+
+protected:
+    void loadItem(const std::shared_ptr<zelvano::AVPlayerItem> &) override {}
+
+private:
+    std::atomic<float> m_rate = 0;
+    std::atomic<zelvano::AVPlayerStatus> m_status = zelvano::AVPlayerStatus::Unknown;
+    std::atomic<double> m_time = 0;
+};
+
+class FakeViewController : public zelvano::AVPlayerViewController
+{
+public:
+    explicit FakeViewController(std::shared_ptr<zelvano::AVPlayer> player) : m_player(std::move(player)) {}
+
+    std::shared_ptr<zelvano::AVPlayer> player() const override { return m_player; }
+    QObject *view() const override { return &m_view; }
+    QRectF videoBounds() const override { return bounds; }
+
+    QRectF bounds;
+
+private:
+    const std::shared_ptr<zelvano::AVPlayer> m_player;
+    mutable QObject m_view;
+};
+
+/// An adapter without a player. Its values are read by the delivery thread, too: set them before.
+class FakeSubscriber : public zelvano::PlayerSubscriber
+{
+public:
+    void dismissSubscriber() override { ++dismissals; }
+    void setNextVideo(const QString &url) override { nextVideos.append(url); }
+    double duration() const override { return length; }
+    double currentPosition() const override { return position; }
+    QString playerId() const override { return kind; }
+    QString videoId() const override { return video; }
+    QObject *parentView() const override { return &m_view; }
+    QSizeF videoSize() const override { return size; }
+
+    std::atomic<double> position = 0;
+    double length = 60;
+    QString kind = QStringLiteral("fake");
+    QString video = QStringLiteral("http://videos.example/1.mp4");
+    QSizeF size{320, 180};
+    QStringList nextVideos;
+    int dismissals = 0;
+
+private:
+    mutable QObject m_view;
+};
+
+/// Stands in for the engine: keeps what adapters say, in order.
+class RecordingSubscription : public zelvano::PlayerSubscription
+{
+public:
+    using Subscriber = std::shared_ptr<zelvano::PlayerSubscriber>;
+
+    void pageEvent(const Subscriber &subscriber) override { note(QStringLiteral("(page)"), subscriber); }
+    void readyEvent(const Subscriber &subscriber) override { note(QStringLiteral("(ready)"), subscriber); }
+    void playerEvent(const QString &event, const Subscriber &subscriber) override { note(event, subscriber); }
+    void addRecommendationView(const Subscriber &subscriber) override { note(QStringLiteral("(view)"), subscriber); }
+    bool selectionByUser() const override { return selected; }
+    void setSelectionByUser(bool selection) override
+    {
+        selected = selection;
+        note(selection ? QStringLiteral("(by user)") : QStringLiteral("(not by user)"), last);
+    }
+
+    /// What came since the last call.
+    QStringList take() { return std::exchange(m_heard, {}); }
+
+    bool selected = true;
+    Subscriber last;
+    std::function<void(const QString &)> onCall;
+
+private:
+    void note(const QString &what, const Subscriber &subscriber)
+    {
+        last = subscriber;
+        m_heard.append(what);
+        if (onCall)
+            onCall(what);
+    }
+
+    QStringList m_heard;
+};

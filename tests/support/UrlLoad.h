@@ -1,0 +1,121 @@
+#pragma once
+
+#include "RawServer.h"
+#include "UrlSession.h"
+
+#include <atomic>
+#include <future>
+
+/// How a transfer ended.
+struct UrlResult
+{
+    QByteArray data;
+    std::optional<zelvano::UrlResponse> response;
+    std::optional<zelvano::Error> error;
+    std::thread::id thread;
+
+    int status() const { return response ? response->status : 0; }
+    int errorCode() const { return error ? error->code : 0; }
+};
+
+/// A task, and the wait for its completion.
+class UrlLoad
+{
+public:
+    explicit UrlLoad(zelvano::UrlRequest request)
+    {
+        m_task = zelvano::UrlSession::dataTask(
+            std::move(request), [state = m_state](const auto &data, const auto &response, const auto &error) {
+                if (++state->runs == 1)
+                    state->promise.set_value({data, response, error, std::this_thread::get_id()});
+            });
+    }
+
+    UrlLoad &resume()
+    {
+        m_task->resume();
+        return *this;
+    }
+    void cancel() { m_task->cancel(); }
+    bool isFinished() const { return m_task->isFinished(); }
+    void dropHandle() { m_task.reset(); }
+    int runs() const { return m_state->runs; }
+
+    /// Neither response nor error when the completion does not run in time.
+    UrlResult result(std::chrono::milliseconds patience = std::chrono::seconds(20))
+    {
+        auto &future = m_state->future;
+        return future.wait_for(patience) == std::future_status::ready ? future.get() : UrlResult();
+    }
+
+private:
+    struct State
+    {
+        std::atomic<int> runs = 0;
+        std::promise<UrlResult> promise;
+        std::shared_future<UrlResult> future = promise.get_future().share();
+    };
+    std::shared_ptr<State> m_state = std::make_shared<State>();
+    std::shared_ptr<zelvano::UrlTask> m_task;
+};
+
+inline zelvano::UrlRequest urlGet(const QUrl &url, std::chrono::milliseconds timeout = std::chrono::seconds(30))
+{
+    zelvano::UrlRequest request;
+    request.url = url;
+    request.timeout = timeout;
+    return request;
+}
+
+inline zelvano::UrlRequest urlPost(const QUrl &url, const QByteArray &body)
+{
+    zelvano::UrlRequest request = urlGet(url);
+    request.method = "POST";
+    request.body = body;
+    return request;
+}
+
+/// Requests of "0", "1", "2"... below the URL, in that order.
+inline std::vector<UrlLoad> resumed(int count, const QUrl &url)
+{
+    std::vector<UrlLoad> loads;
+    for (int i = 0; i < count; ++i)
+        loads.emplace_back(urlGet(url.resolved(QUrl(QString::number(i))))).resume();
+    return loads;
+}
+
+inline QByteArray httpAnswer(const QByteArray &body, const QByteArray &head = "HTTP/1.1 200 OK")
+{
+    return head + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
+}
+
+inline QByteArray httpRedirect(const QByteArray &status, const QByteArray &location)
+{
+    return httpAnswer("moved", "HTTP/1.1 " + status + " Moved\r\nLocation: " + location);
+}
+
+/// Says the same to every request of a connection.
+inline RawServer::Script always(const QByteArray &bytes)
+{
+    return [bytes](RawServer::Connection &connection) {
+        while (!connection.readRequest().isEmpty())
+            connection.write(bytes);
+    };
+}
+
+/// Says it to one request and closes.
+inline RawServer::Script once(const QByteArray &bytes)
+{
+    return [bytes](RawServer::Connection &connection) {
+        connection.readRequest();
+        connection.write(bytes);
+    };
+}
+
+inline RawServer::Script silence()
+{
+    return [](RawServer::Connection &connection) {
+        connection.readRequest();
+        connection.awaitClose();
+    };
+}

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "MainQueue.h"
+#include "UiTest.h"
+#include "ZVTopRecommendationView.h"
+
+#include <QJSEngine>
+#include <QQmlEngine>
+#include <QUrl>
+
+#include <memory>
+
+/// A page as an address, so that it needs no server.
+inline QUrl pageOf(const QString &html)
+{
+    return QUrl::fromEncoded("data:text/html;charset=utf-8," + QUrl::toPercentEncoding(html));
+}
+
+/// A page that keeps what the library gives it in "got", and then says that it is ready.
+inline QUrl listeningPage(const QString &body = {})
+{
+    return pageOf(QStringLiteral("<body>%1<script>var got = []; function updateSuggestions(...v) { got.push(...v); }"
+                                 "location.href = 'zelvano://ready';</script></body>")
+                      .arg(body));
+}
+
+/// What the expression is worth in the overlay's page; invalid when the page does not answer.
+inline QVariant evaluate(const zelvano::ZVTopRecommendationView &overlay, const QString &expression)
+{
+    auto *const page = overlay.webView();
+    auto *const engine = page ? qmlEngine(page) : nullptr;
+    if (!engine)
+        return {};
+    const auto box = engine->evaluate(QStringLiteral("(() => { const box = {done: false}; box.take = value => { "
+                                                     "box.value = value; box.done = true; }; return box; })()"));
+    QMetaObject::invokeMethod(page, "runJavaScript", Q_ARG(QString, expression),
+                              Q_ARG(QJSValue, box.property(QStringLiteral("take"))));
+    waitUntil([&] { return box.property(QStringLiteral("done")).toBool(); });
+    return box.property(QStringLiteral("value")).toVariant();
+}
+
+/// Waits until the expression holds in the overlay's page.
+inline bool waitForPage(const zelvano::ZVTopRecommendationView &overlay, const QString &condition)
+{
+    return waitUntil([&] { return evaluate(overlay, QStringLiteral("!!(%1)").arg(condition)).toBool(); });
+}
+
+/// Waits until the page is drawn as it is now: before that nothing in it can be hit.
+inline bool waitForPicture(const zelvano::ZVTopRecommendationView &overlay)
+{
+    evaluate(overlay,
+             QStringLiteral("window.drawn = 0; (function draw() { ++drawn; requestAnimationFrame(draw); })()"));
+    return waitForPage(overlay, QStringLiteral("drawn > 3"));
+}
+
+/// Lets the main queue do what it was given before.
+inline bool flushMainQueue()
+{
+    const auto done = std::make_shared<bool>(false);
+    zelvano::MainQueue::shared().post([done] { *done = true; });
+    return waitUntil([done] { return *done; });
+}
+
+/// Where the middle of the page's element for a video stands in the window.
+inline QPoint centreOfVideo(const zelvano::ZVTopRecommendationView &overlay, int index)
+{
+    const auto place =
+        evaluate(overlay, QStringLiteral("(() => { const r = document.querySelector('[data-index=\"%1\"]')"
+                                         ".getBoundingClientRect();"
+                                         "return [r.x + r.width / 2, r.y + r.height / 2]; })()")
+                              .arg(index))
+            .toList();
+    return place.size() == 2 ? overlay.mapToScene({place[0].toDouble(), place[1].toDouble()}).toPoint() : QPoint();
+}
