@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <sys/types.h>
+
+namespace zelvano::bench {
+
+/// A service on 127.0.0.1 in a process of its own, so that its work is not counted as this one's. It gives every
+/// request the same answer, which suits each call that opens a view, and keeps its connections open.
+class AnswerServer
+{
+public:
+    /// Forks: to be made before any other thread is.
+    AnswerServer();
+    /// The child ends with its parent in any case.
+    ~AnswerServer();
+    Q_DISABLE_COPY_MOVE(AnswerServer)
+
+    quint16 port() const { return m_port; }
+
+private:
+    quint16 m_port = 0;
+    int m_lifeline = -1; ///< The child ends when this end of a pipe is closed.
+    pid_t m_child = -1;
+};
+
+} // namespace zelvano::bench

@@ -1,0 +1,112 @@
+#include "OpenEngine.h"
+
+#include "PlayerEvents.h"
+#include "UserDefaults.h"
+#include "ZVAPIObject.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QLoggingCategory>
+#include <QThread>
+
+#include <algorithm>
+
+namespace zelvano::bench {
+
+namespace {
+
+constexpr auto production = "api.zelvano.example:80";
+
+class SilentListener : public ZelvanoPrivateDelegate
+{
+public:
+    void suggestionsDidFetched(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
+                               const std::shared_ptr<ZVRecommendation> &) override
+    {
+    }
+    void stateDidChanged(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &, const QString &) override
+    {
+    }
+    void addRecommendationToView(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &, QObject *,
+                                 QSizeF) override
+    {
+    }
+};
+
+class RequestCatcher : public UrlTrafficObserver
+{
+public:
+    void requestWillStart(quint64, const UrlRequest &started) override { request = started; }
+    void requestDidEnd(quint64, const std::optional<UrlResponse> &, const QByteArray &,
+                       const std::optional<Error> &) override
+    {
+    }
+
+    UrlRequest request;
+};
+
+template<class Predicate> void wait(const char *what, Predicate predicate)
+{
+    const QDeadlineTimer deadline(std::chrono::seconds(20));
+    while (!predicate()) {
+        if (deadline.hasExpired())
+            qFatal("waited too long for %s", what);
+        QThread::usleep(200);
+        QCoreApplication::processEvents();
+    }
+}
+
+bool allCallsEnded()
+{
+    const auto tasks = ZVAPIObject::tasks();
+    return std::all_of(tasks.begin(), tasks.end(), [](const auto &task) { return task->isFinished(); });
+}
+
+} // namespace
+
+OpenEngine::OpenEngine(quint16 port) : m_event(PlayerEvent::Progress)
+{
+    QLoggingCategory::setFilterRules(QStringLiteral("zelvano=false"));
+    auto &defaults = UserDefaults::standard();
+    defaults.setFilePath(m_folder.filePath(QStringLiteral("defaults.ini")));
+    defaults.setString(QStringLiteral("user-1"), ZVUserIdKey);
+    defaults.setString(QStringLiteral("uuid-1"), ZVUserUUIDKey);
+    UrlSession::connectTo(production, "127.0.0.1:" + QByteArray::number(port));
+
+    m_subscriber->position = 83.4125;
+    m_engine = Zelvano::create();
+    m_engine->addListener(std::make_shared<SilentListener>());
+    m_engine->playerEventsHandler()->setCurrentSubscriber(m_subscriber);
+    m_engine->initializeWithAPIKey(QStringLiteral("benchmark-key"));
+    m_engine->setPlayer(std::make_shared<QObject>(), QStringLiteral("page"));
+    m_engine->readyEvent(m_subscriber);
+    wait("an open view", [this] { return !m_engine->viewUUID().isNull(); });
+}
+
+OpenEngine::~OpenEngine()
+{
+    m_engine->stop();
+    drain();
+    m_engine.reset();
+    UrlSession::connectTo(production, {});
+}
+
+void OpenEngine::drain()
+{
+    wait("the answers", allCallsEnded);
+    QCoreApplication::processEvents();
+    ZVAPIObject::stopAllSessions();
+}
+
+UrlRequest OpenEngine::eventRequest()
+{
+    drain();
+    const auto catcher = std::make_shared<RequestCatcher>();
+    UrlSession::setTrafficObserver(catcher);
+    sendEvent();
+    drain();
+    UrlSession::setTrafficObserver(nullptr);
+    return catcher->request;
+}
+
+} // namespace zelvano::bench

@@ -1,0 +1,141 @@
+// What one player event costs the thread that reports it, with a view open, one listener and logging off; and the
+// floor: the same body formatted by hand and put into a queue under a mutex.
+
+#include "AnswerServer.h"
+#include "Cores.h"
+#include "OpenEngine.h"
+#include "Resources.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QCoreApplication>
+#include <QJsonDocument>
+
+#include <algorithm>
+#include <chrono>
+#include <deque>
+#include <mutex>
+#include <vector>
+
+using namespace zelvano;
+using namespace zelvano::bench;
+
+namespace {
+
+constexpr int eventsInBurst = 500; // As much as is ever in flight.
+constexpr int burstsInRun = 40;
+
+/// Each call is timed by itself, two readings of the clock included; what drains the burst is not.
+template<class Call, class Drain> void measureBursts(benchmark::State &state, Call call, Drain drain)
+{
+    using Clock = std::chrono::steady_clock;
+    using Microseconds = std::chrono::duration<double, std::micro>;
+    std::vector<double> times;
+    times.reserve(std::size_t(eventsInBurst) * burstsInRun);
+    double cpu = 0;
+    for (auto _ : state) {
+        const auto cpuBefore = threadCpu();
+        const auto begin = Clock::now();
+        for (int i = 0; i < eventsInBurst; ++i) {
+            const auto before = Clock::now();
+            call();
+            times.push_back(Microseconds(Clock::now() - before).count());
+        }
+        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
+        cpu += threadCpu() - cpuBefore;
+        drain();
+    }
+    const auto count = double(times.size());
+    std::sort(times.begin(), times.end());
+    const auto at = [&](double share) { return times[std::size_t(share * (count - 1))]; };
+    double sum = 0;
+    for (const auto time : times)
+        sum += time;
+    state.counters["mean_us"] = sum / count;
+    state.counters["p50_us"] = at(0.50);
+    state.counters["p99_us"] = at(0.99);
+    state.counters["cpu_us"] = cpu * 1e6 / count;
+}
+
+/// What the body of a player event is made of.
+struct Parts
+{
+    QByteArray type, userId, userUUID, viewUUID, userAgent;
+    float position = 0;
+
+    explicit Parts(const QJsonObject &body)
+        : type(text(body, "type"))
+        , userId(text(body, "userId"))
+        , userUUID(text(body, "userUUID"))
+        , viewUUID(text(body, "viewUUID"))
+        , userAgent(QJsonDocument(body.value(QLatin1StringView("userAgent")).toObject()).toJson(QJsonDocument::Compact))
+        , position(text(body, "position").toFloat())
+    {
+    }
+    static QByteArray text(const QJsonObject &body, const char *key)
+    {
+        return body.value(QLatin1StringView(key)).toString().toUtf8();
+    }
+
+    QByteArray body() const
+    {
+        QByteArray out;
+        out.reserve(384);
+        out += "{\"position\":\"";
+        out += QByteArray::number(double(position), 'g', 7);
+        out += "\",\"type\":\"";
+        out += type;
+        out += "\",\"userAgent\":";
+        out += userAgent;
+        out += ",\"userId\":\"";
+        out += userId;
+        out += "\",\"userUUID\":\"";
+        out += userUUID;
+        out += "\",\"viewUUID\":\"";
+        out += viewUUID;
+        out += "\"}";
+        return out;
+    }
+};
+
+struct Queue
+{
+    std::mutex mutex;
+    std::deque<QByteArray> bodies;
+
+    void push(QByteArray body)
+    {
+        const std::lock_guard lock(mutex);
+        bodies.push_back(std::move(body));
+    }
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    moveToCore(cores().network);
+    const AnswerServer server;
+    QCoreApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    OpenEngine engine(server.port());
+    moveToCore(cores().host);
+    const QByteArray expected = engine.eventRequest().body;
+    const Parts parts(QJsonDocument::fromJson(expected).object());
+    if (parts.body() != expected)
+        qFatal("the floor formats another body: %s", parts.body().constData());
+
+    const auto playerEvent = [&](benchmark::State &state) {
+        const auto send = [&] { engine.sendEvent(); };
+        measureBursts(state, send, [&] { engine.drain(); });
+    };
+    const auto byHand = [&](benchmark::State &state) {
+        Queue queue;
+        const auto push = [&] { queue.push(parts.body()); };
+        measureBursts(state, push, [&] { queue.bodies.clear(); });
+    };
+    benchmark::RegisterBenchmark("playerEvent", playerEvent)->UseManualTime()->Iterations(burstsInRun);
+    benchmark::RegisterBenchmark("byHand", byHand)->UseManualTime()->Iterations(burstsInRun);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -1,0 +1,87 @@
+#!/usr/bin/env python3
+"""Makes the tables of docs/performance.md out of what the benchmark programs wrote: medians, with the least and the
+greatest value of all repetitions behind them. Usage: tables.py FOLDER MACHINE-LINE"""
+
+import json
+import statistics
+import sys
+from pathlib import Path
+
+folder = Path(sys.argv[1])
+
+
+def runs(program):
+    """The repetitions of a program's benchmarks, by name."""
+    found = {}
+    for run in json.loads((folder / f"{program}.json").read_text())["benchmarks"]:
+        if run["run_type"] == "iteration":
+            found.setdefault(run["run_name"].removesuffix("/manual_time"), []).append(run)
+    return {name.split("/iterations:")[0]: repetitions for name, repetitions in found.items()}
+
+
+def number(value):
+    return f"{value:,.0f}" if value >= 1000 else f"{value:.3g}"
+
+
+def median(values):
+    return statistics.median(list(values))
+
+
+def cell(values):
+    values = list(values)
+    return f"{number(median(values))} ({number(min(values))}–{number(max(values))})"
+
+
+def column(repetitions, counter):
+    return [run[counter] for run in repetitions]
+
+
+def table(head, rows):
+    return "\n".join("| " + " | ".join(row) + " |" for row in [head, ["---"] * len(head), *rows])
+
+
+def player_event():
+    found = runs("bench_player_event")
+    engine, floor = found["playerEvent"], found["byHand"]
+    labels = {"p50_us": "median call", "p99_us": "99th of 100 calls", "mean_us": "mean", "cpu_us": "mean, CPU alone"}
+    wanted = {"p50_us": "under 20", "cpu_us": "under 20"}
+    rows = []
+    for counter, label in labels.items():
+        ours, theirs = column(engine, counter), column(floor, counter)
+        ratio = number(median(ours) / median(theirs))
+        rows.append([label, cell(ours), cell(theirs), ratio, wanted.get(counter, "")])
+    return table(["µs a call", "playerEvent", "by hand", "ratio", "wanted"], rows), len(engine)
+
+
+def delivery():
+    found = runs("bench_delivery")["delivery"]
+    rows = [
+        ["events a second", cell(column(found, "engine_per_s")), cell(column(found, "bare_per_s")),
+         cell(column(found, "rate_ratio")), "0.7 at least"],
+        ["CPU, µs an event", cell(column(found, "engine_cpu_us")), cell(column(found, "bare_cpu_us")),
+         cell(column(found, "cpu_ratio")), ""],
+    ]
+    return table(["six connections", "engine", "bare loop", "ratio", "wanted"], rows), len(found)
+
+
+def ready_answer():
+    found = runs("bench_ready_answer")
+    nanoseconds = {name: [run["s_per_video"] * 1e9 for run in repetitions] for name, repetitions in found.items()}
+    sizes = sorted((name.split("/")[1] for name in nanoseconds if name.startswith("readAnswer/")), key=int)
+    rows = []
+    for size in sizes:
+        ours, floor = nanoseconds[f"readAnswer/{size}"], nanoseconds[f"parseOnly/{size}"]
+        rows.append([number(int(size)), cell(ours), cell(floor), number(median(ours) / median(floor)),
+                     cell(nanoseconds[f"groupByCategory/{size}"])])
+    growth = median(nanoseconds[f"readAnswer/{sizes[-1]}"]) / median(nanoseconds[f"readAnswer/{sizes[1]}"])
+    head = ["videos", "answer read, ns a video", "parser alone, ns a video", "ratio", "grouping, ns a video"]
+    line = (f"A video among {number(int(sizes[-1]))} costs {number(growth)} times what one among {number(int(sizes[1]))} does; "
+            "1 is linear growth.")
+    return table(head, rows) + "\n\n" + line, len(found[f"readAnswer/{sizes[0]}"])
+
+
+print(sys.argv[2])
+for title, make in [("One player event on the calling thread", player_event), ("Delivery", delivery),
+                    ("Reading a ready answer", ready_answer)]:
+    text, repetitions = make()
+    print(f"\n### {title}\n\n{text}\n\nMedians of {repetitions} runs (least–greatest).")
