@@ -64,6 +64,14 @@ ZVTopRecommendationContentView {
             request.accepted = true;
             request.dialogReject();
         }
+        onAuthenticationDialogRequested: request => {
+            request.accepted = true;
+            request.dialogReject();
+        }
+        onColorDialogRequested: request => {
+            request.accepted = true;
+            request.dialogReject();
+        }
         onFileDialogRequested: request => {
             request.accepted = true;
             request.dialogReject();

@@ -18,7 +18,8 @@ enum class AVPlayerStatus { Unknown = 0, ReadyToPlay = 1, Failed = 2 };
 /// own: it answers the pure virtual functions and says when its rate changes, when its position jumps, and, through
 /// the item and AVPlayerItemDidPlayToEndTimeNotification, what becomes of the item.
 ///
-/// Main thread; what is marked so may be read from any thread.
+/// Main thread; what is marked so may be read from any thread. An answer that is under way may hold the last reference:
+/// create it with makeMainThreadShared(), so that it is deleted on the main thread.
 class ZELVANOCORE_EXPORT AVPlayer : public Player
 {
     Q_OBJECT

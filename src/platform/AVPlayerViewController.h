@@ -6,7 +6,8 @@
 
 namespace zelvano {
 
-/// A screen part that shows a player. ZelvanoUI::UI brings one over a VideoOutput; a host may derive its own.
+/// A screen part that shows a player. ZelvanoUI::UI brings one over a VideoOutput; a host may derive its own,
+/// and creates it with makeMainThreadShared().
 class ZELVANOCORE_EXPORT AVPlayerViewController : public Player
 {
     Q_OBJECT

@@ -15,7 +15,9 @@ namespace {
 
 UIDeviceOrientation orientationOf(const QScreen &screen)
 {
-    switch (screen.orientation()) {
+    // A screen without a sensor says "primary": then its shape tells.
+    const auto turned = screen.orientation();
+    switch (turned == Qt::PrimaryOrientation ? screen.primaryOrientation() : turned) {
     case Qt::PortraitOrientation:
         return UIDeviceOrientation::Portrait;
     case Qt::InvertedPortraitOrientation:
@@ -59,10 +61,12 @@ void Device::followScreen()
         qobject_cast<QGuiApplication *>(QCoreApplication::instance()) ? QGuiApplication::primaryScreen() : nullptr;
     if (!screen || std::exchange(m_followsScreen, true))
         return;
-    QObject::connect(screen, &QScreen::orientationChanged, screen, [this, screen] {
+    const auto follow = [this, screen] {
         if (!m_orientationIsHosts)
             applyOrientation(orientationOf(*screen));
-    });
+    };
+    QObject::connect(screen, &QScreen::orientationChanged, screen, follow);
+    QObject::connect(screen, &QScreen::primaryOrientationChanged, screen, follow);
     const QMutexLocker lock(&m_mutex);
     m_screensIdiom = idiomOf(*screen);
     if (!m_orientationIsHosts)

@@ -73,7 +73,8 @@ public:
 
 /// Sees every transfer of the process. For the inspector and the demo's trace. Set while transfers run, it sees the end
 /// of those whose start it has not seen.
-/// Called on the thread that resumes a task, and on the delivery thread before its completion; never concurrently.
+/// Called on the thread that resumes a task, and on the delivery thread before its completion; never concurrently. An
+/// engine that sends holds its lock meanwhile: an observer notes what it sees and asks the library nothing.
 class ZELVANOCORE_EXPORT UrlTrafficObserver
 {
 public:

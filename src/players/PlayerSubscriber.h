@@ -15,6 +15,7 @@ class PlayerSubscription;
 /// An adapter: watches one player and reports to its observer. It watches from its creation on, before it has an
 /// observer; what it would report then goes nowhere.
 ///
+/// It is created with makeMainThreadShared(): an answer that is under way may hold the last reference.
 /// The base answers every question with "absent", so that any adapter may be asked anything. Main thread; what is
 /// marked so may be read from any thread.
 class ZELVANOCORE_EXPORT PlayerSubscriber : public std::enable_shared_from_this<PlayerSubscriber>

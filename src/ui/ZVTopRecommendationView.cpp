@@ -5,9 +5,11 @@
 #include "MainQueue.h"
 #include "ZVTopRecommendationContentView.h"
 
+#include <QCoreApplication>
 #include <QPropertyAnimation>
 #include <QQmlEngine>
 #include <QQuickWindow>
+#include <QThread>
 
 #include <algorithm>
 #include <limits>
@@ -48,6 +50,12 @@ ZVTopRecommendationView::ZVTopRecommendationView(const QRectF &frame)
     static const int registered =
         qmlRegisterType<ZVTopRecommendationContentView>("ZelvanoUI.Interface", 1, 0, "ZVTopRecommendationContentView");
     Q_UNUSED(registered)
+    // QtWebEngineQuick::initialize() sets this; a web view made without it ends the process.
+    if (!QCoreApplication::testAttribute(Qt::AA_ShareOpenGLContexts)) {
+        ZV_LOG("Error: QtWebEngineQuick::initialize() must be called before the application object is made, "
+               "no recommendations are shown");
+        return;
+    }
     m_content = std::make_unique<InterfaceResource>(u"ZVTopRecommendationView"_s, this);
     m_webView = m_content->outlet(u"webView"_s);
     if (auto *root = m_content->root()) {
@@ -106,7 +114,7 @@ void ZVTopRecommendationView::setDelegate(const std::shared_ptr<ZVTopRecommendat
 /// The tree itself ends with the overlay: this may run inside one of its signals.
 void ZVTopRecommendationView::tearContentDown()
 {
-    auto *content = contentView();
+    auto *content = m_content ? m_content->root() : nullptr;
     if (!content)
         return;
     giveFocusBack();
@@ -162,6 +170,15 @@ bool ZVTopRecommendationView::shouldStartLoadWithRequest(const QUrl &url)
     const auto command = url.toString(QUrl::FullyEncoded);
     if (!command.startsWith("zelvano://"_L1))
         return true;
+    ++m_answersUnderWay;
+    carryOut(command);
+    if (--m_answersUnderWay == 0 && m_endsAfterAnswer)
+        deleteLater();
+    return false;
+}
+
+void ZVTopRecommendationView::carryOut(const QString &command)
+{
     Q_EMIT commandReceived(command);
     if (command.contains("ready"_L1)) {
         m_ready = true;
@@ -169,7 +186,16 @@ bool ZVTopRecommendationView::shouldStartLoadWithRequest(const QUrl &url)
     } else if (command.contains("index"_L1)) {
         selectRecommendation(command);
     }
-    return false;
+}
+
+void ZVTopRecommendationView::end()
+{
+    if (m_answersUnderWay > 0)
+        m_endsAfterAnswer = true; // The bridge sees to it: a nested event loop would do it too early.
+    else if (QThread::currentThread()->loopLevel() > 0)
+        deleteLater();
+    else
+        delete this; // No event loop runs that could do it later.
 }
 
 void ZVTopRecommendationView::selectRecommendation(const QString &command)
@@ -189,8 +215,9 @@ void ZVTopRecommendationView::itemChange(ItemChange change, const ItemChangeData
     if (change == ItemSceneChange) {
         disconnect(m_focusConnection);
         if (data.window) {
-            m_focusConnection = connect(data.window, &QQuickWindow::activeFocusItemChanged, this,
-                                        &ZVTopRecommendationView::followFocus);
+            const auto follow = [this, window = data.window] { followFocus(window->activeFocusItem()); };
+            m_focusConnection = connect(data.window, &QQuickWindow::activeFocusItemChanged, this, follow);
+            follow();
         }
     }
     QQuickItem::itemChange(change, data);
@@ -199,13 +226,12 @@ void ZVTopRecommendationView::itemChange(ItemChange change, const ItemChangeData
 void ZVTopRecommendationView::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)
 {
     QQuickItem::geometryChange(newGeometry, oldGeometry);
-    if (auto *content = contentView())
-        content->setSize(newGeometry.size());
+    if (m_content && m_content->root())
+        m_content->root()->setSize(newGeometry.size());
 }
 
-void ZVTopRecommendationView::followFocus()
+void ZVTopRecommendationView::followFocus(QQuickItem *focused)
 {
-    auto *focused = window() ? window()->activeFocusItem() : nullptr;
     if (focused && focused != this && !isAncestorOf(focused))
         m_lastFocusOutside = focused;
 }

@@ -71,6 +71,9 @@ public:
     /// The bridge: false for a command, which is carried out, true for everything else.
     Q_INVOKABLE bool shouldStartLoadWithRequest(const QUrl &url);
 
+    /// Deletes the overlay as soon as neither the page nor the event loop is inside it.
+    void end();
+
 Q_SIGNALS:
     /// The page sent a command, which is about to be carried out. For inspectors.
     void commandReceived(const QString &command);
@@ -81,14 +84,17 @@ protected:
 
 private:
     void pushSuggestions();
+    void carryOut(const QString &command);
     void selectRecommendation(const QString &command);
-    void followFocus();
+    void followFocus(QQuickItem *focused);
     void giveFocusBack();
     void tearContentDown();
 
     bool m_ready = false;
     bool m_isFirstLoad = true;
     bool m_hidden = false;
+    int m_answersUnderWay = 0;
+    bool m_endsAfterAnswer = false;
     QUrl m_url;
     QString m_jsonSuggestions;
     std::weak_ptr<ZVTopRecommendationViewDelegate> m_delegate;

@@ -11,7 +11,6 @@
 
 #include <QJsonDocument>
 #include <QQuickWindow>
-#include <QThread>
 
 #include <utility>
 
@@ -42,12 +41,9 @@ QQuickItem *windowContent()
 
 } // namespace
 
-void ZelvanoViewController::DeleteOutsideItsSignals::operator()(ZVTopRecommendationView *view) const
+void ZelvanoViewController::EndOverlay::operator()(ZVTopRecommendationView *view) const
 {
-    if (QThread::currentThread()->loopLevel() > 0)
-        view->deleteLater();
-    else
-        delete view; // No event loop runs that could do it later.
+    view->end();
 }
 
 ZelvanoViewController::ZelvanoViewController(const QString &apiKey) : m_apiKey(apiKey) {}

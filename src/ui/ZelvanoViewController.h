@@ -102,7 +102,7 @@ public:
     void didSelecteRecommendation(const std::shared_ptr<ZVVideoParams> &video) override;
 
 private:
-    struct DeleteOutsideItsSignals
+    struct EndOverlay
     {
         void operator()(ZVTopRecommendationView *view) const;
     };
@@ -130,7 +130,7 @@ private:
     ZVVideoList m_videoList;
     std::shared_ptr<QObject> m_player;
     std::optional<QJsonArray> m_jsonArray;
-    std::unique_ptr<ZVTopRecommendationView, DeleteOutsideItsSignals> m_webView;
+    std::unique_ptr<ZVTopRecommendationView, EndOverlay> m_webView;
     QPointer<QQuickItem> m_playerView;
     double m_proportion = 0;
 };

@@ -42,7 +42,7 @@ std::unique_ptr<QQuickItem> load(QQmlEngine &engine, const QString &name, QObjec
         QQmlEngine::setObjectOwnership(item, QQmlEngine::CppOwnership);
         return std::unique_ptr<QQuickItem>(item);
     }
-    ZV_LOG("Error: interface resource " << name << " cannot be loaded: " << component.errorString().trimmed());
+    ZV_LOG("Error: interface resource " << name << " cannot be loaded: " << component.errorString().simplified());
     return nullptr;
 }
 

@@ -34,6 +34,9 @@ QtAVPlayer::QtAVPlayer(QMediaPlayer *player, QQuickItem *videoOutput) : m_player
     connect(player, &QMediaPlayer::durationChanged, this, &QtAVPlayer::updateDuration);
     connect(player, &QMediaPlayer::positionChanged, this, &QtAVPlayer::updatePosition);
     connect(player, &QMediaPlayer::sourceChanged, this, &QtAVPlayer::sourceDidChange);
+    // A QMediaPlayer disconnects everything before it ends; a child of it still tells.
+    m_lastWord = new QObject(player);
+    connect(m_lastWord, &QObject::destroyed, this, &QtAVPlayer::updateRate);
 
     m_currentTime = static_cast<double>(player->position()) * millisecond;
     setCurrentItem(itemFor(player->source()));
@@ -42,7 +45,12 @@ QtAVPlayer::QtAVPlayer(QMediaPlayer *player, QQuickItem *videoOutput) : m_player
     QMetaObject::invokeMethod(this, &QtAVPlayer::updateRate, Qt::QueuedConnection);
 }
 
-QtAVPlayer::~QtAVPlayer() = default;
+QtAVPlayer::~QtAVPlayer()
+{
+    if (m_lastWord)
+        m_lastWord->disconnect();
+    delete m_lastWord;
+}
 
 std::shared_ptr<QtAVPlayer> QtAVPlayer::create(QMediaPlayer *player, QQuickItem *videoOutput)
 {
@@ -78,7 +86,10 @@ void QtAVPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
         return;
     m_isLoading = true;
     const bool wasPlaying = m_rate != 0;
-    m_player->setSource(item ? item->asset().URL() : QUrl());
+    const auto source = item ? item->asset().URL() : QUrl();
+    if (source == m_player->source())
+        m_player->setSource(QUrl()); // Given the same again, it would not load it again.
+    m_player->setSource(source);
     if (wasPlaying)
         m_player->play();
     m_isLoading = false;
@@ -97,9 +108,9 @@ void QtAVPlayer::sourceDidChange(const QUrl &source)
 
 void QtAVPlayer::updateRate()
 {
-    if (m_isLoading || !m_player)
+    if (m_isLoading)
         return;
-    const bool isPlaying = m_player->playbackState() == QMediaPlayer::PlayingState;
+    const bool isPlaying = m_player && m_player->playbackState() == QMediaPlayer::PlayingState;
     const auto rate = isPlaying ? static_cast<float>(m_player->playbackRate()) : 0.0F;
     if (m_rate.exchange(rate) != rate)
         Q_EMIT rateChanged();
@@ -121,15 +132,20 @@ void QtAVPlayer::updateStatus()
         item->setStatus(AVPlayerItemStatus::Failed);
         break;
     case QMediaPlayer::EndOfMedia:
-        NotificationCenter::defaultCenter().post(
-            {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(item.get()), {}});
-        break;
+        if (item->status() == AVPlayerItemStatus::ReadyToPlay) {
+            NotificationCenter::defaultCenter().post(
+                {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(item.get()), {}});
+            break;
+        }
+        [[fallthrough]]; // It ended before this player came.
     case QMediaPlayer::LoadedMedia:
     case QMediaPlayer::BufferingMedia:
     case QMediaPlayer::BufferedMedia:
         updateDuration();
-        m_status = AVPlayerStatus::ReadyToPlay;
-        item->setStatus(AVPlayerItemStatus::ReadyToPlay);
+        // Some backends call a medium loaded that they could not open.
+        const bool isPlayable = m_player->hasVideo() || m_player->hasAudio() || m_player->duration() > 0;
+        m_status = isPlayable ? AVPlayerStatus::ReadyToPlay : AVPlayerStatus::Failed;
+        item->setStatus(isPlayable ? AVPlayerItemStatus::ReadyToPlay : AVPlayerItemStatus::Failed);
         break;
     }
 }
@@ -152,10 +168,21 @@ void QtAVPlayer::updatePosition()
     m_sincePosition.start();
     const double position = static_cast<double>(m_player->position()) * millisecond;
     const double step = position - m_currentTime.exchange(position);
-    // A player that stops goes back to the beginning: that belongs to the change of source, nobody sought.
-    const bool isStopped = m_player->playbackState() == QMediaPlayer::StoppedState;
-    if (!isStopped && std::abs(step) > elapsed * m_rate + jumpTolerance)
+    updateRate(); // Not every backend says when the pace changes.
+    // A player that stops goes back to the beginning: that belongs to the change of source, nobody sought. It may say
+    // that it has stopped only after it went back.
+    const auto isStopped = [this] { return !m_player || m_player->playbackState() == QMediaPlayer::StoppedState; };
+    if (isStopped() || std::abs(step) <= elapsed * m_rate + jumpTolerance)
+        return;
+    if (position > 0) {
         timeJumped();
+        return;
+    }
+    const auto later = [this, isStopped, item = std::weak_ptr(currentItem())] {
+        if (!isStopped() && currentItem() == item.lock())
+            timeJumped();
+    };
+    QMetaObject::invokeMethod(this, later, Qt::QueuedConnection);
 }
 
 } // namespace zelvano

@@ -48,6 +48,7 @@ private:
     void sourceDidChange(const QUrl &source);
 
     const QPointer<QMediaPlayer> m_player;
+    QPointer<QObject> m_lastWord;
     VideoView m_view;
     bool m_isLoading = false;
     QElapsedTimer m_sincePosition;
