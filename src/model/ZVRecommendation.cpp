@@ -56,9 +56,13 @@ QJsonValue ZVRecommendation::status() const
 ZVVideoList ZVRecommendation::videoList() const
 {
     const QMutexLocker lock(&m_mutex);
-    if (!m_videoList)
-        m_videoList = recordsFor(serviceVideos());
-    return *m_videoList;
+    return keptVideoList();
+}
+
+std::size_t ZVRecommendation::videoCount() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return keptVideoList().size();
 }
 
 void ZVRecommendation::setVideoList(const std::optional<ZVVideoList> &list)
@@ -111,6 +115,13 @@ void ZVRecommendation::setFetchedRecommendations(const Groups &groups)
 QJsonArray ZVRecommendation::serviceVideos() const
 {
     return videos(data(m_recommendation)).value_or(QJsonArray());
+}
+
+const ZVVideoList &ZVRecommendation::keptVideoList() const
+{
+    if (!m_videoList)
+        m_videoList = recordsFor(serviceVideos());
+    return *m_videoList;
 }
 
 const QStringList &ZVRecommendation::groupedCategories() const

@@ -34,6 +34,8 @@ public:
 
     /// The videos, in the service's order.
     ZVVideoList videoList() const;
+    /// Their number, without a copy of the list.
+    std::size_t videoCount() const;
     /// Another list in their place; the categories stay as they are. Nothing makes the next read compute it again.
     void setVideoList(const std::optional<ZVVideoList> &list);
 
@@ -54,6 +56,7 @@ private:
     explicit ZVRecommendation(QJsonObject answer);
 
     QJsonArray serviceVideos() const;
+    const ZVVideoList &keptVideoList() const;
     const QStringList &groupedCategories() const;
 
     const QJsonObject m_recommendation;

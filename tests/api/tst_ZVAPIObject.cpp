@@ -32,8 +32,6 @@ private Q_SLOTS:
     void userAgent();
     void sendingTwice();
     void baseUrl();
-    void answers_data();
-    void answers();
     void completionAndLifetime();
     void stopAllSessions();
 
@@ -202,49 +200,6 @@ void tst_ZVAPIObject::baseUrl()
     configure(m_service->sandbox.url(u"v2"_s).toString());
     send(filled());
     QCOMPARE(last().path, u"/v2/events"_s);
-}
-
-void tst_ZVAPIObject::answers_data()
-{
-    QTest::addColumn<Fault::Kind>("kind");
-    QTest::addColumn<QByteArray>("answer");
-    QTest::addColumn<QString>("errorDomain");
-    QTest::addColumn<bool>("hasParams");
-    const auto row = [](const char *name, Fault::Kind kind, const QByteArray &answer, const QString &domain,
-                        bool params) { QTest::newRow(name) << kind << answer << domain << params; };
-    const QString none;
-    constexpr auto body = Fault::Kind::Body;
-    row("object", body, R"({"status":200})", none, true);
-    row("empty object", body, "{}", none, true);
-    row("HTTP error with JSON", Fault::Kind::HttpStatus, {}, none, true);
-    row("empty", Fault::Kind::Empty, {}, none, false);
-    row("array", body, "[{}]", none, false);
-    row("number", body, "200", JsonErrorDomain, false);
-    row("text", body, "\"200\"", JsonErrorDomain, false);
-    row("cut JSON", body, R"({"status":200)", JsonErrorDomain, false);
-    row("more than JSON", body, "{} x", JsonErrorDomain, false);
-    row("garbage", Fault::Kind::Garbage, {}, JsonErrorDomain, false);
-    row("deep array", body, QByteArray(100000, '['), JsonErrorDomain, false);
-    row("deep object", body, QByteArray(R"({"a":)").repeated(100000), JsonErrorDomain, false);
-    row("cut within the answer", Fault::Kind::CutWithinAnswer, {}, UrlErrorDomain, false);
-    row("cut before the answer", Fault::Kind::CutBeforeAnswer, {}, UrlErrorDomain, false);
-}
-
-void tst_ZVAPIObject::answers()
-{
-    QFETCH(Fault::Kind, kind);
-    QFETCH(QByteArray, answer);
-    QFETCH(QString, errorDomain);
-    Fault fault;
-    fault.kind = kind;
-    fault.body = answer;
-    m_service->sandbox.addFault(ZVReadyEventAPI, {}, fault);
-    const auto response = send(filled());
-    QCOMPARE(response.error ? response.error->domain : QString(), errorDomain);
-    QTEST(response.params.has_value(), "hasParams");
-    if (response.error)
-        QVERIFY(!response.error->description.isEmpty());
-    QVERIFY(send(filled()).params); // The next one is none the worse.
 }
 
 void tst_ZVAPIObject::completionAndLifetime()

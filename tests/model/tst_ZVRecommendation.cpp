@@ -19,8 +19,6 @@ private Q_SLOTS:
     void topLevelValues();
     void categories();
     void replacedLists();
-    void videoValues_data();
-    void videoValues();
     void manyVideosFromManyThreads();
 
 private:
@@ -115,43 +113,6 @@ void tst_ZVRecommendation::replacedLists()
     recommendation->setVideosArray(std::nullopt);
     QCOMPARE(titles(recommendation->videoList()), (QStringList{u"1"_s, u"2"_s}));
     QCOMPARE(recommendation->videosArray()->size(), 2);
-}
-
-void tst_ZVRecommendation::videoValues_data()
-{
-    QTest::addColumn<QByteArray>("json"); // At every key.
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QUrl>("url");
-    QTest::newRow("URL") << QByteArray("\"http://v/1%20b.mp4\"") << u"http://v/1%20b.mp4"_s
-                         << QUrl(u"http://v/1%20b.mp4"_s);
-    QTest::newRow("not escaped") << QByteArray("\"http://v/1 b\"") << u"http://v/1 b"_s << QUrl();
-    QTest::newRow("empty") << QByteArray("\"\"") << u""_s << QUrl();
-    for (const auto json : {"7", "true", "null", "[\"x\"]", "{\"url\":\"http://v/\"}"})
-        QTest::newRow(json) << QByteArray(json) << QString() << QUrl();
-}
-
-void tst_ZVRecommendation::videoValues()
-{
-    QFETCH(QByteArray, json);
-    QFETCH(QString, text);
-    QFETCH(QUrl, url);
-    const auto value = QJsonDocument::fromJson('[' + json + ']').array().at(0);
-    QJsonObject params;
-    for (const auto key : {"title"_L1, "videoId"_L1, "costumerVideoId"_L1, "category"_L1, "url"_L1, "imageUrl"_L1,
-                           "stripUrl"_L1, "durationSec"_L1, "pubDate"_L1, "value"_L1})
-        params.insert(key, value);
-    const ZVVideoParams video(params), none{QJsonObject()};
-    for (const auto &read : {video.title(), video.videoId(), video.costumerVideoId(), video.category()}) {
-        QCOMPARE(read, text);
-        QCOMPARE(read.isNull(), text.isNull());
-    }
-    for (const auto &read : {video.url(), video.imageUrl(), video.stripUrl()}) {
-        QCOMPARE(read.isValid(), url.isValid());
-        QVERIFY(read == url || !url.isValid());
-    }
-    for (const auto &read : {video.durationSec(), video.pubDate(), video.percentValue()})
-        QCOMPARE(read, value);
-    QVERIFY(none.title().isNull() && !none.url().isValid() && none.durationSec().isUndefined());
 }
 
 void tst_ZVRecommendation::manyVideosFromManyThreads()

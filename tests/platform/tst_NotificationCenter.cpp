@@ -16,8 +16,6 @@ class tst_NotificationCenter : public QObject
 
 private Q_SLOTS:
     void init() { m_heard.clear(); }
-    void filters_data();
-    void filters();
     void removal();
     void changesWhilePosting();
     void postFromAnotherThread();
@@ -30,32 +28,6 @@ private:
 
     QStringList m_heard;
 };
-
-void tst_NotificationCenter::filters_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QVariant>("object");
-    QTest::addColumn<QStringList>("heard");
-    const QVariant url(QUrl(u"http://a/"_s));
-    QTest::newRow("sender") << u"n"_s << QVariant::fromValue<QObject *>(this) << QStringList{u"any"_s, u"this"_s};
-    QTest::newRow("value") << u"n"_s << url << QStringList{u"any"_s, u"url"_s};
-    QTest::newRow("other value") << u"n"_s << QVariant(QUrl(u"http://b/"_s)) << QStringList{u"any"_s};
-    QTest::newRow("value of another type") << u"n"_s << QVariant(7) << QStringList{u"any"_s};
-    QTest::newRow("no sender") << u"n"_s << QVariant() << QStringList{u"any"_s};
-    QTest::newRow("other name") << u"N"_s << url << QStringList();
-}
-
-void tst_NotificationCenter::filters()
-{
-    NotificationCenter center;
-    center.addObserver(this, u"n"_s, note(u"any"_s));
-    center.addObserver(this, u"n"_s, note(u"this"_s), QVariant::fromValue<QObject *>(this));
-    center.addObserver(this, u"n"_s, note(u"url"_s), QUrl(u"http://a/"_s));
-    QFETCH(QString, name);
-    QFETCH(QVariant, object);
-    center.post({name, object, {}});
-    QTEST(m_heard, "heard");
-}
 
 void tst_NotificationCenter::removal()
 {

@@ -147,20 +147,16 @@ private Q_SLOTS:
     void cleanup() { m_sandbox.reset(); }
 
     void expiredChannel();
-    void recommendation_data();
-    void recommendation();
     void everyVideoIsServed();
 
     void faults_data();
     void faults();
-    void faultsApplyInOrder();
     void cutWithinAnswer();
     void drip();
 
     void range_data();
     void range();
 
-    void requestLog();
     void oneWriteAnAnswer();
     void stopIsQuick_data();
     void stopIsQuick();
@@ -200,47 +196,6 @@ void tst_Sandbox::expiredChannel()
     QCOMPARE(status(u"play"_s), 200);
     openChannel();
     QCOMPARE(status(u"ready"_s), 200);
-}
-
-void tst_Sandbox::recommendation_data()
-{
-    QTest::addColumn<QJsonValue>("size");
-    QTest::addColumn<int>("playing"); // number of the sample video, 0: another one
-    QTest::addColumn<int>("count");
-    QTest::addColumn<int>("first");
-
-    QTest::newRow("no size") << QJsonValue(QJsonValue::Undefined) << 0 << 8 << 1;
-    QTest::newRow("size 0") << QJsonValue(u"0"_s) << 0 << 8 << 1;
-    QTest::newRow("size 3") << QJsonValue(u"3"_s) << 0 << 3 << 1;
-    QTest::newRow("size is a number") << QJsonValue(3) << 0 << 3 << 1;
-    QTest::newRow("more than there are") << QJsonValue(u"20"_s) << 0 << 20 << 1;
-    QTest::newRow("negative") << QJsonValue(u"-4"_s) << 0 << 8 << 1;
-    QTest::newRow("behind the one that plays") << QJsonValue(u"8"_s) << 2 << 8 << 3;
-    QTest::newRow("behind the last") << QJsonValue(u"8"_s) << 9 << 8 << 1;
-}
-
-void tst_Sandbox::recommendation()
-{
-    QFETCH(QJsonValue, size);
-    QFETCH(int, playing);
-    QFETCH(int, count);
-    QFETCH(int, first);
-
-    openChannel();
-    const QString playingUrl = m_sandbox->url(u"/media/%1.mp4"_s.arg(playing)).toString();
-    QJsonObject request{{u"videoId"_s, playingUrl}};
-    if (!size.isUndefined())
-        request.insert(u"size"_s, size);
-    const QJsonArray list = videos(request);
-    QCOMPARE(list.size(), count);
-    QCOMPARE(list[0]["url"_L1].toString(), m_sandbox->url(u"/media/%1.mp4"_s.arg(first)).toString());
-
-    QSet<QString> ids;
-    for (const QJsonValue &video : list) {
-        ids << video["videoId"_L1].toString() << video["costumerVideoId"_L1].toString();
-        QVERIFY(video["url"_L1].toString() != playingUrl);
-    }
-    QCOMPARE(ids.size(), 2 * count);
 }
 
 void tst_Sandbox::everyVideoIsServed()
@@ -302,25 +257,6 @@ void tst_Sandbox::faults()
     QCOMPARE(m_sandbox->requests().back().serviceStatus, answer.json()["status"_L1].toInt());
 
     QCOMPARE(post("/keepalive", "{}").body, R"({"status":200})"_ba);
-}
-
-void tst_Sandbox::faultsApplyInOrder()
-{
-    openChannel();
-    const auto status = [this](const QString &type) {
-        return post("/events", eventBody(type)).json()["status"_L1].toInt();
-    };
-    m_sandbox->addFault(u"events"_s, u"page"_s, {.kind = Kind::ServiceStatus, .status = 501, .times = 2});
-    m_sandbox->addFault(u"events"_s, {}, {.kind = Kind::ServiceStatus, .status = 502});
-    m_sandbox->addFault(u"events"_s, u"page"_s, {.kind = Kind::ServiceStatus, .status = 503, .times = -1});
-
-    QCOMPARE(status(u"page"_s), 501);
-    QCOMPARE(status(u"ready"_s), 502);
-    QCOMPARE(status(u"ready"_s), 200);
-    QCOMPARE(status(u"page"_s), 501);
-    QCOMPARE(status(u"page"_s), 503);
-    QCOMPARE(status(u"page"_s), 503);
-    QCOMPARE(ask("GET", "/users/id").json()["status"_L1].toInt(), 200);
 }
 
 void tst_Sandbox::cutWithinAnswer()
@@ -389,41 +325,6 @@ void tst_Sandbox::range()
     if (method == "HEAD")
         QCOMPARE(part.header("content-length").toLongLong(), whole.size());
     QVERIFY2(client.ask("GET", "/test/echo").complete, "nothing is left over on the connection");
-}
-
-void tst_Sandbox::requestLog()
-{
-    m_sandbox->stop();
-    std::mutex mutex;
-    QStringList heard;
-    m_sandbox->setRequestListener([&](const Request &request) {
-        const std::lock_guard lock(mutex);
-        heard << request.type();
-    });
-    QVERIFY(m_sandbox->start());
-
-    const QByteArray body = eventBody(u"page"_s);
-    ask("GET", "/users/id", {}, {});
-    ask("POST", "/a/events", body, "X-API-Key: key\r\nX-User-UUID: abc\r\n");
-    ask("GET", "/thumbnails/1.jpg");
-    ask("GET", "/thumbnails/1.jpg");
-
-    const std::vector<Request> requests = m_sandbox->requests();
-    QCOMPARE(requests.size(), size_t(2));
-    QCOMPARE(requests[0].number, quint64(1));
-    QCOMPARE(requests[0].method, u"GET"_s);
-    QCOMPARE(requests[0].serviceStatus, 401);
-    QCOMPARE(requests[1].number, quint64(2));
-    QCOMPARE(requests[1].path, u"/a/events"_s);
-    QCOMPARE(requests[1].headers.at("x-user-uuid"), "abc"_ba);
-    QCOMPARE(requests[1].headers.count("remote_addr"), size_t(0));
-    QCOMPARE(requests[1].rawBody, body);
-    QCOMPARE(compact(requests[1].body), body);
-    QCOMPARE(requests[1].serviceStatus, 406);
-    const std::lock_guard lock(mutex);
-    QCOMPARE(heard, QStringList({QString(), u"page"_s}));
-    QCOMPARE(m_sandbox->hits(u"/thumbnails/1.jpg"_s), 2);
-    QCOMPARE(m_sandbox->hits(u"/thumbnails/2.jpg"_s), 0);
 }
 
 void tst_Sandbox::oneWriteAnAnswer()

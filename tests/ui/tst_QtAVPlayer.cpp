@@ -88,7 +88,6 @@ private Q_SLOTS:
     void becomesReadyForItsObservers();
     void attachedToWhatIsLoadedAlready_data();
     void attachedToWhatIsLoadedAlready();
-    void rate();
     void timePasses();
     void seekTicksAtOnce_data();
     void seekTicksAtOnce();
@@ -97,15 +96,11 @@ private Q_SLOTS:
     void sameAddressAgain();
     void replacedItem_data();
     void replacedItem();
-    void nothingToPlay();
     void hostChangesTheSource();
     void failure_data();
     void failure();
     void mediaPlayerEndsFirst();
-    void noMediaPlayer();
     void frameChangesOnce();
-    void videoBounds();
-    void adapterOverIt();
 
 private:
     sandbox::Sandbox sandbox;
@@ -171,29 +166,6 @@ void tst_QtAVPlayer::attachedToWhatIsLoadedAlready()
     QCOMPARE(rates.size(), playing ? 1 : 0);
     QCOMPARE(player->currentItem()->duration(), length);
     QCOMPARE(player->currentTime() > 0.1, playing);
-}
-
-void tst_QtAVPlayer::rate()
-{
-    Host host;
-    QVERIFY(host.load(first));
-    const auto player = QtAVPlayer::create(host.media.get(), nullptr);
-    QVERIFY(becomesReady(*player));
-    QList<float> rates;
-    connect(player.get(), &AVPlayer::rateChanged, this, [&] { rates.append(player->rate()); });
-    player->play();
-    player->play();
-    QVERIFY(waitUntil([&] { return rates == QList<float>{1}; }));
-    QCOMPARE(host.media->playbackState(), QMediaPlayer::PlayingState);
-    host.media->setPlaybackRate(2);
-    QVERIFY(waitUntil([&] { return rates == QList<float>({1, 2}); }));
-    player->pause();
-    QVERIFY(waitUntil([&] { return rates == QList<float>({1, 2, 0}); }));
-    host.media->setPlaybackRate(1); // Not while it stands.
-    host.media->play();
-    QVERIFY(waitUntil([&] { return rates == QList<float>({1, 2, 0, 1}); }));
-    host.media->stop();
-    QVERIFY(waitUntil([&] { return rates == QList<float>({1, 2, 0, 1, 0}); }));
 }
 
 void tst_QtAVPlayer::timePasses()
@@ -349,23 +321,6 @@ void tst_QtAVPlayer::replacedItem()
     QVERIFY(item->duration() >= 10);
 }
 
-void tst_QtAVPlayer::nothingToPlay()
-{
-    Host host;
-    QVERIFY(host.load(first));
-    const auto player = QtAVPlayer::create(host.media.get(), nullptr);
-    QVERIFY(becomesReady(*player));
-    player->play();
-    QVERIFY(waitUntil([&] { return player->rate() == 1; }));
-    player->replaceCurrentItemWithPlayerItem(nullptr);
-    QVERIFY(!player->currentItem());
-    QVERIFY(host.media->source().isEmpty());
-    QVERIFY(waitUntil([&] { return player->rate() == 0; }));
-    QCOMPARE(player->currentTime(), 0.0);
-    player->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(second)));
-    QVERIFY(becomesReady(*player));
-}
-
 void tst_QtAVPlayer::hostChangesTheSource()
 {
     Host host;
@@ -440,17 +395,6 @@ void tst_QtAVPlayer::mediaPlayerEndsFirst()
     QCOMPARE(player->rate(), 0.0F); // What is gone plays no more.
 }
 
-void tst_QtAVPlayer::noMediaPlayer()
-{
-    const auto player = QtAVPlayer::create(nullptr, nullptr);
-    player->play();
-    player->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(first)));
-    QTest::qWait(0);
-    QCOMPARE(player->rate(), 0.0F);
-    QCOMPARE(player->status(), AVPlayerStatus::Unknown);
-    QVERIFY(!player->view());
-}
-
 void tst_QtAVPlayer::frameChangesOnce()
 {
     QQuickItem screen;
@@ -477,70 +421,6 @@ void tst_QtAVPlayer::frameChangesOnce()
     screen.setX(11);
     QCoreApplication::processEvents();
     QCOMPARE(frames.size(), 3);
-}
-
-/// Over an item with a VideoOutput's properties: nothing is drawn here that could give it a picture.
-void tst_QtAVPlayer::videoBounds()
-{
-    QQuickItem screen;
-    screen.setSize({400, 300});
-    const auto player = QtAVPlayer::create(nullptr, &screen);
-    QVERIFY(player->videoBounds().isEmpty());
-    screen.setProperty("contentRect", QRectF(0, 0, 400, 300));
-    screen.setProperty("sourceRect", QRectF());
-    QVERIFY(player->videoBounds().isEmpty()); // Its own size, before there is a picture.
-    screen.setProperty("sourceRect", QRectF(0, 0, 640, 360));
-    screen.setProperty("contentRect", QRectF(0, 37.5, 400, 225));
-    QCOMPARE(player->videoBounds(), QRectF(0, 37.5, 400, 225));
-}
-
-/// What an adapter makes of a real player: nothing that the viewer did not do.
-void tst_QtAVPlayer::adapterOverIt()
-{
-    Host host;
-    QQuickItem screen;
-    const auto player = QtAVPlayer::create(host.media.get(), &screen);
-    host.media->setSource(first);
-    const auto adapter = ZVAVPlayerSubscribe::create(player);
-    const auto receiver = std::make_shared<RecordingSubscription>();
-    adapter->setObserver(receiver);
-    QStringList heard;
-    const auto hears = [&](const QStringList &expected) {
-        const bool does = waitUntil([&] { return (heard += receiver->take()).size() >= expected.size(); }, 5s);
-        const auto had = std::exchange(heard, {});
-        if (!does || had != expected)
-            qWarning() << had;
-        return had == expected;
-    };
-    // A video may start before it is known to be ready.
-    const auto starts = [&] {
-        QStringList events{u"progress"_s, u"start"_s, u"videoStart"_s, u"play"_s};
-        if (!waitUntil([&] { return (heard += receiver->take()).size() > events.size(); }, 5s))
-            return false;
-        events.insert(heard.indexOf(u"(ready)"_s), u"(ready)"_s);
-        return hears(events);
-    };
-    QVERIFY(hears({u"(ready)"_s}));
-    QCOMPARE(adapter->duration(), length);
-    player->play();
-    QVERIFY(hears({u"start"_s, u"videoStart"_s, u"play"_s}));
-    QVERIFY(waitUntil([&] { return adapter->currentPosition() > 0.5; }));
-    host.media->setPosition(6000);
-    QVERIFY(hears({u"seek"_s}));
-    QVERIFY(waitUntil([&] { return adapter->currentPosition() > 6.3; }));
-    player->pause();
-    QVERIFY(hears({u"pause"_s, u"(view)"_s}));
-    adapter->setNextVideo(second.toString());
-    QVERIFY(starts());
-    QCOMPARE(adapter->videoId(), second.toString());
-    QVERIFY(waitUntil([&] { return adapter->currentPosition() > 0.5; }));
-    QVERIFY(hears({}));
-    host.media->setPosition(host.media->duration() - 700);
-    QVERIFY(hears({u"seek"_s, u"(not by user)"_s, u"end"_s}));
-    adapter->setNextVideo(second.toString()); // The same once more, as a list of one video has it.
-    QVERIFY(starts());
-    QVERIFY(waitUntil([&] { return adapter->currentPosition() > 0.7 && adapter->currentPosition() < 3; }));
-    QVERIFY(hears({}));
 }
 
 int main(int argc, char **argv)

@@ -169,18 +169,11 @@ private Q_SLOTS:
     void navigations();
     void pageSendsCommands();
     void hiddenSubFrameSendsCommands();
-    void pageThatNeverSaysReady_data();
-    void pageThatNeverSaysReady();
     void showingTellsTheOwnerFirst();
     void tapInThePage_data();
     void tapInThePage();
     void swipe_data();
     void swipe();
-    void noSwipe_data();
-    void noSwipe();
-    void swipeOverACardPicksNothing_data();
-    void swipeOverACardPicksNothing();
-    void swipesWhileOneRuns();
     void dismissControl_data();
     void dismissControl();
     void escape_data();
@@ -189,7 +182,6 @@ private Q_SLOTS:
     void focusIsGivenBack();
     void hiddenTakesNoInput_data();
     void hiddenTakesNoInput();
-    void contentFollowsTheFrame();
     void clearedDelegateTakesThePageDown();
     void endsWhileLoading_data();
     void endsWhileLoading();
@@ -416,37 +408,6 @@ void tst_TopRecommendationView::hiddenSubFrameSendsCommands()
     QVERIFY(waitUntil([&] { return overlay.owner->selected == QList<qint64>{4}; }));
 }
 
-void tst_TopRecommendationView::pageThatNeverSaysReady_data()
-{
-    QTest::addColumn<QUrl>("page");
-    QTest::addColumn<QString>("text");
-    zelvano::sandbox::Sandbox gone;
-    QVERIFY(gone.start());
-    const auto nobodyThere = gone.url(u"/layout/"_s);
-    gone.stop();
-    QTest::newRow("silent") << pageOf(u"<p>Nothing to say</p>"_s) << u"Nothing to say"_s;
-    QTest::newRow("broken script") << pageOf(u"<p>Broken</p><script>updateSuggestions(</script>"_s) << u"Broken"_s;
-    QTest::newRow("not found") << sandbox.url(u"/nothing"_s) << u"not found"_s;
-    QTest::newRow("service is gone") << nobodyThere << QString();
-    QTest::newRow("unknown scheme") << QUrl(u"nothing://ready"_s) << QString();
-    QTest::newRow("a file") << QUrl(u"file:///etc/passwd"_s) << QString();
-}
-
-void tst_TopRecommendationView::pageThatNeverSaysReady()
-{
-    QFETCH(const QUrl, page);
-    QFETCH(const QString, text);
-    Overlay overlay;
-    const QSignalSpy loading(overlay.view->webView(), SIGNAL(loadingChanged(QWebEngineLoadingInfo)));
-    QVERIFY(loading.isValid());
-    overlay.view->setJsonSuggestions(u"[1]"_s);
-    overlay.view->setUrl(page);
-    QVERIFY(waitUntil([&] { return loading.size() > 1 && !overlay.view->webView()->property("loading").toBool(); }));
-    QVERIFY(overlay.pageAnswers());
-    QVERIFY(!overlay.view->isReady());
-    QCOMPARE(evaluate(*overlay.view, u"document.documentElement.innerText"_s).toString().trimmed(), text);
-}
-
 void tst_TopRecommendationView::showingTellsTheOwnerFirst()
 {
     Stage stage;
@@ -513,66 +474,6 @@ void tst_TopRecommendationView::swipe()
     QCOMPARE(stage.view->frame(), QRectF(end, 64, 300, 200));
     QVERIFY(stage.owner->selected.isEmpty());
     QCOMPARE(stage.owner->dismissals, 0);
-}
-
-void tst_TopRecommendationView::noSwipe_data()
-{
-    QTest::addColumn<Pointer>("pointer");
-    QTest::addColumn<QPoint>("way");
-    QTest::newRow("short") << Pointer::Mouse << QPoint(40, 0);
-    QTest::newRow("short touch") << Pointer::Touch << QPoint(-40, 0);
-    QTest::newRow("upwards") << Pointer::Mouse << QPoint(0, -90);
-    QTest::newRow("oblique") << Pointer::Touch << QPoint(80, 70);
-}
-
-void tst_TopRecommendationView::noSwipe()
-{
-    QFETCH(const Pointer, pointer);
-    QFETCH(const QPoint, way);
-    Stage stage;
-    QVERIFY(stage.appear(listeningPage()));
-    drag(stage.window, pointer, stage.at(150, 110), way);
-    QVERIFY(stage.pageAnswers());
-    QVERIFY(!stage.view->findChild<QPropertyAnimation *>());
-    QVERIFY(!stage.view->isHidden());
-}
-
-void tst_TopRecommendationView::swipeOverACardPicksNothing_data()
-{
-    tapInThePage_data();
-}
-
-/// The card is wider than the swipe: press and release are in the same element.
-void tst_TopRecommendationView::swipeOverACardPicksNothing()
-{
-    QFETCH(const Pointer, pointer);
-    Stage stage({100, 50, 640, 360});
-    stage.view->setJsonSuggestions(QString::fromUtf8(jsonOf(someVideos(1))));
-    QVERIFY(stage.appear(sandbox.url(u"/layout/"_s)));
-    QVERIFY(waitForPage(*stage.view, u"document.querySelector('[data-index]')?.clientWidth > 200"_s));
-    drag(stage.window, pointer, centreOfVideo(*stage.view, 0) - QPoint(50, 0), {100, 0});
-    QVERIFY(stage.hides());
-    QVERIFY(stage.pageAnswers());
-    QCOMPARE(stage.owner->selected, QList<qint64>{77});
-
-    // Shown again it can be used as before.
-    stage.owner->selected.clear();
-    stage.view->setFrame({100, 50, 640, 360});
-    stage.view->setHidden(false);
-    QVERIFY(waitForPicture(*stage.view));
-    tap(stage.window, Pointer::Mouse,
-        centreOfVideo(*stage.view, 0)); // A finger's tap would stop the page's fling first.
-    QVERIFY(waitUntil([&] { return stage.owner->selected == QList<qint64>{0}; }));
-}
-
-void tst_TopRecommendationView::swipesWhileOneRuns()
-{
-    Stage stage;
-    stage.view->setHidden(false);
-    stage.view->didSwipe(1);
-    stage.view->didSwipe(2);
-    QVERIFY(stage.hides());
-    QCOMPARE(stage.view->x(), -300.0);
 }
 
 void tst_TopRecommendationView::dismissControl_data()
@@ -678,17 +579,6 @@ void tst_TopRecommendationView::hiddenTakesNoInput()
     tap(stage.window, pointer, stage.at(290, 20));
     QVERIFY(waitUntil([&] { return reached() == 3; }));
     QCOMPARE(stage.view->frame(), firstFrame);
-}
-
-void tst_TopRecommendationView::contentFollowsTheFrame()
-{
-    Overlay overlay;
-    QVERIFY(overlay.load(listeningPage()));
-    overlay.view->setFrame({40, 160, 320, 180});
-    QCOMPARE(overlay.view->webView()->size(), QSizeF(320, 180));
-    overlay.view->setFrame({0, 0, 0, 0});
-    QCOMPARE(overlay.view->webView()->size(), QSizeF(0, 0));
-    QVERIFY(overlay.pageAnswers());
 }
 
 void tst_TopRecommendationView::clearedDelegateTakesThePageDown()

@@ -194,8 +194,6 @@ private Q_SLOTS:
 
     void frameOverThePlayer_data();
     void frameOverThePlayer();
-    void noPlayerViewNoFrame();
-    void engineIsMadeOnFirstUse();
     void showingBeforeThePageIsReady();
     void impressionOncePerRecommendation();
     void impressionBeforeThePlace();
@@ -210,7 +208,6 @@ private Q_SLOTS:
     void plugIn_data();
     void plugIn();
     void rotationPosts();
-    void rotationMovesTheOverlay();
     void addPlayerIsNoOperation();
     void keyWindow();
     void takenOffTheScreen();
@@ -219,9 +216,7 @@ private Q_SLOTS:
     void endWithCallsInFlight_data();
     void endWithCallsInFlight();
     void tasksAfterDismissCreateNothing();
-    void anotherSessionAfterDismiss();
     void dropLeaksNothing();
-    void wholeWay();
 };
 
 void tst_ViewController::frameOverThePlayer_data()
@@ -253,45 +248,6 @@ void tst_ViewController::frameOverThePlayer()
     QCOMPARE(session.controller->webView()->frame(), overlay);
     QVERIFY(!session.controller->webView()->isHidden());
     QCOMPARE(session.controller->webView()->parentItem(), session.window.contentItem());
-}
-
-void tst_ViewController::noPlayerViewNoFrame()
-{
-    Session session;
-    const QRectF none(0, 0, 0, 0);
-    QCOMPARE(session.controller->webView()->frame(), QRectF(20, 64, 300, 200));
-    QCOMPARE(session.controller->webviewFrame(), none);
-    session.beReady();
-    QObject noItem;
-    for (QObject *view : {static_cast<QObject *>(nullptr), &noItem}) {
-        session.controller->addRecommendationToView(nullptr, nullptr, view, {16, 9});
-        QCOMPARE(session.controller->webView()->frame(), none);
-        QVERIFY(!session.controller->playerView());
-    }
-    auto gone = std::make_unique<QQuickItem>();
-    gone->setSize({400, 300});
-    session.controller->addRecommendationToView(nullptr, nullptr, gone.get(), {16, 9});
-    gone.reset();
-    QCOMPARE(session.controller->webviewFrame(), none);
-}
-
-void tst_ViewController::engineIsMadeOnFirstUse()
-{
-    EngineFixture service;
-    service.storeIdentity();
-    const auto controller = ZelvanoViewController::create(u"the key"_s);
-    controller->setSuggestionsSize(5);
-    service.settle();
-    QVERIFY(service.sent().isEmpty());
-    const auto engine = controller->zelvano();
-    QCOMPARE(engine->apiKey(), u"the key"_s);
-    QCOMPARE(engine->recommenationsSize(), 5);
-    controller->setSuggestionsSize(9);
-    QCOMPARE(controller->zelvano(), engine);
-    QCOMPARE(engine->recommenationsSize(), 5);
-    QCOMPARE(engine->listeners().size(), 1U);
-    service.settle();
-    QCOMPARE(service.arrived(u"channels/init/zelvano"_s).headers.at("x-api-key"), "the key");
 }
 
 void tst_ViewController::showingBeforeThePageIsReady()
@@ -558,17 +514,6 @@ void tst_ViewController::rotationPosts()
     QCOMPARE(plugIn.heard[1].videos(), 6);
 }
 
-void tst_ViewController::rotationMovesTheOverlay()
-{
-    Session session;
-    session.beReady();
-    session.show();
-    session.playerView.setSize({800, 450});
-    QCOMPARE(session.controller->webView()->frame(), QRectF(40, 60, 320, 180));
-    Device::current().setOrientation(UIDeviceOrientation::LandscapeLeft);
-    QCOMPARE(session.controller->webView()->frame(), QRectF(80, 45, 640, 360));
-}
-
 void tst_ViewController::addPlayerIsNoOperation()
 {
     Session session;
@@ -773,23 +718,6 @@ void tst_ViewController::tasksAfterDismissCreateNothing()
     QVERIFY(session.controller->webView()->jsonSuggestions().isNull()); // Made only now.
 }
 
-void tst_ViewController::anotherSessionAfterDismiss()
-{
-    Session session;
-    session.service.settle();
-    session.controller->dismiss();
-    session.controller->setDelegate(session.host);
-    session.controller->zelvano()->playerEventsHandler()->setCurrentSubscriber(session.subscriber);
-    session.recommend(3);
-    session.beReady();
-    session.show();
-    QVERIFY(!session.controller->webView()->isHidden());
-    session.pick(u"1"_s);
-    QCOMPARE(session.subscriber->nextVideos.size(), 1);
-    session.service.settle();
-    QCOMPARE(session.service.sentCount(u"channels/init/zelvano"_s), 2);
-}
-
 /// One after another, each with its page loading, none dismissed.
 void tst_ViewController::dropLeaksNothing()
 {
@@ -812,39 +740,6 @@ void tst_ViewController::dropLeaksNothing()
     }
     QCOMPARE(service.log.count(u"dealloc"_s), 20);
     QCOMPARE(window.contentItem()->childItems(), QList<QQuickItem *>{&window.below});
-}
-
-/// Real answers, the real page, a real tap.
-void tst_ViewController::wholeWay()
-{
-    Session session;
-    QVERIFY(session.window.appear());
-    session.playerView.setSize({800, 450});
-    auto &controller = *session.controller;
-    const auto engine = controller.zelvano();
-    session.service.settle();
-    engine->pageEvent(session.subscriber);
-    session.service.settle();
-    engine->readyEvent(session.subscriber);
-    session.service.settle();
-    QCOMPARE(controller.videoList().size(), 8U);
-    QVERIFY(waitUntil([&] { return controller.webView()->isReady(); }));
-    engine->addRecommendationView(session.subscriber);
-    QVERIFY(waitUntil([&] { return !controller.webView()->isHidden(); }));
-    QCOMPARE(controller.webView()->frame(), QRectF(80, 45, 640, 360));
-    QVERIFY(waitForPage(*controller.webView(), u"document.querySelectorAll('[data-index]').length === 8"_s));
-    QVERIFY(waitForPicture(*controller.webView()));
-    const auto chosen = controller.videoList()[1];
-    tap(session.window, Pointer::Mouse, centreOfVideo(*controller.webView(), 1));
-    QVERIFY(waitUntil([&] { return !session.subscriber->nextVideos.isEmpty(); }));
-    QCOMPARE(session.host->selected, QStringList{chosen->videoId()});
-    QCOMPARE(session.subscriber->nextVideos, QStringList{chosen->url().toString()});
-    QVERIFY(controller.webView()->isHidden() && engine->selectionByUser());
-    session.service.settle();
-    QCOMPARE(session.service.sentCount(u"impression"_s), 1);
-    engine->playerEvent(u"play"_s, session.subscriber);
-    session.service.settle();
-    QCOMPARE(session.service.sent().last(), u"play"_s); // Not "autoPlay": the viewer chose it.
 }
 
 int main(int argc, char **argv)

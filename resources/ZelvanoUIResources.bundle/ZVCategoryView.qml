@@ -1,0 +1,35 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import ZelvanoUI.Interface
+
+// A table of categories that scrolls downwards, on the host's own background.
+ZVTableView {
+    id: table
+
+    // The category view; it fills this one.
+    required property QtObject owner
+
+    width: 320
+    height: 480
+    clip: true
+    rowHeight: 188
+    scroller: scroller
+
+    Accessible.role: Accessible.List
+    Accessible.name: qsTr("Recommended videos by category")
+
+    Flickable {
+        id: scroller
+
+        anchors.fill: parent
+        contentWidth: width
+        contentHeight: table.contentSize.height
+        flickableDirection: Flickable.VerticalFlick
+        boundsBehavior: Flickable.DragOverBounds
+    }
+
+    ZVScrollIndicator {
+        flickable: scroller
+    }
+}

@@ -1,0 +1,34 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import ZelvanoUI.Interface
+
+// Two columns of video cells that scroll downwards, on the host's own background.
+ZVCollectionView {
+    id: list
+
+    // The list view; it fills this one.
+    required property QtObject owner
+
+    width: 320
+    height: 480
+    clip: true
+    scroller: scroller
+
+    Accessible.role: Accessible.List
+    Accessible.name: qsTr("Recommended videos")
+
+    Flickable {
+        id: scroller
+
+        anchors.fill: parent
+        contentWidth: width
+        contentHeight: list.contentSize.height
+        flickableDirection: Flickable.VerticalFlick
+        boundsBehavior: Flickable.DragOverBounds
+    }
+
+    ZVScrollIndicator {
+        flickable: scroller
+    }
+}

@@ -1,0 +1,153 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import ZelvanoUI.Interface
+
+// One video: a picture, and on it the badge, the title and the length. Its colours are its own, so that it reads the
+// same on light and on dark surroundings.
+Item {
+    id: content
+
+    // The cell.
+    required property QtObject owner
+
+    readonly property real corner: 8
+
+    width: 160
+    height: 160
+
+    Accessible.role: Accessible.ListItem
+    Accessible.name: durationLabel.text === "" ? titleLable.text : `${titleLable.text}, ${durationLabel.text}`
+    Accessible.focusable: true
+    Accessible.focused: owner.current
+    Accessible.onPressAction: owner.activate()
+
+    Rectangle {
+        visible: !content.owner.clip
+        x: content.owner.shadowOffset.width
+        y: content.owner.shadowOffset.height
+        width: parent.width
+        height: parent.height
+        radius: content.corner + content.owner.shadowRadius
+        color: "#000000"
+        opacity: content.owner.shadowOpacity / 3
+    }
+
+    // Where there is no picture.
+    Rectangle {
+        anchors.fill: parent
+        radius: content.corner
+        gradient: Gradient {
+            GradientStop { position: 0; color: "#4a5162" }
+            GradientStop { position: 1; color: "#2c313d" }
+        }
+    }
+
+    ZVImageView {
+        objectName: "iconImageView"
+        anchors.fill: parent
+        radius: content.corner
+        opacity: 0
+    }
+
+    // Under the texts, so that white reads on any picture.
+    Rectangle {
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+        height: Math.min(parent.height, titleLable.height + 44)
+        radius: content.corner
+        gradient: Gradient {
+            GradientStop { position: 0; color: "#00000000" }
+            GradientStop { position: 0.5; color: "#80000000" }
+            GradientStop { position: 1; color: "#d9000000" }
+        }
+    }
+
+    Text {
+        id: titleLable
+
+        objectName: "titleLable"
+        anchors { left: parent.left; right: durationHolder.left; bottom: parent.bottom }
+        anchors { leftMargin: 10; rightMargin: 8; bottomMargin: 9 }
+        textFormat: Text.PlainText
+        wrapMode: Text.Wrap
+        maximumLineCount: 2
+        elide: Text.ElideRight
+        color: "#ffffff"
+        font.weight: Font.DemiBold
+    }
+
+    Rectangle {
+        id: durationHolder
+
+        anchors { right: parent.right; bottom: parent.bottom; margins: 8 }
+        visible: durationLabel.text !== ""
+        width: visible ? durationLabel.implicitWidth + 10 : 0
+        height: 18
+        radius: 4
+        color: "#b3000000"
+
+        Text {
+            id: durationLabel
+
+            objectName: "durationLabel"
+            anchors.centerIn: parent
+            textFormat: Text.PlainText
+            color: "#ffffff"
+            font { pixelSize: 11; weight: Font.Medium }
+        }
+    }
+
+    Rectangle {
+        objectName: "valueHolderView"
+        x: 8
+        y: 8
+        width: Math.max(height, valueLabel.implicitWidth + 12)
+        height: 20
+        color: "transparent"
+
+        Text {
+            id: valueLabel
+
+            objectName: "valueLabel"
+            anchors.centerIn: parent
+            textFormat: Text.PlainText
+            color: "#ffffff"
+            style: Text.Raised
+            styleColor: "#99000000"
+            font { pixelSize: 11; weight: Font.Bold }
+        }
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        radius: content.corner
+        color: tap.pressed ? "#40000000" : hover.hovered ? "#1fffffff" : "transparent"
+    }
+
+    // Two rings, one of which shows on any picture.
+    Rectangle {
+        visible: content.owner.current
+        anchors.fill: parent
+        radius: content.corner
+        color: "transparent"
+        border { width: 3; color: content.palette.highlight }
+
+        Rectangle {
+            anchors { fill: parent; margins: 3 }
+            radius: content.corner - 3
+            color: "transparent"
+            border { width: 1; color: "#ffffff" }
+        }
+    }
+
+    HoverHandler {
+        id: hover
+        cursorShape: Qt.PointingHandCursor
+    }
+
+    TapHandler {
+        id: tap
+        onPressedChanged: if (pressed) content.owner.pressBegan()
+        onTapped: content.owner.activate()
+    }
+}

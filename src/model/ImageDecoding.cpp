@@ -1,0 +1,98 @@
+#include "ImageDecoding.h"
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QImageReader>
+#include <QThreadPool>
+
+#include <deque>
+#include <mutex>
+#include <utility>
+
+namespace zelvano {
+
+namespace {
+
+constexpr qint64 mostPixels = qint64{16} * 1024 * 1024;
+
+/// By content: other decoders of the process, such as that for SVG, are never asked.
+QByteArray formatOf(const QByteArray &bytes)
+{
+    if (bytes.startsWith("\x89PNG\r\n\x1a\n"))
+        return "png";
+    if (bytes.startsWith("\xff\xd8\xff"))
+        return "jpeg";
+    if (bytes.startsWith("GIF87a") || bytes.startsWith("GIF89a"))
+        return "gif";
+    if (bytes.startsWith("RIFF") && bytes.mid(8, 4) == "WEBP")
+        return "webp";
+    return {};
+}
+
+/// The library's own pool: a host's long tasks on Qt's shared one do not hold pictures up.
+class DecodingPool
+{
+public:
+    static DecodingPool &shared()
+    {
+        static auto *const pool = new DecodingPool; // Downloads may still end while static objects are destroyed.
+        return *pool;
+    }
+
+    void add(std::function<void()> job)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_jobs.push_back(std::move(job));
+        }
+        m_pool.start([this] { takeNext()(); });
+    }
+
+private:
+    DecodingPool()
+    {
+        m_pool.setObjectName(QStringLiteral("zelvano::DecodingPool"));
+        qAddPostRoutine([] { shared().m_pool.waitForDone(); });
+    }
+    std::function<void()> takeNext()
+    {
+        const std::lock_guard lock(m_mutex);
+        auto job = std::move(m_jobs.front());
+        m_jobs.pop_front();
+        return job;
+    }
+
+    std::mutex m_mutex;
+    std::deque<std::function<void()>> m_jobs; ///< As many as the pool has runnables.
+    QThreadPool m_pool;
+};
+
+} // namespace
+
+QImage decodedImage(const QByteArray &bytes)
+{
+    const auto format = formatOf(bytes);
+    if (format.isEmpty())
+        return {};
+    QBuffer buffer;
+    buffer.setData(bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer, format);
+    reader.setAutoDetectImageFormat(false);
+    reader.setAutoTransform(true);
+    const QSize size = reader.size();
+    if (size.isEmpty() || qint64(size.width()) * size.height() > mostPixels)
+        return {};
+    auto image = reader.read();
+    // What the screen takes as it is, so that it is not converted on the main thread.
+    if (!image.isNull())
+        image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    return image;
+}
+
+void decodeImageLater(const QByteArray &bytes, std::function<void(const QImage &image)> completion)
+{
+    DecodingPool::shared().add([bytes, completion = std::move(completion)] { completion(decodedImage(bytes)); });
+}
+
+} // namespace zelvano

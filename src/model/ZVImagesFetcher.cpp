@@ -1,0 +1,46 @@
+#include "ZVImagesFetcher.h"
+
+#include "ImageDecoding.h"
+#include "UrlSession.h"
+
+#include <utility>
+
+namespace zelvano {
+
+namespace {
+
+void imageDidLoad(const QString &key, const QByteArray &bytes, ZVImagesFetcher::Completion completion)
+{
+    decodeImageLater(bytes, [key, bytes, completion = std::move(completion)](const QImage &image) {
+        if (!image.isNull())
+            ZVImagesFetcher::cachedImages().store(key, bytes, [&] { completion(image, std::nullopt); });
+    });
+}
+
+} // namespace
+
+ImagesCache &ZVImagesFetcher::cachedImages()
+{
+    static auto *const cache = new ImagesCache; // Downloads may still end while static objects are destroyed.
+    return *cache;
+}
+
+void ZVImagesFetcher::fetchImageAtURL(const QUrl &url, Completion completion)
+{
+    const auto key = url.toString(QUrl::FullyEncoded);
+    if (const auto bytes = cachedImages().bytes(key); !bytes.isEmpty()) {
+        completion(decodedImage(bytes), std::nullopt);
+        return;
+    }
+    UrlRequest request;
+    request.url = url;
+    UrlSession::dataTask(request, [key, completion = std::move(completion)](const auto &data, const auto &,
+                                                                            const auto &error) mutable {
+        if (error)
+            completion({}, error);
+        else if (!data.isEmpty())
+            imageDidLoad(key, data, std::move(completion));
+    })->resume();
+}
+
+} // namespace zelvano

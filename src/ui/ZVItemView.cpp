@@ -1,0 +1,379 @@
+#include "ZVItemView.h"
+
+#include "ZVItemViewCell.h"
+
+#include <QKeyEvent>
+#include <QQuickWindow>
+#include <QScopedValueRollback>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace zelvano {
+
+namespace {
+
+constexpr double marginShare = 0.5; // Of the view's extent, before and behind it, in which rows have cells.
+
+} // namespace
+
+ZVItemView::ZVItemView() = default;
+ZVItemView::~ZVItemView() = default;
+
+void ZVItemView::setScroller(QQuickItem *scroller)
+{
+    if (m_scroller == scroller)
+        return;
+    if (m_scroller)
+        disconnect(m_scroller, nullptr, this, nullptr);
+    m_scroller = scroller;
+    if (scroller) {
+        connect(scroller, SIGNAL(contentXChanged()), this, SLOT(viewportDidMove()));
+        connect(scroller, SIGNAL(contentYChanged()), this, SLOT(viewportDidMove()));
+    }
+    Q_EMIT scrollerChanged();
+    polish();
+}
+
+void ZVItemView::viewportDidMove()
+{
+    polish();
+}
+
+// Cells
+
+void ZVItemView::registerCell(const QString &identifier, const CellFactory &factory)
+{
+    m_factories.insert(identifier, factory);
+}
+
+ZVItemViewCell *ZVItemView::dequeueReusableCell(const QString &identifier)
+{
+    auto &waiting = m_reusable[identifier];
+    if (!waiting.empty()) {
+        auto *const cell = waiting.back();
+        waiting.pop_back();
+        cell->setVisible(true);
+        return cell;
+    }
+    const auto factory = m_factories.value(identifier);
+    auto *const cell = factory ? factory() : nullptr;
+    if (!cell)
+        return nullptr;
+    ++m_cellCount;
+    cell->m_view = this;
+    cell->m_identifier = identifier;
+    cell->setParent(this);
+    cell->setParentItem(m_scroller ? m_scroller->property("contentItem").value<QQuickItem *>() : this);
+    return cell;
+}
+
+ZVItemViewCell *ZVItemView::cellForRow(qint64 row) const
+{
+    const auto found = m_shown.find(row);
+    return found == m_shown.end() ? nullptr : found->second;
+}
+
+std::vector<ZVItemViewCell *> ZVItemView::shownCells() const
+{
+    std::vector<ZVItemViewCell *> cells;
+    for (const auto &[row, cell] : m_shown)
+        cells.push_back(cell);
+    return cells;
+}
+
+void ZVItemView::recycle(ZVItemViewCell *cell)
+{
+    cell->m_row = -1;
+    cell->setCurrent(false);
+    cell->prepareForReuse();
+    m_reusable[cell->m_identifier].push_back(cell);
+}
+
+// Layout
+
+void ZVItemView::reloadData()
+{
+    m_isDataStale = true;
+    invalidateLayout();
+}
+
+void ZVItemView::invalidateLayout()
+{
+    m_isLayoutStale = true;
+    polish();
+}
+
+void ZVItemView::insertItemAtEnd()
+{
+    if (m_isLayoutStale || metrics() != m_layout.metrics())
+        m_isLayoutStale = true; // The whole layout, in which the new item is, waits for the next frame.
+    else
+        m_layout.append(sizeOfItem(m_layout.count()));
+    polish();
+}
+
+void ZVItemView::updatePolish()
+{
+    layoutIfNeeded();
+}
+
+void ZVItemView::layoutIfNeeded()
+{
+    if (m_isLayingOut)
+        return; // A cell that is being filled moves something; polish() has noted it.
+    const QScopedValueRollback busy(m_isLayingOut, true);
+    if (std::exchange(m_isLayoutStale, false))
+        placeItems();
+    publishContentSize();
+    updateCells();
+}
+
+void ZVItemView::placeItems()
+{
+    m_layout.start(metrics());
+    const auto count = countItems();
+    for (qint64 row = 0; row < count; ++row)
+        m_layout.append(sizeOfItem(row));
+    m_currentRow = std::clamp<qint64>(m_currentRow, 0, std::max<qint64>(count - 1, 0));
+}
+
+void ZVItemView::publishContentSize()
+{
+    const auto size = isVertical() ? QSizeF(width(), m_layout.length()) : QSizeF(m_layout.length(), height());
+    if (m_contentSize == size)
+        return;
+    m_contentSize = size;
+    Q_EMIT contentSizeChanged();
+}
+
+void ZVItemView::updateCells()
+{
+    const double margin = extent() * marginShare;
+    const auto [first, end] = m_layout.rowsBetween(offset() - margin, offset() + extent() + margin);
+    recycleOutside(first, end);
+    const bool isDataStale = std::exchange(m_isDataStale, false);
+    for (qint64 row = first; row < end; ++row) {
+        if (auto *const cell = cellForRow(row); cell && !isDataStale)
+            placeCell(cell);
+        else
+            showRow(row);
+    }
+    for (const auto &waiting : std::as_const(m_reusable)) {
+        for (auto *const cell : waiting)
+            cell->setVisible(false);
+    }
+    markCurrent();
+}
+
+void ZVItemView::recycleOutside(qint64 first, qint64 end)
+{
+    std::erase_if(m_shown, [&](const auto &entry) {
+        const bool isOutside = entry.first < first || entry.first >= end;
+        if (isOutside)
+            recycle(entry.second);
+        return isOutside;
+    });
+}
+
+void ZVItemView::showRow(qint64 row)
+{
+    // A row that is filled again gets the cell that it has: the one put back last.
+    if (const auto shown = m_shown.find(row); shown != m_shown.end()) {
+        recycle(shown->second);
+        m_shown.erase(shown);
+    }
+    auto *const cell = cellForItem(row);
+    if (!cell)
+        return;
+    cell->m_row = row;
+    m_shown.emplace(row, cell);
+    placeCell(cell);
+}
+
+/// On whole pixels of the screen: what stands between two is blurred.
+void ZVItemView::placeCell(ZVItemViewCell *cell)
+{
+    const double pixels = window() ? window()->effectiveDevicePixelRatio() : 1;
+    const auto snap = [&](double value) { return std::round(value * pixels) / pixels; };
+    const auto rect = m_layout.rect(cell->row());
+    const QPointF topLeft(snap(rect.left()), snap(rect.top()));
+    cell->setPosition(topLeft);
+    cell->setSize({snap(rect.right()) - topLeft.x(), snap(rect.bottom()) - topLeft.y()});
+}
+
+void ZVItemView::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)
+{
+    QQuickItem::geometryChange(newGeometry, oldGeometry);
+    if (newGeometry.size() != oldGeometry.size())
+        invalidateLayout();
+}
+
+// Scrolling
+
+double ZVItemView::offset() const
+{
+    return m_scroller ? m_scroller->property(isVertical() ? "contentY" : "contentX").toDouble() : 0;
+}
+
+void ZVItemView::setOffset(double offset)
+{
+    if (!m_scroller)
+        return;
+    QMetaObject::invokeMethod(m_scroller, "cancelFlick");
+    m_scroller->setProperty(isVertical() ? "contentY" : "contentX",
+                            std::clamp(offset, 0.0, std::max(m_layout.length() - extent(), 0.0)));
+}
+
+void ZVItemView::scrollToStart()
+{
+    setOffset(0);
+}
+
+void ZVItemView::scrollToRow(qint64 row)
+{
+    layoutIfNeeded();
+    if (row < 0 || row >= m_layout.count())
+        return;
+    const auto rect = m_layout.rect(row);
+    const auto &inset = m_layout.metrics().inset;
+    const double start = isVertical() ? rect.top() - inset.top() : rect.left() - inset.left();
+    const double end = isVertical() ? rect.bottom() + inset.bottom() : rect.right() + inset.right();
+    if (start < offset())
+        setOffset(start);
+    else if (end > offset() + extent())
+        setOffset(end - extent());
+    layoutIfNeeded();
+}
+
+// Input
+
+/// A press that halts a flick picks nothing: the viewer wants the view to stand still.
+void ZVItemView::pressDidBegin()
+{
+    m_pressStopsMovement = m_scroller && m_scroller->property("moving").toBool();
+}
+
+void ZVItemView::cellWasTapped(qint64 row)
+{
+    if (std::exchange(m_pressStopsMovement, false))
+        return;
+    setCurrentRow(row);
+    setShowsCurrent(false);
+    if (activeFocusOnTab())
+        forceActiveFocus(Qt::MouseFocusReason);
+    select(row);
+}
+
+/// Later: the listener may well drop the view, which must not happen inside one of its own handlers.
+void ZVItemView::select(qint64 row)
+{
+    QMetaObject::invokeMethod(
+        this,
+        [this, row] {
+            if (row < m_layout.count())
+                selectItem(row);
+        },
+        Qt::QueuedConnection);
+}
+
+void ZVItemView::setCurrentRow(qint64 row)
+{
+    if (row < 0 || row >= m_layout.count())
+        return;
+    m_currentRow = row;
+    markCurrent();
+}
+
+void ZVItemView::setShowsCurrent(bool shows)
+{
+    m_showsCurrent = shows;
+    markCurrent();
+}
+
+void ZVItemView::markCurrent()
+{
+    for (const auto &[row, cell] : m_shown)
+        cell->setCurrent(m_showsCurrent && row == m_currentRow);
+}
+
+qint64 ZVItemView::rowForKey(int key) const
+{
+    const auto row = m_currentRow;
+    switch (key) {
+    case Qt::Key_Left:
+        return isVertical() ? row - 1 : m_layout.neighbour(row, -1);
+    case Qt::Key_Right:
+        return isVertical() ? row + 1 : m_layout.neighbour(row, 1);
+    case Qt::Key_Up:
+        return isVertical() ? m_layout.neighbour(row, -1) : m_layout.besides(row, -1);
+    case Qt::Key_Down:
+        return isVertical() ? m_layout.neighbour(row, 1) : m_layout.besides(row, 1);
+    case Qt::Key_PageUp:
+        return isVertical() ? rowOnePageOn(-1) : row;
+    case Qt::Key_PageDown:
+        return isVertical() ? rowOnePageOn(1) : row;
+    case Qt::Key_Home:
+        return 0;
+    case Qt::Key_End:
+        return m_layout.count() - 1;
+    default:
+        return row;
+    }
+}
+
+qint64 ZVItemView::rowOnePageOn(int direction) const
+{
+    auto row = m_currentRow;
+    const auto limit = m_layout.rect(row).top() + direction * height();
+    for (;;) {
+        const auto next = m_layout.neighbour(row, direction);
+        if (next == row || (m_layout.rect(next).top() - limit) * direction > 0)
+            return row;
+        row = next;
+    }
+}
+
+bool ZVItemView::handleKey(QKeyEvent *event)
+{
+    layoutIfNeeded();
+    if (m_layout.count() == 0)
+        return false;
+    m_showsCurrent = true;
+    markCurrent();
+    if (auto *const cell = cellForRow(m_currentRow); cell && cell->handleKey(event))
+        return true;
+    const auto key = event->key();
+    if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space || key == Qt::Key_Select) {
+        select(m_currentRow);
+        return true;
+    }
+    const auto row = rowForKey(key);
+    if (row == m_currentRow || row < 0 || row >= m_layout.count())
+        return false; // At an end the key is the surroundings'.
+    setCurrentRow(row);
+    scrollToRow(row);
+    return true;
+}
+
+void ZVItemView::keyPressEvent(QKeyEvent *event)
+{
+    event->setAccepted(handleKey(event));
+}
+
+void ZVItemView::focusInEvent(QFocusEvent *event)
+{
+    QQuickItem::focusInEvent(event);
+    setShowsCurrent(event->reason() != Qt::MouseFocusReason);
+    if (m_showsCurrent)
+        scrollToRow(m_currentRow);
+}
+
+void ZVItemView::focusOutEvent(QFocusEvent *event)
+{
+    QQuickItem::focusOutEvent(event);
+    setShowsCurrent(false);
+}
+
+} // namespace zelvano
