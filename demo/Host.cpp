@@ -16,8 +16,14 @@ namespace demo {
 using namespace Qt::StringLiterals;
 using namespace zelvano;
 
+namespace {
+
+constexpr int restartDelay = 500; // Milliseconds without a further change of the window's size.
+
+} // namespace
+
 Host::Host(const Options &options, Trace &trace)
-    : m_options(options), m_trace(trace), m_witness(std::make_shared<Witness>(trace))
+    : m_options(options), m_trace(trace), m_witness(std::make_shared<Witness>(trace)), m_nativeView(options.view)
 {
     if (!options.defaults.isEmpty())
         UserDefaults::standard().setFilePath(options.defaults);
@@ -52,16 +58,31 @@ void Host::attach(QQuickWindow *window)
 {
     m_window = window;
     m_mediaPlayer = window->findChild<QMediaPlayer *>(u"mediaPlayer"_s);
-    auto *output = window->findChild<QQuickItem *>(u"videoOutput"_s);
     Application::shared().setKeyWindow(window);
     connect(m_mediaPlayer, &QMediaPlayer::sourceChanged, this, &Host::updateTitle);
     m_mediaPlayer->setSource(firstVideo());
 
+    connect(&m_trace, &Trace::added, this, &Host::watchOverlay);
+    m_restart.setSingleShot(true);
+    m_restart.setInterval(restartDelay);
+    connect(&m_restart, &QTimer::timeout, this, &Host::startSession);
+    connect(&m_trace, &Trace::added, this, &Host::sessionMayHaveEnded);
+    startSession();
+}
+
+void Host::startSession()
+{
+    auto *output = m_window->findChild<QQuickItem *>(u"videoOutput"_s);
+    m_seeksOverlay = true;
     m_controller = ZelvanoViewController::create(m_options.apiKey);
     m_controller->setSuggestionsSize(m_options.suggestions);
     m_controller->setDelegate(m_witness);
     m_controller->zelvano()->addListener(m_witness);
-    connect(&m_trace, &Trace::added, this, &Host::watchOverlay);
+    if (const auto view = m_nativeView.view()) {
+        m_nativeView.placeIn(m_window->findChild<QQuickItem *>(u"nativePlace"_s));
+        view->setDelegate(m_controller);
+        m_controller->setRecommendationView(view);
+    }
     if (m_options.player == "avplayer"_L1) {
         const auto player = QtAVPlayer::create(m_mediaPlayer, output);
         m_witness->watchPlayer(player);
@@ -71,6 +92,13 @@ void Host::attach(QQuickWindow *window)
         m_witness->watchPlayer(screen->player());
         m_controller->setPlayer(screen, m_options.page);
     }
+}
+
+/// A resized window counts as the closing of the player. A person's session then starts anew, a script's does not.
+void Host::sessionMayHaveEnded(const QJsonObject &entry)
+{
+    if (m_options.script.isEmpty() && entry.value("what"_L1) == "didSelectDone"_L1)
+        m_restart.start();
 }
 
 void Host::updateTitle(const QUrl &source)
@@ -91,8 +119,9 @@ QUrl Host::firstVideo() const
 /// The controller makes its overlay with the first recommendation; a look before that would make it too early.
 void Host::watchOverlay()
 {
-    if (m_overlay || !hasRecommendations())
+    if (!m_seeksOverlay || !hasRecommendations())
         return;
+    m_seeksOverlay = false;
     m_overlay = m_controller->webView();
     m_witness->watchOverlay(m_overlay);
 }

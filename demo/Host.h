@@ -1,5 +1,6 @@
 #pragma once
 
+#include "NativeView.h"
 #include "Options.h"
 #include "Sandbox.h"
 #include "TimelineModel.h"
@@ -10,6 +11,7 @@
 #include <QMediaPlayer>
 #include <QObject>
 #include <QQuickWindow>
+#include <QTimer>
 
 #include <memory>
 
@@ -20,6 +22,7 @@ class Host : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(QAbstractItemModel *timeline READ timeline CONSTANT)
+    Q_PROPERTY(bool hasNativeView READ hasNativeView CONSTANT)
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
 
 public:
@@ -32,6 +35,8 @@ public:
     void attach(QQuickWindow *window);
 
     QAbstractItemModel *timeline() { return &m_timeline; }
+    bool hasNativeView() const { return m_nativeView.view() != nullptr; }
+    const NativeView &nativeView() const { return m_nativeView; }
     /// The title of the video that plays; the file's name while the service has not told it.
     QString title() const { return m_title; }
     Q_SIGNAL void titleChanged();
@@ -52,18 +57,23 @@ public:
 private:
     QUrl firstVideo() const;
     void updateTitle(const QUrl &source);
+    void startSession();
+    void sessionMayHaveEnded(const QJsonObject &entry);
     void watchOverlay();
 
     const Options m_options;
     Trace &m_trace;
     TimelineModel m_timeline;
     zelvano::sandbox::Sandbox m_sandbox;
+    QTimer m_restart;
+    bool m_seeksOverlay = false;
     QString m_service;
     QString m_title;
     QPointer<QQuickWindow> m_window;
     QPointer<QMediaPlayer> m_mediaPlayer;
     QPointer<zelvano::ZVTopRecommendationView> m_overlay;
     std::shared_ptr<Witness> m_witness;
+    NativeView m_nativeView;
     std::shared_ptr<zelvano::ZelvanoViewController> m_controller;
 };
 

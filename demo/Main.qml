@@ -4,14 +4,16 @@ import QtQuick
 import QtQuick.Controls.Basic
 import QtMultimedia
 
-// The host's screen. Wide: video and controls to the left, what happens to the right. Narrow: one above the other.
+// The host's screen. Wide: video and controls to the left, to the right what happens, or the native view if there is
+// one, and what happens below the video. Narrow: one above the other, and of the two the native view.
 Window {
     id: window
 
     required property QtObject host
 
     readonly property bool wide: width >= 900
-    readonly property real sideWidth: wide ? Math.min(400, width * 0.32) : width
+    readonly property bool hasNativeView: host.hasNativeView
+    readonly property real sideWidth: !wide ? width : hasNativeView ? Math.round(width * 0.42) : Math.min(400, width * 0.32)
 
     width: 1280
     height: 720
@@ -20,6 +22,7 @@ Window {
     visible: true
     title: qsTr("ZelvanoUI demo")
     color: Theme.background
+    palette { window: Theme.background; windowText: Theme.text; highlight: Theme.accent }
 
     MediaPlayer {
         id: mediaPlayer
@@ -55,7 +58,7 @@ Window {
     }
 
     Text {
-        visible: window.wide
+        visible: window.wide && !window.hasNativeView
         y: controls.y + controls.height
         x: 24
         width: videoOutput.width - 2 * x
@@ -69,11 +72,21 @@ Window {
                    "or press Escape.")
     }
 
-    Timeline {
-        model: window.host.timeline
+    Item {
+        objectName: "nativePlace"
+        visible: window.hasNativeView
         x: window.wide ? videoOutput.width : 0
         y: window.wide ? 0 : controls.y + controls.height
         width: window.sideWidth
+        height: window.height - y
+    }
+
+    Timeline {
+        visible: window.wide || !window.hasNativeView
+        model: window.host.timeline
+        x: window.wide && !window.hasNativeView ? videoOutput.width : 0
+        y: window.wide && !window.hasNativeView ? 0 : controls.y + controls.height
+        width: window.hasNativeView ? videoOutput.width : window.sideWidth
         height: window.height - y
     }
 }

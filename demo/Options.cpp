@@ -16,6 +16,12 @@ const QStringList &players()
     return names;
 }
 
+const QStringList &views()
+{
+    static const QStringList names{u"none"_s, u"list"_s, u"category"_s};
+    return names;
+}
+
 std::optional<Options> refuse(const QString &why)
 {
     std::fprintf(stderr, "zelvano-demo: %s\n", qPrintable(why));
@@ -34,6 +40,8 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     const QCommandLineOption defaults(u"defaults"_s, u"Keep the user's identity in <file>."_s, u"file"_s);
     const QCommandLineOption player(u"player"_s, u"The kind of player: "_s + players().join(", "_L1) + u'.', u"kind"_s,
                                     u"avplayerviewcontroller"_s);
+    const QCommandLineOption view(u"view"_s, u"The native view: "_s + views().join(", "_L1) + u'.', u"kind"_s,
+                                  u"none"_s);
     const QCommandLineOption video(u"video"_s, u"The first video."_s, u"url"_s);
     const QCommandLineOption script(u"script"_s, u"Replay a session from <file>."_s, u"file"_s);
     const QCommandLineOption screenshots(u"screenshots"_s, u"Where a script's screenshots go."_s, u"folder"_s, u"."_s);
@@ -42,7 +50,7 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(u"A host of ZelvanoUI: plays a video and shows further ones over it."_s);
     parser.addHelpOption();
-    parser.addOptions({service, apiKey, page, suggestions, defaults, player, video, script, screenshots, trace});
+    parser.addOptions({service, apiKey, page, suggestions, defaults, player, view, video, script, screenshots, trace});
     parser.process(arguments);
 
     bool isNumber = false;
@@ -53,6 +61,7 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     options.suggestions = parser.value(suggestions).toInt(&isNumber);
     options.defaults = parser.value(defaults);
     options.player = parser.value(player);
+    options.view = parser.value(view);
     options.video = QUrl::fromUserInput(parser.value(video));
     options.script = parser.value(script);
     options.screenshots = parser.value(screenshots);
@@ -61,6 +70,8 @@ std::optional<Options> Options::parse(const QStringList &arguments)
         return refuse(u"--suggestions takes a number"_s);
     if (!players().contains(options.player))
         return refuse(u"--player takes one of "_s + players().join(", "_L1));
+    if (!views().contains(options.view))
+        return refuse(u"--view takes one of "_s + views().join(", "_L1));
     if (!options.service.isEmpty() && !options.service.contains(u':'))
         return refuse(u"--service takes HOST:PORT"_s);
     return options;

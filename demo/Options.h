@@ -17,7 +17,8 @@ struct Options
     int suggestions = 0;
     QString defaults; ///< Null: the application's own.
     QString player;
-    QUrl video; ///< Empty: the service's first sample.
+    QString view; ///< The native view: none, list or category.
+    QUrl video;   ///< Empty: the service's first sample.
     QString script;
     QString screenshots;
     QString trace;

@@ -17,10 +17,11 @@ struct Arity
 const QHash<QString, Arity> &arities()
 {
     static const QHash<QString, Arity> table{
-        {u"play"_s, {0, 0}},         {u"pause"_s, {0, 0}},  {u"seek"_s, {1, 1}},   {u"wait"_s, {1, 1}},
-        {u"wait-for"_s, {1, 5}},     {u"tap"_s, {1, 1}},    {u"swipe"_s, {1, 1}},  {u"dismiss-overlay"_s, {0, 0}},
-        {u"notify-click"_s, {1, 1}}, {u"rotate"_s, {1, 1}}, {u"resize"_s, {2, 2}}, {u"screenshot"_s, {1, 1}},
-        {u"dismiss"_s, {0, 0}},      {u"quit"_s, {0, 0}},
+        {u"play"_s, {0, 0}},         {u"pause"_s, {0, 0}},    {u"seek"_s, {1, 1}},
+        {u"wait"_s, {1, 1}},         {u"wait-for"_s, {1, 5}}, {u"tap"_s, {1, 1}},
+        {u"tap-cell"_s, {1, 1}},     {u"swipe"_s, {1, 1}},    {u"dismiss-overlay"_s, {0, 0}},
+        {u"notify-click"_s, {1, 1}}, {u"rotate"_s, {1, 1}},   {u"resize"_s, {2, 2}},
+        {u"screenshot"_s, {1, 1}},   {u"dismiss"_s, {0, 0}},  {u"quit"_s, {0, 0}},
     };
     return table;
 }

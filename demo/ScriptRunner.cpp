@@ -78,6 +78,7 @@ void ScriptRunner::next()
         {u"wait"_s, &ScriptRunner::wait},
         {u"wait-for"_s, &ScriptRunner::waitFor},
         {u"tap"_s, &ScriptRunner::tap},
+        {u"tap-cell"_s, &ScriptRunner::tapCell},
         {u"swipe"_s, &ScriptRunner::swipe},
         {u"dismiss-overlay"_s, &ScriptRunner::dismissOverlay},
         {u"notify-click"_s, &ScriptRunner::notifyClick},
@@ -92,14 +93,18 @@ void ScriptRunner::next()
         return;
     }
     const auto &command = m_commands[m_next++];
-    if (command.isActing())
+    if (command.isActing()) {
         m_sinceActing.clear();
+        m_before = m_trace.count();
+    }
     m_trace.add(u"script"_s, {{"what"_L1, command.name}, {"value"_L1, command.arguments.join(u' ')}});
     (this->*actions.value(command.name))(command.arguments);
 }
 
 void ScriptRunner::occurred(const QJsonObject &entry)
 {
+    if (entry.value("n"_L1).toInteger() <= m_before)
+        return; // It occurred before the command, and was only told now.
     m_sinceActing.push_back(entry);
     if (m_deadline.isActive() && expectationIsMet()) {
         m_deadline.stop();
@@ -194,6 +199,14 @@ void ScriptRunner::tapLocated(const QVariant &point)
         return;
     }
     tapAt(m_host.window(), overlay->webView()->mapToScene(point.toPointF()), [this] { nextAfter(0); });
+}
+
+void ScriptRunner::tapCell(const QStringList &words)
+{
+    if (const auto centre = m_host.nativeView().centreOfCell(words[0].toLongLong()))
+        tapAt(m_host.window(), *centre, [this] { nextAfter(0); });
+    else
+        fail(u"the native view has no such cell"_s);
 }
 
 void ScriptRunner::swipe(const QStringList &words)

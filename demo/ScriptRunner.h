@@ -47,6 +47,7 @@ private:
     void wait(const QStringList &words);
     void waitFor(const QStringList &words);
     void tap(const QStringList &words);
+    void tapCell(const QStringList &words);
     void swipe(const QStringList &words);
     void dismissOverlay(const QStringList &);
     void notifyClick(const QStringList &words);
@@ -61,6 +62,7 @@ private:
     const std::vector<Command> m_commands;
     const QString m_screenshots;
     std::size_t m_next = 0;
+    qint64 m_before = 0;
     std::vector<QJsonObject> m_sinceActing; ///< What occurred since the last acting command began.
     std::function<bool(const QJsonObject &)> m_expected;
     QTimer m_deadline;

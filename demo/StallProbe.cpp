@@ -37,13 +37,14 @@ bool StallProbe::notify(QObject *receiver, QEvent *event)
     const bool hadStarted = hasStarted();
     const auto name = receiver->objectName(); // The receiver may be gone afterwards.
     const auto *className = receiver->metaObject()->className();
+    const bool isLibrarys = name == "zelvano::MainQueue"_L1 || qstrncmp(className, "zelvano::", 9) == 0;
     QElapsedTimer clock;
     clock.start();
     ++m_depth;
     const bool result = QGuiApplication::notify(receiver, event);
     --m_depth;
     const auto elapsed = clock.nsecsElapsed();
-    auto &stall = hadStarted != hasStarted() ? m_excused : name == "zelvano::MainQueue"_L1 ? m_library : m_others;
+    auto &stall = hadStarted != hasStarted() ? m_excused : isLibrarys ? m_library : m_others;
     if (elapsed > stall.nanoseconds)
         stall = {elapsed, QString::fromLatin1(className)};
     return result;

@@ -21,8 +21,9 @@ public:
     /// An event during which this becomes true is set aside: the web engine starts only once.
     void setExcuse(std::function<bool()> hasStarted) { m_hasStarted = std::move(hasStarted); }
 
-    /// Milliseconds, and for the host's the receiver: the longest of the library's events, the one that was set aside,
-    /// and the longest of all others, painting and the script's own work included.
+    /// Milliseconds, and for the host's the receiver: the longest of the library's events (the
+    /// main queue's and those of its own objects; what it does inside a signal of the host's player is the others'),
+    /// the one that was set aside, and the longest of all others, painting and the script's own work included.
     QJsonObject summary() const;
 
     bool notify(QObject *receiver, QEvent *event) override;

@@ -21,10 +21,17 @@ bool Trace::writeTo(const QString &path)
     return m_file.open(QIODevice::WriteOnly | QIODevice::Text);
 }
 
+qint64 Trace::count() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_count;
+}
+
 void Trace::add(const QString &kind, QJsonObject fields)
 {
     const bool isMain = QThread::currentThread() == thread();
     const QMutexLocker lock(&m_mutex);
+    fields.insert("n"_L1, ++m_count);
     fields.insert("ms"_L1, m_clock.elapsed());
     fields.insert("thread"_L1, isMain ? u"main"_s : u"network"_s);
     fields.insert("kind"_L1, kind);

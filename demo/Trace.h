@@ -21,6 +21,8 @@ public:
     bool writeTo(const QString &path);
     QString errorString() const { return m_file.errorString(); }
 
+    /// How many occurrences there have been. Any thread.
+    qint64 count() const;
     /// Adds an occurrence of this kind, stamped with time and thread. Any thread.
     void add(const QString &kind, QJsonObject fields);
 
@@ -29,7 +31,8 @@ Q_SIGNALS:
     void added(const QJsonObject &entry);
 
 private:
-    QMutex m_mutex;
+    mutable QMutex m_mutex;
+    qint64 m_count = 0;
     QElapsedTimer m_clock;
     QFile m_file;
 };

@@ -94,11 +94,6 @@ void Witness::overlayDidAppear()
                 {{"what"_L1, u"shown"_s}, {"frame"_L1, frameText(frame)}, {"rectangle"_L1, frameJson(frame)}});
 }
 
-void Witness::log(const QString &text)
-{
-    m_trace.add(u"log"_s, {{"text"_L1, text}});
-}
-
 void Witness::requestWillStart(quint64 id, const UrlRequest &request)
 {
     QJsonObject headers;

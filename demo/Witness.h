@@ -28,9 +28,6 @@ public:
     void watchPlayer(const std::shared_ptr<zelvano::AVPlayer> &player);
     /// The overlay, once there is one; again does nothing.
     void watchOverlay(zelvano::ZVTopRecommendationView *overlay);
-    /// A line of the library's log. Any thread.
-    void log(const QString &text);
-
     // UrlTrafficObserver
     void requestWillStart(quint64 id, const zelvano::UrlRequest &request) override;
     void requestDidEnd(quint64 id, const std::optional<zelvano::UrlResponse> &response, const QByteArray &data,

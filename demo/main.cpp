@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QQmlApplicationEngine>
+#include <QScopeGuard>
 #include <QtWebEngineQuick/qtwebenginequickglobal.h>
 
 #include <cstdio>
@@ -65,6 +66,10 @@ int main(int argc, char **argv)
     }
     logTrace = &trace;
     defaultMessageHandler = qInstallMessageHandler(handleMessage);
+    const auto restoreHandler = qScopeGuard([] {
+        qInstallMessageHandler(defaultMessageHandler);
+        logTrace = nullptr;
+    });
 
     int status = 0;
     {
@@ -92,7 +97,5 @@ int main(int argc, char **argv)
         status = application.exec();
         trace.add(u"summary"_s, application.summary());
     }
-    qInstallMessageHandler(defaultMessageHandler);
-    logTrace = nullptr;
     return status;
 }
