@@ -2,8 +2,6 @@
 
 #include "UrlQueues.h"
 
-#include <QByteArray>
-
 #include <map>
 #include <mutex>
 
@@ -15,6 +13,8 @@ struct Table
 {
     std::mutex mutex;
     std::map<QByteArray, QByteArray> targets;
+    /// The same for libcurl, made when the table changes; transfers that use it hold it.
+    std::shared_ptr<curl_slist> list;
 };
 
 Table &table()
@@ -33,15 +33,16 @@ void UrlRoutes::set(const QByteArray &hostAndPort, const QByteArray &target)
         table().targets.erase(hostAndPort.toLower());
     else
         table().targets[hostAndPort.toLower()] = target;
-}
-
-UrlStringList UrlRoutes::connectTo()
-{
-    const std::lock_guard lock(table().mutex);
     UrlStringList list;
     for (const auto &[from, to] : table().targets)
         append(list, (from + ':' + to).constData());
-    return list;
+    table().list = std::move(list);
+}
+
+std::shared_ptr<curl_slist> UrlRoutes::connectTo()
+{
+    const std::lock_guard lock(table().mutex);
+    return table().list;
 }
 
 bool UrlRoutes::isRouted(const QByteArray &hostAndPort)

@@ -2,7 +2,9 @@
 
 #include "UrlCurl.h"
 
-#include <QUrl>
+#include <QByteArray>
+
+#include <memory>
 
 namespace zelvano {
 
@@ -14,7 +16,7 @@ public:
     static void set(const QByteArray &hostAndPort, const QByteArray &target);
 
     /// All routes as CURLOPT_CONNECT_TO takes them, since a redirect may lead to any of them.
-    static UrlStringList connectTo();
+    static std::shared_ptr<curl_slist> connectTo();
 
     /// Written as urlHostAndPort writes it.
     static bool isRouted(const QByteArray &hostAndPort);

@@ -71,7 +71,7 @@ private:
     /// What m_headers was made of: most requests repeat the headers of the one before.
     std::vector<std::pair<QByteArray, QByteArray>> m_headersSource;
     bool m_headersAreForeign = false;
-    UrlStringList m_routes;
+    std::shared_ptr<curl_slist> m_routes;
     std::array<char, CURL_ERROR_SIZE> m_errorText = {};
 
     std::shared_ptr<UrlJob> m_job;

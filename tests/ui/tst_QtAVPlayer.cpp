@@ -96,6 +96,7 @@ private Q_SLOTS:
     void sameAddressAgain();
     void replacedItem_data();
     void replacedItem();
+    void toldWhileItLoads();
     void hostChangesTheSource();
     void failure_data();
     void failure();
@@ -307,6 +308,9 @@ void tst_QtAVPlayer::replacedItem()
     QCOMPARE(sourceWhenTold, first); // Told before it loads, so that the item can be observed.
     QCOMPARE(host.media->source(), second);
     QVERIFY(player->currentTime() < 1);
+    // It plays once it is loaded: told so before, the backend may stand still for good.
+    QVERIFY(host.media->mediaStatus() != QMediaPlayer::LoadingMedia ||
+            host.media->playbackState() == QMediaPlayer::StoppedState);
     QVERIFY(becomesReady(*player));
     if (playing)
         QVERIFY(waitUntil([&] { return player->currentTime() > 0.3 && player->currentTime() < 3; }));
@@ -319,6 +323,30 @@ void tst_QtAVPlayer::replacedItem()
     QCOMPARE(jumps.count(), 0);
     QVERIFY(ends.items.isEmpty());
     QVERIFY(item->duration() >= 10);
+}
+
+void tst_QtAVPlayer::toldWhileItLoads()
+{
+    Host host;
+    const auto player = QtAVPlayer::create(host.media.get(), nullptr);
+    QList<float> rates;
+    connect(player.get(), &AVPlayer::rateChanged, this, [&] { rates.append(player->rate()); });
+    player->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(first)));
+    player->play();
+    QCOMPARE(rates, QList<float>{1});
+    player->pause();
+    QVERIFY(becomesReady(*player));
+    QCOMPARE(rates, QList<float>({1, 0}));
+    QVERIFY(host.media->playbackState() != QMediaPlayer::PlayingState);
+    player->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(second)));
+    player->play();
+    host.media->setSource(first); // Which stops a QMediaPlayer.
+    QVERIFY(becomesReady(*player));
+    QCOMPARE(player->rate(), 0.0F);
+    player->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(second)));
+    player->play();
+    QVERIFY(waitUntil([&] { return player->currentTime() > 0.2; }));
+    QCOMPARE(rates, QList<float>({1, 0, 1, 0, 1}));
 }
 
 void tst_QtAVPlayer::hostChangesTheSource()

@@ -28,9 +28,9 @@ QtAVPlayer::QtAVPlayer(QMediaPlayer *player, QQuickItem *videoOutput) : m_player
     connect(&m_view, &VideoView::frameChanged, this, &QtAVPlayer::frameChanged);
     if (!player)
         return;
-    connect(player, &QMediaPlayer::playbackStateChanged, this, &QtAVPlayer::updateRate);
+    connect(player, &QMediaPlayer::playbackStateChanged, this, &QtAVPlayer::playbackStateDidChange);
     connect(player, &QMediaPlayer::playbackRateChanged, this, &QtAVPlayer::updateRate);
-    connect(player, &QMediaPlayer::mediaStatusChanged, this, &QtAVPlayer::updateStatus);
+    connect(player, &QMediaPlayer::mediaStatusChanged, this, &QtAVPlayer::mediaStatusDidChange);
     connect(player, &QMediaPlayer::durationChanged, this, &QtAVPlayer::updateDuration);
     connect(player, &QMediaPlayer::positionChanged, this, &QtAVPlayer::updatePosition);
     connect(player, &QMediaPlayer::sourceChanged, this, &QtAVPlayer::sourceDidChange);
@@ -67,16 +67,26 @@ QRectF QtAVPlayer::videoBounds() const
     return m_view.videoBounds();
 }
 
+/// Told to play while it loads, Qt's FFmpeg backend now and then stands still for good. The rate rises at once all the
+/// same.
 void QtAVPlayer::play()
 {
-    if (m_player)
+    if (!m_player)
+        return;
+    m_playsWhenLoaded = m_player->mediaStatus() == QMediaPlayer::LoadingMedia;
+    if (m_playsWhenLoaded)
+        updateRate();
+    else
         m_player->play();
 }
 
 void QtAVPlayer::pause()
 {
-    if (m_player)
-        m_player->pause();
+    if (!m_player)
+        return;
+    m_playsWhenLoaded = false;
+    m_player->pause();
+    updateRate();
 }
 
 /// A QMediaPlayer stops for a new source; this player keeps its rate across a change of item.
@@ -90,10 +100,11 @@ void QtAVPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
     if (source == m_player->source())
         m_player->setSource(QUrl()); // Given the same again, it would not load it again.
     m_player->setSource(source);
-    if (wasPlaying)
-        m_player->play();
     m_isLoading = false;
+    m_playsWhenLoaded = false;
     m_currentTime = 0;
+    if (wasPlaying && item)
+        play();
     updateRate();
     updateStatus();
 }
@@ -102,15 +113,41 @@ void QtAVPlayer::sourceDidChange(const QUrl &source)
 {
     if (m_isLoading)
         return;
+    m_playsWhenLoaded = false;
+    updateRate();
     setCurrentItem(itemFor(source));
     updateStatus();
+}
+
+void QtAVPlayer::playbackStateDidChange(QMediaPlayer::PlaybackState state)
+{
+    if (state != QMediaPlayer::StoppedState)
+        m_playsWhenLoaded = false; // The host has decided meanwhile.
+    updateRate();
+}
+
+void QtAVPlayer::mediaStatusDidChange(QMediaPlayer::MediaStatus status)
+{
+    updateStatus();
+    // Later: this may be part of the host's giving it another source.
+    if (m_playsWhenLoaded && !m_isLoading && status != QMediaPlayer::LoadingMedia)
+        QMetaObject::invokeMethod(this, &QtAVPlayer::playLoaded, Qt::QueuedConnection);
+}
+
+void QtAVPlayer::playLoaded()
+{
+    if (!m_player || m_player->mediaStatus() == QMediaPlayer::LoadingMedia || !std::exchange(m_playsWhenLoaded, false))
+        return;
+    if (m_player->mediaStatus() != QMediaPlayer::NoMedia && m_player->mediaStatus() != QMediaPlayer::InvalidMedia)
+        m_player->play();
+    updateRate();
 }
 
 void QtAVPlayer::updateRate()
 {
     if (m_isLoading)
         return;
-    const bool isPlaying = m_player && m_player->playbackState() == QMediaPlayer::PlayingState;
+    const bool isPlaying = m_player && (m_playsWhenLoaded || m_player->playbackState() == QMediaPlayer::PlayingState);
     const auto rate = isPlaying ? static_cast<float>(m_player->playbackRate()) : 0.0F;
     if (m_rate.exchange(rate) != rate)
         Q_EMIT rateChanged();

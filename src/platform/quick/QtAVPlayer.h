@@ -41,6 +41,9 @@ protected:
 private:
     QtAVPlayer(QMediaPlayer *player, QQuickItem *videoOutput);
 
+    void playbackStateDidChange(QMediaPlayer::PlaybackState state);
+    void mediaStatusDidChange(QMediaPlayer::MediaStatus status);
+    void playLoaded();
     void updateRate();
     void updateStatus();
     void updateDuration();
@@ -51,6 +54,7 @@ private:
     QPointer<QObject> m_lastWord;
     VideoView m_view;
     bool m_isLoading = false;
+    bool m_playsWhenLoaded = false;
     QElapsedTimer m_sincePosition;
     std::atomic<float> m_rate = 0;
     std::atomic<AVPlayerStatus> m_status = AVPlayerStatus::Unknown;
