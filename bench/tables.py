@@ -80,8 +80,18 @@ def ready_answer():
     return table(head, rows) + "\n\n" + line, len(found[f"readAnswer/{sizes[0]}"])
 
 
+def native_views():
+    found = runs("bench_list_view")
+    microseconds = {name: [run["s_per_video"] * 1e6 for run in repetitions] for name, repetitions in found.items()}
+    sizes = sorted((name.split("/")[1] for name in microseconds if name.startswith("fillList/")), key=int)
+    rows = [[number(int(size)), cell(microseconds[f"fillList/{size}"]), cell(column(found[f"fillList/{size}"], "cells")),
+             cell(microseconds[f"fillCategories/{size}"])] for size in sizes]
+    head = ["videos", "filling the list, µs a video", "cells alive", "filling the categories, µs a video"]
+    return table(head, rows), len(found[f"fillList/{sizes[0]}"])
+
+
 print(sys.argv[2])
 for title, make in [("One player event on the calling thread", player_event), ("Delivery", delivery),
-                    ("Reading a ready answer", ready_answer)]:
+                    ("Reading a ready answer", ready_answer), ("Filling the native views", native_views)]:
     text, repetitions = make()
     print(f"\n### {title}\n\n{text}\n\nMedians of {repetitions} runs (least–greatest).")
