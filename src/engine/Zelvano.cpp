@@ -238,8 +238,8 @@ void Zelvano::readyEvent(const Subscriber &subscriber)
     const QMutexLocker lock(&m_mutex);
     const auto kind = subscriber ? subscriber->playerId() : QString();
     const auto videoId = subscriber ? subscriber->videoId() : QString();
-    const double duration = subscriber ? subscriber->duration() : 0;
-    const QVariantList record{player(), kind, videoId, QString::number(duration, 'g', 16)};
+    const auto duration = subscriber ? subscriber->duration() : 0.0;
+    const QVariantList record{player(), kind, videoId, duration ? QString::number(*duration, 'g', 16) : QString()};
     if (m_pageUUID.isNull()) {
         m_readyParams = record;
         return;
@@ -255,7 +255,8 @@ void Zelvano::readyEvent(const Subscriber &subscriber)
     call->setPlayerId(kind);
     call->setApiKey(m_apiKey);
     call->setPageUrl(m_pageUrl);
-    call->setDuration(static_cast<float>(duration));
+    if (duration)
+        call->setDuration(static_cast<float>(*duration));
     call->setCompletion([self = shared_from_this(), subscriber, record](const ZVAPIResponse &response) {
         self->readyDidAnswer(response, subscriber, record);
     });

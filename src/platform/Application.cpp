@@ -2,6 +2,8 @@
 
 #include <QGuiApplication>
 
+#include <utility>
+
 namespace zelvano {
 
 Application &Application::shared()
@@ -23,6 +25,16 @@ QList<QWindow *> Application::windows() const
 void Application::setKeyWindow(QWindow *window)
 {
     m_keyWindow = window;
+}
+
+bool Application::isTransitionInFront() const
+{
+    return m_transitionQuery && m_transitionQuery();
+}
+
+void Application::setTransitionQuery(std::function<bool()> query)
+{
+    m_transitionQuery = std::move(query);
 }
 
 } // namespace zelvano

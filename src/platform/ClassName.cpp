@@ -1,6 +1,8 @@
 #include "ClassName.h"
 
+#include <QByteArray>
 #include <QMetaObject>
+#include <QMetaType>
 
 namespace zelvano {
 
@@ -12,6 +14,11 @@ bool isKindOfClassNamed(const QObject *object, QByteArrayView name)
             return true;
     }
     return false;
+}
+
+bool classExists(QByteArrayView name)
+{
+    return QMetaType::fromName("zelvano::" + name.toByteArray() + '*').isValid();
 }
 
 } // namespace zelvano

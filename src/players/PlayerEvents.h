@@ -15,6 +15,8 @@ inline constexpr QLatin1StringView Pause{"pause"};
 inline constexpr QLatin1StringView Seek{"seek"};
 inline constexpr QLatin1StringView Progress{"progress"};
 inline constexpr QLatin1StringView End{"end"};
+/// The Kaltura player's word for the end; the engine takes it for no "end".
+inline constexpr QLatin1StringView Ended{"ended"};
 inline constexpr QLatin1StringView Done{"done"};
 inline constexpr QLatin1StringView RecommendationClick{"recommendationClick"};
 inline constexpr QLatin1StringView Impression{"impression"};
@@ -22,6 +24,16 @@ inline constexpr QLatin1StringView Impression{"impression"};
 
 /// Posted by a host that lets the viewer pick a video outside the library's views; the object is the video's QUrl.
 inline constexpr QLatin1StringView DidSelecteRecommendationNotification{"DidSelecteRecommendationNotification"};
+
+/// Posted by a ZelvanoViewController when recommendations have come for its player and whenever the device is turned.
+/// The object is the player; the user info holds one text under "zelvanoData", the first videos as a JSON array.
+inline constexpr QLatin1StringView SuggestionsDidFetchedNotification{"SuggestionsDidFetchedNotification"};
+inline constexpr QLatin1StringView ZelvanoDataKey{"zelvanoData"};
+
+/// Posted when the viewer picked a video in a Kaltura player's plug-in, for the host, which plays it. The object is the
+/// player; "params" in the user info is what the plug-in gave. It comes once for each time that the player became
+/// playable.
+inline constexpr QLatin1StringView PluginPlayNotification{"play"};
 
 /// The movie player's kind, as the service knows it.
 inline constexpr QLatin1StringView playerId{"mpmovieplayer"};

@@ -2,8 +2,6 @@
 
 #include "PlayerSubscription.h"
 
-#include <limits>
-
 namespace zelvano {
 
 PlayerSubscriber::PlayerSubscriber() = default;
@@ -11,9 +9,9 @@ PlayerSubscriber::~PlayerSubscriber() = default;
 
 void PlayerSubscriber::setNextVideo(const QString &) {}
 
-double PlayerSubscriber::duration() const
+std::optional<double> PlayerSubscriber::duration() const
 {
-    return std::numeric_limits<double>::quiet_NaN();
+    return std::nullopt;
 }
 
 double PlayerSubscriber::currentPosition() const
@@ -39,6 +37,18 @@ QObject *PlayerSubscriber::parentView() const
 QSizeF PlayerSubscriber::videoSize() const
 {
     return {0, 0};
+}
+
+void PlayerSubscriber::sendPage()
+{
+    if (const auto receiver = observer())
+        receiver->pageEvent(shared_from_this());
+}
+
+void PlayerSubscriber::sendReady()
+{
+    if (const auto receiver = observer())
+        receiver->readyEvent(shared_from_this());
 }
 
 void PlayerSubscriber::sendEvent(const QString &event)

@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 namespace zelvano {
 
@@ -38,8 +39,9 @@ public:
     virtual void setNextVideo(const QString &url);
     QString nextVideo() const { return {}; }
 
-    /// Length of the current video in seconds; not a number while unknown. Any thread.
-    virtual double duration() const;
+    /// Length of the current video in seconds, as the player has it; nothing when the player has no word for it.
+    /// Any thread.
+    virtual std::optional<double> duration() const;
     /// Seconds. Any thread.
     virtual double currentPosition() const;
     /// Kind of player; null when the adapter has no word for it. Any thread.
@@ -52,8 +54,19 @@ public:
     virtual QSizeF videoSize() const;
 
 protected:
-    /// Reports to the observer, if there is one.
+    // Reports to the observer, if there is one.
+    void sendPage();
+    void sendReady();
     void sendEvent(const QString &event);
+
+    /// A call of the adapter's method that does nothing once the adapter is gone.
+    template<class Adapter, class... Args> auto weakly(void (Adapter::*method)(Args...))
+    {
+        return [weak = weak_from_this(), method](Args... args) {
+            if (const auto self = std::static_pointer_cast<Adapter>(weak.lock()))
+                (self.get()->*method)(args...);
+        };
+    }
 
 private:
     std::weak_ptr<PlayerSubscription> m_observer;

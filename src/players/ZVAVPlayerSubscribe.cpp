@@ -61,14 +61,11 @@ struct ZVAVPlayerSubscribe::StatusObservation
 };
 
 ZVAVPlayerSubscribe::ZVAVPlayerSubscribe(const std::shared_ptr<QObject> &player)
-    : m_isViewController(std::dynamic_pointer_cast<AVPlayerViewController>(player) != nullptr), m_playerVC(player)
+    : PlatformPlayerSubscriber(player, std::dynamic_pointer_cast<AVPlayerViewController>(player) != nullptr)
 {
 }
 
-ZVAVPlayerSubscribe::~ZVAVPlayerSubscribe()
-{
-    NotificationCenter::defaultCenter().removeObserver(this);
-}
+ZVAVPlayerSubscribe::~ZVAVPlayerSubscribe() = default;
 
 std::shared_ptr<ZVAVPlayerSubscribe> ZVAVPlayerSubscribe::create(const std::shared_ptr<QObject> &player)
 {
@@ -76,14 +73,6 @@ std::shared_ptr<ZVAVPlayerSubscribe> ZVAVPlayerSubscribe::create(const std::shar
     subscriber->registerForPlaybackNotification();
     subscriber->m_isLandscape = zelvano::isLandscape(Device::current().orientation());
     return subscriber;
-}
-
-template<class... Args> auto ZVAVPlayerSubscribe::weakly(void (ZVAVPlayerSubscribe::*method)(Args...))
-{
-    return [weak = weak_from_this(), method](Args... args) {
-        if (const auto self = std::static_pointer_cast<ZVAVPlayerSubscribe>(weak.lock()))
-            (self.get()->*method)(args...);
-    };
 }
 
 void ZVAVPlayerSubscribe::registerForPlaybackNotification()
@@ -97,10 +86,8 @@ void ZVAVPlayerSubscribe::registerForPlaybackNotification()
         observeStatus(watched->currentItem());
     }
     // The end of any item in the process counts, not only of this player's.
-    auto &center = NotificationCenter::defaultCenter();
-    center.addObserver(this, AVPlayerItemDidPlayToEndTimeNotification, weakly(&ZVAVPlayerSubscribe::videoEnded));
-    center.addObserver(this, DidSelecteRecommendationNotification,
-                       weakly(&ZVAVPlayerSubscribe::didSelectRecommndation));
+    observe(AVPlayerItemDidPlayToEndTimeNotification, weakly(&ZVAVPlayerSubscribe::videoEnded));
+    observe(DidSelecteRecommendationNotification, weakly(&ZVAVPlayerSubscribe::didSelectRecommndation));
     if (watched) {
         m_currentItem = QObject::connect(watched.get(), &AVPlayer::currentItemChanged,
                                          weakly(&ZVAVPlayerSubscribe::currentItemDidChange));
@@ -110,17 +97,13 @@ void ZVAVPlayerSubscribe::registerForPlaybackNotification()
 
 void ZVAVPlayerSubscribe::dismissSubscriber()
 {
-    NotificationCenter::defaultCenter().removeObserver(this);
     m_currentItem = {};
     m_frame = {};
     m_timeObservers.clear();
     m_hasPlayerObserver = false;
     m_statuses.clear();
     m_rate = {};
-    m_isTornDown = true;
-    std::shared_ptr<QObject> released;
-    const QMutexLocker lock(&m_mutex);
-    m_playerVC.swap(released);
+    release();
 }
 
 void ZVAVPlayerSubscribe::attachTimeObserver()
@@ -175,8 +158,7 @@ void ZVAVPlayerSubscribe::statusDidChange()
     switch (watched->status()) {
     case AVPlayerStatus::ReadyToPlay:
         attachTimeObserver();
-        if (const auto receiver = observer())
-            receiver->readyEvent(shared_from_this());
+        sendReady();
         break;
     case AVPlayerStatus::Failed:
         ZV_LOG("AVPlayerStatusFailed");
@@ -212,11 +194,10 @@ void ZVAVPlayerSubscribe::frameDidChange()
 
 void ZVAVPlayerSubscribe::CheckForPause()
 {
-    if (m_playerState != PlayerState::Normal || m_isTornDown)
+    if (m_playerState != PlayerState::Normal)
         return;
     send(PlayerEvent::Pause);
-    if (const auto receiver = observer())
-        receiver->addRecommendationView(shared_from_this());
+    addRecommendationView();
 }
 
 void ZVAVPlayerSubscribe::videoEnded(const Notification &)
@@ -299,28 +280,16 @@ void ZVAVPlayerSubscribe::stopObservingStatus(const std::shared_ptr<AVPlayerItem
         m_statuses.erase(std::prev(found.base()));
 }
 
-void ZVAVPlayerSubscribe::send(const QString &event)
-{
-    if (!m_isTornDown)
-        sendEvent(event);
-}
-
-std::shared_ptr<QObject> ZVAVPlayerSubscribe::playerVC() const
-{
-    const QMutexLocker lock(&m_mutex);
-    return m_playerVC;
-}
-
 std::shared_ptr<AVPlayer> ZVAVPlayerSubscribe::player() const
 {
-    const auto object = playerVC();
-    if (!m_isViewController)
+    const auto object = hostObject();
+    if (!isViewController())
         return std::dynamic_pointer_cast<AVPlayer>(object);
     const auto screen = std::dynamic_pointer_cast<AVPlayerViewController>(object);
     return screen ? screen->player() : nullptr;
 }
 
-double ZVAVPlayerSubscribe::duration() const
+std::optional<double> ZVAVPlayerSubscribe::duration() const
 {
     const auto watched = player();
     const auto item = watched ? watched->currentItem() : nullptr;

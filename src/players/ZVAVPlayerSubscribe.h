@@ -2,10 +2,9 @@
 
 #include "AVPlayerViewController.h"
 #include "Observation.h"
-#include "PlayerSubscriber.h"
+#include "PlatformPlayerSubscriber.h"
 #include "zelvanocore_export.h"
 
-#include <QMutex>
 #include <QUrl>
 
 #include <atomic>
@@ -14,14 +13,12 @@
 
 namespace zelvano {
 
-struct Notification;
-
 /// Watches an AVPlayer, bare or inside an AVPlayerViewController.
 ///
 /// The player reports little, so three things are guessed: a pause is a rate of 0 half a second ago outside of a seek;
 /// a seek is a jump of more than 2 s between two ticks, over once a tick moves less than half a second; and the player
 /// was closed when its view changed its frame while the device was not turned.
-class ZELVANOCORE_EXPORT ZVAVPlayerSubscribe : public PlayerSubscriber
+class ZELVANOCORE_EXPORT ZVAVPlayerSubscribe : public PlatformPlayerSubscriber
 {
 public:
     enum class PlayerState { Normal = 0, Seeking = 1, Ended = 3 };
@@ -34,7 +31,7 @@ public:
     /// Does nothing once the player's view was taken to be closed.
     void setNextVideo(const QString &url) override;
 
-    double duration() const override;
+    std::optional<double> duration() const override;
     /// As of the last tick.
     double currentPosition() const override { return m_currentPosition; }
     QString playerId() const override;
@@ -45,11 +42,10 @@ public:
     QSizeF videoSize() const override;
 
     /// The host's object; null after dismissal. Any thread.
-    std::shared_ptr<QObject> playerVC() const;
+    std::shared_ptr<QObject> playerVC() const { return hostObject(); }
     /// Any thread.
     std::shared_ptr<AVPlayer> player() const;
 
-    bool isViewController() const { return m_isViewController; }
     PlayerState playerState() const { return m_playerState; }
     bool isFirstPlay() const { return m_firstPlay; }
     bool isChangedSource() const { return m_isChangedSource; }
@@ -86,15 +82,6 @@ private:
 
     void observeStatus(const std::shared_ptr<AVPlayerItem> &item);
     void stopObservingStatus(const std::shared_ptr<AVPlayerItem> &item);
-    void send(const QString &event);
-
-    /// A call of the method that does nothing once this adapter is gone.
-    template<class... Args> auto weakly(void (ZVAVPlayerSubscribe::*method)(Args...));
-
-    const bool m_isViewController;
-    mutable QMutex m_mutex; // Guards the player object.
-    std::shared_ptr<QObject> m_playerVC;
-    bool m_isTornDown = false;
 
     Observation m_rate;
     Observation m_frame;

@@ -2,6 +2,8 @@
 
 #include "ClassName.h"
 #include "ZVAVPlayerSubscribe.h"
+#include "ZVKalturaSubscribe.h"
+#include "ZVMPMoviePlayerSubscribe.h"
 
 #include <QByteArrayView>
 
@@ -26,6 +28,9 @@ template<class Subscriber> std::shared_ptr<PlayerSubscriber> subscribe(const Pla
 
 /// The first match wins.
 constexpr std::array recognitions{
+    Recognition{"KPViewController", subscribe<ZVKalturaSubscribe>},
+    Recognition{"MPMoviePlayerViewController", subscribe<ZVMPMoviePlayerSubscribe>},
+    Recognition{"MPMoviePlayerController", subscribe<ZVMPMoviePlayerSubscribe>},
     Recognition{"AVPlayer", subscribe<ZVAVPlayerSubscribe>},
     Recognition{"AVPlayerViewController", subscribe<ZVAVPlayerSubscribe>},
 };
@@ -33,6 +38,7 @@ constexpr std::array recognitions{
 } // namespace
 
 ZVPlayerEvents::ZVPlayerEvents() = default;
+ZVPlayerEvents::ZVPlayerEvents(const PlayerObject &) {}
 ZVPlayerEvents::~ZVPlayerEvents() = default;
 
 void ZVPlayerEvents::setPlayer(const PlayerObject &player)

@@ -3,9 +3,9 @@
 #include "InterfaceResource.h"
 #include "Logging.h"
 #include "MainQueue.h"
+#include "WebEngine.h"
 #include "ZVTopRecommendationContentView.h"
 
-#include <QCoreApplication>
 #include <QPropertyAnimation>
 #include <QQmlEngine>
 #include <QQuickWindow>
@@ -50,12 +50,8 @@ ZVTopRecommendationView::ZVTopRecommendationView(const QRectF &frame)
     static const int registered =
         qmlRegisterType<ZVTopRecommendationContentView>("ZelvanoUI.Interface", 1, 0, "ZVTopRecommendationContentView");
     Q_UNUSED(registered)
-    // QtWebEngineQuick::initialize() sets this; a web view made without it ends the process.
-    if (!QCoreApplication::testAttribute(Qt::AA_ShareOpenGLContexts)) {
-        ZV_LOG("Error: QtWebEngineQuick::initialize() must be called before the application object is made, "
-               "no recommendations are shown");
+    if (!isWebEngineInitialized())
         return;
-    }
     m_content = std::make_unique<InterfaceResource>(u"ZVTopRecommendationView"_s, this);
     m_webView = m_content->outlet(u"webView"_s);
     if (auto *root = m_content->root()) {

@@ -6,7 +6,6 @@
 #include "MainQueue.h"
 #include "MainThread.h"
 #include "NotificationCenter.h"
-#include "PlayerEvents.h"
 #include "Utilities.h"
 
 #include <QJsonDocument>
@@ -21,10 +20,12 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto customerMediaUrl = "http://media.customer.example/videos/"_L1;
-constexpr auto pluginDataKey = "zelvanoData"_L1;
 constexpr double overlayShare = 0.8; // Of the player's width.
 constexpr QRectF firstOverlayFrame{20, 64, 300, 200};
 constexpr double aboveEverything = 1e6;
+
+// Adapters look for the class by its name: where it exists, somebody may post suggestions.
+const int registeredType = qRegisterMetaType<ZelvanoViewController *>();
 
 /// The content of the key window, or of the first that shows Qt Quick; null when no window does.
 QQuickItem *windowContent()
@@ -200,7 +201,7 @@ std::optional<QString> ZelvanoViewController::pluginText() const
 void ZelvanoViewController::postSuggestions(const QString &text) const
 {
     const auto object = m_player ? QVariant::fromValue(m_player.get()) : QVariant();
-    NotificationCenter::defaultCenter().post({SuggestionsDidFetchedNotification, object, {{pluginDataKey, text}}});
+    NotificationCenter::defaultCenter().post({SuggestionsDidFetchedNotification, object, {{ZelvanoDataKey, text}}});
 }
 
 // What the views tell

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "PlayerEvents.h"
 #include "ZVRecommendationView.h"
 #include "ZVTopRecommendationView.h"
 #include "Zelvano.h"
@@ -14,10 +15,6 @@
 #include <optional>
 
 namespace zelvano {
-
-/// Posted when recommendations have come for the controller's player and whenever the device is turned. The object is
-/// the player; the user info holds one text under "zelvanoData", the first videos as a JSON array.
-inline constexpr QLatin1StringView SuggestionsDidFetchedNotification{"SuggestionsDidFetchedNotification"};
 
 /// All that a host needs: owns the engine and the overlay, lays the overlay over the player while it is paused, and
 /// makes the player switch when the viewer picks a video. Main thread.

@@ -1,5 +1,8 @@
+#include "FakeMoviePlayer.h"
 #include "FakePlayer.h"
 #include "ZVAVPlayerSubscribe.h"
+#include "ZVKalturaSubscribe.h"
+#include "ZVMPMoviePlayerSubscribe.h"
 #include "ZVPlayerEvents.h"
 
 #include <QRegularExpression>
@@ -27,6 +30,24 @@ class AVPlayer : public QObject
 };
 
 class AVPlayerViewController : public QObject
+{
+    Q_OBJECT
+};
+
+class KPViewController : public AVPlayer
+{
+    Q_OBJECT
+
+public:
+    Q_INVOKABLE void setDelegate(QObject *) {}
+};
+
+class MPMoviePlayerController : public AVPlayerViewController
+{
+    Q_OBJECT
+};
+
+class MPMoviePlayerViewController : public MPMoviePlayerController
 {
     Q_OBJECT
 };
@@ -59,6 +80,8 @@ private Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
     void detection_data();
     void detection();
+    void kinds_data();
+    void kinds();
     void dismissal();
 };
 
@@ -112,7 +135,7 @@ void tst_ZVPlayerEvents::detection()
     QVERIFY(adapter);
     QCOMPARE(adapter->player() != nullptr, isOurs);
     QCOMPARE(adapter->videoId(), u""_s);
-    QVERIFY(qIsNaN(adapter->duration()));
+    QVERIFY(qIsNaN(adapter->duration().value()));
     QCOMPARE(adapter->videoSize(), QSizeF(0, 0));
     QCOMPARE(adapter->parentView() != nullptr, adapter->isViewController());
     adapter->setPlayerSource(QUrl(u"http://videos.example/2.mp4"_s));
@@ -122,6 +145,40 @@ void tst_ZVPlayerEvents::detection()
     heard.removeAll(u"progress"_s);
     QCOMPARE(heard, ended);
     QVERIFY(former->take().isEmpty());
+}
+
+enum class Kind { None, AV, Movie, Kaltura };
+
+void tst_ZVPlayerEvents::kinds_data()
+{
+    QTest::addColumn<PlayerObject>("player");
+    QTest::addColumn<Kind>("kind");
+    const auto movie = std::make_shared<FakeMoviePlayer>();
+    QTest::newRow("Kaltura, whatever else it is")
+        << PlayerObject(std::make_shared<host::KPViewController>()) << Kind::Kaltura;
+    QTest::newRow("movie view controller")
+        << PlayerObject(std::make_shared<MPMoviePlayerViewController>(movie)) << Kind::Movie;
+    QTest::newRow("movie controller") << PlayerObject(movie) << Kind::Movie;
+    QTest::newRow("same name, not ours, movie view controller")
+        << PlayerObject(std::make_shared<host::MPMoviePlayerViewController>()) << Kind::Movie;
+    QTest::newRow("same name, not ours, before what it derives from")
+        << PlayerObject(std::make_shared<host::MPMoviePlayerController>()) << Kind::Movie;
+    QTest::newRow("AVPlayer") << PlayerObject(std::make_shared<FakePlayer>()) << Kind::AV;
+    QTest::newRow("none of them") << PlayerObject(std::make_shared<host::Screen>()) << Kind::None;
+}
+
+void tst_ZVPlayerEvents::kinds()
+{
+    QFETCH(PlayerObject, player);
+    QFETCH(Kind, kind);
+    ZVPlayerEvents events(player);
+    QVERIFY(!events.currentSubscriber()); // The player given at its making is ignored.
+    events.setPlayer(player);
+    const auto subscriber = events.currentSubscriber();
+    QCOMPARE(std::dynamic_pointer_cast<ZVAVPlayerSubscribe>(subscriber) != nullptr, kind == Kind::AV);
+    QCOMPARE(std::dynamic_pointer_cast<ZVMPMoviePlayerSubscribe>(subscriber) != nullptr, kind == Kind::Movie);
+    QCOMPARE(std::dynamic_pointer_cast<ZVKalturaSubscribe>(subscriber) != nullptr, kind == Kind::Kaltura);
+    QVERIFY(!events.kalturaEvents());
 }
 
 void tst_ZVPlayerEvents::dismissal()

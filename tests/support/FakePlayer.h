@@ -88,7 +88,7 @@ class FakeSubscriber : public zelvano::PlayerSubscriber
 public:
     void dismissSubscriber() override { ++dismissals; }
     void setNextVideo(const QString &url) override { nextVideos.append(url); }
-    double duration() const override { return length; }
+    std::optional<double> duration() const override { return length; }
     double currentPosition() const override { return position; }
     QString playerId() const override { return kind; }
     QString videoId() const override { return video; }
@@ -96,7 +96,7 @@ public:
     QSizeF videoSize() const override { return size; }
 
     std::atomic<double> position = 0;
-    double length = 60;
+    std::optional<double> length = 60;
     QString kind = QStringLiteral("fake");
     QString video = QStringLiteral("http://videos.example/1.mp4");
     QSizeF size{320, 180};

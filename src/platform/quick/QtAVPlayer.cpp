@@ -5,16 +5,9 @@
 
 #include <QQuickItem>
 
-#include <cmath>
-#include <limits>
-#include <utility>
-
 namespace zelvano {
 
 namespace {
-
-constexpr double millisecond = 0.001; // Seconds.
-constexpr double jumpTolerance = 1.0; // Seconds by which a position may be ahead of the clock, or behind itself.
 
 std::shared_ptr<AVPlayerItem> itemFor(const QUrl &source)
 {
@@ -23,34 +16,24 @@ std::shared_ptr<AVPlayerItem> itemFor(const QUrl &source)
 
 } // namespace
 
-QtAVPlayer::QtAVPlayer(QMediaPlayer *player, QQuickItem *videoOutput) : m_player(player), m_view(videoOutput)
+QtAVPlayer::QtAVPlayer(QMediaPlayer *player, QQuickItem *videoOutput) : m_media(player), m_view(videoOutput)
 {
     connect(&m_view, &VideoView::frameChanged, this, &QtAVPlayer::frameChanged);
-    if (!player)
-        return;
-    connect(player, &QMediaPlayer::playbackStateChanged, this, &QtAVPlayer::playbackStateDidChange);
-    connect(player, &QMediaPlayer::playbackRateChanged, this, &QtAVPlayer::updateRate);
-    connect(player, &QMediaPlayer::mediaStatusChanged, this, &QtAVPlayer::mediaStatusDidChange);
-    connect(player, &QMediaPlayer::durationChanged, this, &QtAVPlayer::updateDuration);
-    connect(player, &QMediaPlayer::positionChanged, this, &QtAVPlayer::updatePosition);
-    connect(player, &QMediaPlayer::sourceChanged, this, &QtAVPlayer::sourceDidChange);
-    // A QMediaPlayer disconnects everything before it ends; a child of it still tells.
-    m_lastWord = new QObject(player);
-    connect(m_lastWord, &QObject::destroyed, this, &QtAVPlayer::updateRate);
+    connect(&m_media, &MediaPlayback::stateChanged, this, &QtAVPlayer::updateRate);
+    connect(&m_media, &MediaPlayback::mediumChanged, this, &QtAVPlayer::updateStatus);
+    connect(&m_media, &MediaPlayback::durationChanged, this, &QtAVPlayer::updateDuration);
+    connect(&m_media, &MediaPlayback::positionChanged, this, &QtAVPlayer::updatePosition);
+    connect(&m_media, &MediaPlayback::jumped, this, &QtAVPlayer::timeJumped);
+    connect(&m_media, &MediaPlayback::sourceChanged, this, &QtAVPlayer::sourceDidChange);
 
-    m_currentTime = static_cast<double>(player->position()) * millisecond;
-    setCurrentItem(itemFor(player->source()));
+    m_currentTime = m_media.position();
+    setCurrentItem(itemFor(m_media.source()));
     // Later, so that who is given this player now hears what it plays become ready, loaded already or not.
     QMetaObject::invokeMethod(this, &QtAVPlayer::updateStatus, Qt::QueuedConnection);
     QMetaObject::invokeMethod(this, &QtAVPlayer::updateRate, Qt::QueuedConnection);
 }
 
-QtAVPlayer::~QtAVPlayer()
-{
-    if (m_lastWord)
-        m_lastWord->disconnect();
-    delete m_lastWord;
-}
+QtAVPlayer::~QtAVPlayer() = default;
 
 std::shared_ptr<QtAVPlayer> QtAVPlayer::create(QMediaPlayer *player, QQuickItem *videoOutput)
 {
@@ -67,88 +50,40 @@ QRectF QtAVPlayer::videoBounds() const
     return m_view.videoBounds();
 }
 
-/// Told to play while it loads, Qt's FFmpeg backend now and then stands still for good. The rate rises at once all the
-/// same.
 void QtAVPlayer::play()
 {
-    if (!m_player)
-        return;
-    m_playsWhenLoaded = m_player->mediaStatus() == QMediaPlayer::LoadingMedia;
-    if (m_playsWhenLoaded)
-        updateRate();
-    else
-        m_player->play();
+    m_media.play();
 }
 
 void QtAVPlayer::pause()
 {
-    if (!m_player)
-        return;
-    m_playsWhenLoaded = false;
-    m_player->pause();
-    updateRate();
+    m_media.pause();
 }
 
 /// A QMediaPlayer stops for a new source; this player keeps its rate across a change of item.
 void QtAVPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
 {
-    if (!m_player)
-        return;
-    m_isLoading = true;
     const bool wasPlaying = m_rate != 0;
-    const auto source = item ? item->asset().URL() : QUrl();
-    if (source == m_player->source())
-        m_player->setSource(QUrl()); // Given the same again, it would not load it again.
-    m_player->setSource(source);
-    m_isLoading = false;
-    m_playsWhenLoaded = false;
+    m_media.load(item ? item->asset().URL() : QUrl());
     m_currentTime = 0;
     if (wasPlaying && item)
-        play();
+        m_media.play();
     updateRate();
     updateStatus();
 }
 
-void QtAVPlayer::sourceDidChange(const QUrl &source)
+void QtAVPlayer::sourceDidChange()
 {
-    if (m_isLoading)
-        return;
-    m_playsWhenLoaded = false;
     updateRate();
-    setCurrentItem(itemFor(source));
+    setCurrentItem(itemFor(m_media.source()));
     updateStatus();
 }
 
-void QtAVPlayer::playbackStateDidChange(QMediaPlayer::PlaybackState state)
-{
-    if (state != QMediaPlayer::StoppedState)
-        m_playsWhenLoaded = false; // The host has decided meanwhile.
-    updateRate();
-}
-
-void QtAVPlayer::mediaStatusDidChange(QMediaPlayer::MediaStatus status)
-{
-    updateStatus();
-    // Later: this may be part of the host's giving it another source.
-    if (m_playsWhenLoaded && !m_isLoading && status != QMediaPlayer::LoadingMedia)
-        QMetaObject::invokeMethod(this, &QtAVPlayer::playLoaded, Qt::QueuedConnection);
-}
-
-void QtAVPlayer::playLoaded()
-{
-    if (!m_player || m_player->mediaStatus() == QMediaPlayer::LoadingMedia || !std::exchange(m_playsWhenLoaded, false))
-        return;
-    if (m_player->mediaStatus() != QMediaPlayer::NoMedia && m_player->mediaStatus() != QMediaPlayer::InvalidMedia)
-        m_player->play();
-    updateRate();
-}
-
+/// A player that is about to play has its rate already.
 void QtAVPlayer::updateRate()
 {
-    if (m_isLoading)
-        return;
-    const bool isPlaying = m_player && (m_playsWhenLoaded || m_player->playbackState() == QMediaPlayer::PlayingState);
-    const auto rate = isPlaying ? static_cast<float>(m_player->playbackRate()) : 0.0F;
+    const bool isPlaying = m_media.isAboutToPlay() || m_media.state() == QMediaPlayer::PlayingState;
+    const auto rate = isPlaying ? static_cast<float>(m_media.pace()) : 0.0F;
     if (m_rate.exchange(rate) != rate)
         Q_EMIT rateChanged();
 }
@@ -157,69 +92,42 @@ void QtAVPlayer::updateRate()
 void QtAVPlayer::updateStatus()
 {
     const auto item = currentItem();
-    if (m_isLoading || !m_player || !item)
+    if (!item)
         return;
-    switch (m_player->mediaStatus()) {
-    case QMediaPlayer::NoMedia:
-    case QMediaPlayer::LoadingMedia:
-    case QMediaPlayer::StalledMedia:
+    switch (m_media.medium()) {
+    case MediaPlayback::Medium::None:
+    case MediaPlayback::Medium::Stalled:
         break;
-    case QMediaPlayer::InvalidMedia:
+    case MediaPlayback::Medium::Broken:
         m_status = AVPlayerStatus::Failed;
         item->setStatus(AVPlayerItemStatus::Failed);
         break;
-    case QMediaPlayer::EndOfMedia:
+    case MediaPlayback::Medium::Ended:
         if (item->status() == AVPlayerItemStatus::ReadyToPlay) {
             NotificationCenter::defaultCenter().post(
                 {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(item.get()), {}});
             break;
         }
         [[fallthrough]]; // It ended before this player came.
-    case QMediaPlayer::LoadedMedia:
-    case QMediaPlayer::BufferingMedia:
-    case QMediaPlayer::BufferedMedia:
+    case MediaPlayback::Medium::Loaded:
+    case MediaPlayback::Medium::Buffered:
         updateDuration();
-        // Some backends call a medium loaded that they could not open.
-        const bool isPlayable = m_player->hasVideo() || m_player->hasAudio() || m_player->duration() > 0;
-        m_status = isPlayable ? AVPlayerStatus::ReadyToPlay : AVPlayerStatus::Failed;
-        item->setStatus(isPlayable ? AVPlayerItemStatus::ReadyToPlay : AVPlayerItemStatus::Failed);
+        m_status = AVPlayerStatus::ReadyToPlay;
+        item->setStatus(AVPlayerItemStatus::ReadyToPlay);
         break;
     }
 }
 
 void QtAVPlayer::updateDuration()
 {
-    const auto item = currentItem();
-    if (m_isLoading || !m_player || !item)
-        return;
-    const auto duration = m_player->duration();
-    item->setDuration(duration > 0 ? static_cast<double>(duration) * millisecond
-                                   : std::numeric_limits<double>::quiet_NaN());
+    if (const auto item = currentItem())
+        item->setDuration(m_media.duration());
 }
 
 void QtAVPlayer::updatePosition()
 {
-    if (m_isLoading || !m_player)
-        return;
-    const double elapsed = m_sincePosition.isValid() ? static_cast<double>(m_sincePosition.elapsed()) * millisecond : 0;
-    m_sincePosition.start();
-    const double position = static_cast<double>(m_player->position()) * millisecond;
-    const double step = position - m_currentTime.exchange(position);
+    m_currentTime = m_media.position();
     updateRate(); // Not every backend says when the pace changes.
-    // A player that stops goes back to the beginning: that belongs to the change of source, nobody sought. It may say
-    // that it has stopped only after it went back.
-    const auto isStopped = [this] { return !m_player || m_player->playbackState() == QMediaPlayer::StoppedState; };
-    if (isStopped() || std::abs(step) <= elapsed * m_rate + jumpTolerance)
-        return;
-    if (position > 0) {
-        timeJumped();
-        return;
-    }
-    const auto later = [this, isStopped, item = std::weak_ptr(currentItem())] {
-        if (!isStopped() && currentItem() == item.lock())
-            timeJumped();
-    };
-    QMetaObject::invokeMethod(this, later, Qt::QueuedConnection);
 }
 
 } // namespace zelvano

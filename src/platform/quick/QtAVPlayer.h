@@ -1,17 +1,14 @@
 #pragma once
 
 #include "AVPlayer.h"
+#include "MediaPlayback.h"
 #include "VideoView.h"
 #include "zelvanoui_export.h"
-
-#include <QElapsedTimer>
-#include <QMediaPlayer>
-#include <QPointer>
-#include <QUrl>
 
 #include <atomic>
 #include <memory>
 
+class QMediaPlayer;
 class QQuickItem;
 
 namespace zelvano {
@@ -41,21 +38,14 @@ protected:
 private:
     QtAVPlayer(QMediaPlayer *player, QQuickItem *videoOutput);
 
-    void playbackStateDidChange(QMediaPlayer::PlaybackState state);
-    void mediaStatusDidChange(QMediaPlayer::MediaStatus status);
-    void playLoaded();
     void updateRate();
     void updateStatus();
     void updateDuration();
     void updatePosition();
-    void sourceDidChange(const QUrl &source);
+    void sourceDidChange();
 
-    const QPointer<QMediaPlayer> m_player;
-    QPointer<QObject> m_lastWord;
+    MediaPlayback m_media;
     VideoView m_view;
-    bool m_isLoading = false;
-    bool m_playsWhenLoaded = false;
-    QElapsedTimer m_sincePosition;
     std::atomic<float> m_rate = 0;
     std::atomic<AVPlayerStatus> m_status = AVPlayerStatus::Unknown;
     std::atomic<double> m_currentTime = 0;

@@ -19,9 +19,13 @@ VideoView::~VideoView() = default;
 QRectF VideoView::videoBounds() const
 {
     // What a VideoOutput shows has a source rectangle; without one its content rectangle is only its own size.
-    if (!m_item || m_item->property("sourceRect").toRectF().isEmpty())
-        return {};
-    return m_item->property("contentRect").toRectF();
+    return naturalSize().isEmpty() ? QRectF() : m_item->property("contentRect").toRectF();
+}
+
+QSizeF VideoView::naturalSize() const
+{
+    const auto source = m_item ? m_item->property("sourceRect").toRectF() : QRectF();
+    return source.isEmpty() ? QSizeF(0, 0) : source.size();
 }
 
 QRectF VideoView::frame() const

@@ -19,6 +19,8 @@ public:
     QQuickItem *item() const { return m_item; }
     /// Where the picture stands inside the item; empty before the first one.
     QRectF videoBounds() const;
+    /// The picture's own size; empty before the first one.
+    QSizeF naturalSize() const;
 
 Q_SIGNALS:
     /// Once for a change of layout, after all edges have moved: bindings move them one by one.

@@ -1,0 +1,211 @@
+#include "MediaPlayback.h"
+
+#include <QMediaTimeRange>
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace zelvano {
+
+namespace {
+
+constexpr double millisecond = 0.001; // Seconds.
+constexpr double jumpTolerance = 1.0; // Seconds by which a position may be ahead of the clock, or behind itself.
+constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
+
+double seconds(qint64 milliseconds)
+{
+    return static_cast<double>(milliseconds) * millisecond;
+}
+
+} // namespace
+
+MediaPlayback::MediaPlayback(QMediaPlayer *player) : m_player(player)
+{
+    if (!player)
+        return;
+    connect(player, &QMediaPlayer::playbackStateChanged, this, &MediaPlayback::playbackStateDidChange);
+    connect(player, &QMediaPlayer::playbackRateChanged, this, &MediaPlayback::stateChanged);
+    connect(player, &QMediaPlayer::mediaStatusChanged, this, &MediaPlayback::mediaStatusDidChange);
+    connect(player, &QMediaPlayer::durationChanged, this, &MediaPlayback::durationChanged);
+    connect(player, &QMediaPlayer::positionChanged, this, &MediaPlayback::positionDidChange);
+    connect(player, &QMediaPlayer::sourceChanged, this, &MediaPlayback::sourceDidChange);
+    // A QMediaPlayer disconnects everything before it ends; a child of it still tells.
+    m_lastWord = new QObject(player);
+    connect(m_lastWord, &QObject::destroyed, this, &MediaPlayback::stateChanged);
+    m_lastPosition = position();
+}
+
+MediaPlayback::~MediaPlayback()
+{
+    if (m_lastWord)
+        m_lastWord->disconnect();
+    delete m_lastWord;
+}
+
+void MediaPlayback::load(const QUrl &source)
+{
+    if (!m_player)
+        return;
+    m_isLoading = true;
+    const QSignalBlocker quiet(this);
+    if (source == m_player->source())
+        m_player->setSource(QUrl()); // Given the same again, it would not load it again.
+    m_player->setSource(source);
+    m_isLoading = false;
+    m_playsWhenLoaded = false;
+    m_lastPosition = 0;
+}
+
+/// Told to play while it loads, Qt's FFmpeg backend now and then stands still for good.
+void MediaPlayback::play()
+{
+    if (!m_player)
+        return;
+    m_playsWhenLoaded = m_player->mediaStatus() == QMediaPlayer::LoadingMedia;
+    if (m_playsWhenLoaded)
+        Q_EMIT stateChanged();
+    else
+        m_player->play();
+}
+
+void MediaPlayback::pause()
+{
+    if (!m_player)
+        return;
+    m_playsWhenLoaded = false;
+    m_player->pause();
+    Q_EMIT stateChanged();
+}
+
+void MediaPlayback::stop()
+{
+    if (!m_player)
+        return;
+    m_playsWhenLoaded = false;
+    m_player->stop();
+    Q_EMIT stateChanged();
+}
+
+void MediaPlayback::playLoaded()
+{
+    if (!m_player || m_player->mediaStatus() == QMediaPlayer::LoadingMedia || !std::exchange(m_playsWhenLoaded, false))
+        return;
+    if (m_player->mediaStatus() != QMediaPlayer::NoMedia && m_player->mediaStatus() != QMediaPlayer::InvalidMedia)
+        m_player->play();
+    Q_EMIT stateChanged();
+}
+
+QUrl MediaPlayback::source() const
+{
+    return m_player ? m_player->source() : QUrl();
+}
+
+QMediaPlayer::PlaybackState MediaPlayback::state() const
+{
+    return m_player ? m_player->playbackState() : QMediaPlayer::StoppedState;
+}
+
+double MediaPlayback::pace() const
+{
+    return m_player ? m_player->playbackRate() : 0;
+}
+
+MediaPlayback::Medium MediaPlayback::medium() const
+{
+    const auto status = m_player ? m_player->mediaStatus() : QMediaPlayer::NoMedia;
+    switch (status) {
+    case QMediaPlayer::NoMedia:
+    case QMediaPlayer::LoadingMedia:
+        return Medium::None;
+    case QMediaPlayer::InvalidMedia:
+        return Medium::Broken;
+    case QMediaPlayer::StalledMedia:
+        return Medium::Stalled;
+    case QMediaPlayer::EndOfMedia:
+        return Medium::Ended;
+    case QMediaPlayer::LoadedMedia:
+    case QMediaPlayer::BufferingMedia:
+    case QMediaPlayer::BufferedMedia:
+        break;
+    }
+    // Some backends call a medium loaded that they could not open.
+    if (!m_player->hasVideo() && !m_player->hasAudio() && m_player->duration() <= 0)
+        return Medium::Broken;
+    return status == QMediaPlayer::LoadedMedia ? Medium::Loaded : Medium::Buffered;
+}
+
+double MediaPlayback::duration() const
+{
+    const auto duration = m_player ? m_player->duration() : 0;
+    return duration > 0 ? seconds(duration) : unknown;
+}
+
+double MediaPlayback::position() const
+{
+    return m_player ? seconds(m_player->position()) : 0;
+}
+
+double MediaPlayback::bufferedUntil() const
+{
+    const auto ranges = m_player ? m_player->bufferedTimeRange() : QMediaTimeRange();
+    if (ranges.isEmpty())
+        return unknown;
+    for (const auto &range : ranges.intervals()) {
+        if (range.contains(m_player->position()))
+            return seconds(range.end());
+    }
+    return position();
+}
+
+void MediaPlayback::playbackStateDidChange(QMediaPlayer::PlaybackState state)
+{
+    if (state != QMediaPlayer::StoppedState)
+        m_playsWhenLoaded = false; // The host has decided meanwhile.
+    Q_EMIT stateChanged();
+}
+
+void MediaPlayback::mediaStatusDidChange(QMediaPlayer::MediaStatus status)
+{
+    Q_EMIT mediumChanged();
+    // Later: this may be part of the host's giving it another source.
+    if (m_playsWhenLoaded && !m_isLoading && status != QMediaPlayer::LoadingMedia)
+        QMetaObject::invokeMethod(this, &MediaPlayback::playLoaded, Qt::QueuedConnection);
+}
+
+void MediaPlayback::sourceDidChange()
+{
+    if (m_isLoading)
+        return;
+    m_playsWhenLoaded = false;
+    Q_EMIT sourceChanged();
+}
+
+void MediaPlayback::positionDidChange()
+{
+    if (m_isLoading || !m_player)
+        return;
+    const double elapsed = m_sincePosition.isValid() ? seconds(m_sincePosition.elapsed()) : 0;
+    m_sincePosition.start();
+    const double reached = position();
+    const double step = reached - std::exchange(m_lastPosition, reached);
+    Q_EMIT positionChanged();
+    // A player that stops goes back to the beginning: that belongs to the change of source, nobody sought. It may say
+    // that it has stopped only after it went back.
+    const auto isStopped = [this] { return state() == QMediaPlayer::StoppedState; };
+    const double played = state() == QMediaPlayer::PlayingState ? elapsed * pace() : 0;
+    if (isStopped() || std::abs(step) <= played + jumpTolerance)
+        return;
+    if (reached > 0) {
+        Q_EMIT jumped(step);
+        return;
+    }
+    const auto later = [this, isStopped, step, source = source()] {
+        if (!isStopped() && this->source() == source)
+            Q_EMIT jumped(step);
+    };
+    QMetaObject::invokeMethod(this, later, Qt::QueuedConnection);
+}
+
+} // namespace zelvano

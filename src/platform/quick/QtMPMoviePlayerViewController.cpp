@@ -1,0 +1,17 @@
+#include "QtMPMoviePlayerViewController.h"
+
+#include "MainThread.h"
+#include "QtMPMoviePlayerController.h"
+
+namespace zelvano {
+
+QtMPMoviePlayerViewController::~QtMPMoviePlayerViewController() = default;
+
+std::shared_ptr<QtMPMoviePlayerViewController> QtMPMoviePlayerViewController::create(QMediaPlayer *player,
+                                                                                     QQuickItem *videoOutput)
+{
+    return std::shared_ptr<QtMPMoviePlayerViewController>(
+        new QtMPMoviePlayerViewController(QtMPMoviePlayerController::create(player, videoOutput)), MainThreadDeleter{});
+}
+
+} // namespace zelvano

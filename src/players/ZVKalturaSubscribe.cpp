@@ -1,0 +1,190 @@
+#include "ZVKalturaSubscribe.h"
+
+#include "ClassName.h"
+#include "KPHandler.h"
+#include "MainQueue.h"
+#include "MainThread.h"
+#include "NotificationCenter.h"
+#include "PlayerEvents.h"
+
+#include <QRectF>
+
+#include <cmath>
+
+namespace zelvano {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The numbers that the player gives its delegate.
+enum LoadState { Playable = 1 };
+enum PlaybackState {
+    PageShown = 2,
+    ReadyToPlay = 3,
+    Playing = 5,
+    Paused = 6,
+    Ended = 7,
+    SeekingForward = 9,
+    SeekingBackward = 10
+};
+
+constexpr auto autoPlayExpression = "{autoPlay}"_L1;
+
+/// Invalid when the player does not offer it.
+QVariant valueOf(const QObject *player, const char *property)
+{
+    return player ? player->property(property) : QVariant();
+}
+
+} // namespace
+
+ZVKalturaSubscribe::ZVKalturaSubscribe(const std::shared_ptr<QObject> &player) : m_player(player.get()) {}
+
+ZVKalturaSubscribe::~ZVKalturaSubscribe()
+{
+    NotificationCenter::defaultCenter().removeObserver(this);
+}
+
+std::shared_ptr<ZVKalturaSubscribe> ZVKalturaSubscribe::create(const std::shared_ptr<QObject> &player)
+{
+    std::shared_ptr<ZVKalturaSubscribe> subscriber(new ZVKalturaSubscribe(player), MainThreadDeleter{});
+    if (player)
+        QMetaObject::invokeMethod(player.get(), "setDelegate", Q_ARG(QObject *, subscriber.get()));
+    // Without the controller nobody posts suggestions.
+    if (classExists("ZelvanoViewController")) {
+        NotificationCenter::defaultCenter().addObserver(subscriber.get(), SuggestionsDidFetchedNotification,
+                                                        subscriber->weakly(&ZVKalturaSubscribe::updatePlayerPlugin));
+    }
+    return subscriber;
+}
+
+void ZVKalturaSubscribe::dismissSubscriber() {}
+
+void ZVKalturaSubscribe::playerLoadStateDidChange(QObject *player, int state)
+{
+    if (state != Playable)
+        return;
+    const auto self = shared_from_this(); // A report may drop the last other reference.
+    const QPointer<QObject> caller(player);
+    sendReady();
+    // Once more each time: a player that becomes playable several times announces a choice as often.
+    listenToPlugin(caller);
+}
+
+void ZVKalturaSubscribe::playerPlaybackStateDidChange(QObject *player, int state)
+{
+    const auto self = shared_from_this();
+    const QPointer<QObject> caller(player);
+    switch (state) {
+    case PageShown:
+        sendPage();
+        break;
+    case ReadyToPlay:
+        sendReady();
+        break;
+    case Playing:
+        sendEvent(PlayerEvent::Play);
+        askForAutoPlay(caller);
+        break;
+    case Paused:
+        sendEvent(PlayerEvent::Pause);
+        break;
+    case Ended:
+        sendEvent(PlayerEvent::Ended);
+        break;
+    case SeekingForward:
+    case SeekingBackward:
+        sendEvent(PlayerEvent::Seek);
+        break;
+    default:
+        break;
+    }
+}
+
+void ZVKalturaSubscribe::listenToPlugin(QObject *player)
+{
+    const KPHandler announce = [watched = QPointer(player)](const QVariant &params) {
+        if (watched) {
+            NotificationCenter::defaultCenter().post(
+                {PluginPlayNotification, QVariant::fromValue(watched.data()), {{u"params"_s, params}}});
+        }
+    };
+    if (player) {
+        QMetaObject::invokeMethod(player, "addKPlayerEventListener", Q_ARG(QString, u"zelvanoPluginEvent"_s),
+                                  Q_ARG(QString, u"zelvanoEvent"_s), Q_ARG(zelvano::KPHandler, announce));
+    }
+}
+
+void ZVKalturaSubscribe::askForAutoPlay(QObject *player)
+{
+    const KPHandler handler = weakly(&ZVKalturaSubscribe::autoPlayDidEvaluate);
+    if (player) {
+        QMetaObject::invokeMethod(player, "asyncEvaluate", Q_ARG(QString, autoPlayExpression),
+                                  Q_ARG(QString, autoPlayExpression), Q_ARG(zelvano::KPHandler, handler));
+    }
+}
+
+void ZVKalturaSubscribe::autoPlayDidEvaluate(const QVariant &value)
+{
+    if (value.toBool())
+        sendEvent(PlayerEvent::AutoPlay);
+}
+
+void ZVKalturaSubscribe::updatePlayerPlugin(const Notification &notification)
+{
+    MainQueue::shared().post([player = QPointer(notification.object.value<QObject *>()),
+                              params = notification.userInfo.value(ZelvanoDataKey)] {
+        if (player)
+            QMetaObject::invokeMethod(player, "sendNotification", Q_ARG(QString, ZelvanoDataKey),
+                                      Q_ARG(QVariant, params));
+    });
+}
+
+/// The player is asked on the main thread only; the delivery thread, which replays events, gets the last answer.
+ZVKalturaSubscribe::Media ZVKalturaSubscribe::media() const
+{
+    if (!MainQueue::isMainThread()) {
+        const QMutexLocker lock(&m_mutex);
+        return m_media;
+    }
+    Media now;
+    if (const auto entryId = valueOf(m_player, "entryId").toString(); !entryId.isEmpty())
+        now.entryId = entryId;
+    bool isNumber = false;
+    const double duration = valueOf(m_player, "duration").toDouble(&isNumber);
+    if (isNumber && std::isfinite(duration))
+        now.duration = duration;
+    now.position = valueOf(m_player, "currentPlaybackTime").toDouble();
+    const QMutexLocker lock(&m_mutex);
+    m_media = now;
+    return now;
+}
+
+std::optional<double> ZVKalturaSubscribe::duration() const
+{
+    return media().duration;
+}
+
+double ZVKalturaSubscribe::currentPosition() const
+{
+    return media().position;
+}
+
+QString ZVKalturaSubscribe::videoId() const
+{
+    return media().entryId;
+}
+
+QObject *ZVKalturaSubscribe::parentView() const
+{
+    return valueOf(m_player, "view").value<QObject *>();
+}
+
+QSizeF ZVKalturaSubscribe::videoSize() const
+{
+    const auto size = valueOf(m_player, "videoBounds").toRectF().size();
+    return size.isEmpty() ? QSizeF(0, 0) : size;
+}
+
+} // namespace zelvano

@@ -1,0 +1,289 @@
+#include "ZVMPMoviePlayerSubscribe.h"
+
+#include "Application.h"
+#include "Logging.h"
+#include "MainQueue.h"
+#include "MainThread.h"
+#include "PlayerEvents.h"
+#include "PlayerSubscription.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace zelvano {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto pauseDelay = 100ms;
+constexpr auto positionInterval = 500ms;
+constexpr double bufferedAhead = 1.0; // Seconds; a pause with no more than that shows no recommendations.
+
+} // namespace
+
+ZVMPMoviePlayerSubscribe::ZVMPMoviePlayerSubscribe(const std::shared_ptr<QObject> &player)
+    : PlatformPlayerSubscriber(player, std::dynamic_pointer_cast<MPMoviePlayerViewController>(player) != nullptr)
+{
+}
+
+ZVMPMoviePlayerSubscribe::~ZVMPMoviePlayerSubscribe()
+{
+    MainQueue::shared().cancelPreviousPerformRequests(&m_position);
+}
+
+std::shared_ptr<ZVMPMoviePlayerSubscribe> ZVMPMoviePlayerSubscribe::create(const std::shared_ptr<QObject> &player)
+{
+    std::shared_ptr<ZVMPMoviePlayerSubscribe> subscriber(new ZVMPMoviePlayerSubscribe(player), MainThreadDeleter{});
+    subscriber->registerForPlaybackNotification();
+    return subscriber;
+}
+
+void ZVMPMoviePlayerSubscribe::registerForPlaybackNotification()
+{
+    if (const auto screen = std::dynamic_pointer_cast<MPMoviePlayerViewController>(hostObject())) {
+        // It would leave at the end of a video, where the next one is to follow.
+        NotificationCenter::defaultCenter().removeObserver(screen.get(), MPMoviePlayerPlaybackDidFinishNotification);
+    }
+    const auto watched = player();
+    if (watched) {
+        const auto sender = QVariant::fromValue<QObject *>(watched.get());
+        observe(MPMoviePlayerLoadStateDidChangeNotification, weakly(&ZVMPMoviePlayerSubscribe::moviePreloadDidFinish),
+                sender);
+        observe(MPMoviePlayerPlaybackStateDidChangeNotification,
+                weakly(&ZVMPMoviePlayerSubscribe::MPMoviePlayerPlaybackStateDidChange), sender);
+        observe(MPMoviePlayerPlaybackDidFinishNotification, weakly(&ZVMPMoviePlayerSubscribe::moviePlayBackDidFinish),
+                sender);
+        m_contentURL = QObject::connect(watched.get(), &MPMoviePlayerController::contentURLChanged,
+                                        weakly(&ZVMPMoviePlayerSubscribe::contentURLDidChange));
+    }
+    // Any player's full screen counts, not only this one's.
+    observe(DidSelecteRecommendationNotification, weakly(&ZVMPMoviePlayerSubscribe::didSelectRecommndation));
+    observe(MPMoviePlayerWillEnterFullscreenNotification, weakly(&ZVMPMoviePlayerSubscribe::didEnterFullScreen));
+    observe(MPMoviePlayerWillExitFullscreenNotification, weakly(&ZVMPMoviePlayerSubscribe::didExitFullScreen));
+    // Never heard: nobody observes the adapter yet. The engine makes an "autoPlay" of the first "play" by itself.
+    if (watched && watched->shouldAutoplay())
+        send(PlayerEvent::AutoPlay);
+}
+
+/// The chain of position readings is left alone: it goes on without a player until the adapter goes.
+void ZVMPMoviePlayerSubscribe::dismissSubscriber()
+{
+    m_contentURL = {};
+    release();
+}
+
+void ZVMPMoviePlayerSubscribe::MPMoviePlayerPlaybackStateDidChange(const Notification &)
+{
+    const auto watched = player();
+    if (!watched)
+        return;
+    switch (watched->playbackState()) {
+    case MPMoviePlaybackState::Stopped:
+        stopTimeOberver();
+        break;
+    case MPMoviePlaybackState::Playing:
+        playingDidBegin(watched->contentURL());
+        break;
+    case MPMoviePlaybackState::Paused:
+        m_isPaused = true;
+        MainQueue::shared().performAfterDelay(this, pauseDelay, weakly(&ZVMPMoviePlayerSubscribe::pauseVideo));
+        stopTimeOberver();
+        break;
+    case MPMoviePlaybackState::Interrupted:
+        ZV_LOG("interrupted");
+        break;
+    case MPMoviePlaybackState::SeekingForward:
+    case MPMoviePlaybackState::SeekingBackward:
+        seekingDidBegin(watched->currentPlaybackTime());
+        break;
+    }
+}
+
+void ZVMPMoviePlayerSubscribe::playingDidBegin(const QUrl &url)
+{
+    m_isPaused = false;
+    if (m_prevMediaUrl.isEmpty() || m_prevMediaUrl != url) {
+        m_prevMediaUrl = url;
+        send(PlayerEvent::Start);
+        send(PlayerEvent::VideoStart);
+    }
+    send(PlayerEvent::Play);
+    timeObserver();
+}
+
+void ZVMPMoviePlayerSubscribe::seekingDidBegin(double position)
+{
+    m_isPaused = false;
+    m_maxWathcedPosition = std::max(m_maxWathcedPosition, position);
+    send(PlayerEvent::Seek);
+}
+
+void ZVMPMoviePlayerSubscribe::pauseVideo()
+{
+    if (!m_isPaused)
+        return;
+    send(PlayerEvent::Pause);
+    const auto watched = player();
+    if (!watched || (m_isFirstTime && Application::shared().isTransitionInFront()))
+        return;
+    const auto size = watched->naturalSize();
+    ZV_LOG("{" << size.width() << ", " << size.height() << "}");
+    const double playable = watched->playableDuration();
+    if (playable > watched->currentPlaybackTime() + bufferedAhead || playable == watched->duration())
+        addRecommendationView();
+    m_isFirstTime = true;
+}
+
+void ZVMPMoviePlayerSubscribe::moviePlayBackDidFinish(const Notification &notification)
+{
+    // A notification without a reason counts as the end.
+    const int reason = notification.userInfo.value(MPMoviePlayerPlaybackDidFinishReasonUserInfoKey).toInt();
+    switch (static_cast<MPMovieFinishReason>(reason)) {
+    case MPMovieFinishReason::PlaybackEnded:
+        playbackDidEnd();
+        break;
+    case MPMovieFinishReason::PlaybackError:
+        ZV_LOG("An error was encountered during playback");
+        break;
+    case MPMovieFinishReason::UserExited:
+        ZV_LOG("MPMovieFinishReasonUserExited");
+        send(PlayerEvent::End);
+        send(PlayerEvent::Done);
+        break;
+    }
+}
+
+/// The end of a video that is being replaced, or stopped short of what was buffered, is none.
+void ZVMPMoviePlayerSubscribe::playbackDidEnd()
+{
+    const auto watched = player();
+    const bool isWhole = watched && watched->currentPlaybackTime() >= watched->playableDuration();
+    if (!isWhole || m_isChangedSource) {
+        m_isChangedSource = false;
+        return;
+    }
+    if (const auto receiver = observer())
+        receiver->setSelectionByUser(false);
+    send(PlayerEvent::End);
+}
+
+/// The combination of playable and through-OK is intentionally not ready: it would be reported twice.
+void ZVMPMoviePlayerSubscribe::moviePreloadDidFinish(const Notification &)
+{
+    const auto watched = player();
+    if (!watched)
+        return;
+    if (watched->loadState() == MPMovieLoadState::Playable)
+        sendReady();
+    else if (watched->loadState() == MPMovieLoadState::Stalled)
+        ZV_LOG("stalled");
+}
+
+void ZVMPMoviePlayerSubscribe::contentURLDidChange()
+{
+    if (!m_prevMediaUrl.isEmpty())
+        send(PlayerEvent::Progress);
+}
+
+void ZVMPMoviePlayerSubscribe::didEnterFullScreen(const Notification &)
+{
+    m_isFullScreen = true;
+}
+
+void ZVMPMoviePlayerSubscribe::didExitFullScreen(const Notification &)
+{
+    if (m_isPaused)
+        addRecommendationView();
+    m_isFullScreen = false;
+}
+
+/// Each entry into the playing state begins a further chain of readings; one stop ends them all.
+void ZVMPMoviePlayerSubscribe::timeObserver()
+{
+    m_position = currentPosition();
+    MainQueue::shared().performAfterDelay(&m_position, positionInterval,
+                                          weakly(&ZVMPMoviePlayerSubscribe::timeObserver));
+}
+
+void ZVMPMoviePlayerSubscribe::stopTimeOberver()
+{
+    MainQueue::shared().cancelPreviousPerformRequests(&m_position);
+}
+
+/// The host that announced the choice switches the video itself: the old one's finish is then no end.
+void ZVMPMoviePlayerSubscribe::didSelectRecommndation(const Notification &)
+{
+    m_isChangedSource = true;
+    send(PlayerEvent::RecommendationClick);
+}
+
+void ZVMPMoviePlayerSubscribe::setNextVideo(const QString &url)
+{
+    MainQueue::shared().post([next = weakly(&ZVMPMoviePlayerSubscribe::playNextVideo), url] { next(url); });
+}
+
+void ZVMPMoviePlayerSubscribe::playNextVideo(const QString &text)
+{
+    const auto watched = player();
+    if (!watched)
+        return;
+    watched->stop();
+    if (!text.isNull()) {
+        ZV_LOG("video-url: " << text);
+        const QUrl url(text, QUrl::StrictMode);
+        if (url.isValid())
+            watched->setContentURL(url);
+        else
+            ZV_LOG("Error: the next video has no valid URL, the video stays");
+    }
+    watched->play();
+}
+
+std::shared_ptr<MPMoviePlayerController> ZVMPMoviePlayerSubscribe::player() const
+{
+    const auto object = hostObject();
+    if (!isViewController())
+        return std::dynamic_pointer_cast<MPMoviePlayerController>(object);
+    const auto screen = std::dynamic_pointer_cast<MPMoviePlayerViewController>(object);
+    return screen ? screen->moviePlayer() : nullptr;
+}
+
+std::optional<double> ZVMPMoviePlayerSubscribe::duration() const
+{
+    const auto watched = player();
+    return watched ? watched->duration() : 0;
+}
+
+double ZVMPMoviePlayerSubscribe::currentPosition() const
+{
+    const auto watched = player();
+    return watched ? watched->currentPlaybackTime() : 0;
+}
+
+QString ZVMPMoviePlayerSubscribe::playerId() const
+{
+    return zelvano::playerId;
+}
+
+QString ZVMPMoviePlayerSubscribe::videoId() const
+{
+    const auto watched = player();
+    const auto url = watched ? watched->contentURL() : QUrl();
+    return url.isEmpty() ? QString() : url.toString(QUrl::FullyEncoded);
+}
+
+QObject *ZVMPMoviePlayerSubscribe::parentView() const
+{
+    const auto watched = player();
+    return watched ? watched->view() : nullptr;
+}
+
+QSizeF ZVMPMoviePlayerSubscribe::videoSize() const
+{
+    const auto watched = player();
+    return watched ? watched->naturalSize() : QSizeF(0, 0);
+}
+
+} // namespace zelvano
