@@ -63,9 +63,11 @@ struct Settings
     QString apiUrl{}; // null: the host that the request named
 };
 
-// The recommendation service on 127.0.0.1, with the layout page, the sample videos and their images. Paths:
+// The recommendation service on 127.0.0.1, with the layout page, a web player, the sample videos and their images.
+// Paths:
 //   .../users/id .../channels/init/zelvano .../events .../keepalive    the service's calls, under any prefix
 //   /layout/   /media/N.mp4   /thumbnails/N.jpg   /strips/N.jpg        N from 1
+//   /kaltura/?entryId=N&autoPlay=true    a web player; N as above, or a videoId of the service
 //   /          what was called, to be read in a browser
 //   /test/echo   /test/bytes/N   /test/gzip/N   /test/redirect/N   /test/redirect-loop
 // All operations but start() and stop() may be called from any thread.

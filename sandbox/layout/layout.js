@@ -7,6 +7,7 @@
   const roomyCard = 190;
   const aspect = 16 / 9;
 
+  const clock = window.zelvanoClock;
   const categoryNames = { FORYOU: "For you", MOSTVIEWED: "Most viewed", MOSTRECENT: "Most recent" };
 
   const panel = document.getElementById("panel");
@@ -17,21 +18,6 @@
 
   const text = (value) => (typeof value === "string" ? value : "");
   const buttons = () => Array.from(list.querySelectorAll("button"));
-
-  function clock(seconds) {
-    const pad = (number) => String(number).padStart(2, "0");
-    const [hours, minutes, rest] = [Math.floor(seconds / 3600), Math.floor(seconds / 60) % 60, seconds % 60];
-    return hours > 0 ? `${hours}:${pad(minutes)}:${pad(rest)}` : `${minutes}:${pad(rest)}`;
-  }
-
-  function spoken(seconds) {
-    const amount = (number, unit) => (number === 0 ? "" : `${number} ${unit}${number === 1 ? "" : "s"}`);
-    return [
-      amount(Math.floor(seconds / 3600), "hour"),
-      amount(Math.floor(seconds / 60) % 60, "minute"),
-      amount(seconds % 60, "second"),
-    ].filter(Boolean).join(" ");
-  }
 
   function makeCard(video, index) {
     const item = template.content.firstElementChild.cloneNode(true);
@@ -44,10 +30,10 @@
     button.dataset.index = String(index);
     button.dataset.category = category;
     button.style.setProperty("--order", String(Math.min(index, 8)));
-    button.setAttribute("aria-label", [title, spoken(seconds), categoryNames[category]].filter(Boolean).join(", "));
+    button.setAttribute("aria-label", [title, clock.spoken(seconds), categoryNames[category]].filter(Boolean).join(", "));
 
     find(".title").textContent = title;
-    find(".duration").textContent = seconds > 0 ? clock(seconds) : "";
+    find(".duration").textContent = seconds > 0 ? clock.text(seconds) : "";
     find(".category").textContent = categoryNames[category] ?? "";
 
     const picture = find("img");

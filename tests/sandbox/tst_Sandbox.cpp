@@ -148,6 +148,8 @@ private Q_SLOTS:
 
     void expiredChannel();
     void everyVideoIsServed();
+    void pages_data();
+    void pages();
 
     void faults_data();
     void faults();
@@ -220,6 +222,32 @@ void tst_Sandbox::everyVideoIsServed()
         }
     }
     QCOMPARE(titles.size(), 9);
+}
+
+void tst_Sandbox::pages_data()
+{
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QByteArray>("type");
+
+    QTest::newRow("/layout/") << 200 << "text/html; charset=utf-8"_ba;
+    QTest::newRow("/kaltura/?entryId=3&autoPlay=true") << 200 << "text/html; charset=utf-8"_ba;
+    QTest::newRow("/kaltura/player.css") << 200 << "text/css; charset=utf-8"_ba;
+    QTest::newRow("/kaltura/player.js") << 200 << "text/javascript; charset=utf-8"_ba;
+    QTest::newRow("/kaltura/zelvano-plugin.js") << 200 << "text/javascript; charset=utf-8"_ba;
+    QTest::newRow("/shared/clock.js") << 200 << "text/javascript; charset=utf-8"_ba;
+    QTest::newRow("/kaltura/missing.js") << 404 << "text/plain"_ba;
+    QTest::newRow("/kaltura/../layout/index.html") << 404 << "text/plain"_ba;
+}
+
+void tst_Sandbox::pages()
+{
+    QFETCH(int, status);
+    QFETCH(QByteArray, type);
+
+    const Answer page = ask("GET", QTest::currentDataTag());
+    QCOMPARE(page.status, status);
+    QCOMPARE(page.header("content-type"), type);
+    QVERIFY(page.complete && !page.body.isEmpty());
 }
 
 void tst_Sandbox::faults_data()
