@@ -2,28 +2,28 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 import QtQuick.Controls.Basic
-import QtMultimedia
 
-// Play, seek and time of the host's player.
+// Play, seek and time of the host's player; of one with controls of its own only the title.
 Item {
     id: controls
 
-    required property MediaPlayer player
+    required property QtObject deck // Null before there is a player.
     property string caption
 
-    readonly property bool playing: player.playbackState === MediaPlayer.PlayingState
+    readonly property bool playing: deck?.playing ?? false
+    readonly property bool complete: !(deck?.hasControls ?? false)
 
     implicitHeight: 104
 
     function toggle() {
         if (playing)
-            player.pause();
+            deck.pause();
         else
-            player.play();
+            deck.play();
     }
 
-    function clock(milliseconds) {
-        const seconds = Math.floor(milliseconds / 1000);
+    function clock(time) {
+        const seconds = Math.floor(time);
         return Math.floor(seconds / 60) + ":" + String(seconds % 60).padStart(2, "0");
     }
 
@@ -34,9 +34,10 @@ Item {
         width: parent.width - 2 * x
         height: 20
         padding: 0
-        to: Math.max(1, controls.player.duration)
-        value: controls.player.position
-        onMoved: controls.player.position = value
+        visible: controls.complete
+        to: Math.max(0.001, controls.deck?.duration ?? 0)
+        value: controls.deck?.position ?? 0
+        onMoved: controls.deck.position = value
         Accessible.name: qsTr("Position")
 
         background: Rectangle {
@@ -66,6 +67,7 @@ Item {
 
     AbstractButton {
         id: button
+        visible: controls.complete
         x: 24
         y: 42
         width: 48
@@ -107,7 +109,7 @@ Item {
     }
 
     Text {
-        anchors { left: button.right; leftMargin: 16; right: time.left; rightMargin: 16; verticalCenter: button.verticalCenter }
+        anchors { left: button.visible ? button.right : parent.left; leftMargin: button.visible ? 16 : 24; right: time.left; rightMargin: 16; verticalCenter: button.verticalCenter }
         text: controls.caption
         elide: Text.ElideRight
         color: Theme.text
@@ -117,7 +119,8 @@ Item {
     Text {
         id: time
         anchors { right: parent.right; rightMargin: 24; verticalCenter: button.verticalCenter }
-        text: controls.clock(controls.player.position) + " / " + controls.clock(controls.player.duration)
+        visible: controls.complete
+        text: controls.clock(controls.deck?.position ?? 0) + " / " + controls.clock(controls.deck?.duration ?? 0)
         color: Theme.faint
         font.pixelSize: 14
     }

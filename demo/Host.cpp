@@ -3,8 +3,7 @@
 #include "Application.h"
 #include "Device.h"
 #include "PlayerEvents.h"
-#include "QtAVPlayer.h"
-#include "QtAVPlayerViewController.h"
+#include "PluginFeed.h"
 #include "UserDefaults.h"
 #include "ZVAPIObject.h"
 
@@ -57,10 +56,14 @@ bool Host::reachService()
 void Host::attach(QQuickWindow *window)
 {
     m_window = window;
-    m_mediaPlayer = window->findChild<QMediaPlayer *>(u"mediaPlayer"_s);
+    m_deck =
+        Deck::create(m_options.player, window->findChild<QMediaPlayer *>(u"mediaPlayer"_s),
+                     window->findChild<QQuickItem *>(u"videoOutput"_s), window->findChild<QQuickItem *>(u"webPlace"_s));
     Application::shared().setKeyWindow(window);
-    connect(m_mediaPlayer, &QMediaPlayer::sourceChanged, this, &Host::updateTitle);
-    m_mediaPlayer->setSource(firstVideo());
+    connect(m_deck.get(), &Deck::videoChanged, this, &Host::updateTitle);
+    m_deck->load(firstVideo());
+    updateTitle();
+    Q_EMIT deckChanged();
 
     connect(&m_trace, &Trace::added, this, &Host::watchOverlay);
     m_restart.setSingleShot(true);
@@ -72,7 +75,6 @@ void Host::attach(QQuickWindow *window)
 
 void Host::startSession()
 {
-    auto *output = m_window->findChild<QQuickItem *>(u"videoOutput"_s);
     m_seeksOverlay = true;
     m_controller = ZelvanoViewController::create(m_options.apiKey);
     m_controller->setSuggestionsSize(m_options.suggestions);
@@ -83,15 +85,12 @@ void Host::startSession()
         view->setDelegate(m_controller);
         m_controller->setRecommendationView(view);
     }
-    if (m_options.player == "avplayer"_L1) {
-        const auto player = QtAVPlayer::create(m_mediaPlayer, output);
-        m_witness->watchPlayer(player);
-        m_controller->setPlayer(player, m_options.page);
-    } else {
-        const auto screen = QtAVPlayerViewController::create(m_mediaPlayer, output);
-        m_witness->watchPlayer(screen->player());
-        m_controller->setPlayer(screen, m_options.page);
+    const auto player = m_deck->newPlayer(*m_witness);
+    if (m_deck->webView()) {
+        m_controller->addPlayer(player);
+        m_controller->zelvano()->addListener(std::make_shared<PluginFeed>(m_controller, player));
     }
+    m_controller->setPlayer(player, m_options.page);
 }
 
 /// A resized window counts as the closing of the player. A person's session then starts anew, a script's does not.
@@ -101,14 +100,21 @@ void Host::sessionMayHaveEnded(const QJsonObject &entry)
         m_restart.start();
 }
 
-void Host::updateTitle(const QUrl &source)
+void Host::updateTitle()
 {
-    m_title = source.fileName();
+    const auto id = m_deck->videoId();
+    m_title = isFirstVideo(id) ? u"Northern Lights"_s : QUrl(id).fileName();
     for (const auto &video : m_controller ? m_controller->videoList() : ZVVideoList()) {
-        if (video->url() == source)
+        if (video->url() == QUrl(id) || video->videoId() == id)
             m_title = video->title();
     }
     Q_EMIT titleChanged();
+}
+
+/// The service's first sample, which the host shows of itself and nobody has recommended.
+bool Host::isFirstVideo(const QString &id) const
+{
+    return m_options.video.isEmpty() && (id.isEmpty() || id == "sandbox-1"_L1 || QUrl(id) == firstVideo());
 }
 
 QUrl Host::firstVideo() const

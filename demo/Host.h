@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Deck.h"
 #include "NativeView.h"
 #include "Options.h"
 #include "Sandbox.h"
@@ -8,7 +9,6 @@
 #include "Witness.h"
 #include "ZelvanoViewController.h"
 
-#include <QMediaPlayer>
 #include <QObject>
 #include <QQuickWindow>
 #include <QTimer>
@@ -24,6 +24,7 @@ class Host : public QObject
     Q_PROPERTY(QAbstractItemModel *timeline READ timeline CONSTANT)
     Q_PROPERTY(bool hasNativeView READ hasNativeView CONSTANT)
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
+    Q_PROPERTY(demo::Deck *deck READ deck NOTIFY deckChanged)
 
 public:
     Host(const Options &options, Trace &trace);
@@ -37,12 +38,14 @@ public:
     QAbstractItemModel *timeline() { return &m_timeline; }
     bool hasNativeView() const { return m_nativeView.view() != nullptr; }
     const NativeView &nativeView() const { return m_nativeView; }
-    /// The title of the video that plays; the file's name while the service has not told it.
+    /// The title of the video that plays; the file's name for one that the service has not told of.
     QString title() const { return m_title; }
     Q_SIGNAL void titleChanged();
 
     QQuickWindow *window() const { return m_window; }
-    QMediaPlayer *mediaPlayer() const { return m_mediaPlayer; }
+    /// Null before the window is attached.
+    Deck *deck() const { return m_deck.get(); }
+    Q_SIGNAL void deckChanged();
     /// Null before the first recommendation and after dismiss().
     zelvano::ZVTopRecommendationView *overlay() const { return m_overlay; }
 
@@ -56,7 +59,8 @@ public:
 
 private:
     QUrl firstVideo() const;
-    void updateTitle(const QUrl &source);
+    bool isFirstVideo(const QString &id) const;
+    void updateTitle();
     void startSession();
     void sessionMayHaveEnded(const QJsonObject &entry);
     void watchOverlay();
@@ -70,7 +74,7 @@ private:
     QString m_service;
     QString m_title;
     QPointer<QQuickWindow> m_window;
-    QPointer<QMediaPlayer> m_mediaPlayer;
+    std::unique_ptr<Deck> m_deck;
     QPointer<zelvano::ZVTopRecommendationView> m_overlay;
     std::shared_ptr<Witness> m_witness;
     NativeView m_nativeView;

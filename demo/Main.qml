@@ -12,6 +12,7 @@ Window {
     required property QtObject host
 
     readonly property bool wide: width >= 900
+    readonly property bool fullscreen: visibility === Window.FullScreen
     readonly property bool hasNativeView: host.hasNativeView
     readonly property real sideWidth: !wide ? width : hasNativeView ? Math.round(width * 0.42) : Math.min(400, width * 0.32)
 
@@ -40,25 +41,34 @@ Window {
     VideoOutput {
         id: videoOutput
         objectName: "videoOutput"
-        width: window.wide ? window.width - window.sideWidth : window.width
-        height: Math.min(width * 9 / 16, window.height - controls.height)
+        width: window.wide && !window.fullscreen ? window.width - window.sideWidth : window.width
+        height: window.fullscreen ? window.height : Math.min(width * 9 / 16, window.height - controls.height)
+    }
+
+    // A web player's page.
+    Item {
+        objectName: "webPlace"
+        width: videoOutput.width
+        height: videoOutput.height
     }
 
     TapHandler {
         parent: videoOutput
+        enabled: controls.complete
         onTapped: controls.toggle()
     }
 
     Controls {
         id: controls
-        player: mediaPlayer
+        visible: !window.fullscreen
+        deck: window.host.deck
         caption: window.host.title
         y: videoOutput.height
         width: videoOutput.width
     }
 
     Text {
-        visible: window.wide && !window.hasNativeView
+        visible: window.wide && !window.hasNativeView && !window.fullscreen
         y: controls.y + controls.height
         x: 24
         width: videoOutput.width - 2 * x
@@ -68,13 +78,15 @@ Window {
         textFormat: Text.StyledText
         color: Theme.faint
         font.pixelSize: 13
-        text: qsTr("Pause the video: half a second later further videos are laid over it. Pick one, swipe them away, " +
-                   "or press Escape.")
+        text: controls.complete
+              ? qsTr("Pause the video: half a second later further videos are laid over it. Pick one, swipe them away, " +
+                     "or press Escape.")
+              : qsTr("Pause the video: the player's own plug-in shows further videos. Pick one, and the host plays it.")
     }
 
     Item {
         objectName: "nativePlace"
-        visible: window.hasNativeView
+        visible: window.hasNativeView && !window.fullscreen
         x: window.wide ? videoOutput.width : 0
         y: window.wide ? 0 : controls.y + controls.height
         width: window.sideWidth
@@ -82,7 +94,7 @@ Window {
     }
 
     Timeline {
-        visible: window.wide || !window.hasNativeView
+        visible: (window.wide || !window.hasNativeView) && !window.fullscreen
         model: window.host.timeline
         x: window.wide && !window.hasNativeView ? videoOutput.width : 0
         y: window.wide && !window.hasNativeView ? 0 : controls.y + controls.height

@@ -1,5 +1,7 @@
 #include "Options.h"
 
+#include "Deck.h"
+
 #include <QCommandLineParser>
 
 #include <cstdio>
@@ -10,11 +12,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QStringList &players()
-{
-    static const QStringList names{u"avplayer"_s, u"avplayerviewcontroller"_s};
-    return names;
-}
+constexpr int defaultSuggestions = 6;
+constexpr int defaultPluginSuggestions = 7; // A plug-in gets six of them, and nothing unless there are more.
 
 const QStringList &views()
 {
@@ -36,10 +35,10 @@ std::optional<Options> Options::parse(const QStringList &arguments)
                                      u"host:port"_s);
     const QCommandLineOption apiKey(u"api-key"_s, u"The host's API key."_s, u"key"_s, u"demo-key"_s);
     const QCommandLineOption page(u"page"_s, u"The page identifier."_s, u"id"_s, u"demo-page"_s);
-    const QCommandLineOption suggestions(u"suggestions"_s, u"How many videos to ask for."_s, u"n"_s, u"6"_s);
+    const QCommandLineOption suggestions(u"suggestions"_s, u"How many videos to ask for."_s, u"n"_s);
     const QCommandLineOption defaults(u"defaults"_s, u"Keep the user's identity in <file>."_s, u"file"_s);
-    const QCommandLineOption player(u"player"_s, u"The kind of player: "_s + players().join(", "_L1) + u'.', u"kind"_s,
-                                    u"avplayerviewcontroller"_s);
+    const QCommandLineOption player(u"player"_s, u"The kind of player: "_s + Deck::kinds().join(", "_L1) + u'.',
+                                    u"kind"_s, u"avplayerviewcontroller"_s);
     const QCommandLineOption view(u"view"_s, u"The native view: "_s + views().join(", "_L1) + u'.', u"kind"_s,
                                   u"none"_s);
     const QCommandLineOption video(u"video"_s, u"The first video."_s, u"url"_s);
@@ -53,14 +52,16 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     parser.addOptions({service, apiKey, page, suggestions, defaults, player, view, video, script, screenshots, trace});
     parser.process(arguments);
 
-    bool isNumber = false;
+    bool isNumber = true;
     Options options;
     options.service = parser.value(service);
     options.apiKey = parser.value(apiKey);
     options.page = parser.value(page);
-    options.suggestions = parser.value(suggestions).toInt(&isNumber);
     options.defaults = parser.value(defaults);
     options.player = parser.value(player);
+    options.suggestions = options.player == "kaltura"_L1 ? defaultPluginSuggestions : defaultSuggestions;
+    if (parser.isSet(suggestions))
+        options.suggestions = parser.value(suggestions).toInt(&isNumber);
     options.view = parser.value(view);
     options.video = QUrl::fromUserInput(parser.value(video));
     options.script = parser.value(script);
@@ -68,8 +69,8 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     options.trace = parser.value(trace);
     if (!isNumber || options.suggestions < 0)
         return refuse(u"--suggestions takes a number"_s);
-    if (!players().contains(options.player))
-        return refuse(u"--player takes one of "_s + players().join(", "_L1));
+    if (!Deck::kinds().contains(options.player))
+        return refuse(u"--player takes one of "_s + Deck::kinds().join(", "_L1));
     if (!views().contains(options.view))
         return refuse(u"--view takes one of "_s + views().join(", "_L1));
     if (!options.service.isEmpty() && !options.service.contains(u':'))

@@ -21,7 +21,8 @@ const QHash<QString, Arity> &arities()
         {u"wait"_s, {1, 1}},         {u"wait-for"_s, {1, 5}}, {u"tap"_s, {1, 1}},
         {u"tap-cell"_s, {1, 1}},     {u"swipe"_s, {1, 1}},    {u"dismiss-overlay"_s, {0, 0}},
         {u"notify-click"_s, {1, 1}}, {u"rotate"_s, {1, 1}},   {u"resize"_s, {2, 2}},
-        {u"screenshot"_s, {1, 1}},   {u"dismiss"_s, {0, 0}},  {u"quit"_s, {0, 0}},
+        {u"fullscreen"_s, {1, 1}},   {u"exit"_s, {0, 0}},     {u"screenshot"_s, {1, 1}},
+        {u"dismiss"_s, {0, 0}},      {u"quit"_s, {0, 0}},
     };
     return table;
 }

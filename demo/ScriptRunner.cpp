@@ -84,6 +84,8 @@ void ScriptRunner::next()
         {u"notify-click"_s, &ScriptRunner::notifyClick},
         {u"rotate"_s, &ScriptRunner::rotate},
         {u"resize"_s, &ScriptRunner::resize},
+        {u"fullscreen"_s, &ScriptRunner::fullscreen},
+        {u"exit"_s, &ScriptRunner::exit},
         {u"screenshot"_s, &ScriptRunner::screenshot},
         {u"dismiss"_s, &ScriptRunner::dismiss},
         {u"quit"_s, &ScriptRunner::quit},
@@ -119,19 +121,19 @@ bool ScriptRunner::expectationIsMet() const
 
 void ScriptRunner::play(const QStringList &)
 {
-    m_host.mediaPlayer()->play();
+    m_host.deck()->play();
     nextAfter(0);
 }
 
 void ScriptRunner::pause(const QStringList &)
 {
-    m_host.mediaPlayer()->pause();
+    m_host.deck()->pause();
     nextAfter(0);
 }
 
 void ScriptRunner::seek(const QStringList &words)
 {
-    m_host.mediaPlayer()->setPosition(qRound64(words[0].toDouble() * 1000));
+    m_host.deck()->seek(words[0].toDouble());
     nextAfter(0);
 }
 
@@ -173,10 +175,10 @@ void ScriptRunner::waitFor(const QStringList &givenWords)
 /// QML engine: another one's callback would be dropped.
 void ScriptRunner::tap(const QStringList &words)
 {
-    auto *webView = m_host.overlay() ? m_host.overlay()->webView() : nullptr;
+    auto *webView = pageOfVideos();
     auto *engine = webView ? qmlEngine(webView) : nullptr;
     if (!engine) {
-        fail(u"there is no overlay"_s);
+        fail(u"there is no page"_s);
         return;
     }
     const auto script = uR"((() => {
@@ -193,12 +195,20 @@ void ScriptRunner::tap(const QStringList &words)
 
 void ScriptRunner::tapLocated(const QVariant &point)
 {
-    auto *overlay = m_host.overlay();
-    if (!overlay || !overlay->webView() || !point.canConvert<QPointF>()) {
+    auto *webView = pageOfVideos();
+    if (!webView || !point.canConvert<QPointF>()) {
         fail(u"the page has no such element"_s);
         return;
     }
-    tapAt(m_host.window(), overlay->webView()->mapToScene(point.toPointF()), [this] { nextAfter(0); });
+    tapAt(m_host.window(), webView->mapToScene(point.toPointF()), [this] { nextAfter(0); });
+}
+
+/// A web player shows the videos in its own page.
+QQuickItem *ScriptRunner::pageOfVideos() const
+{
+    if (auto *page = m_host.deck()->webView())
+        return page;
+    return m_host.overlay() ? m_host.overlay()->webView() : nullptr;
 }
 
 void ScriptRunner::tapCell(const QStringList &words)
@@ -248,6 +258,18 @@ void ScriptRunner::rotate(const QStringList &words)
 void ScriptRunner::resize(const QStringList &words)
 {
     m_host.window()->resize(words[0].toInt(), words[1].toInt());
+    nextAfter(0);
+}
+
+void ScriptRunner::fullscreen(const QStringList &words)
+{
+    m_host.deck()->setFullscreen(words[0] == "on"_L1);
+    nextAfter(0);
+}
+
+void ScriptRunner::exit(const QStringList &)
+{
+    m_host.deck()->exit();
     nextAfter(0);
 }
 

@@ -11,6 +11,8 @@
 
 class QPointF;
 
+class QQuickItem;
+
 namespace demo {
 
 class Host;
@@ -33,6 +35,7 @@ Q_SIGNALS:
     void finished(int exitStatus);
 
 private:
+    QQuickItem *pageOfVideos() const;
     using Action = void (ScriptRunner::*)(const QStringList &);
 
     void next();
@@ -53,6 +56,8 @@ private:
     void notifyClick(const QStringList &words);
     void rotate(const QStringList &words);
     void resize(const QStringList &words);
+    void fullscreen(const QStringList &words);
+    void exit(const QStringList &words);
     void screenshot(const QStringList &words);
     void dismiss(const QStringList &);
     void quit(const QStringList &);

@@ -1,5 +1,8 @@
 #include "Witness.h"
 
+#include "MPMoviePlayerController.h"
+#include "PlayerEvents.h"
+
 #include "Device.h"
 #include "PlayerEvents.h"
 #include "Trace.h"
@@ -46,14 +49,42 @@ Witness::~Witness()
 
 void Witness::watchNotifications()
 {
-    for (const auto &name : {SuggestionsDidFetchedNotification, DidSelecteRecommendationNotification,
-                             AVPlayerItemDidPlayToEndTimeNotification, UIDeviceOrientationDidChangeNotification}) {
+    for (const auto &name :
+         {SuggestionsDidFetchedNotification, DidSelecteRecommendationNotification, PluginPlayNotification,
+          AVPlayerItemDidPlayToEndTimeNotification, MPMoviePlayerLoadStateDidChangeNotification,
+          MPMoviePlayerPlaybackStateDidChangeNotification, MPMoviePlayerPlaybackDidFinishNotification,
+          MPMoviePlayerWillEnterFullscreenNotification, MPMoviePlayerWillExitFullscreenNotification,
+          UIDeviceOrientationDidChangeNotification}) {
         NotificationCenter::defaultCenter().addObserver(this, name, [this](const Notification &notification) {
             m_trace.add(u"notification"_s, {{"what"_L1, notification.name},
                                             {"object"_L1, notification.object.toString()},
                                             {"userInfo"_L1, QJsonObject::fromVariantMap(notification.userInfo)}});
+            noteMovie(notification);
         });
     }
+}
+
+/// The notification tells only that something changed.
+void Witness::noteMovie(const Notification &notification)
+{
+    const auto *movie = qobject_cast<MPMoviePlayerController *>(notification.object.value<QObject *>());
+    if (movie && notification.name == MPMoviePlayerPlaybackStateDidChangeNotification) {
+        m_trace.add(u"player"_s,
+                    {{"what"_L1, u"playbackState"_s}, {"value"_L1, static_cast<int>(movie->playbackState())}});
+    }
+    if (movie && notification.name == MPMoviePlayerLoadStateDidChangeNotification)
+        m_trace.add(u"player"_s, {{"what"_L1, u"loadState"_s}, {"value"_L1, movie->loadState().toInt()}});
+}
+
+void Witness::watchPlayer(const std::shared_ptr<KPViewController> &player)
+{
+    auto *const observed = player.get();
+    QObject::connect(observed, &KPViewController::loadStateChanged, observed, [this](int state) {
+        m_trace.add(u"player"_s, {{"what"_L1, u"loadState"_s}, {"value"_L1, state}});
+    });
+    QObject::connect(observed, &KPViewController::playbackStateChanged, observed, [this](int state) {
+        m_trace.add(u"player"_s, {{"what"_L1, u"playbackState"_s}, {"value"_L1, state}});
+    });
 }
 
 void Witness::watchPlayer(const std::shared_ptr<AVPlayer> &player)

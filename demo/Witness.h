@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AVPlayer.h"
+#include "KPViewController.h"
 #include "NotificationCenter.h"
 #include "UrlSession.h"
 #include "ZelvanoDelegate.h"
@@ -26,6 +27,7 @@ public:
 
     void watchNotifications();
     void watchPlayer(const std::shared_ptr<zelvano::AVPlayer> &player);
+    void watchPlayer(const std::shared_ptr<zelvano::KPViewController> &player);
     /// The overlay, once there is one; again does nothing.
     void watchOverlay(zelvano::ZVTopRecommendationView *overlay);
     // UrlTrafficObserver
@@ -47,6 +49,7 @@ public:
     void didSelectDone(zelvano::ZelvanoViewController *controller) override;
 
 private:
+    void noteMovie(const zelvano::Notification &notification);
     void overlayDidAppear();
 
     Trace &m_trace;

@@ -57,11 +57,13 @@ QJsonObject toJson(const QString &baseUrl, size_t index, size_t round)
     };
 }
 
-// Where the list starts: behind the video that plays, or at the beginning when it is none of these.
-size_t firstIndex(const QString &baseUrl, const QString &playingUrl)
+// Where the list starts: behind the video that plays, by its URL or its identifier, or at the beginning when it is
+// none of these.
+size_t firstIndex(const QString &baseUrl, const QString &playing)
 {
     for (size_t index = 0; index < videos.size(); ++index) {
-        if (playingUrl == fileUrl(baseUrl, "/media/"_L1, index, ".mp4"_L1))
+        const auto id = u"sandbox-%1"_s.arg(index + 1);
+        if (playing == fileUrl(baseUrl, "/media/"_L1, index, ".mp4"_L1) || playing.section(u'-', 0, 1) == id)
             return index + 1;
     }
     return 0;
@@ -69,10 +71,10 @@ size_t firstIndex(const QString &baseUrl, const QString &playingUrl)
 
 } // namespace
 
-QJsonArray recommendedVideos(const QString &baseUrl, const QString &playingUrl, int count)
+QJsonArray recommendedVideos(const QString &baseUrl, const QString &playing, int count)
 {
     QJsonArray list;
-    const size_t first = firstIndex(baseUrl, playingUrl);
+    const size_t first = firstIndex(baseUrl, playing);
     for (size_t position = 0; position < static_cast<size_t>(std::max(count, 0)); ++position)
         list.append(toJson(baseUrl, (first + position) % videos.size(), position / videos.size()));
     return list;

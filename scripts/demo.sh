@@ -21,10 +21,12 @@ mkdir -p "$out"
 runtime=$(mktemp -d)
 trap 'rm -rf "$runtime"' EXIT
 chmod 700 "$runtime"
+script=demo/session.script
+case " $* " in *" --player kaltura "* | *" --player=kaltura "*) script=demo/kaltura.script ;; esac
 status=0
 # The web and media engines report on themselves at length; what the demo itself says on stderr comes last.
 XDG_RUNTIME_DIR=$runtime xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' \
-  "$demo" --script demo/session.script --screenshots "$out" --trace "$out/trace.jsonl" \
+  "$demo" --script "$script" --screenshots "$out" --trace "$out/trace.jsonl" \
   --defaults "$out/defaults.ini" "$@" 2>"$out/stderr.log" || status=$?
 if [ "$status" -ne 0 ]; then
   tail -n 5 "$out/stderr.log" >&2

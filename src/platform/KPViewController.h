@@ -53,6 +53,10 @@ public:
     virtual double currentPlaybackTime() const = 0;
     Q_SIGNAL void mediaChanged();
 
+    // What the delegate was told, for a host to hear: the library is the delegate.
+    Q_SIGNAL void loadStateChanged(int state);
+    Q_SIGNAL void playbackStateChanged(int state);
+
     /// Hears of an event that the page or a plug-in raises. Each registration is called, those of the same id too.
     Q_INVOKABLE virtual void addKPlayerEventListener(const QString &event, const QString &eventID,
                                                      const zelvano::KPHandler &handler) = 0;

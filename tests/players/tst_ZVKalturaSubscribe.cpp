@@ -1,5 +1,5 @@
+#include "FakeKalturaPlayer.h"
 #include "FakePlayer.h"
-#include "KPViewController.h"
 #include "MainQueue.h"
 #include "PlayerEvents.h"
 #include "ZVKalturaSubscribe.h"
@@ -15,43 +15,6 @@ using namespace std::chrono_literals;
 using namespace zelvano;
 
 namespace {
-
-/// Keeps what it is told and asked.
-class FakeKalturaPlayer : public KPViewController
-{
-public:
-    QString entryId() const override { return entry; }
-    double duration() const override { return length; }
-    double currentPlaybackTime() const override { return time; }
-    QObject *view() const override { return &m_view; }
-    QRectF videoBounds() const override { return {0, 10, 320, 180}; }
-    void addKPlayerEventListener(const QString &event, const QString &id, const KPHandler &handler) override
-    {
-        listeners.append(event + u' ' + id);
-        handlers.push_back(handler);
-    }
-    void asyncEvaluate(const QString &expression, const QString &id, const KPHandler &handler) override
-    {
-        asked.append(expression + u' ' + id);
-        answer = handler;
-    }
-    void sendNotification(const QString &name, const QVariant &params) override
-    {
-        notifications.append(name + u' ' + (params.isValid() ? params.toString() : u"(none)"_s));
-    }
-    using KPViewController::tellLoadState;
-    using KPViewController::tellPlaybackState;
-
-    QString entry = u"entry-1"_s;
-    double length = 60;
-    double time = 7;
-    QStringList listeners, asked, notifications;
-    std::vector<KPHandler> handlers;
-    KPHandler answer;
-
-private:
-    mutable QObject m_view;
-};
 
 /// What the host's observers of "play" hear.
 struct Announcements

@@ -24,10 +24,9 @@ inline QUrl listeningPage(const QString &body = {})
                       .arg(body));
 }
 
-/// What the expression is worth in the overlay's page; invalid when the page does not answer.
-inline QVariant evaluate(const zelvano::ZVTopRecommendationView &overlay, const QString &expression)
+/// What the expression is worth in a web view's page; invalid when the page does not answer.
+inline QVariant evaluateIn(QQuickItem *page, const QString &expression)
 {
-    auto *const page = overlay.webView();
     auto *const engine = page ? qmlEngine(page) : nullptr;
     if (!engine)
         return {};
@@ -37,6 +36,11 @@ inline QVariant evaluate(const zelvano::ZVTopRecommendationView &overlay, const 
                               Q_ARG(QJSValue, box.property(QStringLiteral("take"))));
     waitUntil([&] { return box.property(QStringLiteral("done")).toBool(); });
     return box.property(QStringLiteral("value")).toVariant();
+}
+
+inline QVariant evaluate(const zelvano::ZVTopRecommendationView &overlay, const QString &expression)
+{
+    return evaluateIn(overlay.webView(), expression);
 }
 
 /// Waits until the expression holds in the overlay's page.

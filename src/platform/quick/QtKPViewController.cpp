@@ -40,13 +40,18 @@ void QtKPViewController::show(const QUrl &page)
     m_content = std::make_unique<InterfaceResource>(u"KPViewController"_s, this);
     m_view = std::make_unique<VideoView>(m_content->root());
     connect(m_view.get(), &VideoView::frameChanged, this, &Player::frameChanged);
-    if (auto *webView = m_content->outlet(u"webView"_s))
-        webView->setProperty("url", page);
+    if (auto *web = webView())
+        web->setProperty("url", page);
 }
 
 QObject *QtKPViewController::view() const
 {
     return m_view ? m_view->item() : nullptr;
+}
+
+QQuickItem *QtKPViewController::webView() const
+{
+    return m_content ? m_content->outlet(u"webView"_s) : nullptr;
 }
 
 QRectF QtKPViewController::videoBounds() const

@@ -33,6 +33,8 @@ public:
 
     /// The item to be placed, a QQuickItem.
     QObject *view() const override;
+    /// The web view inside it, a WebEngineView.
+    QQuickItem *webView() const;
     QRectF videoBounds() const override;
     QString entryId() const override { return m_entryId; }
     double duration() const override { return m_duration; }

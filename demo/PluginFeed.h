@@ -1,0 +1,40 @@
+#pragma once
+
+#include "ZelvanoViewController.h"
+
+#include <memory>
+
+namespace demo {
+
+/// Feeds a web player's plug-in. The engine tells its listeners of no player, so its suggestions are passed on once
+/// more, with the player that the host gave to addPlayer(): then the controller posts them to the plug-in.
+class PluginFeed : public zelvano::ZelvanoPrivateDelegate
+{
+public:
+    PluginFeed(const std::shared_ptr<zelvano::ZelvanoViewController> &controller,
+               const std::shared_ptr<QObject> &player)
+        : m_controller(controller), m_player(player)
+    {
+    }
+
+    void suggestionsDidFetched(const std::shared_ptr<zelvano::Zelvano> &zelvano, const std::shared_ptr<QObject> &,
+                               const std::shared_ptr<zelvano::ZVRecommendation> &recommendation) override
+    {
+        if (const auto controller = m_controller.lock())
+            controller->suggestionsDidFetched(zelvano, m_player, recommendation);
+    }
+    void stateDidChanged(const std::shared_ptr<zelvano::Zelvano> &, const std::shared_ptr<QObject> &,
+                         const QString &) override
+    {
+    }
+    void addRecommendationToView(const std::shared_ptr<zelvano::Zelvano> &, const std::shared_ptr<QObject> &, QObject *,
+                                 QSizeF) override
+    {
+    }
+
+private:
+    const std::weak_ptr<zelvano::ZelvanoViewController> m_controller;
+    const std::shared_ptr<QObject> m_player;
+};
+
+} // namespace demo

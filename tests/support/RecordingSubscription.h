@@ -1,0 +1,46 @@
+#pragma once
+
+#include "PlayerSubscriber.h"
+#include "PlayerSubscription.h"
+
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+/// Stands in for the engine: keeps what adapters say, in order.
+class RecordingSubscription : public zelvano::PlayerSubscription
+{
+public:
+    using Subscriber = std::shared_ptr<zelvano::PlayerSubscriber>;
+
+    void pageEvent(const Subscriber &subscriber) override { note(QStringLiteral("(page)"), subscriber); }
+    void readyEvent(const Subscriber &subscriber) override { note(QStringLiteral("(ready)"), subscriber); }
+    void playerEvent(const QString &event, const Subscriber &subscriber) override { note(event, subscriber); }
+    void addRecommendationView(const Subscriber &subscriber) override { note(QStringLiteral("(view)"), subscriber); }
+    bool selectionByUser() const override { return selected; }
+    void setSelectionByUser(bool selection) override
+    {
+        selected = selection;
+        note(selection ? QStringLiteral("(by user)") : QStringLiteral("(not by user)"), last);
+    }
+
+    /// What came since the last call.
+    QStringList take() { return std::exchange(m_heard, {}); }
+
+    bool selected = true;
+    Subscriber last;
+    std::function<void(const QString &)> onCall;
+
+private:
+    void note(const QString &what, const Subscriber &subscriber)
+    {
+        last = subscriber;
+        m_heard.append(what);
+        if (onCall)
+            onCall(what);
+    }
+
+    QStringList m_heard;
+};
