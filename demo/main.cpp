@@ -22,7 +22,7 @@ demo::Trace *logTrace = nullptr;
 /// The library's log goes into the trace; everything else where it always goes.
 void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
-    if (logTrace && qstrcmp(context.category, "zelvano") == 0)
+    if (logTrace && qstrncmp(context.category, "zelvano", 7) == 0)
         logTrace->add(u"log"_s, {{"text"_L1, message}});
     else
         defaultMessageHandler(type, context, message);

@@ -25,7 +25,7 @@ std::variant<std::monostate, QJsonValue, Error> parse(const QByteArray &data)
 QByteArray body(const QJsonObject &dictionary)
 {
     auto text = QJsonDocument(dictionary).toJson(QJsonDocument::Compact);
-    ZV_LOG(QString::fromUtf8(text));
+    qCInfo(bodyLogCategory).noquote() << QString::fromUtf8(text);
     return text;
 }
 

@@ -67,6 +67,8 @@ void Zelvano::initializeWithAPIKey(const QString &apiKey)
     Device::current().followScreen();
     const QMutexLocker lock(&m_mutex);
     m_apiKey = apiKey;
+    if (apiKey.isEmpty())
+        ZV_LOG("Error: the API key is empty, the service refuses every call: pass the key of your account");
     if (!userId().isNull()) {
         channelsInit();
         return;

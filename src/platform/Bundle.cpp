@@ -94,7 +94,9 @@ std::optional<Bundle> zelvanoBundle()
     static const auto inMainBundle = [] { // Looked for once: every request asks.
         auto bundle = Bundle::inMainBundle(u"ZelvanoUIResources"_s, u"bundle"_s);
         if (!bundle)
-            ZV_LOG("Error: resource bundle ZelvanoUIResources.bundle not found");
+            ZV_LOG(
+                "Error: resource bundle ZelvanoUIResources.bundle not found: link the library with its resources, or "
+                "put the folder beside the executable");
         return bundle;
     }();
     return inMainBundle;

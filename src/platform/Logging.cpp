@@ -8,4 +8,15 @@ const QLoggingCategory &logCategory()
     return category;
 }
 
+const QLoggingCategory &bodyLogCategory()
+{
+#ifdef NDEBUG
+    constexpr auto least = QtWarningMsg;
+#else
+    constexpr auto least = QtInfoMsg;
+#endif
+    static const QLoggingCategory category("zelvano.body", least);
+    return category;
+}
+
 } // namespace zelvano

@@ -50,7 +50,7 @@ ZVTopRecommendationView::ZVTopRecommendationView(const QRectF &frame)
     static const int registered =
         qmlRegisterType<ZVTopRecommendationContentView>("ZelvanoUI.Interface", 1, 0, "ZVTopRecommendationContentView");
     Q_UNUSED(registered)
-    if (!isWebEngineInitialized())
+    if (!canShowWebPages())
         return;
     m_content = std::make_unique<InterfaceResource>(u"ZVTopRecommendationView"_s, this);
     m_webView = m_content->outlet(u"webView"_s);

@@ -47,7 +47,7 @@ private:
     static void handle(QtMsgType type, const QMessageLogContext &context, const QString &line)
     {
         QMutexLocker lock(&state().mutex);
-        if (qstrcmp(context.category, "zelvano") == 0) {
+        if (qstrncmp(context.category, "zelvano", 7) == 0) {
             state().lines.append(line);
         } else {
             lock.unlock();

@@ -1,5 +1,7 @@
 #include "MediaPlayback.h"
 
+#include "Logging.h"
+
 #include <QMediaTimeRange>
 
 #include <cmath>
@@ -25,6 +27,8 @@ MediaPlayback::MediaPlayback(QMediaPlayer *player) : m_player(player)
 {
     if (!player)
         return;
+    if (!player->isAvailable())
+        ZV_LOG("Error: Qt Multimedia has no backend, no video plays: install its FFmpeg or GStreamer plug-in");
     connect(player, &QMediaPlayer::playbackStateChanged, this, &MediaPlayback::playbackStateDidChange);
     connect(player, &QMediaPlayer::playbackRateChanged, this, &MediaPlayback::stateChanged);
     connect(player, &QMediaPlayer::mediaStatusChanged, this, &MediaPlayback::mediaStatusDidChange);

@@ -35,7 +35,7 @@ std::shared_ptr<QtKPViewController> QtKPViewController::create(const QUrl &page)
 
 void QtKPViewController::show(const QUrl &page)
 {
-    if (!isWebEngineInitialized())
+    if (!canShowWebPages())
         return;
     m_content = std::make_unique<InterfaceResource>(u"KPViewController"_s, this);
     m_view = std::make_unique<VideoView>(m_content->root());

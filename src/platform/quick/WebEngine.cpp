@@ -4,15 +4,38 @@
 
 #include <QCoreApplication>
 
+#include <unistd.h>
+
 namespace zelvano {
 
-bool isWebEngineInitialized()
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Chromium ends a process of root's, unless its sandbox is off.
+bool isRefusedToRoot()
 {
-    if (QCoreApplication::testAttribute(Qt::AA_ShareOpenGLContexts)) // Set by QtWebEngineQuick::initialize().
-        return true;
-    ZV_LOG("Error: QtWebEngineQuick::initialize() must be called before the application object is made, "
-           "no web page is shown");
-    return false;
+    constexpr auto option = "--no-sandbox"_L1;
+    return geteuid() == 0 && qEnvironmentVariableIntValue("QTWEBENGINE_DISABLE_SANDBOX") == 0 &&
+           !qEnvironmentVariable("QTWEBENGINE_CHROMIUM_FLAGS").contains(option) &&
+           !QCoreApplication::arguments().contains(option);
+}
+
+} // namespace
+
+bool canShowWebPages()
+{
+    if (!QCoreApplication::testAttribute(Qt::AA_ShareOpenGLContexts)) { // Set by QtWebEngineQuick::initialize().
+        ZV_LOG(
+            "Error: no web page is shown: call QtWebEngineQuick::initialize() before the application object is made");
+        return false;
+    }
+    if (isRefusedToRoot()) {
+        ZV_LOG("Error: no web page is shown: Chromium refuses to run as root, run as a user or, for a test, set "
+               "QTWEBENGINE_DISABLE_SANDBOX=1");
+        return false;
+    }
+    return true;
 }
 
 } // namespace zelvano
