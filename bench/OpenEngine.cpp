@@ -102,10 +102,10 @@ UrlRequest OpenEngine::eventRequest()
 {
     drain();
     const auto catcher = std::make_shared<RequestCatcher>();
-    UrlSession::setTrafficObserver(catcher);
+    UrlSession::addTrafficObserver(catcher);
     sendEvent();
     drain();
-    UrlSession::setTrafficObserver(nullptr);
+    UrlSession::removeTrafficObserver(catcher);
     return catcher->request;
 }
 

@@ -84,7 +84,7 @@ int main(int argc, char **argv)
     OpenEngine engine(server.port());
     BareLoop bare(engine.eventRequest(), server.port(), connections);
     const auto count = std::make_shared<DeliveryCount>();
-    UrlSession::setTrafficObserver(count);
+    UrlSession::addTrafficObserver(count);
 
     // Connections and memory pools of both are there before anything is timed.
     deliverThroughEngine(engine, *count);
@@ -108,6 +108,6 @@ int main(int argc, char **argv)
     };
     benchmark::RegisterBenchmark("delivery", delivery)->UseManualTime()->Iterations(1);
     benchmark::RunSpecifiedBenchmarks();
-    UrlSession::setTrafficObserver(nullptr);
+    UrlSession::removeTrafficObserver(count);
     return 0;
 }

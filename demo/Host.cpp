@@ -21,20 +21,14 @@ constexpr int restartDelay = 500; // Milliseconds without a further change of th
 
 } // namespace
 
-Host::Host(const Options &options, Trace &trace)
-    : m_options(options), m_trace(trace), m_witness(std::make_shared<Witness>(trace)), m_nativeView(options.view)
+Host::Host(const Options &options, EventLog &log)
+    : m_options(options), m_log(log), m_witness(std::make_shared<Witness>(log)), m_nativeView(options.view)
 {
     if (!options.defaults.isEmpty())
         UserDefaults::standard().setFilePath(options.defaults);
-    UrlSession::setTrafficObserver(m_witness);
-    m_witness->watchNotifications();
-    connect(&trace, &Trace::added, &m_timeline, &TimelineModel::append);
 }
 
-Host::~Host()
-{
-    UrlSession::setTrafficObserver(nullptr);
-}
+Host::~Host() = default;
 
 bool Host::reachService()
 {
@@ -65,11 +59,11 @@ void Host::attach(QQuickWindow *window)
     updateTitle();
     Q_EMIT deckChanged();
 
-    connect(&m_trace, &Trace::added, this, &Host::watchOverlay);
+    connect(&m_log, &EventLog::added, this, &Host::watchOverlay);
     m_restart.setSingleShot(true);
     m_restart.setInterval(restartDelay);
     connect(&m_restart, &QTimer::timeout, this, &Host::startSession);
-    connect(&m_trace, &Trace::added, this, &Host::sessionMayHaveEnded);
+    connect(&m_log, &EventLog::added, this, &Host::sessionMayHaveEnded);
     startSession();
 }
 
@@ -79,7 +73,7 @@ void Host::startSession()
     m_controller = ZelvanoViewController::create(m_options.apiKey);
     m_controller->setSuggestionsSize(m_options.suggestions);
     m_controller->setDelegate(m_witness);
-    m_controller->zelvano()->addListener(m_witness);
+    m_log.watch(m_controller->zelvano());
     if (const auto view = m_nativeView.view()) {
         m_nativeView.placeIn(m_window->findChild<QQuickItem *>(u"nativePlace"_s));
         view->setDelegate(m_controller);

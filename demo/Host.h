@@ -1,11 +1,10 @@
 #pragma once
 
 #include "Deck.h"
+#include "EventLog.h"
 #include "NativeView.h"
 #include "Options.h"
 #include "Sandbox.h"
-#include "TimelineModel.h"
-#include "Trace.h"
 #include "Witness.h"
 #include "ZelvanoViewController.h"
 
@@ -21,13 +20,13 @@ namespace demo {
 class Host : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(QAbstractItemModel *timeline READ timeline CONSTANT)
+    Q_PROPERTY(zelvano::EventLog *log READ log CONSTANT)
     Q_PROPERTY(bool hasNativeView READ hasNativeView CONSTANT)
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
     Q_PROPERTY(demo::Deck *deck READ deck NOTIFY deckChanged)
 
 public:
-    Host(const Options &options, Trace &trace);
+    Host(const Options &options, zelvano::EventLog &log);
     ~Host() override;
 
     /// False, after a line on stderr, when there is no service to talk to.
@@ -35,7 +34,7 @@ public:
     /// Links the library to what the window shows, and loads the first video.
     void attach(QQuickWindow *window);
 
-    QAbstractItemModel *timeline() { return &m_timeline; }
+    zelvano::EventLog *log() { return &m_log; }
     bool hasNativeView() const { return m_nativeView.view() != nullptr; }
     const NativeView &nativeView() const { return m_nativeView; }
     /// The title of the video that plays; the file's name for one that the service has not told of.
@@ -66,8 +65,7 @@ private:
     void watchOverlay();
 
     const Options m_options;
-    Trace &m_trace;
-    TimelineModel m_timeline;
+    zelvano::EventLog &m_log;
     zelvano::sandbox::Sandbox m_sandbox;
     QTimer m_restart;
     bool m_seeksOverlay = false;

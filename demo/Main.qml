@@ -95,7 +95,7 @@ Window {
 
     Timeline {
         visible: (window.wide || !window.hasNativeView) && !window.fullscreen
-        model: window.host.timeline
+        model: window.host.log
         x: window.wide && !window.hasNativeView ? videoOutput.width : 0
         y: window.wide && !window.hasNativeView ? 0 : controls.y + controls.height
         width: window.hasNativeView ? videoOutput.width : window.sideWidth

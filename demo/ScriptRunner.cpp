@@ -1,8 +1,8 @@
 #include "ScriptRunner.h"
 
+#include "EventLog.h"
 #include "Host.h"
 #include "Input.h"
-#include "Trace.h"
 #include "ZVTopRecommendationContentView.h"
 
 #include <QDir>
@@ -43,12 +43,13 @@ int takePatience(QStringList &words)
 
 } // namespace
 
-ScriptRunner::ScriptRunner(Host &host, Trace &trace, std::vector<Command> commands, const QString &screenshots)
-    : m_host(host), m_trace(trace), m_commands(std::move(commands)), m_screenshots(screenshots)
+ScriptRunner::ScriptRunner(Host &host, zelvano::EventLog &log, std::vector<Command> commands,
+                           const QString &screenshots)
+    : m_host(host), m_log(log), m_commands(std::move(commands)), m_screenshots(screenshots)
 {
     m_deadline.setSingleShot(true);
     connect(&m_deadline, &QTimer::timeout, this, [this] { fail(u"timed out"_s); });
-    connect(&trace, &Trace::added, this, &ScriptRunner::occurred);
+    connect(&log, &zelvano::EventLog::added, this, &ScriptRunner::occurred);
 }
 
 void ScriptRunner::start()
@@ -97,9 +98,9 @@ void ScriptRunner::next()
     const auto &command = m_commands[m_next++];
     if (command.isActing()) {
         m_sinceActing.clear();
-        m_before = m_trace.count();
+        m_before = m_log.total();
     }
-    m_trace.add(u"script"_s, {{"what"_L1, command.name}, {"value"_L1, command.arguments.join(u' ')}});
+    m_log.add(u"script"_s, {{"what"_L1, command.name}, {"value"_L1, command.arguments.join(u' ')}});
     (this->*actions.value(command.name))(command.arguments);
 }
 

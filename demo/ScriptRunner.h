@@ -10,13 +10,15 @@
 #include <vector>
 
 class QPointF;
-
 class QQuickItem;
+
+namespace zelvano {
+class EventLog;
+}
 
 namespace demo {
 
 class Host;
-class Trace;
 
 /// Replays a session, command by command, with the viewer's input synthesized at the window.
 class ScriptRunner : public QObject
@@ -24,7 +26,7 @@ class ScriptRunner : public QObject
     Q_OBJECT
 
 public:
-    ScriptRunner(Host &host, Trace &trace, std::vector<Command> commands, const QString &screenshots);
+    ScriptRunner(Host &host, zelvano::EventLog &log, std::vector<Command> commands, const QString &screenshots);
 
     void start();
     /// The page's answer to a tap's question: the centre of the element, in the page's coordinates, or nothing.
@@ -63,7 +65,7 @@ private:
     void quit(const QStringList &);
 
     Host &m_host;
-    Trace &m_trace;
+    zelvano::EventLog &m_log;
     const std::vector<Command> m_commands;
     const QString m_screenshots;
     std::size_t m_next = 0;

@@ -3,45 +3,31 @@
 #include "AVPlayer.h"
 #include "KPViewController.h"
 #include "NotificationCenter.h"
-#include "UrlSession.h"
-#include "ZelvanoDelegate.h"
 #include "ZelvanoViewController.h"
 
 #include <QPointer>
 
 #include <memory>
 
+namespace zelvano {
+class EventLog;
+}
+
 namespace demo {
 
-class Trace;
-
-/// Sees all that the library sends, is answered and tells, and writes it to the trace. It changes nothing.
-class Witness : public zelvano::UrlTrafficObserver,
-                public zelvano::ZelvanoPrivateDelegate,
-                public zelvano::ZelvanoViewControllerDelegate
+/// Notes what the library's log does not see: what becomes of the player and the overlay, and what the host is told. It
+/// changes nothing.
+class Witness : public zelvano::ZelvanoViewControllerDelegate
 {
 public:
-    /// The trace must outlive the witness.
-    explicit Witness(Trace &trace);
+    /// The log must outlive the witness.
+    explicit Witness(zelvano::EventLog &log);
     ~Witness() override;
 
-    void watchNotifications();
     void watchPlayer(const std::shared_ptr<zelvano::AVPlayer> &player);
     void watchPlayer(const std::shared_ptr<zelvano::KPViewController> &player);
     /// The overlay, once there is one; again does nothing.
     void watchOverlay(zelvano::ZVTopRecommendationView *overlay);
-    // UrlTrafficObserver
-    void requestWillStart(quint64 id, const zelvano::UrlRequest &request) override;
-    void requestDidEnd(quint64 id, const std::optional<zelvano::UrlResponse> &response, const QByteArray &data,
-                       const std::optional<zelvano::Error> &error) override;
-
-    // ZelvanoPrivateDelegate
-    void suggestionsDidFetched(const std::shared_ptr<zelvano::Zelvano> &zelvano, const std::shared_ptr<QObject> &player,
-                               const std::shared_ptr<zelvano::ZVRecommendation> &recommendation) override;
-    void stateDidChanged(const std::shared_ptr<zelvano::Zelvano> &zelvano, const std::shared_ptr<QObject> &player,
-                         const QString &state) override;
-    void addRecommendationToView(const std::shared_ptr<zelvano::Zelvano> &zelvano,
-                                 const std::shared_ptr<QObject> &player, QObject *view, QSizeF videoSize) override;
 
     // ZelvanoViewControllerDelegate
     void didSelectVideo(zelvano::ZelvanoViewController *controller,
@@ -49,10 +35,10 @@ public:
     void didSelectDone(zelvano::ZelvanoViewController *controller) override;
 
 private:
-    void noteMovie(const zelvano::Notification &notification);
+    void watchMovies();
     void overlayDidAppear();
 
-    Trace &m_trace;
+    zelvano::EventLog &m_log;
     QPointer<zelvano::ZVTopRecommendationView> m_overlay;
 };
 

@@ -1,8 +1,8 @@
+#include "EventLog.h"
 #include "Host.h"
 #include "Options.h"
 #include "ScriptRunner.h"
 #include "StallProbe.h"
-#include "Trace.h"
 
 #include <QFile>
 #include <QQmlApplicationEngine>
@@ -17,14 +17,16 @@ using namespace Qt::StringLiterals;
 namespace {
 
 QtMessageHandler defaultMessageHandler = nullptr;
-demo::Trace *logTrace = nullptr;
+zelvano::EventLog *eventLog = nullptr;
 
-/// The library's log goes into the trace; everything else where it always goes.
+/// The library's log goes into the trace, but for the bodies of requests, which stand there already; everything else
+/// goes where it always goes.
 void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
-    if (logTrace && qstrncmp(context.category, "zelvano", 7) == 0)
-        logTrace->add(u"log"_s, {{"text"_L1, message}});
-    else
+    const QLatin1StringView category(context.category);
+    if (eventLog && category == "zelvano"_L1)
+        eventLog->add(u"log"_s, {{"text"_L1, message}});
+    else if (category != "zelvano.body"_L1)
         defaultMessageHandler(type, context, message);
 }
 
@@ -51,10 +53,9 @@ int main(int argc, char **argv)
     const auto options = demo::Options::parse(QCoreApplication::arguments());
     if (!options)
         return 1;
-    demo::Trace trace;
-    if (!options->trace.isEmpty() && !trace.writeTo(options->trace)) {
-        std::fprintf(stderr, "zelvano-demo: trace %s: %s\n", qPrintable(options->trace),
-                     qPrintable(trace.errorString()));
+    zelvano::EventLog log;
+    if (!options->trace.isEmpty() && !log.writeTo(options->trace)) {
+        std::fprintf(stderr, "zelvano-demo: trace %s: %s\n", qPrintable(options->trace), qPrintable(log.errorString()));
         return 1;
     }
     std::vector<demo::Command> commands;
@@ -64,16 +65,16 @@ int main(int argc, char **argv)
             return 1;
         commands = std::move(*read);
     }
-    logTrace = &trace;
+    eventLog = &log;
     defaultMessageHandler = qInstallMessageHandler(handleMessage);
     const auto restoreHandler = qScopeGuard([] {
         qInstallMessageHandler(defaultMessageHandler);
-        logTrace = nullptr;
+        eventLog = nullptr;
     });
 
     int status = 0;
     {
-        demo::Host host(*options, trace);
+        demo::Host host(*options, log);
         if (!host.reachService())
             return 1;
         QQmlApplicationEngine engine;
@@ -89,13 +90,13 @@ int main(int argc, char **argv)
 
         std::unique_ptr<demo::ScriptRunner> runner;
         if (!options->script.isEmpty()) {
-            runner = std::make_unique<demo::ScriptRunner>(host, trace, std::move(commands), options->screenshots);
+            runner = std::make_unique<demo::ScriptRunner>(host, log, std::move(commands), options->screenshots);
             QObject::connect(runner.get(), &demo::ScriptRunner::finished, &application,
                              [](int exitStatus) { QCoreApplication::exit(exitStatus); });
             runner->start();
         }
         status = application.exec();
-        trace.add(u"summary"_s, application.summary());
+        log.add(u"summary"_s, application.summary());
     }
     return status;
 }

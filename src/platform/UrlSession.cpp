@@ -35,9 +35,14 @@ void UrlSession::connectTo(const QByteArray &hostAndPort, const QByteArray &targ
     UrlRoutes::set(hostAndPort, targetHostAndPort);
 }
 
-void UrlSession::setTrafficObserver(std::shared_ptr<UrlTrafficObserver> observer)
+void UrlSession::addTrafficObserver(std::shared_ptr<UrlTrafficObserver> observer)
 {
-    UrlTraffic::setObserver(std::move(observer));
+    UrlTraffic::addObserver(std::move(observer));
+}
+
+void UrlSession::removeTrafficObserver(const std::shared_ptr<UrlTrafficObserver> &observer)
+{
+    UrlTraffic::removeObserver(observer);
 }
 
 } // namespace zelvano

@@ -109,8 +109,9 @@ public:
     /// development and tests. Holds for later connections; an empty target removes the route.
     static void connectTo(const QByteArray &hostAndPort, const QByteArray &targetHostAndPort);
 
-    /// Null takes the observer away; when this returns the former one is not called any more.
-    static void setTrafficObserver(std::shared_ptr<UrlTrafficObserver> observer);
+    static void addTrafficObserver(std::shared_ptr<UrlTrafficObserver> observer);
+    /// When this returns it is not called any more.
+    static void removeTrafficObserver(const std::shared_ptr<UrlTrafficObserver> &observer);
 };
 
 } // namespace zelvano

@@ -1,7 +1,10 @@
 #include "UrlTraffic.h"
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <utility>
+#include <vector>
 
 namespace zelvano {
 
@@ -12,7 +15,7 @@ struct Watch
     std::atomic<bool> isOn = false;
     /// Recursive: an observer may itself resume a task, or take itself away.
     std::recursive_mutex mutex;
-    std::shared_ptr<UrlTrafficObserver> observer;
+    std::vector<std::shared_ptr<UrlTrafficObserver>> observers;
 };
 
 Watch &watch()
@@ -22,34 +25,43 @@ Watch &watch()
     return *only;
 }
 
-template<typename Call> void tellObserver(Call &&call)
+template<typename Call> void tellObservers(Call &&call)
 {
     if (!watch().isOn.load(std::memory_order_acquire))
         return;
     const std::lock_guard lock(watch().mutex);
-    // A copy keeps it alive while it takes itself away.
-    if (const auto observer = watch().observer)
-        call(*observer);
+    const auto observers = watch().observers; // A copy: one may take itself, or another, away.
+    for (const auto &observer : observers) {
+        if (std::ranges::find(watch().observers, observer) != watch().observers.end())
+            call(*observer);
+    }
 }
 
 } // namespace
 
-void UrlTraffic::setObserver(std::shared_ptr<UrlTrafficObserver> observer)
+void UrlTraffic::addObserver(std::shared_ptr<UrlTrafficObserver> observer)
 {
     const std::lock_guard lock(watch().mutex);
-    watch().observer.swap(observer);
-    watch().isOn.store(watch().observer != nullptr, std::memory_order_release);
+    watch().observers.push_back(std::move(observer));
+    watch().isOn.store(true, std::memory_order_release);
+}
+
+void UrlTraffic::removeObserver(const std::shared_ptr<UrlTrafficObserver> &observer)
+{
+    const std::lock_guard lock(watch().mutex);
+    std::erase(watch().observers, observer);
+    watch().isOn.store(!watch().observers.empty(), std::memory_order_release);
 }
 
 void UrlTraffic::willStart(quint64 id, const UrlRequest &request)
 {
-    tellObserver([&](UrlTrafficObserver &observer) { observer.requestWillStart(id, request); });
+    tellObservers([&](UrlTrafficObserver &observer) { observer.requestWillStart(id, request); });
 }
 
 void UrlTraffic::didEnd(quint64 id, const std::optional<UrlResponse> &response, const QByteArray &data,
                         const std::optional<Error> &error)
 {
-    tellObserver([&](UrlTrafficObserver &observer) { observer.requestDidEnd(id, response, data, error); });
+    tellObservers([&](UrlTrafficObserver &observer) { observer.requestDidEnd(id, response, data, error); });
 }
 
 } // namespace zelvano

@@ -269,12 +269,12 @@ void tst_UrlSessionTasks::observer()
     passDelivery();
     RawServer server(always(httpAnswer("{}")));
     const auto recorder = std::make_shared<Recorder>();
-    UrlSession::setTrafficObserver(recorder);
+    UrlSession::addTrafficObserver(recorder);
     UrlLoad good(urlPost(server.url(), "{}"));
     UrlLoad bad(urlGet({}));
     bad.resume().result();
     good.resume().result();
-    UrlSession::setTrafficObserver({});
+    UrlSession::removeTrafficObserver(recorder);
     QCOMPARE(UrlLoad(urlGet(server.url())).resume().result().status(), 200);
     QCOMPARE(recorder->lines.size(), 4);
     QCOMPARE(recorder->lines.at(1), recorder->lines.at(0).chopped(5) + "< error 4");

@@ -117,7 +117,7 @@ public:
         sandbox.setSettings(settings);
         const bool started = sandbox.start();
         Q_ASSERT(started && m_folder.isValid());
-        zelvano::UrlSession::setTrafficObserver(traffic);
+        zelvano::UrlSession::addTrafficObserver(traffic);
         zelvano::UrlSession::connectTo(Production, "127.0.0.1:" + QByteArray::number(sandbox.port()));
         zelvano::ZVConfigTestAccess::reset();
         defaults().setFilePath(m_folder.filePath(QStringLiteral("defaults.ini")));
@@ -134,7 +134,7 @@ public:
         zelvano::ZVAPIObject::stopAllSessions();
         settle();
         queue().useRealClock();
-        zelvano::UrlSession::setTrafficObserver(nullptr);
+        zelvano::UrlSession::removeTrafficObserver(traffic);
         zelvano::UrlSession::connectTo(Production, {});
         defaults().setFilePath({});
     }
