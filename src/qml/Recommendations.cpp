@@ -153,6 +153,7 @@ void Recommendations::setPlayer(QMediaPlayer *player)
     delete m_lastWord;
     m_player = player;
     if (player) {
+        connect(player, &QMediaPlayer::sourceChanged, this, &Recommendations::currentSourceChanged);
         connect(player, &QMediaPlayer::videoOutputChanged, this, &Recommendations::followOutput);
         // A QMediaPlayer disconnects everything before it ends; a child of it still tells.
         m_lastWord = new QObject(player);
@@ -172,6 +173,7 @@ void Recommendations::setVideoOutput(QQuickItem *videoOutput)
 void Recommendations::followPlayer()
 {
     changed(&Recommendations::playerChanged);
+    Q_EMIT currentSourceChanged();
     followOutput();
 }
 

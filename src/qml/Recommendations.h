@@ -99,6 +99,11 @@ public:
     bool isRunning() const { return m_controller != nullptr; }
     Q_SIGNAL void runningChanged();
 
+    /// What the player plays. A MediaPlayer's own source does not follow when the library switches it.
+    Q_PROPERTY(QUrl currentSource READ currentSource NOTIFY currentSourceChanged FINAL)
+    QUrl currentSource() const { return m_player ? m_player->source() : QUrl(); }
+    Q_SIGNAL void currentSourceChanged();
+
     /// The videos of the last recommendation, each a recommendedVideo; empty again when another session begins.
     Q_PROPERTY(QVariantList videos READ videos NOTIFY videosChanged FINAL)
     QVariantList videos() const { return m_videos; }
