@@ -4,10 +4,8 @@ import ZelvanoUI
 
 Window {
     id: window
-
     required property url video
     required property string service
-
     width: 960
     height: 405
     visible: true
@@ -18,18 +16,15 @@ Window {
     Recommendations {
         id: recommendations
         apiKey: "your-api-key"
-        pageId: "page-42"
         player: media
         serviceAddress: window.service
         onVideoSelected: video => playNext(video)
-        onSuggestionsFetched: console.info(videos.length, "videos, the first:", videos[0]?.title)
     }
 
     RecommendationList {
         x: output.width
         width: window.width - x
         height: window.height
-        focus: true
         recommendations: recommendations
     }
 }

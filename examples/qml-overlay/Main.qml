@@ -4,22 +4,13 @@ import ZelvanoUI
 
 Window {
     id: window
-
     required property url video
     required property string service
-
     width: output.width
     height: output.height
     visible: true
 
-    MediaPlayer {
-        id: media
-        source: window.video
-        videoOutput: output
-        audioOutput: AudioOutput {}
-        Component.onCompleted: play()
-    }
-
+    MediaPlayer { id: media; source: window.video; videoOutput: output; Component.onCompleted: play() }
     VideoOutput { id: output; width: 880; height: 495 }
     TapHandler { onTapped: media.playbackState === MediaPlayer.PlayingState ? media.pause() : media.play() }
 
