@@ -27,6 +27,7 @@ Item {
         return Math.floor(seconds / 60) + ":" + String(seconds % 60).padStart(2, "0");
     }
 
+    // Of a player's duration and position Qt 6.4's qmllint does not know the type.
     Slider {
         id: slider
         x: 24
@@ -34,8 +35,8 @@ Item {
         width: parent.width - 2 * x
         height: 20
         padding: 0
-        to: Math.max(1, controls.player.duration)
-        value: controls.player.position
+        to: Math.max(1, controls.player.duration) // qmllint disable type
+        value: controls.player.position // qmllint disable type
         onMoved: controls.player.position = value
         Accessible.name: qsTr("Position")
 
@@ -117,7 +118,7 @@ Item {
     Text {
         id: time
         anchors { right: parent.right; rightMargin: 24; verticalCenter: button.verticalCenter }
-        text: controls.clock(controls.player.position) + " / " + controls.clock(controls.player.duration)
+        text: controls.clock(controls.player.position) + " / " + controls.clock(controls.player.duration) // qmllint disable type
         color: Theme.faint
         font.pixelSize: 14
     }
