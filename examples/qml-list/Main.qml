@@ -18,7 +18,6 @@ Window {
         apiKey: "your-api-key"
         player: media
         serviceAddress: window.service
-        onVideoSelected: video => playNext(video)
     }
 
     RecommendationList {
@@ -26,5 +25,6 @@ Window {
         width: window.width - x
         height: window.height
         recommendations: recommendations
+        onVideoSelected: video => recommendations.playNext(video)
     }
 }

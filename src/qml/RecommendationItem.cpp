@@ -21,6 +21,31 @@ std::shared_ptr<ZVRecommendation> copyOf(const ZVRecommendation &recommendation)
 
 } // namespace
 
+/// Tells controller and item of what is picked.
+class RecommendationItem::Picks : public ZVRecommendationViewDelegate
+{
+public:
+    Picks(RecommendationItem *item, const std::shared_ptr<ZVRecommendationViewDelegate> &controller)
+        : m_item(item), m_controller(controller)
+    {
+    }
+
+    void didSelecteRecommendation(const std::shared_ptr<ZVVideoParams> &video) override
+    {
+        const QPointer item(m_item); // The host may begin another session, or destroy the item, when it hears of it.
+        const auto controller = m_controller.lock();
+        if (!controller)
+            return; // The session has ended.
+        controller->didSelecteRecommendation(video);
+        if (item)
+            Q_EMIT item->videoSelected(RecommendedVideo(video));
+    }
+
+private:
+    const QPointer<RecommendationItem> m_item;
+    const std::weak_ptr<ZVRecommendationViewDelegate> m_controller;
+};
+
 RecommendationItem::RecommendationItem(qint64 type) : m_type(type)
 {
     setFlag(ItemIsFocusScope);
@@ -48,10 +73,11 @@ void RecommendationItem::setRecommendations(Recommendations *recommendations)
     Q_EMIT recommendationsChanged();
 }
 
-void RecommendationItem::begin(const std::shared_ptr<ZVRecommendationViewDelegate> &delegate)
+void RecommendationItem::begin(const std::shared_ptr<ZVRecommendationViewDelegate> &controller)
 {
+    m_picks = std::make_shared<Picks>(this, controller);
     m_view = ZVRecommendationViewFactory::recommendationViewForType(m_type);
-    m_view->setDelegate(delegate);
+    m_view->setDelegate(m_picks);
     // Nothing else in QML could give the records their pictures.
     if (const auto categories = std::dynamic_pointer_cast<ZVCategoryView>(m_view))
         categories->setLoadsThumbnails(true);

@@ -30,8 +30,11 @@ public:
     void setRecommendations(Recommendations *recommendations);
     Q_SIGNAL void recommendationsChanged();
 
-    /// Another session: an empty view, whose picks go to the delegate.
-    void begin(const std::shared_ptr<ZVRecommendationViewDelegate> &delegate);
+    /// The viewer picked a video here; the session has told of it before. The player does not switch by itself.
+    Q_SIGNAL void videoSelected(const zelvano::RecommendedVideo &video);
+
+    /// Another session: an empty view. The controller is told of its picks.
+    void begin(const std::shared_ptr<ZVRecommendationViewDelegate> &controller);
     void show(const ZVRecommendation &recommendation);
 
 protected:
@@ -41,10 +44,13 @@ protected:
     void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;
 
 private:
+    class Picks;
+
     void fillWithView();
 
     const qint64 m_type;
     QPointer<Recommendations> m_recommendations;
+    std::shared_ptr<Picks> m_picks;
     std::shared_ptr<ZVRecommendationView> m_view;
 };
 

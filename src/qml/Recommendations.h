@@ -123,8 +123,8 @@ Q_SIGNALS:
     void stateChanged(const QString &state);
     /// Recommendations have come, and are in videos.
     void suggestionsFetched();
-    /// The viewer picked a video. In the overlay: the player switches to it by itself. In a list: that is the host's
-    /// to do, with playNext() say.
+    /// The viewer picked a video. In the overlay: the player switches to it by itself. In a list, which has a signal
+    /// of its own as well: that is the host's to do, with playNext() say.
     void videoSelected(const zelvano::RecommendedVideo &video);
     /// The session was ended: by dismiss(), or because the frame of the video output changed.
     void finished();
