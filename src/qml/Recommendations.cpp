@@ -260,13 +260,17 @@ void Recommendations::begin()
 /// The library's address of the service stays as it is; only the connection goes elsewhere.
 void Recommendations::routeService()
 {
-    const QUrl production(API_URL_PROD);
-    const auto address = QUrl::fromUserInput(m_serviceAddress);
     const auto hostAndPort = [](const QUrl &url) { return u"%1:%2"_s.arg(url.host()).arg(url.port(80)).toUtf8(); };
-    if (m_serviceAddress.isEmpty() ? !m_isRouted : address.host().isEmpty())
-        return;
-    m_isRouted = !m_serviceAddress.isEmpty();
-    UrlSession::connectTo(hostAndPort(production), m_isRouted ? hostAndPort(address) : QByteArray());
+    const auto production = hostAndPort(QUrl(API_URL_PROD));
+    const auto address = QUrl::fromUserInput(m_serviceAddress);
+    if (!address.host().isEmpty()) {
+        UrlSession::connectTo(production, hostAndPort(address));
+        m_isRouted = true;
+    } else if (!m_serviceAddress.isEmpty()) {
+        qmlInfo(this) << "serviceAddress is no \"host:port\", it is left out of account";
+    } else if (std::exchange(m_isRouted, false)) {
+        UrlSession::connectTo(production, {});
+    }
 }
 
 void Recommendations::endQuietly()
