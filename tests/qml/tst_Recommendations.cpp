@@ -444,6 +444,13 @@ void tst_Recommendations::viewsComeAndGo()
     QVERIFY(!host.viewIn(u"late"_s));
     host.run(u"late.recommendations = recs"_s);
     QVERIFY(host.waitForItems(u"late"_s, 4));
+    const auto widthIn = [&](const QString &name) {
+        host.viewIn(name)->invalidateLayout();
+        host.viewIn(name)->layoutIfNeeded();
+        return host.viewIn(name)->cellForRow(0)->width();
+    };
+    QVERIFY(widthIn(u"list"_s) > 1.5 * widthIn(u"late"_s)); // Each lays out by its own width.
+    QVERIFY(widthIn(u"list"_s) > 1.5 * widthIn(u"late"_s));
     const QPointer before(host.viewIn(u"list"_s));
     host.run(u"recs.pageId = 'other'"_s);
     QVERIFY(before);
