@@ -289,6 +289,12 @@ void tst_Recommendations::anyOrderOfDestruction()
         for (const auto &name : names) {
             delete host.object(name);
             QCoreApplication::processEvents();
+            if (!host.object(u"recs"_s))
+                continue;
+            QCOMPARE(host.run(u"recs.running"_s).toBool(), host.object(u"media"_s) != nullptr);
+            QCOMPARE(host.run(u"recs.player"_s).value<QObject *>(), host.object(u"media"_s));
+            QCOMPARE(host.run(u"!!recs.videoOutput"_s).toBool(),
+                     host.object(u"media"_s) != nullptr && host.object(u"output"_s) != nullptr);
         }
         host.service.settle();
         QVERIFY(host.service.log.count(u"dealloc"_s) >= 1);
