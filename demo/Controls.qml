@@ -7,7 +7,7 @@ import QtQuick.Controls.Basic
 Item {
     id: controls
 
-    required property QtObject deck // Null before there is a player.
+    required property var deck // Null before there is a player.
     property string caption
 
     readonly property bool playing: deck?.playing ?? false
@@ -27,6 +27,7 @@ Item {
         return Math.floor(seconds / 60) + ":" + String(seconds % 60).padStart(2, "0");
     }
 
+    // Of a player's duration and position Qt 6.4's qmllint does not know the type.
     Slider {
         id: slider
         x: 24

@@ -9,7 +9,7 @@ import QtMultimedia
 Window {
     id: window
 
-    required property QtObject host
+    required property var host
 
     readonly property bool wide: width >= 900
     readonly property bool fullscreen: visibility === Window.FullScreen

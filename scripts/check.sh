@@ -16,4 +16,6 @@ cppcheck --quiet --error-exitcode=1 --inline-suppr --language=c++ --std=c++20 \
   --library=qt -DZELVANOCORE_EXPORT= -DZELVANOUI_EXPORT= '-DQ_DISABLE_COPY_MOVE(x)=' '-DZV_LOG(...)=' \
   src demo sandbox
 
+scripts/lint-qml.sh
+
 bash -n scripts/*.sh .ci/run sandbox/media/*.sh

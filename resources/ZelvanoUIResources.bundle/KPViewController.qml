@@ -7,7 +7,7 @@ Item {
     id: content
 
     // The player. What the page tells goes there.
-    required property QtObject owner
+    required property var owner
 
     // A function of the page's player; nothing happens before the page has one.
     function call(name: var, args: var) {
@@ -22,7 +22,7 @@ Item {
     QtObject {
         id: host
 
-        WebChannel.id: "kHost"
+        WebChannel.id: "kHost" // qmllint disable type
 
         function mediaDidChange(media) {
             content.owner.mediaDidChange(Object(media));

@@ -8,7 +8,7 @@ ZVTableView {
     id: table
 
     // The category view; it fills this one.
-    required property QtObject owner
+    required property var owner
 
     width: 320
     height: 480

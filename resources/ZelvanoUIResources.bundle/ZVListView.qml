@@ -8,7 +8,7 @@ ZVCollectionView {
     id: list
 
     // The list view; it fills this one.
-    required property QtObject owner
+    required property var owner
 
     width: 320
     height: 480

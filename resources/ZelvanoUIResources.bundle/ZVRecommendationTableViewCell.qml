@@ -8,7 +8,7 @@ Item {
     id: row
 
     // The cell.
-    required property QtObject owner
+    required property var owner
 
     width: 320
     height: 188

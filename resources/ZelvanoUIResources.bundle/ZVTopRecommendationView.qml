@@ -9,7 +9,7 @@ ZVTopRecommendationContentView {
     id: content
 
     // The overlay; null once it has taken this content down.
-    required property QtObject owner
+    required property var owner
 
     readonly property bool shown: owner !== null && owner.visible
 
@@ -161,8 +161,9 @@ ZVTopRecommendationContentView {
         }
     }
 
+    // Qt 6.4's qmllint does not know StandardKey.
     Shortcut {
-        sequences: [StandardKey.Cancel]
+        sequences: [StandardKey.Cancel] // qmllint disable unqualified
         enabled: content.shown
         onActivated: content.owner.dismissPressed()
     }

@@ -9,7 +9,7 @@ Item {
     id: content
 
     // The cell.
-    required property QtObject owner
+    required property var owner
 
     readonly property real corner: 8
 

@@ -42,7 +42,8 @@ void VideoView::checkLater()
 void VideoView::check()
 {
     m_checkPending = false;
-    if (std::exchange(m_frame, frame()) != m_frame)
+    const auto before = std::exchange(m_frame, frame());
+    if (before != m_frame && !before.isEmpty()) // An item gets its first place when its window is laid out.
         Q_EMIT frameChanged();
 }
 

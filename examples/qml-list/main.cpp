@@ -1,0 +1,21 @@
+// qml-list [--quit-after SECONDS] VIDEO [SERVICE]: plays the video; SERVICE is a sandbox's "host:port".
+#include <QtQml>
+#include <QtWebEngineQuick>
+
+int main(int argc, char **argv)
+{
+    QtWebEngineQuick::initialize(); // First of all: the overlay is a web page.
+    QGuiApplication application(argc, argv);
+    QCommandLineParser arguments;
+    arguments.addOption({"quit-after", "Ends after so many seconds.", "SECONDS"});
+    arguments.process(application);
+    const auto given = arguments.positionalArguments();
+    if (arguments.isSet("quit-after"))
+        QTimer::singleShot(arguments.value("quit-after").toInt() * 1000, &application, &QGuiApplication::quit);
+
+    QQmlApplicationEngine engine;
+    engine.addImportPath(QML_DIR);
+    engine.setInitialProperties({{"video", QUrl::fromUserInput(given.value(0))}, {"service", given.value(1)}});
+    engine.load(QUrl("qrc:/Main.qml"));
+    return engine.rootObjects().isEmpty() ? 1 : application.exec();
+}

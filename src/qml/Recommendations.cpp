@@ -1,0 +1,379 @@
+#include "Recommendations.h"
+
+#include "MainQueue.h"
+#include "NotificationCenter.h"
+#include "PlayerEvents.h"
+#include "QtAVPlayer.h"
+#include "QtAVPlayerViewController.h"
+#include "QtMPMoviePlayerController.h"
+#include "QtMPMoviePlayerViewController.h"
+#include "RecommendationItem.h"
+#include "UrlSession.h"
+#include "ZVAPIObject.h"
+#include "ZelvanoViewController.h"
+
+#include <QQmlInfo>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <utility>
+
+namespace zelvano {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto restDelay = 500ms; // Without a further change of the video output's frame.
+
+template<class Player> std::shared_ptr<QObject> make(QMediaPlayer *player, QQuickItem *videoOutput)
+{
+    return Player::create(player, videoOutput);
+}
+
+/// In the order of PlayerKind.
+constexpr std::array playerMakers{
+    make<QtAVPlayerViewController>,
+    make<QtAVPlayer>,
+    make<QtMPMoviePlayerViewController>,
+    make<QtMPMoviePlayerController>,
+};
+
+} // namespace
+
+/// What a session tells, as long as it is the current one.
+class Recommendations::Listener : public ZelvanoViewControllerDelegate,
+                                  public ZelvanoPrivateDelegate,
+                                  public ZVRecommendationView
+{
+public:
+    explicit Listener(Recommendations *owner) : m_owner(owner) {}
+
+    void leave() { m_owner = nullptr; }
+
+    // ZelvanoViewControllerDelegate
+    void didSelectVideo(ZelvanoViewController *, const std::shared_ptr<ZVVideoParams> &video) override
+    {
+        if (m_owner)
+            Q_EMIT m_owner->videoSelected(RecommendedVideo(video));
+    }
+    void didSelectDone(ZelvanoViewController *) override
+    {
+        if (m_owner)
+            m_owner->sessionDidEnd();
+    }
+
+    // ZelvanoPrivateDelegate
+    void suggestionsDidFetched(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
+                               const std::shared_ptr<ZVRecommendation> &recommendation) override
+    {
+        if (m_owner)
+            m_owner->suggestionsDidFetch(*recommendation);
+    }
+    void stateDidChanged(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
+                         const QString &state) override
+    {
+        if (m_owner)
+            Q_EMIT m_owner->stateChanged(state);
+    }
+    void addRecommendationToView(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &, QObject *,
+                                 QSizeF) override
+    {
+    }
+
+    // ZVRecommendationView: the controller knows one, and this one passes on to any number of them.
+    QQuickItem *view() const override { return nullptr; }
+    std::shared_ptr<ZVRecommendation> recommendations() const override { return nullptr; }
+    void setRecommendations(const std::shared_ptr<ZVRecommendation> &recommendations) override
+    {
+        if (m_owner)
+            m_owner->nativeVideosDidCome(recommendations);
+    }
+    std::shared_ptr<ZVRecommendationViewDelegate> delegate() const override { return nullptr; }
+    void setDelegate(const std::shared_ptr<ZVRecommendationViewDelegate> &) override {}
+
+private:
+    Recommendations *m_owner;
+};
+
+Recommendations::Recommendations(QObject *parent) : QObject(parent) {}
+
+Recommendations::~Recommendations()
+{
+    if (m_lastWord)
+        m_lastWord->disconnect();
+    delete m_lastWord;
+    endQuietly();
+}
+
+// Properties
+
+void Recommendations::setApiKey(const QString &apiKey)
+{
+    if (std::exchange(m_apiKey, apiKey) != apiKey)
+        changed(&Recommendations::apiKeyChanged);
+}
+
+void Recommendations::setPageId(const QString &pageId)
+{
+    if (std::exchange(m_pageId, pageId) != pageId)
+        changed(&Recommendations::pageIdChanged);
+}
+
+void Recommendations::setSuggestions(int suggestions)
+{
+    if (std::exchange(m_suggestions, suggestions) != suggestions)
+        changed(&Recommendations::suggestionsChanged);
+}
+
+void Recommendations::setPlayerKind(PlayerKind kind)
+{
+    if (std::exchange(m_playerKind, kind) != kind)
+        changed(&Recommendations::playerKindChanged);
+}
+
+void Recommendations::setServiceAddress(const QString &address)
+{
+    if (std::exchange(m_serviceAddress, address) != address)
+        changed(&Recommendations::serviceAddressChanged);
+}
+
+void Recommendations::setAutomaticRestart(bool automatic)
+{
+    if (std::exchange(m_automaticRestart, automatic) != automatic)
+        Q_EMIT automaticRestartChanged();
+}
+
+void Recommendations::setPlayer(QMediaPlayer *player)
+{
+    if (m_player == player)
+        return;
+    if (m_player)
+        disconnect(m_player, nullptr, this, nullptr);
+    if (m_lastWord)
+        m_lastWord->disconnect();
+    delete m_lastWord;
+    m_player = player;
+    if (player) {
+        connect(player, &QMediaPlayer::sourceChanged, this, &Recommendations::currentSourceChanged);
+        connect(player, &QMediaPlayer::videoOutputChanged, this, &Recommendations::followOutput);
+        // A QMediaPlayer disconnects everything before it ends; a child of it still tells.
+        m_lastWord = new QObject(player);
+        connect(m_lastWord, &QObject::destroyed, this, &Recommendations::followPlayer);
+    }
+    followPlayer();
+}
+
+void Recommendations::setVideoOutput(QQuickItem *videoOutput)
+{
+    if (m_chosenOutput == videoOutput)
+        return;
+    m_chosenOutput = videoOutput;
+    followOutput();
+}
+
+void Recommendations::followPlayer()
+{
+    changed(&Recommendations::playerChanged);
+    Q_EMIT currentSourceChanged();
+    followOutput();
+}
+
+void Recommendations::followOutput()
+{
+    if (m_videoOutput)
+        disconnect(m_videoOutput, nullptr, this, nullptr);
+    m_videoOutput = m_chosenOutput;
+    if (!m_videoOutput && m_player)
+        m_videoOutput = qobject_cast<QQuickItem *>(m_player->videoOutput());
+    if (m_videoOutput) {
+        connect(m_videoOutput, &QObject::destroyed, this, &Recommendations::followOutput);
+        for (const auto move :
+             {&QQuickItem::xChanged, &QQuickItem::yChanged, &QQuickItem::widthChanged, &QQuickItem::heightChanged})
+            connect(m_videoOutput, move, this, &Recommendations::outputDidMove);
+    }
+    changed(&Recommendations::videoOutputChanged);
+}
+
+/// In this order: the handlers of the signal see a session that is still to come.
+void Recommendations::changed(void (Recommendations::*signal)())
+{
+    schedule();
+    Q_EMIT(this->*signal)();
+}
+
+// The session
+
+void Recommendations::componentComplete()
+{
+    m_isComplete = true;
+    schedule();
+}
+
+void Recommendations::start()
+{
+    m_isWanted = true;
+    schedule();
+}
+
+void Recommendations::schedule()
+{
+    if (!std::exchange(m_isScheduled, true))
+        QMetaObject::invokeMethod(this, &Recommendations::begin, Qt::QueuedConnection);
+}
+
+bool Recommendations::canBegin()
+{
+    if (!m_isWanted || !m_player)
+        return false;
+    if (m_apiKey.isEmpty() && !std::exchange(m_toldOfMissingKey, true))
+        qmlInfo(this) << "no recommendations without an apiKey";
+    return !m_apiKey.isEmpty() && static_cast<std::size_t>(m_playerKind) < playerMakers.size();
+}
+
+void Recommendations::begin()
+{
+    m_isScheduled = false;
+    if (!m_isComplete)
+        return; // Its completion schedules it again.
+    const bool wasRunning = isRunning();
+    endQuietly();
+    if (canBegin()) {
+        routeService();
+        m_listener = std::make_shared<Listener>(this);
+        m_controller = ZelvanoViewController::create(m_apiKey);
+        m_controller->setSuggestionsSize(m_suggestions);
+        m_controller->setDelegate(m_listener);
+        m_controller->setRecommendationView(m_listener);
+        m_controller->zelvano()->addListener(m_listener);
+        m_controller->setPlayer(playerMakers[static_cast<std::size_t>(m_playerKind)](m_player, m_videoOutput),
+                                m_pageId);
+        m_nativeVideos.reset();
+        for (auto *const item : m_items)
+            item->begin(m_controller);
+    }
+    const QPointer self(this);
+    if (isRunning() && !std::exchange(m_videos, {}).isEmpty())
+        Q_EMIT videosChanged();
+    if (self && isRunning() != wasRunning)
+        Q_EMIT runningChanged();
+}
+
+/// The library's address of the service stays as it is; only the connection goes elsewhere.
+void Recommendations::routeService()
+{
+    const auto hostAndPort = [](const QUrl &url) { return u"%1:%2"_s.arg(url.host()).arg(url.port(80)).toUtf8(); };
+    const auto production = hostAndPort(QUrl(API_URL_PROD));
+    const auto address = QUrl::fromUserInput(m_serviceAddress);
+    if (!address.host().isEmpty()) {
+        UrlSession::connectTo(production, hostAndPort(address));
+        m_isRouted = true;
+    } else if (!m_serviceAddress.isEmpty()) {
+        qmlInfo(this) << "serviceAddress is no \"host:port\", it is left out of account";
+    } else if (std::exchange(m_isRouted, false)) {
+        UrlSession::connectTo(production, {});
+    }
+}
+
+void Recommendations::endQuietly()
+{
+    cancelRestart();
+    if (m_listener)
+        m_listener->leave();
+    m_listener.reset();
+    m_controller.reset();
+}
+
+void Recommendations::dismiss()
+{
+    m_isWanted = false;
+    cancelRestart();
+    if (const auto controller = m_controller)
+        controller->dismiss(); // Tells of it.
+}
+
+/// The listener stays: the event that ended the session is still to be told.
+void Recommendations::sessionDidEnd()
+{
+    m_controller.reset();
+    if (m_isWanted && m_automaticRestart)
+        restartLater();
+    else
+        m_isWanted = false;
+    const QPointer self(this);
+    Q_EMIT runningChanged();
+    if (self)
+        Q_EMIT finished();
+}
+
+void Recommendations::restartLater()
+{
+    cancelRestart();
+    m_waitsForRest = true;
+    MainQueue::shared().performAfterDelay(this, restDelay, [this] { schedule(); });
+}
+
+void Recommendations::cancelRestart()
+{
+    m_waitsForRest = false;
+    MainQueue::shared().cancelPreviousPerformRequests(this);
+}
+
+void Recommendations::outputDidMove()
+{
+    if (m_waitsForRest)
+        restartLater();
+}
+
+// What comes, and what is picked
+
+void Recommendations::suggestionsDidFetch(const ZVRecommendation &recommendation)
+{
+    m_videos.clear();
+    for (const auto &video : recommendation.videoList())
+        m_videos.append(QVariant::fromValue(RecommendedVideo(video)));
+    const QPointer self(this);
+    Q_EMIT videosChanged();
+    if (self)
+        Q_EMIT suggestionsFetched();
+}
+
+void Recommendations::nativeVideosDidCome(const std::shared_ptr<ZVRecommendation> &recommendation)
+{
+    m_nativeVideos = recommendation;
+    for (auto *const item : m_items)
+        item->show(*recommendation);
+}
+
+void Recommendations::addItem(RecommendationItem *item)
+{
+    m_items.push_back(item);
+    if (m_controller)
+        item->begin(m_controller);
+    if (m_controller && m_nativeVideos)
+        item->show(*m_nativeVideos);
+}
+
+void Recommendations::removeItem(RecommendationItem *item)
+{
+    std::erase(m_items, item);
+}
+
+void Recommendations::announceChoice(const QUrl &url)
+{
+    NotificationCenter::defaultCenter().post({DidSelecteRecommendationNotification, url, {}});
+}
+
+void Recommendations::playNext(const RecommendedVideo &video)
+{
+    if (!m_controller)
+        return;
+    const auto engine = m_controller->zelvano();
+    engine->setSelectionByUser(true);
+    if (const auto subscriber = engine->playerEventsHandler()->currentSubscriber())
+        subscriber->setNextVideo(video.url().toString(QUrl::FullyEncoded));
+}
+
+} // namespace zelvano

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "ZVVideoParams.h"
+
+#include <QMetaType>
+#include <QString>
+#include <QUrl>
+#include <qqmlintegration.h>
+
+#include <memory>
+#include <utility>
+
+namespace zelvano {
+
+/// One recommended video, as QML sees it: a value.
+class RecommendedVideo
+{
+    Q_GADGET
+    QML_VALUE_TYPE(recommendedVideo)
+    // Texts are empty and URLs invalid when the service gave none.
+    Q_PROPERTY(QString title READ title CONSTANT FINAL)
+    Q_PROPERTY(QString videoId READ videoId CONSTANT FINAL)
+    /// The host's own identifier of the video; the spelling is the service's.
+    Q_PROPERTY(QString costumerVideoId READ costumerVideoId CONSTANT FINAL)
+    /// A code such as "FORYOU", "MOSTVIEWED" or "MOSTRECENT".
+    Q_PROPERTY(QString category READ category CONSTANT FINAL)
+    Q_PROPERTY(QUrl url READ url CONSTANT FINAL)
+    Q_PROPERTY(QUrl imageUrl READ imageUrl CONSTANT FINAL)
+    Q_PROPERTY(QUrl stripUrl READ stripUrl CONSTANT FINAL)
+    /// Seconds; not a number when the service gave none.
+    Q_PROPERTY(double durationSec READ durationSec CONSTANT FINAL)
+
+public:
+    RecommendedVideo() = default;
+    explicit RecommendedVideo(std::shared_ptr<const ZVVideoParams> params) : m_params(std::move(params)) {}
+
+    QString title() const { return read(&ZVVideoParams::title); }
+    QString videoId() const { return read(&ZVVideoParams::videoId); }
+    QString costumerVideoId() const { return read(&ZVVideoParams::costumerVideoId); }
+    QString category() const { return read(&ZVVideoParams::category); }
+    QUrl url() const { return read(&ZVVideoParams::url); }
+    QUrl imageUrl() const { return read(&ZVVideoParams::imageUrl); }
+    QUrl stripUrl() const { return read(&ZVVideoParams::stripUrl); }
+    double durationSec() const { return read(&ZVVideoParams::durationSec).toDouble(qQNaN()); }
+
+    friend bool operator==(const RecommendedVideo &, const RecommendedVideo &) = default;
+
+private:
+    template<class Value> Value read(Value (ZVVideoParams::*getter)() const) const
+    {
+        return m_params ? (m_params.get()->*getter)() : Value();
+    }
+
+    std::shared_ptr<const ZVVideoParams> m_params;
+};
+
+} // namespace zelvano
