@@ -1,5 +1,7 @@
 #pragma once
 
+#include "zelvanoui_export.h"
+
 #include <QMarginsF>
 #include <QRectF>
 
@@ -10,7 +12,7 @@ namespace zelvano {
 
 /// Places items in lines, one after another: a line takes as many as fit, and is as high as its highest. Points.
 /// Adding one costs the same however many there are.
-class ZVFlowLayout
+class ZELVANOUI_EXPORT ZVFlowLayout
 {
 public:
     struct Metrics

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "zelvanoui_export.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QQuickItem>
@@ -8,7 +10,7 @@
 namespace zelvano {
 
 /// The item that shows the video, a VideoOutput of the host's, as the players see it. It may be destroyed at any time.
-class VideoView : public QObject
+class ZELVANOUI_EXPORT VideoView : public QObject
 {
     Q_OBJECT
 
