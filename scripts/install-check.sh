@@ -55,7 +55,8 @@ find_package(ZelvanoUI 0.1 REQUIRED COMPONENTS $1)
 CMAKE
   ! cmake -S "$work/refused" -B "$work/refused/build" -DCMAKE_PREFIX_PATH="$prefix" >"$work/log" 2>&1 ||
     fail "find_package found component $1"
-  tr -s '\n ' ' ' <"$work/log" | grep -qF "$2" || { cat "$work/log" >&2; fail "component $1: not the message expected"; }
+  [[ $(tr -s '\n ' ' ' <"$work/log") == *"$2"* ]] ||
+    { cat "$work/log" >&2; fail "component $1: not the message expected"; }
 }
 
 # build_example NAME PREFIX: from a copy outside of the tree.
@@ -133,30 +134,47 @@ check_static() {
 # package_depends PACKAGE: the names that its Depends list.
 package_depends() { dpkg-deb -f "$packages/$1"_*.deb Depends | tr ',' '\n' | sed 's/^ *//; s/ .*//'; }
 
+# runtime_packages: the names of all that are not for developing.
+runtime_packages() {
+  local file
+  for file in "$packages"/*.deb; do
+    dpkg-deb -f "$file" Package
+  done | grep -v -e '-dev$'
+}
+
+# check_linked PACKAGE FILE: the packages that own the libraries which the file names are depended on.
+check_linked() {
+  local library path owner depends
+  depends=" $(package_depends "$1" | xargs) "
+  objdump -p "$2" 2>/dev/null | awk '$1 == "NEEDED" {print $2}' | while read -r library; do
+    path=$(ldd "$2" | awk -v name="$library" '$1 == name {print $3}')
+    [[ $library != ld-linux* && $path != "$work"/* ]] || continue # The loader is libc's; the others are ours.
+    [[ $path == /* ]] || fail "$1 needs $library, which is not there"
+    owner=$(dpkg -S "*${path#/usr}" | sed -n '1s/:.*//p') # Owned below /lib or /usr/lib, which are the same.
+    [[ $depends == *" $owner "* ]] || fail "$1 needs $library, and does not depend on $owner"
+  done
+}
+
 # What a bare root would show, as far as this machine can tell: the libraries that the programs name, and the QML
 # modules that are imported, belong to a package that is depended on.
 check_declared() {
-  local package file library path owner
-  for package in libzelvanoui zelvanoui-demo zelvano-sandbox; do
+  local package file
+  for package in $(runtime_packages); do
     dpkg-deb -x "$packages/$package"_*.deb "$work/unpacked"
   done
-  for package in libzelvanoui zelvanoui-demo zelvano-sandbox; do
-    dpkg-deb -c "$packages/$package"_*.deb | awk '$1 ~ /^-/ {print $6}' | while read -r file; do
-      objdump -p "$work/unpacked/$file" | awk '$1 == "NEEDED" {print $2}' | while read -r library; do
-        path=$(ldd "$work/unpacked/$file" | awk -v name="$library" '$1 == name {print $3}')
-        [[ $path != "$work"/* ]] || continue # One of ours.
-        owner=$(dpkg -S "$(realpath "$path")" | sed 's/:.*//')
-        package_depends "$package" | grep -qxF "$owner" || fail "$package needs $library, and not $owner"
-      done
+  for package in $(runtime_packages); do
+    for file in $(dpkg-deb -c "$packages/$package"_*.deb | awk '$1 ~ /^-/ {print $6}'); do
+      check_linked "$package" "$work/unpacked/$file"
     done
   done
   check_qml_declared libzelvanoui resources/ZelvanoUIResources.bundle
   check_qml_declared zelvanoui-demo demo
+  [ ! -d src/qml ] || check_qml_declared qml6-module-zelvanoui src/qml
 }
 
 check_qml_declared() {
   comm -13 <(package_depends "$1" | sort -u) <(scripts/qml-depends.sh "$2") >"$work/missing"
-  [ ! -s "$work/missing" ] || fail "$1 imports modules of packages that it does not depend on: $(xargs <"$work/missing")"
+  [ ! -s "$work/missing" ] || fail "$1 imports QML modules and does not depend on $(xargs <"$work/missing")"
 }
 
 # Installs the packages into a root that holds nothing else but the essential packages of this machine's own
@@ -167,7 +185,7 @@ check_bare_root() {
   mkdir -p "$repository" "$made"
   chmod 1777 "$made"
   cp "$packages"/*.deb "$repository"
-  (cd "$repository" && dpkg-scanpackages . >Packages 2>/dev/null)
+  (cd "$repository" && dpkg-scanpackages . >Packages 2>/dev/null) || fail "no repository of the packages"
   sources=$(apt-get indextargets --format 'deb $(SITE) $(RELEASE) $(COMPONENT)' \
     'Created-By: Packages' 'Origin: Debian' | sort -u)
   [ -n "$sources" ] || return 1
@@ -183,7 +201,7 @@ chroot "\$1" env -i PATH=/usr/bin:/bin LANG=C.UTF-8 HOME=/tmp XDG_RUNTIME_DIR=/t
 touch "$made/played"
 HOOK
   timeout 300 xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' \
-    mmdebstrap --variant=essential --format=null --include=zelvanoui-demo,zelvano-sandbox \
+    mmdebstrap --variant=essential --format=null --include="$(runtime_packages | paste -sd ,)" \
     --aptopt='Apt::Install-Recommends "false"' --dpkgopt='path-exclude=/usr/share/doc/*' \
     --essential-hook="touch $made/root" --customize-hook="sh $work/run-demo \"\$1\"" \
     "$(. /etc/os-release && echo "$VERSION_CODENAME")" - - <"$work/sources.list" >"$work/log" 2>&1 || true
