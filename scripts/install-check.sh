@@ -22,6 +22,8 @@ fail() {
   exit 1
 }
 
+section() { echo "-- $1 (after $SECONDS s)"; }
+
 # quietly COMMAND...: its output is shown only when it fails.
 quietly() {
   "$@" >"$work/log" 2>&1 || { tail -n 40 "$work/log" >&2; fail "failed: $*"; }
@@ -31,18 +33,17 @@ quietly() {
 install_to() {
   quietly cmake --install "$2" --prefix "$work/elsewhere"
   mv "$work/elsewhere" "$1"
-  ! grep -rlF ${3:-} -e "$source" -e "$work/elsewhere" "$1" || fail "these files name paths of the build"
+  ! grep -rlF ${3:+"$3"} -e "$source" -e "$work/elsewhere" "$1" || fail "these files name paths of the build"
 }
 
 libdir() { dirname "$(find "$1" -name 'libZelvanoCore.*' -print -quit)"; }
 
-# Every public header compiles by itself, with a host's own warnings.
+# All public headers compile with nothing but what is installed, and with a host's own warnings.
 check_headers() {
   local flags
-  flags=$(PKG_CONFIG_PATH=$(libdir "$prefix")/pkgconfig pkg-config --cflags zelvano-ui)
-  find "$prefix/include/ZelvanoUI" -name '*.h' -printf '%f\n' |
-    FLAGS=$flags xargs -P "$(nproc)" -I '{}' sh -c \
-      'echo "#include <ZelvanoUI/{}>" | g++ -std=c++20 -fPIC -fsyntax-only -Wall -Wextra -Werror $FLAGS -x c++ -'
+  read -ra flags < <(PKG_CONFIG_PATH=$(libdir "$prefix")/pkgconfig pkg-config --cflags zelvano-ui)
+  find "$prefix/include/ZelvanoUI" -name '*.h' -printf '#include <ZelvanoUI/%f>\n' | sort >"$work/headers.cpp"
+  quietly g++ -std=c++20 -fPIC -fsyntax-only -Wall -Wextra -Werror "${flags[@]}" "$work/headers.cpp"
 }
 
 # refuses COMPONENT TEXT: find_package says so when it cannot give a component.
@@ -112,11 +113,11 @@ check_example() {
 
 # With pkg-config instead of CMake.
 check_pkgconfig() {
-  local lib
+  local lib flags
   lib=$(libdir "$prefix")
-  # shellcheck disable=SC2046
+  read -ra flags < <(PKG_CONFIG_PATH=$lib/pkgconfig pkg-config --cflags --libs zelvano-core)
   quietly g++ -std=c++20 -fPIC -o "$work/build/other-engine/other-engine" "$work"/examples/other-engine/*.cpp \
-    $(PKG_CONFIG_PATH=$lib/pkgconfig pkg-config --cflags --libs zelvano-core) "-Wl,-rpath,$lib"
+    "${flags[@]}" "-Wl,-rpath,$lib"
   run_example other-engine terminal ready
 }
 
@@ -169,7 +170,7 @@ check_declared() {
   done
   check_qml_declared libzelvanoui resources/ZelvanoUIResources.bundle
   check_qml_declared zelvanoui-demo demo
-  [ ! -d src/qml ] || check_qml_declared qml6-module-zelvanoui src/qml
+  [ ! -d src/qml ] || check_qml_declared qml6-module-zelvanoui build/package/qml/ZelvanoUI
 }
 
 check_qml_declared() {
@@ -213,14 +214,14 @@ HOOK
 media=(QT_MEDIA_BACKEND=ffmpeg)
 [ "$(id -u)" -ne 0 ] || media+=(QTWEBENGINE_DISABLE_SANDBOX=1)
 
-echo "-- install"
+section "install"
 quietly cmake --preset package
 quietly cmake --build --preset package
 install_to "$prefix" build/package
 check_headers
 refuses Nonsense 'ZelvanoUI has no component "Nonsense": there are Core and UI.'
 
-echo "-- examples"
+section "examples"
 cp -r examples "$work/examples"
 checked=()
 check_example engine-only terminal page ready start autoPlay end
@@ -232,12 +233,12 @@ for example in examples/*/; do
   [[ " ${checked[*]} " == *" $(basename "$example") "* ]] || fail "$example is not checked"
 done
 
-echo "-- pkg-config"
+section "pkg-config"
 check_pkgconfig
-echo "-- static libraries"
+section "static libraries"
 check_static
 
-echo "-- packages"
+section "packages"
 rm -rf "$packages"
 quietly cpack --preset package
 if check_bare_root; then

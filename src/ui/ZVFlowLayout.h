@@ -1,7 +1,5 @@
 #pragma once
 
-#include "zelvanoui_export.h"
-
 #include <QMarginsF>
 #include <QRectF>
 
@@ -12,7 +10,7 @@ namespace zelvano {
 
 /// Places items in lines, one after another: a line takes as many as fit, and is as high as its highest. Points.
 /// Adding one costs the same however many there are.
-class ZELVANOUI_EXPORT ZVFlowLayout
+class ZVFlowLayout
 {
 public:
     struct Metrics

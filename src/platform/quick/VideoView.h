@@ -1,7 +1,5 @@
 #pragma once
 
-#include "zelvanoui_export.h"
-
 #include <QObject>
 #include <QPointer>
 #include <QQuickItem>
@@ -10,7 +8,7 @@
 namespace zelvano {
 
 /// The item that shows the video, a VideoOutput of the host's, as the players see it. It may be destroyed at any time.
-class ZELVANOUI_EXPORT VideoView : public QObject
+class VideoView : public QObject
 {
     Q_OBJECT
 
