@@ -20,6 +20,11 @@ function(zelvano_compile_options target)
     target_compile_definitions(${target} PRIVATE
         QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY QT_NO_URL_CAST_FROM_STRING
         QT_NO_KEYWORDS QT_NO_FOREACH QT_STRICT_ITERATORS QT_NO_NARROWING_CONVERSIONS_IN_CONNECT)
+    if(NOT ZELVANO_SHARED)
+        target_compile_definitions(${target} PUBLIC ZELVANOCORE_STATIC_DEFINE ZELVANOUI_STATIC_DEFINE)
+    endif()
+    target_compile_options(${target} PRIVATE "$<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2;-fstack-protector-strong>")
+    target_link_options(${target} PRIVATE "$<$<CONFIG:Release>:-Wl,-z,relro,-z,now>")
     if(ZELVANO_SANITIZE)
         target_compile_options(${target} PRIVATE -fsanitize=${ZELVANO_SANITIZE} -fno-omit-frame-pointer)
         target_link_options(${target} PRIVATE -fsanitize=${ZELVANO_SANITIZE})

@@ -1,3 +1,4 @@
+// Internal: not installed.
 #pragma once
 
 #include "zelvanocore_export.h"

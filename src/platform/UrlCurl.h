@@ -1,3 +1,4 @@
+// Internal: not installed.
 #pragma once
 
 #include <curl/curl.h>

@@ -1,0 +1,145 @@
+# What is installed, and how hosts find it. Components: runtime, development, sandbox, demo, and qml for the QML module,
+# which goes to ZELVANO_INSTALL_QMLDIR.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(ZELVANO_INSTALL_HEADERDIR "${CMAKE_INSTALL_INCLUDEDIR}/ZelvanoUI")
+set(ZELVANO_INSTALL_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/ZelvanoUI")
+set(ZELVANO_INSTALL_QMLDIR "${CMAKE_INSTALL_LIBDIR}/qt6/qml")
+
+# Installed to `destination`, a path below the prefix, the target finds the libraries wherever the prefix was moved to.
+function(zelvano_install_rpath target destination)
+    file(RELATIVE_PATH to_libraries "/prefix/${destination}" "/prefix/${CMAKE_INSTALL_LIBDIR}")
+    string(REGEX REPLACE "/$" "" rpath "$ORIGIN/${to_libraries}")
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "${rpath}")
+endfunction()
+
+function(zelvano_install_program target component)
+    zelvano_install_rpath(${target} "${CMAKE_INSTALL_BINDIR}")
+    if(ZELVANO_INSTALL)
+        install(TARGETS ${target} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT ${component})
+    endif()
+endfunction()
+
+# zelvano_public_headers(<out> <header of one library>...)
+#
+# A header is public when it exports something, or has no source file (interfaces, constants, templates), or when a
+# public header includes it. One that is exported for the other library or the tests alone says "Internal" in its first
+# line. Configuring fails when a public header includes such a one, or libcurl: it would compile here and at no host's.
+function(zelvano_public_headers out)
+    set(public)
+    foreach(header IN LISTS ARGN)
+        cmake_path(REPLACE_EXTENSION header LAST_ONLY cpp OUTPUT_VARIABLE source)
+        file(READ "${header}" text)
+        if(NOT text MATCHES "^// Internal" AND (text MATCHES "ZELVANO[A-Z]+_EXPORT" OR NOT EXISTS "${source}"))
+            list(APPEND public "${header}")
+        endif()
+    endforeach()
+
+    get_property(others GLOBAL PROPERTY ZELVANO_PUBLIC_HEADER_NAMES)
+    set(waiting ${public})
+    while(waiting)
+        list(POP_FRONT waiting header)
+        file(STRINGS "${header}" includes REGEX "^#include (\"|<curl/)")
+        foreach(include IN LISTS includes)
+            string(REGEX REPLACE "^#include [\"<](.*)[\">].*" "\\1" name "${include}")
+            set(included ${ARGN})
+            list(FILTER included INCLUDE REGEX "/${name}$")
+            if(included IN_LIST public OR name IN_LIST others OR name MATCHES "^zelvano[a-z]+_export\\.h$")
+                continue()
+            endif()
+            set(first_line "// Internal")
+            if(included)
+                file(STRINGS "${included}" first_line LIMIT_COUNT 1)
+            endif()
+            if(first_line MATCHES "^// Internal")
+                message(FATAL_ERROR "${header} is public and includes ${name}, which is not")
+            endif()
+            list(APPEND public "${included}")
+            list(APPEND waiting "${included}")
+        endforeach()
+    endwhile()
+
+    foreach(header IN LISTS public)
+        cmake_path(GET header FILENAME name)
+        set_property(GLOBAL APPEND PROPERTY ZELVANO_PUBLIC_HEADER_NAMES "${name}")
+    endforeach()
+    set(${out} ${public} PARENT_SCOPE)
+endfunction()
+
+# zelvano_install_library(<library> FOLDERS <object library>... REQUIRES <pkg-config module>...)
+#
+# The library, its public headers, its exported target and its pkg-config file. In the build tree, too, hosts include
+# <ZelvanoUI/Name.h>: forwarding headers see to it.
+function(zelvano_install_library target)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "FOLDERS;REQUIRES")
+    set(headers)
+    foreach(folder IN LISTS ARG_FOLDERS)
+        get_target_property(sources ${folder} SOURCES)
+        get_target_property(directory ${folder} SOURCE_DIR)
+        list(FILTER sources INCLUDE REGEX "\\.h$")
+        foreach(source IN LISTS sources)
+            cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY "${directory}")
+            list(APPEND headers "${source}")
+        endforeach()
+    endforeach()
+    zelvano_public_headers(public ${headers})
+
+    string(TOLOWER ${target} lower)
+    foreach(header IN LISTS public)
+        cmake_path(GET header FILENAME name)
+        file(CONFIGURE OUTPUT "${ZELVANO_GENERATED_DIR}/ZelvanoUI/${name}" CONTENT "#include \"${header}\"\n")
+    endforeach()
+
+    zelvano_install_rpath(${target} "${CMAKE_INSTALL_LIBDIR}")
+    if(NOT ZELVANO_INSTALL)
+        return()
+    endif()
+    install(FILES ${public} "${ZELVANO_GENERATED_DIR}/${lower}_export.h"
+        DESTINATION "${ZELVANO_INSTALL_HEADERDIR}" COMPONENT development)
+    zelvano_install_exported(${target} ${target})
+    install(EXPORT ${target} NAMESPACE ZelvanoUI:: FILE ${target}Targets.cmake
+        DESTINATION "${ZELVANO_INSTALL_CMAKEDIR}" COMPONENT development)
+    if(ZELVANO_SHARED)
+        zelvano_install_pkgconfig(${target} ${ARG_REQUIRES})
+    endif()
+endfunction()
+
+# Adds targets to what <library> exports: itself, and in a static build the objects of its resources.
+function(zelvano_install_exported library)
+    if(ZELVANO_INSTALL AND ARGN)
+        install(TARGETS ${ARGN} EXPORT ${library}
+            LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development
+            ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
+            OBJECTS DESTINATION "${CMAKE_INSTALL_LIBDIR}/ZelvanoUI" COMPONENT development
+            INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+    endif()
+endfunction()
+
+# zelvano-core.pc, zelvano-ui.pc. For the shared libraries: pkg-config has no word for the objects of resources.
+function(zelvano_install_pkgconfig target)
+    set(library ${target})
+    get_target_property(component ${target} EXPORT_NAME)
+    string(TOLOWER "zelvano-${component}" name)
+    list(JOIN ARGN " " requires)
+    file(RELATIVE_PATH to_prefix "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
+    string(REGEX REPLACE "/$" "" to_prefix "${to_prefix}")
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/zelvano.pc.in" "${CMAKE_CURRENT_BINARY_DIR}/${name}.pc" @ONLY)
+    install(FILES "${CMAKE_CURRENT_BINARY_DIR}/${name}.pc"
+        DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
+endfunction()
+
+# The version header, and what find_package(ZelvanoUI) reads. A minor version may break hosts while the major is 0.
+function(zelvano_install_package)
+    install(FILES "${ZELVANO_GENERATED_DIR}/zelvano_version.h"
+        DESTINATION "${ZELVANO_INSTALL_HEADERDIR}" COMPONENT development)
+    configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/ZelvanoUIConfig.cmake.in"
+        "${CMAKE_CURRENT_BINARY_DIR}/ZelvanoUIConfig.cmake"
+        INSTALL_DESTINATION "${ZELVANO_INSTALL_CMAKEDIR}" PATH_VARS ZELVANO_INSTALL_QMLDIR
+        NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+    write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/ZelvanoUIConfigVersion.cmake"
+        COMPATIBILITY SameMinorVersion)
+    install(FILES "${CMAKE_CURRENT_BINARY_DIR}/ZelvanoUIConfig.cmake"
+        "${CMAKE_CURRENT_BINARY_DIR}/ZelvanoUIConfigVersion.cmake"
+        DESTINATION "${ZELVANO_INSTALL_CMAKEDIR}" COMPONENT development)
+endfunction()

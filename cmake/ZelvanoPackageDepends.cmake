@@ -1,0 +1,31 @@
+# Read by cpack before it makes the packages: adds the dependencies that no shlibs tool sees.
+cmake_minimum_required(VERSION 3.25)
+cmake_path(GET CMAKE_CURRENT_LIST_DIR PARENT_PATH source)
+cmake_path(GET CPACK_PACKAGE_DIRECTORY PARENT_PATH build)
+
+macro(zelvano_add_depends component)
+    foreach(package ${ARGN})
+        if(CPACK_DEBIAN_${component}_PACKAGE_DEPENDS)
+            string(APPEND CPACK_DEBIAN_${component}_PACKAGE_DEPENDS ", ")
+        endif()
+        string(APPEND CPACK_DEBIAN_${component}_PACKAGE_DEPENDS "${package}")
+    endforeach()
+endmacro()
+
+# The modules that the QML files of a folder, or a module, import.
+macro(zelvano_add_qml_depends component folder)
+    execute_process(COMMAND "${source}/scripts/qml-depends.sh" "${folder}"
+        OUTPUT_VARIABLE packages OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    string(REPLACE "\n" ";" packages "${packages}")
+    zelvano_add_depends(${component} ${packages})
+endmacro()
+
+zelvano_add_qml_depends(RUNTIME "${source}/resources/ZelvanoUIResources.bundle")
+if("demo" IN_LIST CPACK_COMPONENTS_ALL)
+    zelvano_add_qml_depends(DEMO "${source}/demo")
+endif()
+if("qml" IN_LIST CPACK_COMPONENTS_ALL)
+    zelvano_add_qml_depends(QML "${build}/qml/ZelvanoUI")
+endif()
+# What find_package(ZelvanoUI) looks for.
+zelvano_add_depends(DEVELOPMENT qt6-base-dev qt6-declarative-dev qt6-multimedia-dev)

@@ -1,0 +1,47 @@
+# The Debian packages that `cpack --preset package` makes, one a component.
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_VENDOR "ZelvanoUI")
+set(CPACK_PACKAGE_CONTACT "The ZelvanoUI developers <packages@zelvano.example>")
+set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/packages")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src")
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+# What no shlibs tool sees is added when the packages are made.
+set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/cmake/ZelvanoPackageDepends.cmake")
+
+set(CPACK_COMPONENTS_ALL)
+
+# zelvano_package(<component> <package> <section> <description> [DEPENDS <package>...] [RECOMMENDS <package>...])
+# DEPENDS are other packages of this project, of the same version.
+function(zelvano_package component package section description)
+    cmake_parse_arguments(PARSE_ARGV 4 ARG "" "" "DEPENDS;RECOMMENDS")
+    list(TRANSFORM ARG_DEPENDS APPEND " (= ${PROJECT_VERSION})")
+    list(JOIN ARG_DEPENDS ", " depends)
+    list(JOIN ARG_RECOMMENDS ", " recommends)
+    string(TOUPPER ${component} upper)
+    set(CPACK_COMPONENTS_ALL ${CPACK_COMPONENTS_ALL} ${component} PARENT_SCOPE)
+    set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${package} PARENT_SCOPE)
+    set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section} PARENT_SCOPE)
+    set(CPACK_DEBIAN_${upper}_DESCRIPTION "${description}" PARENT_SCOPE)
+    set(CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS "${depends}" PARENT_SCOPE)
+    set(CPACK_DEBIAN_${upper}_PACKAGE_RECOMMENDS "${recommends}" PARENT_SCOPE)
+endfunction()
+
+zelvano_package(runtime libzelvanoui libs "The libraries." RECOMMENDS qt6-image-formats-plugins)
+zelvano_package(development libzelvanoui-dev libdevel "The headers, and what CMake and pkg-config read."
+    DEPENDS libzelvanoui RECOMMENDS qt6-webengine-dev)
+if(TARGET zelvano-sandbox)
+    zelvano_package(sandbox zelvano-sandbox devel "The recommendation service, on this machine only.")
+endif()
+if(TARGET zelvano-demo)
+    zelvano_package(demo zelvanoui-demo video "The demo: a host with a service of its own." DEPENDS libzelvanoui)
+endif()
+if(EXISTS "${PROJECT_SOURCE_DIR}/src/qml/CMakeLists.txt" AND ZELVANO_WITH_UI)
+    zelvano_package(qml qml6-module-zelvanoui libs "The QML module." DEPENDS libzelvanoui)
+endif()
+
+include(CPack)

@@ -1,0 +1,77 @@
+#include "ClockPlayer.h"
+
+#include <ZelvanoUI/NotificationCenter.h>
+
+using namespace zelvano;
+
+namespace {
+
+constexpr double lengthOfEverything = 4; // Seconds.
+
+} // namespace
+
+ClockPlayer::ClockPlayer()
+{
+    m_end.setSingleShot(true);
+    connect(&m_end, &QTimer::timeout, this, &ClockPlayer::reachEnd);
+}
+
+double ClockPlayer::currentTime() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_clock.isValid() ? m_position + static_cast<double>(m_clock.elapsed()) / 1000 : m_position;
+}
+
+void ClockPlayer::play()
+{
+    if (m_rate != 0 || !currentItem())
+        return;
+    const double position = currentTime() < lengthOfEverything ? currentTime() : 0;
+    setClock(position, 1);
+    m_end.start(static_cast<int>((lengthOfEverything - position) * 1000));
+}
+
+void ClockPlayer::pause()
+{
+    m_end.stop();
+    setClock(currentTime(), 0);
+}
+
+/// The library hears of changes only: a medium becomes ready after who plays it could begin to observe it.
+void ClockPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
+{
+    const bool wasPlaying = m_rate != 0;
+    pause();
+    setClock(0, 0);
+    m_status = item ? AVPlayerStatus::ReadyToPlay : AVPlayerStatus::Unknown;
+    if (!item)
+        return;
+    const auto becomeReady = [item] {
+        item->setDuration(lengthOfEverything);
+        item->setStatus(AVPlayerItemStatus::ReadyToPlay);
+    };
+    QMetaObject::invokeMethod(this, becomeReady, Qt::QueuedConnection);
+    if (wasPlaying)
+        play();
+}
+
+void ClockPlayer::reachEnd()
+{
+    setClock(lengthOfEverything, 0);
+    NotificationCenter::defaultCenter().post(
+        {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(currentItem().get()), {}});
+}
+
+void ClockPlayer::setClock(double position, float rate)
+{
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_position = position;
+        if (rate != 0)
+            m_clock.start();
+        else
+            m_clock.invalidate();
+    }
+    if (m_rate.exchange(rate) != rate)
+        Q_EMIT rateChanged();
+}

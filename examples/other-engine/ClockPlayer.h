@@ -1,0 +1,36 @@
+#pragma once
+
+#include <ZelvanoUI/AVPlayer.h>
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+/// A player over an engine of the host's own. This engine is a clock: every medium takes some seconds, and nothing is
+/// to be seen. What a real one tells by callbacks stands where the clock changes here.
+class ClockPlayer : public zelvano::AVPlayer
+{
+public:
+    ClockPlayer();
+
+    // Any thread.
+    float rate() const override { return m_rate; }
+    zelvano::AVPlayerStatus status() const override { return m_status; }
+    double currentTime() const override;
+
+    void play() override;
+    void pause() override;
+
+protected:
+    void loadItem(const std::shared_ptr<zelvano::AVPlayerItem> &item) override;
+
+private:
+    void reachEnd();
+    void setClock(double position, float rate);
+
+    mutable QMutex m_mutex; // Guards position and clock.
+    double m_position = 0;
+    QElapsedTimer m_clock; // Runs since the position was noted, while the rate is not 0.
+    QTimer m_end;
+    std::atomic<float> m_rate = 0;
+    std::atomic<zelvano::AVPlayerStatus> m_status = zelvano::AVPlayerStatus::Unknown;
+};

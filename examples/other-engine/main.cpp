@@ -1,0 +1,46 @@
+// A host whose player the library has never seen. The clock plays, pauses, goes on and reaches its end by itself; all
+// of that is reported, with the library unchanged.
+#include "ClockPlayer.h"
+
+#include <ZelvanoUI/MainThread.h>
+#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/Zelvano.h>
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(u"other-engine"_s);
+    QCommandLineParser parser;
+    parser.addHelpOption();
+    parser.addOption({u"service"_s, u"Talk to the sandbox at <host:port>."_s, u"host:port"_s, u"127.0.0.1:8080"_s});
+    parser.addOption({u"quit-after"_s, u"End after <seconds>."_s, u"seconds"_s, u"8"_s});
+    parser.process(application);
+    zelvano::UrlSession::connectTo("api.zelvano.example:80", parser.value(u"service"_s).toLatin1());
+
+    const auto player = zelvano::makeMainThreadShared<ClockPlayer>();
+    const zelvano::AVURLAsset medium(QUrl(u"clock://some-medium"_s));
+    player->replaceCurrentItemWithPlayerItem(zelvano::AVPlayerItem::create(medium));
+
+    const auto engine = zelvano::Zelvano::create();
+    engine->initializeWithAPIKey(u"your-api-key"_s);
+    engine->setPlayer(player, u"page-42"_s);
+
+    QTimer::singleShot(1s, player.get(), &ClockPlayer::play);
+    QTimer::singleShot(2s, player.get(), &ClockPlayer::pause);
+    QTimer::singleShot(3s, player.get(), &ClockPlayer::play);
+    QObject::connect(player.get(), &ClockPlayer::rateChanged, &application, [clock = player.get()] {
+        std::printf("%s at %.1f s\n", clock->rate() != 0 ? "plays" : "stands", clock->currentTime());
+    });
+
+    QTimer::singleShot(std::chrono::seconds(parser.value(u"quit-after"_s).toInt()), &application,
+                       &QCoreApplication::quit);
+    return QCoreApplication::exec();
+}

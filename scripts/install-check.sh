@@ -1,0 +1,249 @@
+#!/usr/bin/env bash
+# Proves from outside that the library can be installed: a fresh prefix, the examples built against it and run against
+# the sandbox, the Debian packages, and the demo started from them in a bare root.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source=$PWD
+scripts/setup.sh
+
+work=$(mktemp -d)
+chmod 755 "$work" # apt reads the packages as a user of its own.
+prefix=$work/prefix
+packages=build/package/packages
+sandbox_pid=
+cleanup() {
+  stop_sandbox
+  rm -rf "$work"
+}
+trap cleanup EXIT
+
+fail() {
+  echo "install-check: $*" >&2
+  exit 1
+}
+
+section() { echo "-- $1 (after $SECONDS s)"; }
+
+# quietly COMMAND...: its output is shown only when it fails.
+quietly() {
+  "$@" >"$work/log" 2>&1 || { tail -n 40 "$work/log" >&2; fail "failed: $*"; }
+}
+
+# install_to PREFIX BUILD [GREP_OPTION]: installed elsewhere and moved, since nothing may depend on the place.
+install_to() {
+  quietly cmake --install "$2" --prefix "$work/elsewhere"
+  mv "$work/elsewhere" "$1"
+  ! grep -rlF ${3:+"$3"} -e "$source" -e "$work/elsewhere" "$1" || fail "these files name paths of the build"
+}
+
+libdir() { dirname "$(find "$1" -name 'libZelvanoCore.*' -print -quit)"; }
+
+# All public headers compile with nothing but what is installed, and with a host's own warnings.
+check_headers() {
+  local flags
+  read -ra flags < <(PKG_CONFIG_PATH=$(libdir "$prefix")/pkgconfig pkg-config --cflags zelvano-ui)
+  find "$prefix/include/ZelvanoUI" -name '*.h' -printf '#include <ZelvanoUI/%f>\n' | sort >"$work/headers.cpp"
+  quietly g++ -std=c++20 -fPIC -fsyntax-only -Wall -Wextra -Werror "${flags[@]}" "$work/headers.cpp"
+}
+
+# refuses COMPONENT TEXT: find_package says so when it cannot give a component.
+refuses() {
+  mkdir -p "$work/refused"
+  cat >"$work/refused/CMakeLists.txt" <<CMAKE
+cmake_minimum_required(VERSION 3.25)
+project(Refused LANGUAGES CXX)
+find_package(ZelvanoUI 0.1 REQUIRED COMPONENTS $1)
+CMAKE
+  ! cmake -S "$work/refused" -B "$work/refused/build" -DCMAKE_PREFIX_PATH="$prefix" >"$work/log" 2>&1 ||
+    fail "find_package found component $1"
+  [[ $(tr -s '\n ' ' ' <"$work/log") == *"$2"* ]] ||
+    { cat "$work/log" >&2; fail "component $1: not the message expected"; }
+}
+
+# build_example NAME PREFIX: from a copy outside of the tree.
+build_example() {
+  quietly cmake -G Ninja -S "$work/examples/$1" -B "$work/build/$1" -DCMAKE_BUILD_TYPE=Debug \
+    -DCMAKE_PREFIX_PATH="$2" -DCMAKE_CXX_FLAGS='-Wall -Wextra -Werror'
+  quietly cmake --build "$work/build/$1"
+}
+
+start_sandbox() {
+  "$prefix/bin/zelvano-sandbox" --port 0 >"$work/requests" &
+  sandbox_pid=$!
+  service=
+  for _ in $(seq 100); do
+    service=$(sed -n 's,^The recommendation service is at http://\(.*\)/$,\1,p' "$work/requests")
+    [ -z "$service" ] || return 0
+    sleep 0.1
+  done
+  fail "the sandbox does not start"
+}
+
+stop_sandbox() {
+  [ -z "$sandbox_pid" ] || kill "$sandbox_pid" 2>/dev/null || true
+  [ -z "$sandbox_pid" ] || wait "$sandbox_pid" 2>/dev/null || true
+  sandbox_pid=
+}
+
+# run_example NAME terminal|window EVENT...: the program ends well, and the sandbox was told of the events.
+run_example() {
+  local name=$1 place=$2 home=$work/home-$1
+  local program=("$work/build/$name/$name") event
+  shift 2
+  [ "$place" = terminal ] || program=(xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' "${program[@]}")
+  install -d -m 700 "$home"
+  start_sandbox
+  env -u DISPLAY -u WAYLAND_DISPLAY HOME="$home" XDG_CONFIG_HOME="$home" XDG_RUNTIME_DIR="$home" "${media[@]}" \
+    timeout 60 "${program[@]}" --service "$service" --quit-after 7 >"$work/output" 2>"$work/log" ||
+    { tail -n 20 "$work/log" >&2; fail "example $name ended with an error"; }
+  stop_sandbox
+  for event in "$@"; do
+    grep -qE " /events +$event " "$work/requests" ||
+      { cat "$work/requests" >&2; fail "example $name: the service never heard of $event"; }
+  done
+  echo "$name: $*"
+}
+
+# check_example NAME PLACE EVENT...
+check_example() {
+  checked+=("$1")
+  build_example "$1" "$prefix"
+  run_example "$@"
+}
+
+# With pkg-config instead of CMake.
+check_pkgconfig() {
+  local lib flags
+  lib=$(libdir "$prefix")
+  read -ra flags < <(PKG_CONFIG_PATH=$lib/pkgconfig pkg-config --cflags --libs zelvano-core)
+  quietly g++ -std=c++20 -fPIC -o "$work/build/other-engine/other-engine" "$work"/examples/other-engine/*.cpp \
+    "${flags[@]}" "-Wl,-rpath,$lib"
+  run_example other-engine terminal ready
+}
+
+# Static libraries carry their resources along; a host without them would say that the bundle is missing.
+check_static() {
+  quietly cmake --preset package -B build/static -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 \
+    -DZELVANO_SHARED=OFF -DZELVANO_WITH_SANDBOX=OFF -DZELVANO_WITH_DEMO=OFF
+  quietly cmake --build build/static
+  install_to "$work/static" build/static -I # Objects of a debug build do name their sources.
+  rm -rf "$work/build"
+  build_example cpp-overlay "$work/static"
+  run_example cpp-overlay window ready impression
+}
+
+# package_depends PACKAGE: the names that its Depends list.
+package_depends() { dpkg-deb -f "$packages/$1"_*.deb Depends | tr ',' '\n' | sed 's/^ *//; s/ .*//'; }
+
+# runtime_packages: the names of all that are not for developing.
+runtime_packages() {
+  local file
+  for file in "$packages"/*.deb; do
+    dpkg-deb -f "$file" Package
+  done | grep -v -e '-dev$'
+}
+
+# check_linked PACKAGE FILE: the packages that own the libraries which the file names are depended on.
+check_linked() {
+  local library path owner depends
+  depends=" $(package_depends "$1" | xargs) "
+  objdump -p "$2" 2>/dev/null | awk '$1 == "NEEDED" {print $2}' | while read -r library; do
+    path=$(ldd "$2" | awk -v name="$library" '$1 == name {print $3}')
+    [[ $library != ld-linux* && $path != "$work"/* ]] || continue # The loader is libc's; the others are ours.
+    [[ $path == /* ]] || fail "$1 needs $library, which is not there"
+    owner=$(dpkg -S "*${path#/usr}" | sed -n '1s/:.*//p') # Owned below /lib or /usr/lib, which are the same.
+    [[ $depends == *" $owner "* ]] || fail "$1 needs $library, and does not depend on $owner"
+  done
+}
+
+# What a bare root would show, as far as this machine can tell: the libraries that the programs name, and the QML
+# modules that are imported, belong to a package that is depended on.
+check_declared() {
+  local package file
+  for package in $(runtime_packages); do
+    dpkg-deb -x "$packages/$package"_*.deb "$work/unpacked"
+  done
+  for package in $(runtime_packages); do
+    for file in $(dpkg-deb -c "$packages/$package"_*.deb | awk '$1 ~ /^-/ {print $6}'); do
+      check_linked "$package" "$work/unpacked/$file"
+    done
+  done
+  check_qml_declared libzelvanoui resources/ZelvanoUIResources.bundle
+  check_qml_declared zelvanoui-demo demo
+  [ ! -d src/qml ] || check_qml_declared qml6-module-zelvanoui build/package/qml/ZelvanoUI
+}
+
+check_qml_declared() {
+  comm -13 <(package_depends "$1" | sort -u) <(scripts/qml-depends.sh "$2") >"$work/missing"
+  [ ! -s "$work/missing" ] || fail "$1 imports QML modules and does not depend on $(xargs <"$work/missing")"
+}
+
+# Installs the packages into a root that holds nothing else but the essential packages of this machine's own
+# distribution, and replays a session of the demo there. Returns 1 when no such root can be made here.
+check_bare_root() {
+  command -v mmdebstrap >/dev/null || return 1
+  local repository=$work/repository made=$work/made sources
+  mkdir -p "$repository" "$made"
+  chmod 1777 "$made"
+  cp "$packages"/*.deb "$repository"
+  (cd "$repository" && dpkg-scanpackages . >Packages 2>/dev/null) || fail "no repository of the packages"
+  sources=$(apt-get indextargets --format 'deb $(SITE) $(RELEASE) $(COMPONENT)' \
+    'Created-By: Packages' 'Origin: Debian' | sort -u)
+  [ -n "$sources" ] || return 1
+  printf '%s\ndeb [trusted=yes] copy:%s ./\n' "$sources" "$repository" >"$work/sources.list"
+  cat >"$work/run-demo" <<HOOK
+set -e
+cp "$source/demo/smoke.script" "\$1/tmp/"
+cp "\$XAUTHORITY" "\$1/tmp/xauthority"
+chroot "\$1" zelvano-sandbox --help >/dev/null
+chroot "\$1" env -i PATH=/usr/bin:/bin LANG=C.UTF-8 HOME=/tmp XDG_RUNTIME_DIR=/tmp DISPLAY="\$DISPLAY" \
+  XAUTHORITY=/tmp/xauthority ${media[*]} timeout 90 zelvano-demo --script /tmp/smoke.script --screenshots /tmp \
+  --trace /tmp/trace.jsonl
+touch "$made/played"
+HOOK
+  timeout 300 xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' \
+    mmdebstrap --variant=essential --format=null --include="$(runtime_packages | paste -sd ,)" \
+    --aptopt='Apt::Install-Recommends "false"' --dpkgopt='path-exclude=/usr/share/doc/*' \
+    --essential-hook="touch $made/root" --customize-hook="sh $work/run-demo \"\$1\"" \
+    "$(. /etc/os-release && echo "$VERSION_CODENAME")" - - <"$work/sources.list" >"$work/log" 2>&1 || true
+  [ -e "$made/root" ] || return 1
+  [ -e "$made/played" ] || { tail -n 40 "$work/log" >&2; fail "the demo does not run in a bare root"; }
+}
+
+# As scripts/demo.sh says.
+media=(QT_MEDIA_BACKEND=ffmpeg)
+[ "$(id -u)" -ne 0 ] || media+=(QTWEBENGINE_DISABLE_SANDBOX=1)
+
+section "install"
+quietly cmake --preset package
+quietly cmake --build --preset package
+install_to "$prefix" build/package
+check_headers
+refuses Nonsense 'ZelvanoUI has no component "Nonsense": there are Core and UI.'
+
+section "examples"
+cp -r examples "$work/examples"
+checked=()
+check_example engine-only terminal page ready start autoPlay end
+grep -q '^recommended: ' "$work/output" || fail "engine-only shows no recommendation"
+grep -q '^event: end$' "$work/output" || fail "engine-only shows no events"
+check_example other-engine terminal page ready start autoPlay pause play end
+check_example cpp-overlay window page ready start autoPlay pause impression
+for example in examples/*/; do
+  [[ " ${checked[*]} " == *" $(basename "$example") "* ]] || fail "$example is not checked"
+done
+
+section "pkg-config"
+check_pkgconfig
+section "static libraries"
+check_static
+
+section "packages"
+rm -rf "$packages"
+quietly cpack --preset package
+if check_bare_root; then
+  echo "The demo ran in a bare root with nothing but the packages and what they depend on."
+else
+  echo "No bare root can be made on this machine: checking instead that all that is linked or imported is declared."
+  check_declared
+fi
