@@ -93,8 +93,10 @@ run_example() {
   [ "$place" = terminal ] || program=(xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' "${program[@]}")
   install -d -m 700 "$home"
   start_sandbox
+  local arguments=(--service "$service")
+  [[ $name != qml-* ]] || arguments=("http://$service/media/1.mp4" "$service")
   env -u DISPLAY -u WAYLAND_DISPLAY HOME="$home" XDG_CONFIG_HOME="$home" XDG_RUNTIME_DIR="$home" "${media[@]}" \
-    timeout 60 "${program[@]}" --service "$service" --quit-after 7 >"$work/output" 2>"$work/log" ||
+    timeout 60 "${program[@]}" --quit-after 7 "${arguments[@]}" >"$work/output" 2>"$work/log" ||
     { tail -n 20 "$work/log" >&2; fail "example $name ended with an error"; }
   stop_sandbox
   for event in "$@"; do
@@ -229,6 +231,8 @@ grep -q '^recommended: ' "$work/output" || fail "engine-only shows no recommenda
 grep -q '^event: end$' "$work/output" || fail "engine-only shows no events"
 check_example other-engine terminal page ready start autoPlay pause play end
 check_example cpp-overlay window page ready start autoPlay pause impression
+check_example qml-overlay window page ready start autoPlay
+check_example qml-list window page ready start autoPlay
 for example in examples/*/; do
   [[ " ${checked[*]} " == *" $(basename "$example") "* ]] || fail "$example is not checked"
 done
