@@ -259,6 +259,13 @@ void Recommendations::begin()
         Q_EMIT videosChanged();
     if (self && isRunning() != wasRunning)
         Q_EMIT runningChanged();
+    if (self && isRunning())
+        Q_EMIT sessionBegan();
+}
+
+std::shared_ptr<Zelvano> Recommendations::engine() const
+{
+    return m_controller ? m_controller->zelvano() : nullptr;
 }
 
 /// The library's address of the service stays as it is; only the connection goes elsewhere.

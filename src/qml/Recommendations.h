@@ -17,6 +17,7 @@ namespace zelvano {
 
 class RecommendationItem;
 class ZVRecommendation;
+class Zelvano;
 class ZelvanoViewController;
 
 /// A session with the recommendation service over a host's MediaPlayer: reports what it plays, lays recommendations
@@ -119,6 +120,8 @@ public:
     Q_INVOKABLE void playNext(const zelvano::RecommendedVideo &video);
 
 Q_SIGNALS:
+    /// A session has begun, the first one or another.
+    void sessionBegan();
     /// A player event was reported: "play", "pause", "seek" and the like.
     void stateChanged(const QString &state);
     /// Recommendations have come, and are in videos.
@@ -130,6 +133,9 @@ Q_SIGNALS:
     void finished();
 
 public:
+    /// The engine of the session; null while there is none.
+    std::shared_ptr<Zelvano> engine() const;
+
     // For the elements that show native views. One that is added is told of what runs and what has come.
     void addItem(RecommendationItem *item);
     void removeItem(RecommendationItem *item);

@@ -1,12 +1,7 @@
-#include "EngineFixture.h"
-#include "NativeViews.h"
-#include "ZVTopRecommendationView.h"
+#include "QmlHost.h"
 
 #include <QAccessible>
 #include <QMediaPlayer>
-#include <QQmlComponent>
-#include <QQmlEngine>
-#include <QQmlExpression>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -14,103 +9,11 @@
 #include <functional>
 #include <utility>
 
-#ifdef ZELVANO_STATIC_QML
-#include <QQmlExtensionPlugin>
-Q_IMPORT_QML_PLUGIN(ZelvanoUIPlugin)
-#endif
-
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace zelvano;
 
 namespace {
-
-/// A host that is QML only, against a service on loopback, on the test clock.
-struct Host
-{
-    EngineFixture service;
-    QQmlEngine qml;
-    std::unique_ptr<QObject> root;
-
-    explicit Host(const QString &elements)
-    {
-        service.storeIdentity();
-        qml.addImportPath(QStringLiteral(ZELVANO_QML_DIR));
-        QQmlComponent component(&qml);
-        component.setData("import QtQuick\nimport QtMultimedia\nimport ZelvanoUI\n"
-                          "Window { id: window; visible: true; width: 640; height: 480\n"
-                          "required property url first; required property url second\n"
-                          "property var heard: []; function hear(what) { heard.push(what) }\n" +
-                              elements.toUtf8() + "}",
-                          {});
-        if (!component.isReady())
-            qFatal("%s", qPrintable(component.errorString()));
-        root.reset(component.createWithInitialProperties({{u"first"_s, service.sandbox.url(u"/media/1.mp4"_s)},
-                                                          {u"second"_s, service.sandbox.url(u"/media/2.mp4"_s)}}));
-    }
-    ~Host()
-    {
-        root.reset();
-        service.settle();
-    }
-    Q_DISABLE_COPY_MOVE(Host)
-
-    QVariant run(const QString &script)
-    {
-        QQmlExpression expression(qmlContext(root.get()), root.get(), script);
-        const auto value = expression.evaluate();
-        if (expression.hasError())
-            qWarning("%s", qPrintable(expression.error().toString()));
-        return value;
-    }
-    bool waitFor(const QString &condition)
-    {
-        return waitUntil([&] {
-            service.queue().advance(0ms);
-            return run(condition).toBool();
-        });
-    }
-    QStringList heard() { return run(u"heard"_s).toStringList(); }
-    QObject *object(const QString &name) { return run(name).value<QObject *>(); }
-    QQuickWindow *window() const { return qobject_cast<QQuickWindow *>(root.get()); }
-    /// The native view inside an element.
-    ZVItemView *viewIn(const QString &name)
-    {
-        const auto *item = qobject_cast<QQuickItem *>(object(name));
-        const auto views = item ? item->childItems() : QList<QQuickItem *>();
-        return views.size() == 1 ? qobject_cast<ZVItemView *>(views.first()) : nullptr;
-    }
-    bool waitForItems(const QString &name, qint64 count)
-    {
-        return waitUntil([&] {
-            service.queue().advance(0ms);
-            if (auto *view = viewIn(name))
-                view->layoutIfNeeded();
-            return viewIn(name) && viewIn(name)->itemCount() == count;
-        });
-    }
-    ZVTopRecommendationView *overlay() const
-    {
-        for (auto *item : window()->contentItem()->childItems()) {
-            if (auto *found = qobject_cast<ZVTopRecommendationView *>(item))
-                return found;
-        }
-        return nullptr;
-    }
-    QString keyOf(const QString &call) const
-    {
-        const auto headers = service.arrived(call).headers;
-        const auto key = headers.find("x-api-key");
-        return key == headers.end() ? QString() : QString::fromUtf8(key->second);
-    }
-    /// Sessions so far: each opens the channel.
-    qsizetype sessions()
-    {
-        QCoreApplication::processEvents();
-        service.settle();
-        return service.sentCount(ZVRetrieveInit);
-    }
-};
 
 /// Does something the first time that it is told to.
 class Once : public QObject
@@ -210,7 +113,7 @@ void tst_Recommendations::attaching()
 {
     QFETCH(const QString, elements);
     QFETCH(const QString, then);
-    Host host(elements);
+    QmlHost host(elements);
     QCOMPARE(host.service.sent(), QStringList()); // Nothing before the event loop comes round.
     QCoreApplication::processEvents();
     host.run(then);
@@ -254,7 +157,7 @@ void tst_Recommendations::changes()
     QFETCH(const QString, change);
     QFETCH(const int, sessions);
     QFETCH(const bool, runs);
-    Host host(player + session + list);
+    QmlHost host(player + session + list);
     QVERIFY(host.waitFor(fetched));
     QCOMPARE(host.sessions(), 1);
     host.run(u"heard = []; "_s + change);
@@ -269,7 +172,7 @@ void tst_Recommendations::changes()
 void tst_Recommendations::withoutKey()
 {
     QTest::ignoreMessage(QtInfoMsg, QRegularExpression(u"without an apiKey"_s));
-    Host host(player + u"Recommendations { id: recs; player: media }\n"_s + list);
+    QmlHost host(player + u"Recommendations { id: recs; player: media }\n"_s + list);
     QCoreApplication::processEvents();
     host.run(u"recs.pageId = 'page'; recs.start(); recs.announceChoice(''); recs.playNext(recs.videos[0])"_s);
     QCOMPARE(host.sessions(), 0);
@@ -283,7 +186,7 @@ void tst_Recommendations::anyOrderOfDestruction()
 {
     std::array names{u"list"_s, u"media"_s, u"output"_s, u"recs"_s};
     do {
-        Host host(player + session + list + categories);
+        QmlHost host(player + session + list + categories);
         QCoreApplication::processEvents();
         QVERIFY(host.viewIn(u"list"_s) && host.viewIn(u"rows"_s));
         for (const auto &name : names) {
@@ -317,7 +220,7 @@ void tst_Recommendations::endInsideAHandler()
 {
     QFETCH(const QByteArray, signal);
     QFETCH(const QString, action);
-    Host host(player + session + list);
+    QmlHost host(player + session + list);
     const QPointer recs(host.object(u"recs"_s));
     Once once([&] {
         if (action == "delete"_L1)
@@ -362,7 +265,7 @@ void tst_Recommendations::resizing()
 {
     QFETCH(const QString, meanwhile);
     QFETCH(const int, sessions);
-    Host host(player + session);
+    QmlHost host(player + session);
     QVERIFY(host.waitFor(fetched));
     host.service.settle();
     host.run(u"heard = []; output.width = 300"_s);
@@ -391,7 +294,7 @@ void tst_Recommendations::resizing()
 
 void tst_Recommendations::pauseAndPick()
 {
-    Host host(player + session);
+    QmlHost host(player + session);
     QVERIFY(host.waitFor(fetched));
     const bool isShown = waitUntil([&] { // The page takes its time to load.
         host.run(u"media.play()"_s);
@@ -417,7 +320,7 @@ void tst_Recommendations::pauseAndPick()
 
 void tst_Recommendations::nativePick()
 {
-    Host host(player + session + QString(list).replace(u"id: list;"_s, u"id: list; x: 320;"_s));
+    QmlHost host(player + session + QString(list).replace(u"id: list;"_s, u"id: list; x: 320;"_s));
     host.window()->requestActivate();
     QVERIFY(host.waitForItems(u"list"_s, 4));
     QVERIFY(waitUntil([&] { return host.window()->isActive(); }));
@@ -442,8 +345,9 @@ void tst_Recommendations::nativePick()
 
 void tst_Recommendations::viewsComeAndGo()
 {
-    Host host(player + session + list + categories + u"RecommendationList { id: late; width: 200; height: 200 }\n"_s +
-              u"Recommendations { id: second; apiKey: 'key'; player: other }"_s);
+    QmlHost host(player + session + list + categories +
+                 u"RecommendationList { id: late; width: 200; height: 200 }\n"_s +
+                 u"Recommendations { id: second; apiKey: 'key'; player: other }"_s);
     QVERIFY(host.waitForItems(u"list"_s, 4));
     host.viewIn(u"rows"_s)->layoutIfNeeded();
     QVERIFY(host.run(u"rows.implicitWidth > 0"_s).toBool() && host.viewIn(u"rows"_s)->itemCount() > 0);
@@ -477,7 +381,7 @@ void tst_Recommendations::viewsComeAndGo()
 /// What the service sends is anything.
 void tst_Recommendations::oddVideos()
 {
-    Host host(player + session + list);
+    QmlHost host(player + session + list);
     const QByteArray odd = R"({"status": 200, "data": {"viewUUID": "v", "videos": [
         {"title": 5, "durationSec": "long", "url": ["x"], "imageUrl": null},
         {"title": "A", "durationSec": 12.5, "url": "http://videos.example/1.mp4", "category": "FORYOU"}]}})";
@@ -507,7 +411,7 @@ void tst_Recommendations::serviceAddress()
     QFETCH(const bool, arrives);
     sandbox::Sandbox other;
     QVERIFY(other.start());
-    Host host(player + session);
+    QmlHost host(player + session);
     host.run(u"recs.serviceAddress = '%1'"_s.arg(address.contains(u'%') ? address.arg(other.port()) : address));
     QVERIFY(host.waitFor(fetched));
     QCOMPARE(other.hits(u"/channels/init/zelvano"_s), arrives ? 1 : 0);
