@@ -8,8 +8,8 @@ import ZelvanoUI
 Rectangle {
     id: timeline
 
-    // The log that is shown.
-    required property EventLog log
+    // The EventLog that is shown.
+    required property var log
 
     readonly property color faint: Qt.alpha(palette.windowText, 0.6)
     readonly property var kindColors: ({
