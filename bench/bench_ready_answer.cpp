@@ -42,11 +42,7 @@ QByteArray readyAnswer(int count)
 
 std::shared_ptr<ZVRecommendation> recordOf(const QByteArray &bytes)
 {
-    const auto parsed = parse(bytes);
-    ZVAPIResponse response;
-    if (const auto *value = std::get_if<QJsonValue>(&parsed))
-        response.params = value->toObject();
-    return recommendations(response.params.value_or(QJsonObject()));
+    return recommendations(ZVAPIResponse(bytes).params().value_or(QJsonObject()));
 }
 
 /// Divides the time by the number of videos, and fits it to a line through them.

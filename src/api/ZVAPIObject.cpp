@@ -2,7 +2,6 @@
 
 #include "Bundle.h"
 #include "Device.h"
-#include "Logging.h"
 #include "Utilities.h"
 
 #include <QMutex>
@@ -79,23 +78,6 @@ QJsonObject userAgentOf(const Client &client)
         };
     }
     return state.userAgent;
-}
-
-ZVAPIResponse responseFor(const QByteArray &data, const std::optional<Error> &transportError)
-{
-    ZVAPIResponse response;
-    if (transportError) {
-        response.error = transportError;
-        return response;
-    }
-    const auto parsed = parse(data);
-    if (const auto *error = std::get_if<Error>(&parsed))
-        response.error = *error;
-    else if (const auto *value = std::get_if<QJsonValue>(&parsed); value && value->isObject())
-        response.params = value->toObject();
-    else if (value)
-        ZV_LOG("Error: the service's answer is no JSON object and was dropped");
-    return response;
 }
 
 } // namespace
@@ -245,7 +227,7 @@ void ZVAPIObject::callRequest(UrlRequest request, Completion completion)
     auto handler = [self = shared_from_this(), completion = std::move(completion)](const QByteArray &data, const auto &,
                                                                                    const auto &error) {
         if (completion)
-            completion(responseFor(data, error));
+            completion(error ? ZVAPIResponse(*error) : ZVAPIResponse(data));
     };
     const auto task = UrlSession::dataTask(std::move(request), std::move(handler));
     {

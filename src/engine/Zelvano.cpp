@@ -27,7 +27,7 @@ constexpr double defaultKeepAliveInterval = 1800.0; // Seconds.
 
 bool succeeded(const ZVAPIResponse &response)
 {
-    return !response.error && status(response.params) == statusOk;
+    return !response.error() && status(response.params()) == statusOk;
 }
 
 QString textOf(const Error &error)
@@ -37,7 +37,7 @@ QString textOf(const Error &error)
 
 QString textAt(const ZVAPIResponse &response, QLatin1StringView keyPath)
 {
-    return json::stringValue(json::valueForKeyPath(*response.params, QString(keyPath)));
+    return json::stringValue(json::valueForKeyPath(*response.params(), QString(keyPath)));
 }
 
 MainQueue::Duration delayOf(double seconds)
@@ -84,8 +84,8 @@ void Zelvano::initializeWithAPIKey(const QString &apiKey)
 /// Not under the lock as a whole: the setters write a file.
 void Zelvano::userIdDidArrive(const ZVAPIResponse &response)
 {
-    if (response.error)
-        ZV_LOG("Error fetching userId " << textOf(*response.error));
+    if (response.error())
+        ZV_LOG("Error fetching userId " << textOf(*response.error()));
     if (!succeeded(response))
         return;
     ZV_LOG("events:: initialize");
@@ -106,12 +106,12 @@ void Zelvano::channelsInit()
 
 void Zelvano::channelDidOpen(const ZVAPIResponse &response)
 {
-    if (response.error)
-        ZV_LOG("Error fetching init " << textOf(*response.error));
+    if (response.error())
+        ZV_LOG("Error fetching init " << textOf(*response.error()));
     if (!succeeded(response))
         return;
     const QMutexLocker lock(&m_mutex);
-    config().setParams(*response.params);
+    config().setParams(*response.params());
     ZV_LOG("events:: channelsInit");
     if (m_pageParams) {
         pageEvent(currentSubscriber());
@@ -146,12 +146,12 @@ void Zelvano::keepAlive(double interval)
 
 void Zelvano::keepAliveDidEnd(const ZVAPIResponse &response, double interval)
 {
-    if (response.error) {
-        ZV_LOG("Keep alive failed " << textOf(*response.error));
+    if (response.error()) {
+        ZV_LOG("Keep alive failed " << textOf(*response.error()));
         return;
     }
     if (!succeeded(response)) {
-        ZV_LOG("Keep alive failed status " << status(response.params));
+        ZV_LOG("Keep alive failed status " << status(response.params()));
         return;
     }
     MainQueue::shared().post([weak = weak_from_this(), interval] {
@@ -217,8 +217,8 @@ void Zelvano::pageEvent(const Subscriber &subscriber)
 
 void Zelvano::pageDidAnswer(const ZVAPIResponse &response, const Subscriber &subscriber)
 {
-    if (response.error) {
-        ZV_LOG("Zelvano page event failed " << textOf(*response.error));
+    if (response.error()) {
+        ZV_LOG("Zelvano page event failed " << textOf(*response.error()));
         return;
     }
     const QMutexLocker lock(&m_mutex);
@@ -229,7 +229,7 @@ void Zelvano::pageDidAnswer(const ZVAPIResponse &response, const Subscriber &sub
             readyEvent(subscriber);
             m_readyParams.reset(); // After the call: what it finds owed again is not kept.
         }
-    } else if (status(response.params) == statusChannelGone) {
+    } else if (status(response.params()) == statusChannelGone) {
         m_pageParams = QVariantList{player()};
         channelsInit();
     }
@@ -266,18 +266,18 @@ void Zelvano::readyEvent(const Subscriber &subscriber)
 
 void Zelvano::readyDidAnswer(const ZVAPIResponse &response, const Subscriber &subscriber, const QVariantList &record)
 {
-    if (response.error) {
-        ZV_LOG("Zelvano ready event failed " << textOf(*response.error));
+    if (response.error()) {
+        ZV_LOG("Zelvano ready event failed " << textOf(*response.error()));
         return;
     }
     const QMutexLocker lock(&m_mutex);
     if (succeeded(response)) {
         ZV_LOG("events:: ready");
-        m_viewUUID = json::stringValue(data(*response.params).value("viewUUID"_L1));
+        m_viewUUID = json::stringValue(data(*response.params()).value("viewUUID"_L1));
         replayQueuedEvents(subscriber);
         if (config().shouldShowRecommendation())
-            tellListeners(*response.params);
-    } else if (status(response.params) == statusChannelGone) {
+            tellListeners(*response.params());
+    } else if (status(response.params()) == statusChannelGone) {
         m_pageParams = QVariantList{player(), subscriber ? subscriber->videoId() : QString()};
         m_readyParams = record;
         channelsInit();

@@ -34,6 +34,8 @@ private Q_SLOTS:
     void baseUrl();
     void completionAndLifetime();
     void stopAllSessions();
+    void responses_data();
+    void responses();
 
 private:
     static Call filled()
@@ -48,7 +50,7 @@ private:
         std::optional<ZVAPIResponse> response;
         call->setCompletion([&](const ZVAPIResponse &answer) { response = answer; });
         m_service->settle();
-        return response.value_or(ZVAPIResponse());
+        return response.value_or(ZVAPIResponse(QByteArray()));
     }
     sandbox::Request last() const { return m_service->sandbox.requests().back(); }
 
@@ -243,9 +245,9 @@ void tst_ZVAPIObject::stopAllSessions()
     for (int i = 0; i < count; ++i) {
         filled()->setCompletion([&](const ZVAPIResponse &response) {
             const Error none;
-            const auto &error = response.error.value_or(none);
+            const auto &error = response.error().value_or(none);
             if (error.domain == UrlErrorDomain && error.code == static_cast<int>(UrlError::Cancelled) &&
-                !response.params)
+                !response.params())
                 ++cancelled;
             ++runs;
         });
@@ -258,7 +260,32 @@ void tst_ZVAPIObject::stopAllSessions()
     QCOMPARE(cancelled.load(), count);
     QCOMPARE(runs.load(), count);
     m_service->sandbox.clearFaults();
-    QVERIFY(send(filled()).params);
+    QVERIFY(send(filled()).params());
+}
+
+void tst_ZVAPIObject::responses_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<bool>("isError");
+    QTest::addColumn<bool>("isAnswer");
+    QTest::addColumn<int>("logged");
+    QTest::newRow("none") << QByteArray() << false << false << 0;
+    QTest::newRow("object") << QByteArray("{\"status\":200}") << false << true << 0;
+    QTest::newRow("array") << QByteArray("[1]") << false << false << 1;
+    QTest::newRow("garbage") << QByteArray("{\"status\"") << true << false << 0;
+}
+
+void tst_ZVAPIObject::responses()
+{
+    QFETCH(QByteArray, body);
+    const LogCollector log;
+    const ZVAPIResponse response(body);
+    QCOMPARE(log.lines(), QStringList()); // Not before it is asked.
+    for (int time = 0; time < 2; ++time) {
+        QTEST(response.params().has_value(), "isAnswer");
+        QTEST(response.error().has_value(), "isError");
+    }
+    QTEST(static_cast<int>(log.lines().size()), "logged");
 }
 
 QTEST_GUILESS_MAIN(tst_ZVAPIObject)

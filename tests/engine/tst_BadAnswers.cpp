@@ -82,11 +82,12 @@ void tst_BadAnswers::answers_data()
     const auto dropped = u"Error: the service's answer is no JSON object"_s;
     for (const auto &[call, failure] : calls) {
         for (const auto &answer : bad) {
-            // A keep-alive says in any case that it failed; a player's event never does.
+            // A keep-alive says in any case that it failed; the answer to a player's event is not even read.
             const bool isKeepAlive = call == ZVKeepAlive;
-            const auto line = answer.isError || (isKeepAlive && !answer.isLogged) ? failure
-                              : answer.isLogged                                   ? dropped
-                                                                                  : QString();
+            const auto line = call == "pause"_L1                                    ? QString()
+                              : answer.isError || (isKeepAlive && !answer.isLogged) ? failure
+                              : answer.isLogged                                     ? dropped
+                                                                                    : QString();
             QTest::addRow("%s, %s", call.data(), answer.name) << QString(call) << answer.kind << answer.answer << line;
         }
     }
