@@ -3,12 +3,15 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,42 +47,54 @@ std::size_t requestSize(std::string_view received)
     return received.size() < whole ? 0 : whole;
 }
 
-/// False when the connection is over.
-bool answer(int socket, std::string &received)
+using Clock = std::chrono::steady_clock;
+
+/// A client and what it is still owed.
+struct Client
 {
-    static const std::string answerText = wholeAnswer();
+    std::string received;
+    std::vector<Clock::time_point> due;
+};
+
+/// Takes what the client sent. False when the connection is over.
+bool receive(int socket, Client &client, std::chrono::milliseconds delay)
+{
     std::array<char, 16384> bytes;
     const auto count = read(socket, bytes.data(), bytes.size());
     if (count <= 0)
         return false;
-    received.append(bytes.data(), static_cast<std::size_t>(count));
-    while (const auto size = requestSize(received)) {
-        received.erase(0, size);
+    client.received.append(bytes.data(), static_cast<std::size_t>(count));
+    while (const auto size = requestSize(client.received)) {
+        client.received.erase(0, size);
+        client.due.push_back(Clock::now() + delay);
+    }
+    return true;
+}
+
+/// Answers what is due. False when the connection is over.
+bool answer(int socket, Client &client)
+{
+    static const std::string answerText = wholeAnswer();
+    while (!client.due.empty() && client.due.front() <= Clock::now()) {
+        client.due.erase(client.due.begin());
         if (send(socket, answerText.data(), answerText.size(), MSG_NOSIGNAL) != ssize_t(answerText.size()))
             return false;
     }
     return true;
 }
 
-void serve(int listener, int lifeline)
+/// Milliseconds until something is due; -1 for nothing.
+int untilDue(const std::vector<Client> &clients)
 {
-    std::vector<pollfd> sockets{{lifeline, POLLIN, 0}, {listener, POLLIN, 0}};
-    std::vector<std::string> received(sockets.size());
-    while (poll(sockets.data(), sockets.size(), -1) > 0 && !sockets[0].revents) {
-        for (std::size_t i = 2; i < sockets.size(); ++i) {
-            if (sockets[i].revents && !answer(sockets[i].fd, received[i])) {
-                close(sockets[i].fd);
-                sockets[i].fd = -1; // poll() passes over it.
-            }
-        }
-        if (sockets[1].revents) {
-            const int client = accept(listener, nullptr, nullptr);
-            const int on = 1;
-            setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
-            sockets.push_back({client, POLLIN, 0});
-            received.emplace_back();
-        }
+    int least = -1;
+    for (const auto &client : clients) {
+        if (client.due.empty())
+            continue;
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(client.due.front() - Clock::now()).count();
+        const int wait = std::max(0, static_cast<int>(left));
+        least = least < 0 ? wait : std::min(least, wait);
     }
+    return least;
 }
 
 int listenOnLoopback(quint16 &port)
@@ -98,8 +113,36 @@ int listenOnLoopback(quint16 &port)
 
 } // namespace
 
-AnswerServer::AnswerServer()
+void AnswerServer::serve(int listener, int lifeline, std::chrono::milliseconds delay, Shared &shared)
 {
+    std::vector<pollfd> sockets{{lifeline, POLLIN, 0}, {listener, POLLIN, 0}};
+    std::vector<Client> clients(sockets.size());
+    while (poll(sockets.data(), sockets.size(), untilDue(clients)) >= 0 && !sockets[0].revents) {
+        for (std::size_t i = 2; i < sockets.size(); ++i) {
+            const bool goesOn = !sockets[i].revents || receive(sockets[i].fd, clients[i], delay);
+            if (sockets[i].fd >= 0 && (!goesOn || !answer(sockets[i].fd, clients[i]))) {
+                close(sockets[i].fd);
+                sockets[i].fd = -1; // poll() passes over it.
+                clients[i] = {};
+            }
+        }
+        if (sockets[1].revents) {
+            const int client = accept(listener, nullptr, nullptr);
+            const int on = 1;
+            setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
+            sockets.push_back({client, POLLIN, 0});
+            clients.emplace_back();
+            ++shared.connections;
+        }
+    }
+}
+
+AnswerServer::AnswerServer(std::chrono::milliseconds delay)
+{
+    void *const memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED)
+        qFatal("no memory to share with the server's process");
+    m_shared = new (memory) Shared;
     const int listener = listenOnLoopback(m_port);
     std::array<int, 2> ends;
     if (pipe(ends.data()) != 0)
@@ -110,7 +153,7 @@ AnswerServer::AnswerServer()
         qFatal("no process for the server");
     if (m_child == 0) {
         close(m_lifeline);
-        serve(listener, ends[0]);
+        serve(listener, ends[0], delay, *m_shared);
         _exit(0);
     }
     close(listener);
@@ -121,6 +164,7 @@ AnswerServer::~AnswerServer()
 {
     close(m_lifeline);
     waitpid(m_child, nullptr, 0);
+    munmap(m_shared, sizeof(Shared));
 }
 
 } // namespace zelvano::bench

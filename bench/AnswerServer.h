@@ -4,6 +4,9 @@
 
 #include <sys/types.h>
 
+#include <atomic>
+#include <chrono>
+
 namespace zelvano::bench {
 
 /// A service on 127.0.0.1 in a process of its own, so that its work is not counted as this one's. It gives every
@@ -11,15 +14,26 @@ namespace zelvano::bench {
 class AnswerServer
 {
 public:
-    /// Forks: to be made before any other thread is.
-    AnswerServer();
+    /// Forks: to be made before any other thread is. Each answer waits for the delay.
+    explicit AnswerServer(std::chrono::milliseconds delay = {});
     /// The child ends with its parent in any case.
     ~AnswerServer();
     Q_DISABLE_COPY_MOVE(AnswerServer)
 
     quint16 port() const { return m_port; }
+    /// How many connections there have been.
+    int connections() const { return m_shared->connections; }
 
 private:
+    /// Lies in memory that both processes have.
+    struct Shared
+    {
+        std::atomic<int> connections;
+    };
+
+    static void serve(int listener, int lifeline, std::chrono::milliseconds delay, Shared &shared);
+
+    Shared *m_shared = nullptr;
     quint16 m_port = 0;
     int m_lifeline = -1; ///< The child ends when this end of a pipe is closed.
     pid_t m_child = -1;

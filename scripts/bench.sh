@@ -25,6 +25,13 @@ run() {
     --benchmark_counters_tabular=true --benchmark_out="$results/$program.json" --benchmark_out_format=json "$@"
 }
 
+# session TIMES: each in a process of its own.
+session() {
+  for _ in $(seq "$1"); do
+    timeout 60 build/release/bench/bench_session | tee -a "$results/bench_session.jsonl"
+  done
+}
+
 # The views draw into memory: what is measured is not the screen.
 export QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software
 
@@ -33,6 +40,7 @@ if $short; then
   run bench_delivery --benchmark_repetitions=1
   run bench_ready_answer --benchmark_repetitions=1 --benchmark_min_time=0.02
   run bench_list_view --benchmark_repetitions=1 --benchmark_min_time=0.02
+  session 1
   exit
 fi
 
@@ -41,6 +49,7 @@ run bench_player_event --benchmark_repetitions=15
 run bench_delivery --benchmark_repetitions=25
 run bench_ready_answer --benchmark_repetitions=15 --benchmark_min_time=0.05
 run bench_list_view --benchmark_repetitions=5 --benchmark_min_time=0.05
+session 7
 
 cpu=$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)
 virtual=$(grep -q '^flags.* hypervisor' /proc/cpuinfo && echo ', a virtual machine' || true)

@@ -1,0 +1,143 @@
+// What a session costs beside its events, in one fresh process: prints one line of JSON. scripts/bench.sh runs it
+// several times.
+
+#include "AnswerServer.h"
+#include "FakePlayer.h"
+#include "UrlSession.h"
+#include "UserDefaults.h"
+#include "ZVAPIObject.h"
+#include "Zelvano.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QLoggingCategory>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <malloc.h>
+
+#include <chrono>
+#include <cstdio>
+#include <vector>
+
+using namespace zelvano;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto delay = 50ms;
+constexpr int engines = 100;
+constexpr int waitingEvents = 10000;
+constexpr auto idleTime = 2s;
+
+using Clock = std::chrono::steady_clock;
+
+double millisecondsSince(Clock::time_point begin)
+{
+    return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
+}
+
+/// Bytes that are allocated, of all threads.
+double allocated()
+{
+    const auto info = mallinfo2();
+    return static_cast<double>(info.uordblks + info.hblkhd);
+}
+
+QStringList threads()
+{
+    return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+}
+
+/// How often a thread of this process has gone to sleep of itself so far.
+qint64 sleeps()
+{
+    qint64 sum = 0;
+    for (const auto &thread : threads()) {
+        QFile status(QStringLiteral("/proc/self/task/%1/status").arg(thread));
+        if (!status.open(QIODevice::ReadOnly))
+            continue;
+        const auto text = status.readAll();
+        const auto at = text.indexOf("\nvoluntary_ctxt_switches:");
+        sum += text.mid(at + 25, text.indexOf('\n', at + 1) - at - 25).trimmed().toLongLong();
+    }
+    return sum;
+}
+
+template<class Predicate> void wait(Predicate predicate)
+{
+    const QDeadlineTimer deadline(20s);
+    while (!predicate() && !deadline.hasExpired()) {
+        QCoreApplication::processEvents();
+        QThread::usleep(100);
+    }
+    if (!predicate())
+        qFatal("waited too long");
+}
+
+std::shared_ptr<Zelvano> begin(const std::shared_ptr<FakeSubscriber> &subscriber)
+{
+    auto engine = Zelvano::create();
+    engine->playerEventsHandler()->setCurrentSubscriber(subscriber);
+    engine->initializeWithAPIKey(QStringLiteral("benchmark-key"));
+    return engine;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const bench::AnswerServer server(delay);
+    QCoreApplication application(argc, argv);
+    QLoggingCategory::setFilterRules(QStringLiteral("zelvano*=false"));
+    const QTemporaryDir folder;
+    UserDefaults::standard().setFilePath(folder.filePath(QStringLiteral("defaults.ini")));
+    UrlSession::connectTo("api.zelvano.example:80", "127.0.0.1:" + QByteArray::number(server.port()));
+    const auto subscriber = std::make_shared<FakeSubscriber>();
+
+    // From nothing, without an identity, to the answer that brings the recommendations.
+    const double before = allocated();
+    const auto start = Clock::now();
+    const auto engine = begin(subscriber);
+    const double firstEngine = millisecondsSince(start);
+    engine->setPlayer(std::make_shared<QObject>(), QStringLiteral("page"));
+    engine->readyEvent(subscriber);
+    wait([&] { return !engine->viewUUID().isNull(); });
+    const double roundTrips = millisecondsSince(start) / static_cast<double>(delay.count());
+    const double firstMemory = allocated() - before;
+    const int connections = server.connections();
+
+    QThread::msleep(200); // The keep-alive's answer comes.
+    QCoreApplication::processEvents();
+    const auto sleepsBefore = sleeps();
+    QThread::sleep(static_cast<unsigned long>(idleTime.count()));
+    const double wakeUps = static_cast<double>(sleeps() - sleepsBefore - 1) / static_cast<double>(idleTime.count());
+
+    const auto threadsBefore = threads().size();
+    const double beforeMore = allocated();
+    const auto startMore = Clock::now();
+    std::vector<std::shared_ptr<Zelvano>> more;
+    for (int i = 0; i < engines; ++i)
+        more.push_back(Zelvano::create());
+    const double eachMemory = (allocated() - beforeMore) / engines;
+    for (const auto &another : more)
+        another->initializeWithAPIKey(QStringLiteral("benchmark-key"));
+    const double eachEngine = millisecondsSince(startMore) / engines;
+    const auto threadsAfter = threads().size();
+
+    const auto waiting = Zelvano::create();
+    const double beforeEvents = allocated();
+    for (int i = 0; i < waitingEvents; ++i)
+        waiting->playerEvent(QStringLiteral("pause"), subscriber);
+    const double eachEvent = (allocated() - beforeEvents) / waitingEvents;
+
+    std::printf("{\"first_engine_ms\": %g, \"each_engine_ms\": %g, \"round_trips\": %g, \"connections\": %d, "
+                "\"first_kb\": %g, \"each_kb\": %g, \"event_bytes\": %g, \"threads\": %lld, "
+                "\"threads_of_more\": %lld, \"wake_ups\": %g}\n",
+                firstEngine, eachEngine, roundTrips, connections, firstMemory / 1024, eachMemory / 1024, eachEvent,
+                static_cast<long long>(threadsBefore), static_cast<long long>(threadsAfter - threadsBefore), wakeUps);
+    ZVAPIObject::stopAllSessions();
+    return 0;
+}
