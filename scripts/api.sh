@@ -10,7 +10,7 @@ esac
 
 scripts/setup.sh
 cmake --preset dev >/dev/null
-cmake --build --preset dev --target ZelvanoQml >/dev/null # Its description is made when it is built.
+cmake --build --preset dev --target ZelvanoQml # Its description is made when it is built.
 
 # What CMake installs is public. The paths are those of its install rules.
 mapfile -t headers < <(find build/dev -name cmake_install.cmake -exec grep -hoP "\"$PWD/\K(?!build/)[^\"]+\.h(?=\")" {} + |
