@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """api.py XML QMLTYPES: what hosts see of the installed headers and of the QML module, a declaration a line.
 
-XML is the folder that Doxygen wrote, QMLTYPES the description of the QML module. Fails when a class or a free function
+XML is the folder that Doxygen wrote, QMLTYPES the description of the QML module, in the module's folder. Fails when a class or a free function
 says nothing of itself.
 """
 import pathlib
@@ -144,7 +144,7 @@ def qml_blocks(description):
         elif closed:
             stack.pop()
         else:
-            stack[-1][1][key] = " ".join(value.split()).strip('"').replace(NAMESPACE, "")
+            stack[-1][1][key] = " ".join(value.split()).strip('"')
     return stack[0][2]
 
 
@@ -171,10 +171,21 @@ def qml(description):
     for _, _, components in qml_blocks(description):
         for _, fields, blocks in sorted(components, key=lambda component: component[1]["name"]):
             exported = re.search(r"/(\w+) ", fields.get("exports", ""))
+            if not exported and not fields["name"].startswith(NAMESPACE):
+                continue  # A base of Qt's.
             name = exported.group(1) if exported else f"{fields['name']} (a base of others)"
             base = f" : {fields['prototype']}" if "prototype" in fields else ""
-            yield f"  {name}{base}"
-            yield from (f"    {qml_member(*block)}" for block in blocks)
+            yield f"  {name}{base}".replace(NAMESPACE, "")
+            yield from (f"    {qml_member(*block)}".replace(NAMESPACE, "") for block in blocks)
+
+
+def qml_file(path):
+    """What an element that is written in QML declares: its root's own properties, signals and functions."""
+    lines = path.read_text().splitlines()
+    base = next(found[1] for line in lines if (found := re.match(r"([\w.]+) \{", line)))
+    yield f"  {path.stem} : {base}"
+    pattern = r" {4}((?:(?:default|required|readonly) )*property [\w<>.]+ \w+|signal [^/{]*|function [^{]*)"
+    yield from (f"    {found[1].rstrip()}" for line in lines if (found := re.match(pattern, line)))
 
 
 def main():
@@ -187,6 +198,8 @@ def main():
             print("\n".join(lines))
     print("\nQML: import ZelvanoUI")
     print("\n".join(qml(description.read_text())))
+    for path in sorted(description.parent.glob("*.qml")):
+        print("\n".join(qml_file(path)))
     for place in bare:
         print(f"{place} has no doc comment", file=sys.stderr)
     return 1 if bare else 0
