@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """api.py XML QMLTYPES: what hosts see of the installed headers and of the QML module, a declaration a line.
 
-XML is the folder that Doxygen wrote, QMLTYPES the description of the QML module, in the module's folder. Fails when a class or a free function
-says nothing of itself.
+XML is the folder that Doxygen wrote, QMLTYPES the description of the QML module, in the module's folder. Fails when a
+class or a free function says nothing of itself.
 """
 import pathlib
 import re
@@ -52,7 +52,8 @@ def function(node):
 
 def written_property(node):
     access = [f"{word} {text(node.find(word))}" for word in ("read", "write") if node.find(word) is not None]
-    return words("property", text(node.find("type")), text(node.find("name")), f"[{', '.join(access)}]" if access else "")
+    return words("property", text(node.find("type")), text(node.find("name")),
+                 f"[{', '.join(access)}]" if access else "")
 
 
 def declaration(node):

@@ -13,8 +13,8 @@ cmake --preset dev >/dev/null
 cmake --build --preset dev --target ZelvanoQml # Its description is made when it is built.
 
 # What CMake installs is public. The paths are those of its install rules.
-mapfile -t headers < <(find build/dev -name cmake_install.cmake -exec grep -hoP "\"$PWD/\K(?!build/)[^\"]+\.h(?=\")" {} + |
-  sort -u)
+mapfile -t headers < <(find build/dev -name cmake_install.cmake \
+  -exec grep -hoP "\"$PWD/\K(?!build/)[^\"]+\.h(?=\")" {} + | sort -u)
 rm -rf build/docs/html build/docs/xml
 mkdir -p build/docs
 {

@@ -3,8 +3,8 @@
 where a block has to be renewed.
 
 A code block below "<!-- examples/NAME/FILE [PART] -->" is what stands in that file between lines that hold nothing but
-a comment with "[PART]", from the first to the second and so on; without a part it is the whole file. Files of examples have less than 60 lines, but for
-those of a player, which are as long as a player is.
+a comment with "[PART]", from the first to the second and so on; without a part it is the whole file. An example's main
+file and its QML have less than 60 lines.
 """
 import pathlib
 import re
