@@ -14,7 +14,7 @@ cmake --build --preset dev --target ZelvanoQml # Its description is made when it
 
 # What CMake installs is public. The paths are those of its install rules.
 mapfile -t headers < <(find build/dev -name cmake_install.cmake \
-  -exec grep -hoP "\"$PWD/\K(?!build/)[^\"]+\.h(?=\")" {} + | sort -u)
+  -exec grep -hoP "\"\\Q$PWD\\E/\K(?!build/)[^\"]+\.h(?=\")" {} + | sort -u)
 rm -rf build/docs/html build/docs/xml
 mkdir -p build/docs
 {
