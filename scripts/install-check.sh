@@ -231,6 +231,7 @@ grep -q '^recommended: ' "$work/output" || fail "engine-only shows no recommenda
 grep -q '^event: end$' "$work/output" || fail "engine-only shows no events"
 check_example other-engine terminal page ready start autoPlay pause play end
 check_example cpp-overlay window page ready start autoPlay pause impression
+check_example cpp-list window page ready start autoPlay
 check_example qml-overlay window page ready start autoPlay
 check_example qml-list window page ready start autoPlay
 for example in examples/*/; do

@@ -24,22 +24,27 @@ int main(int argc, char **argv)
     parser.addOption({u"quit-after"_s, u"Pause half way and end after <seconds>."_s, u"seconds"_s});
     parser.process(application);
     const QString service = parser.value(u"service"_s);
+    // [sandbox]
     zelvano::UrlSession::connectTo("api.zelvano.example:80", service.toLatin1());
+    // [sandbox]
 
     QQmlApplicationEngine engine(QUrl(u"qrc:/Main.qml"_s));
     if (engine.rootObjects().isEmpty())
         return 1;
+    // [find]
     const QObject *window = engine.rootObjects().constFirst();
     auto *player = window->findChild<QMediaPlayer *>(u"mediaPlayer"_s);
     auto *output = window->findChild<QQuickItem *>(u"videoOutput"_s);
+    // [find]
 
     player->setSource(QUrl(u"http://%1/media/1.mp4"_s.arg(service)));
     player->play();
 
-    // These are the lines that a host adds.
+    // [attach]
     const auto controller = zelvano::ZelvanoViewController::create(u"your-api-key"_s);
     controller->setSuggestionsSize(8);
     controller->setPlayer(zelvano::QtAVPlayerViewController::create(player, output), u"page-42"_s);
+    // [attach]
 
     if (const int seconds = parser.value(u"quit-after"_s).toInt(); seconds > 0) {
         QTimer::singleShot(seconds * 500, player, &QMediaPlayer::pause);

@@ -45,10 +45,12 @@ int main(int argc, char **argv)
     const zelvano::AVURLAsset medium(QUrl(u"http://media.example/1.mp4"_s));
     player->replaceCurrentItemWithPlayerItem(zelvano::AVPlayerItem::create(medium));
 
+    // [attach]
     const auto engine = zelvano::Zelvano::create();
     engine->initializeWithAPIKey(u"your-api-key"_s);
     engine->addListener(std::make_shared<Printer>());
     engine->setPlayer(player, u"page-42"_s);
+    // [attach]
     player->play();
 
     QTimer::singleShot(std::chrono::seconds(parser.value(u"quit-after"_s).toInt()), &application,

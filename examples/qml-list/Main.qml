@@ -20,6 +20,7 @@ Window {
         serviceAddress: window.service
     }
 
+    // [list]
     RecommendationList {
         x: output.width
         width: window.width - x
@@ -27,4 +28,5 @@ Window {
         recommendations: recommendations
         onVideoSelected: video => recommendations.playNext(video)
     }
+    // [list]
 }

@@ -1,6 +1,8 @@
 import QtQuick
 import QtMultimedia
+// [attach]
 import ZelvanoUI
+// [attach]
 
 Window {
     id: window
@@ -10,16 +12,20 @@ Window {
     height: output.height
     visible: true
 
+    // [attach]
     MediaPlayer { id: media; source: window.video; videoOutput: output; Component.onCompleted: play() }
     VideoOutput { id: output; width: 880; height: 495 }
+    // [attach]
     TapHandler { onTapped: media.playbackState === MediaPlayer.PlayingState ? media.pause() : media.play() }
 
+    // [attach]
     Recommendations {
         apiKey: "your-api-key"
         pageId: "page-42"
         suggestions: 8
         player: media
-        serviceAddress: window.service
+        serviceAddress: window.service // A sandbox's. Left out, the service is meant.
         onVideoSelected: video => console.info("Next:", video.title)
     }
+    // [attach]
 }

@@ -12,7 +12,7 @@
 #include <optional>
 #include <variant>
 
-/// JSON in and out, the answer's envelope, and the request that a service call starts from. Any thread.
+// JSON in and out, the answer's envelope, and the request that a service call starts from. Any thread.
 namespace zelvano {
 
 /// Domain of the errors of JSON text; their codes are QJsonParseError's.

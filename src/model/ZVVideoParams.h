@@ -25,7 +25,7 @@ public:
     /// The video as the service sent it.
     QJsonObject params() const { return m_params; }
 
-    // Texts are null when the service gave none.
+    /// Texts are null when the service gave none.
     QString title() const;
     QString videoId() const;
     /// The host's own identifier of the video; the spelling is the service's.
@@ -40,7 +40,7 @@ public:
     QJsonValue pubDate() const;
     QJsonValue percentValue() const;
 
-    // Read once and kept; invalid when the text is no URL as it stands.
+    /// URLs are read once and kept; invalid when the text is no URL as it stands.
     QUrl url() const;
     QUrl imageUrl() const;
     QUrl stripUrl() const;

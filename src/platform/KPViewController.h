@@ -67,6 +67,7 @@ public:
     Q_INVOKABLE virtual void sendNotification(const QString &name, const QVariant &params) = 0;
 
 protected:
+    /// Both tell the delegate, and then whoever listens to the signal.
     void tellLoadState(int state);
     void tellPlaybackState(int state);
 

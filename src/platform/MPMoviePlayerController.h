@@ -26,18 +26,22 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(MPMovieLoadStates)
 
 enum class MPMovieFinishReason { PlaybackEnded = 0, PlaybackError = 1, UserExited = 2 };
 
-// Posted with the player as their object.
+/// The load state has changed. All of these are posted with the player as their object.
 inline constexpr QLatin1StringView MPMoviePlayerLoadStateDidChangeNotification{
     "MPMoviePlayerLoadStateDidChangeNotification"};
+/// The playback state has changed.
 inline constexpr QLatin1StringView MPMoviePlayerPlaybackStateDidChangeNotification{
     "MPMoviePlayerPlaybackStateDidChangeNotification"};
 /// Playback ended, was stopped, failed or was left; the reason's number stands in the user info.
 inline constexpr QLatin1StringView MPMoviePlayerPlaybackDidFinishNotification{
     "MPMoviePlayerPlaybackDidFinishNotification"};
+/// In the user info: the number of an MPMovieFinishReason. Without it the end counts as reached.
 inline constexpr QLatin1StringView MPMoviePlayerPlaybackDidFinishReasonUserInfoKey{
     "MPMoviePlayerPlaybackDidFinishReasonUserInfoKey"};
+/// Adapters take any movie player's full screen for that of the one they watch.
 inline constexpr QLatin1StringView MPMoviePlayerWillEnterFullscreenNotification{
     "MPMoviePlayerWillEnterFullscreenNotification"};
+/// If it is paused then, recommendations are laid over it.
 inline constexpr QLatin1StringView MPMoviePlayerWillExitFullscreenNotification{
     "MPMoviePlayerWillExitFullscreenNotification"};
 

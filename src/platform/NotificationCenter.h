@@ -35,6 +35,7 @@ public:
 
     /// An absent (invalid) sender stands for any. The same observer may be added several times and then hears as often.
     void addObserver(const void *observer, const QString &name, Handler handler, const QVariant &sender = {});
+    /// From all notifications, or those of a name.
     void removeObserver(const void *observer);
     void removeObserver(const void *observer, const QString &name);
 

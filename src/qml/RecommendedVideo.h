@@ -12,12 +12,11 @@
 
 namespace zelvano {
 
-/// One recommended video, as QML sees it: a value.
+/// One recommended video, as QML sees it: a value. Texts are empty and URLs invalid when the service gave none.
 class RecommendedVideo
 {
     Q_GADGET
     QML_VALUE_TYPE(recommendedVideo)
-    // Texts are empty and URLs invalid when the service gave none.
     Q_PROPERTY(QString title READ title CONSTANT FINAL)
     Q_PROPERTY(QString videoId READ videoId CONSTANT FINAL)
     /// The host's own identifier of the video; the spelling is the service's.

@@ -13,6 +13,7 @@ namespace zelvano {
 class ZVFlowLayout
 {
 public:
+    /// Lengths in points; an inset or a spacing that is not given is 0.
     struct Metrics
     {
         Qt::Orientation direction = Qt::Vertical; ///< In which the lines follow each other.

@@ -18,6 +18,7 @@ public:
     /// The item to place.
     virtual QQuickItem *view() const = 0;
 
+    /// Null before the first.
     virtual std::shared_ptr<ZVRecommendation> recommendations() const = 0;
     /// Fills the view.
     virtual void setRecommendations(const std::shared_ptr<ZVRecommendation> &recommendations) = 0;

@@ -12,6 +12,7 @@ class ZVRecommendationViewDelegate
 public:
     virtual ~ZVRecommendationViewDelegate() = default;
 
+    /// The player does not switch by itself.
     virtual void didSelecteRecommendation(const std::shared_ptr<ZVVideoParams> &video) = 0;
 };
 
