@@ -8,7 +8,7 @@ Window {
     id: window
     required property url video
     required property string service
-    width: output.width
+    width: output.width + events.width
     height: output.height
     visible: true
 
@@ -20,6 +20,7 @@ Window {
 
     // [attach]
     Recommendations {
+        id: recommendations
         apiKey: "your-api-key"
         pageId: "page-42"
         suggestions: 8
@@ -28,4 +29,14 @@ Window {
         onVideoSelected: video => console.info("Next:", video.title)
     }
     // [attach]
+
+    // [inspect]
+    EventTimeline {
+        id: events
+        x: output.width
+        width: 380
+        height: output.height
+        log: EventLog { recommendations: recommendations }
+    }
+    // [inspect]
 }
