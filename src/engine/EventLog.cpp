@@ -3,6 +3,7 @@
 #include "AVPlayerItem.h"
 #include "Device.h"
 #include "MPMoviePlayerController.h"
+#include "MainQueue.h"
 #include "NotificationCenter.h"
 #include "PlayerEvents.h"
 #include "UrlSession.h"
@@ -78,12 +79,18 @@ QRectF frameOf(const QObject *view)
 
 } // namespace
 
-/// What the library calls. It may be called once more after the log has ended: then it has none.
+/// What the library calls, and what waits on the main queue. It may be called once more after the log has ended: then
+/// it has none.
 class EventLog::Watcher : public UrlTrafficObserver, public ZelvanoPrivateDelegate
 {
 public:
     explicit Watcher(EventLog *log) : m_log(log) {}
     void forget() { m_log = nullptr; }
+    void append(const QJsonObject &fields)
+    {
+        if (m_log)
+            m_log->append(fields);
+    }
 
     void requestWillStart(quint64 id, const UrlRequest &request) override
     {
@@ -190,8 +197,7 @@ void EventLog::add(const QString &kind, QJsonObject fields)
         m_file.write(QJsonDocument(fields).toJson(QJsonDocument::Compact) + '\n');
         m_file.flush();
     }
-    QMetaObject::invokeMethod(
-        this, [this, fields] { append(fields); }, Qt::QueuedConnection);
+    MainQueue::shared().post([watcher = m_watcher, fields] { watcher->append(fields); });
 }
 
 qint64 EventLog::total() const
