@@ -33,6 +33,9 @@ std::optional<Options> Options::parse(const QStringList &arguments)
 {
     const QCommandLineOption service(u"service"_s, u"Use the service at <host:port> instead of a sandbox."_s,
                                      u"host:port"_s);
+    const QStringList scenarios = zelvano::sandbox::Sandbox::scenarioNames();
+    const QCommandLineOption scenario(u"scenario"_s, u"What the sandbox answers: "_s + scenarios.join(", "_L1) + u'.',
+                                      u"name"_s, scenarios.constFirst());
     const QCommandLineOption apiKey(u"api-key"_s, u"The host's API key."_s, u"key"_s, u"demo-key"_s);
     const QCommandLineOption page(u"page"_s, u"The page identifier."_s, u"id"_s, u"demo-page"_s);
     const QCommandLineOption suggestions(u"suggestions"_s, u"How many videos to ask for."_s, u"n"_s);
@@ -49,12 +52,15 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(u"A host of ZelvanoUI: plays a video and shows further ones over it."_s);
     parser.addHelpOption();
-    parser.addOptions({service, apiKey, page, suggestions, defaults, player, view, video, script, screenshots, trace});
+    parser.addOptions(
+        {service, scenario, apiKey, page, suggestions, defaults, player, view, video, script, screenshots, trace});
     parser.process(arguments);
 
     bool isNumber = true;
     Options options;
     options.service = parser.value(service);
+    const auto known = zelvano::sandbox::Sandbox::scenarioByName(parser.value(scenario));
+    options.scenario = known.value_or(options.scenario);
     options.apiKey = parser.value(apiKey);
     options.page = parser.value(page);
     options.defaults = parser.value(defaults);
@@ -69,6 +75,10 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     options.trace = parser.value(trace);
     if (!isNumber || options.suggestions < 0)
         return refuse(u"--suggestions takes a number"_s);
+    if (!known)
+        return refuse(u"--scenario takes one of "_s + scenarios.join(", "_L1));
+    if (parser.isSet(scenario) && parser.isSet(service))
+        return refuse(u"--scenario is for the sandbox of this process, --service names another"_s);
     if (!Deck::kinds().contains(options.player))
         return refuse(u"--player takes one of "_s + Deck::kinds().join(", "_L1));
     if (!views().contains(options.view))

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Sandbox.h"
+
 #include <QString>
 #include <QStringList>
 #include <QUrl>
@@ -12,6 +14,7 @@ namespace demo {
 struct Options
 {
     QString service; ///< HOST:PORT; null: a sandbox in this process.
+    zelvano::sandbox::Scenario scenario = zelvano::sandbox::Scenario::Ordinary; ///< Of the sandbox in this process.
     QString apiKey;
     QString page;
     int suggestions = 0;
