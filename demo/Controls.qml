@@ -55,6 +55,9 @@ Item {
                 color: Theme.accent
             }
         }
+        // Time runs to the right, whatever the language.
+        LayoutMirroring.enabled: false
+
         handle: Rectangle {
             x: slider.visualPosition * (slider.width - width)
             y: (slider.height - height) / 2
@@ -68,8 +71,8 @@ Item {
 
     AbstractButton {
         id: button
+        anchors { left: parent.left; leftMargin: 24 }
         visible: controls.complete
-        x: 24
         y: 42
         width: 48
         height: 48
@@ -91,6 +94,7 @@ Item {
                 Rectangle { width: 5; height: 18; radius: 1; color: "white" }
             }
             Canvas {
+                LayoutMirroring.enabled: false
                 visible: !controls.playing
                 anchors { centerIn: parent; horizontalCenterOffset: 2 }
                 width: 18
@@ -111,7 +115,9 @@ Item {
 
     Text {
         anchors { left: button.visible ? button.right : parent.left; leftMargin: button.visible ? 16 : 24; right: time.left; rightMargin: 16; verticalCenter: button.verticalCenter }
+        horizontalAlignment: Text.AlignLeft
         text: controls.caption
+        textFormat: Text.PlainText
         elide: Text.ElideRight
         color: Theme.text
         font { pixelSize: 18; weight: Font.DemiBold }

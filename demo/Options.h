@@ -20,8 +20,9 @@ struct Options
     int suggestions = 0;
     QString defaults; ///< Null: the application's own.
     QString player;
-    QString view; ///< The native view: none, list or category.
-    QUrl video;   ///< Empty: the service's first sample.
+    QString colors; ///< light, dark, or the system's.
+    QString view;   ///< The native view: none, list or category.
+    QUrl video;     ///< Empty: the service's first sample.
     QString script;
     QString screenshots;
     QString trace;
