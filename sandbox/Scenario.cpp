@@ -35,6 +35,7 @@ const std::vector<QString> &calls()
 std::vector<FaultOfPath> everywhere(const std::vector<QString> &paths, const Fault &fault)
 {
     std::vector<FaultOfPath> faults;
+    faults.reserve(paths.size());
     for (const QString &path : paths)
         faults.push_back({path, {}, fault});
     return faults;

@@ -21,12 +21,12 @@ ZVTableView {
     Accessible.name: qsTr("Recommended videos by category")
 
     LayoutMirroring.childrenInherit: true
-    // Otherwise as the host's own items are.
+    // Otherwise as the host's own items are. Qt 6.4's qmllint does not know the direction.
     Binding {
         target: table.LayoutMirroring
         property: "enabled"
         value: true
-        when: Qt.application.layoutDirection === Qt.RightToLeft
+        when: Qt.application.layoutDirection === Qt.RightToLeft // qmllint disable type
     }
 
     Flickable {

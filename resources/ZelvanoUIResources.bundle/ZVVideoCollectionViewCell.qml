@@ -23,8 +23,12 @@ Item {
     width: 160
     height: 160
 
+    function joined(texts: var): string {
+        return texts.filter(text => text !== "").join(", ");
+    }
+
     Accessible.role: Accessible.ListItem
-    Accessible.name: [titleLable.text, durationLabel.text, categoryName].filter(text => text !== "").join(", ")
+    Accessible.name: joined([titleLable.text, durationLabel.text, categoryName])
     Accessible.focusable: true
     Accessible.focused: owner.current
     Accessible.onPressAction: owner.activate()
