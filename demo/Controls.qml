@@ -120,7 +120,7 @@ Item {
         textFormat: Text.PlainText
         elide: Text.ElideRight
         color: Theme.text
-        font { pixelSize: 18; weight: Font.DemiBold }
+        font { pixelSize: controls.width < 480 ? 15 : 18; weight: Font.DemiBold }
     }
 
     Text {
