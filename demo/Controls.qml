@@ -13,7 +13,7 @@ Item {
     readonly property bool playing: deck?.playing ?? false
     readonly property bool complete: !(deck?.hasControls ?? false)
 
-    implicitHeight: 104
+    implicitHeight: complete ? 104 : 72
 
     function toggle() {
         if (playing)
@@ -73,7 +73,7 @@ Item {
         id: button
         anchors { left: parent.left; leftMargin: 24 }
         visible: controls.complete
-        y: 42
+        y: controls.complete ? 42 : 12
         width: 48
         height: 48
         focus: true
