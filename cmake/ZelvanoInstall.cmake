@@ -67,12 +67,12 @@ function(zelvano_public_headers out)
     set(${out} ${public} PARENT_SCOPE)
 endfunction()
 
-# zelvano_install_library(<library> FOLDERS <object library>... REQUIRES <pkg-config module>...)
+# zelvano_install_library(<library> [COMPONENT <component>] FOLDERS <object library>... REQUIRES <pkg-config module>...)
 #
 # The library, its public headers, its exported target and its pkg-config file. In the build tree, too, hosts include
 # <ZelvanoUI/Name.h>: forwarding headers see to it.
 function(zelvano_install_library target)
-    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "FOLDERS;REQUIRES")
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "COMPONENT" "FOLDERS;REQUIRES")
     set(headers)
     foreach(folder IN LISTS ARG_FOLDERS)
         get_target_property(sources ${folder} SOURCES)
@@ -97,7 +97,7 @@ function(zelvano_install_library target)
     endif()
     install(FILES ${public} "${ZELVANO_GENERATED_DIR}/${lower}_export.h"
         DESTINATION "${ZELVANO_INSTALL_HEADERDIR}" COMPONENT development)
-    zelvano_install_exported(${target} ${target})
+    zelvano_install_exported(${target} COMPONENT "${ARG_COMPONENT}" ${target})
     install(EXPORT ${target} NAMESPACE ZelvanoUI:: FILE ${target}Targets.cmake
         DESTINATION "${ZELVANO_INSTALL_CMAKEDIR}" COMPONENT development)
     if(ZELVANO_SHARED)
@@ -105,11 +105,18 @@ function(zelvano_install_library target)
     endif()
 endfunction()
 
-# Adds targets to what <library> exports: itself, and in a static build the objects of its resources.
+# zelvano_install_exported(<library> [COMPONENT <component>] <target>...)
+#
+# Adds targets to what <library> exports: itself, and in a static build the objects of its resources. A shared library's
+# file is in the component, runtime by default.
 function(zelvano_install_exported library)
-    if(ZELVANO_INSTALL AND ARGN)
-        install(TARGETS ${ARGN} EXPORT ${library}
-            LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "COMPONENT" "")
+    if(NOT ARG_COMPONENT)
+        set(ARG_COMPONENT runtime)
+    endif()
+    if(ZELVANO_INSTALL AND ARG_UNPARSED_ARGUMENTS)
+        install(TARGETS ${ARG_UNPARSED_ARGUMENTS} EXPORT ${library}
+            LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT ${ARG_COMPONENT} NAMELINK_COMPONENT development
             ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
             OBJECTS DESTINATION "${CMAKE_INSTALL_LIBDIR}/ZelvanoUI" COMPONENT development
             INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")

@@ -8,7 +8,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src" "${PROJECT_BINARY_DIR}/sandbox")
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 # What no shlibs tool sees is added when the packages are made.
 set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/cmake/ZelvanoPackageDepends.cmake")
@@ -32,13 +32,17 @@ function(zelvano_package component package section description)
 endfunction()
 
 zelvano_package(runtime libzelvanoui libs "The libraries." RECOMMENDS qt6-image-formats-plugins)
-zelvano_package(development libzelvanoui-dev libdevel "The headers, and what CMake and pkg-config read."
-    DEPENDS libzelvanoui RECOMMENDS qt6-webengine-dev)
+set(sandbox_package)
 if(TARGET zelvano-sandbox)
-    zelvano_package(sandbox zelvano-sandbox devel "The recommendation service, on this machine only.")
+    set(sandbox_package zelvano-sandbox)
+    zelvano_package(sandbox ${sandbox_package} devel
+        "The recommendation service, on this machine only: a program and a library.")
 endif()
+zelvano_package(development libzelvanoui-dev libdevel "The headers, and what CMake and pkg-config read."
+    DEPENDS libzelvanoui ${sandbox_package} RECOMMENDS qt6-webengine-dev)
 if(TARGET zelvano-demo)
-    zelvano_package(demo zelvanoui-demo video "The demo: a host with a service of its own." DEPENDS libzelvanoui)
+    zelvano_package(demo zelvanoui-demo video "The demo: a host with a service of its own."
+        DEPENDS libzelvanoui ${sandbox_package})
 endif()
 if(EXISTS "${PROJECT_SOURCE_DIR}/src/qml/CMakeLists.txt" AND ZELVANO_WITH_UI)
     zelvano_package(qml qml6-module-zelvanoui libs "The QML module." DEPENDS libzelvanoui)

@@ -1,4 +1,7 @@
-# How every target of the project is compiled, and how a folder of src/ becomes an object library.
+# How every target of the project is compiled, and how a folder of src/ becomes an object library, and these a library.
+
+# Headers that are made while configuring.
+set(ZELVANO_GENERATED_DIR "${PROJECT_BINARY_DIR}/src/include")
 
 if(PROJECT_IS_TOP_LEVEL)
     find_program(ZELVANO_CCACHE ccache)
@@ -21,7 +24,8 @@ function(zelvano_compile_options target)
         QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY QT_NO_URL_CAST_FROM_STRING
         QT_NO_KEYWORDS QT_NO_FOREACH QT_STRICT_ITERATORS QT_NO_NARROWING_CONVERSIONS_IN_CONNECT)
     if(NOT ZELVANO_SHARED)
-        target_compile_definitions(${target} PUBLIC ZELVANOCORE_STATIC_DEFINE ZELVANOUI_STATIC_DEFINE)
+        target_compile_definitions(${target} PUBLIC ZELVANOCORE_STATIC_DEFINE ZELVANOUI_STATIC_DEFINE
+            ZELVANOSANDBOX_STATIC_DEFINE)
     endif()
     target_compile_options(${target} PRIVATE "$<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2;-fstack-protector-strong>")
     target_link_options(${target} PRIVATE "$<$<CONFIG:Release>:-Wl,-z,relro,-z,now>")
@@ -49,4 +53,31 @@ function(zelvano_folder target library)
     target_compile_definitions(${target} PRIVATE ${library}_EXPORTS)
     target_include_directories(${target} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}" "${ZELVANO_GENERATED_DIR}")
     target_link_libraries(${target} PUBLIC ${ARG_LINKS})
+endfunction()
+
+# One library out of object libraries: it carries their code, their include paths and what they link.
+# Its file is in the install component COMPONENT, runtime by default.
+# LINKS reach hosts, REQUIRES are the same as pkg-config knows them; PRIVATE_LINKS reach hosts of a static build only.
+function(zelvano_library target alias)
+    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "COMPONENT" "FOLDERS;LINKS;PRIVATE_LINKS;REQUIRES")
+    if(ZELVANO_SHARED)
+        add_library(${target} SHARED)
+    else()
+        add_library(${target} STATIC)
+    endif()
+    add_library(ZelvanoUI::${alias} ALIAS ${target})
+    zelvano_compile_options(${target})
+    set_target_properties(${target} PROPERTIES
+        EXPORT_NAME ${alias}
+        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+    string(TOLOWER ${target} lower)
+    generate_export_header(${target} EXPORT_FILE_NAME "${ZELVANO_GENERATED_DIR}/${lower}_export.h")
+    foreach(folder IN LISTS ARG_FOLDERS)
+        target_sources(${target} PRIVATE $<TARGET_OBJECTS:${folder}>)
+        target_include_directories(${target} PUBLIC
+            $<BUILD_INTERFACE:$<TARGET_PROPERTY:${folder},INTERFACE_INCLUDE_DIRECTORIES>>)
+    endforeach()
+    target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS})
+    target_compile_features(${target} PUBLIC cxx_std_20)
+    zelvano_install_library(${target} COMPONENT "${ARG_COMPONENT}" FOLDERS ${ARG_FOLDERS} REQUIRES ${ARG_REQUIRES})
 endfunction()

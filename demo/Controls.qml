@@ -13,7 +13,7 @@ Item {
     readonly property bool playing: deck?.playing ?? false
     readonly property bool complete: !(deck?.hasControls ?? false)
 
-    implicitHeight: 104
+    implicitHeight: complete ? 104 : 72
 
     function toggle() {
         if (playing)
@@ -55,6 +55,9 @@ Item {
                 color: Theme.accent
             }
         }
+        // Time runs to the right, whatever the language.
+        LayoutMirroring.enabled: false
+
         handle: Rectangle {
             x: slider.visualPosition * (slider.width - width)
             y: (slider.height - height) / 2
@@ -68,9 +71,9 @@ Item {
 
     AbstractButton {
         id: button
+        anchors { left: parent.left; leftMargin: 24 }
         visible: controls.complete
-        x: 24
-        y: 42
+        y: controls.complete ? 42 : 12
         width: 48
         height: 48
         focus: true
@@ -91,6 +94,7 @@ Item {
                 Rectangle { width: 5; height: 18; radius: 1; color: "white" }
             }
             Canvas {
+                LayoutMirroring.enabled: false
                 visible: !controls.playing
                 anchors { centerIn: parent; horizontalCenterOffset: 2 }
                 width: 18
@@ -111,10 +115,12 @@ Item {
 
     Text {
         anchors { left: button.visible ? button.right : parent.left; leftMargin: button.visible ? 16 : 24; right: time.left; rightMargin: 16; verticalCenter: button.verticalCenter }
+        horizontalAlignment: Text.AlignLeft
         text: controls.caption
+        textFormat: Text.PlainText
         elide: Text.ElideRight
         color: Theme.text
-        font { pixelSize: 18; weight: Font.DemiBold }
+        font { pixelSize: controls.width < 480 ? 15 : 18; weight: Font.DemiBold }
     }
 
     Text {

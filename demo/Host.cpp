@@ -34,6 +34,7 @@ bool Host::reachService()
 {
     m_service = m_options.service;
     if (m_service.isEmpty()) {
+        m_sandbox.setScenario(m_options.scenario);
         if (!m_sandbox.start()) {
             std::fprintf(stderr, "zelvano-demo: the sandbox cannot listen on 127.0.0.1\n");
             return false;

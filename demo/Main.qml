@@ -23,6 +23,9 @@ Window {
     visible: true
     title: qsTr("ZelvanoUI demo")
     color: Theme.background
+    // The video stays in the window's left corner: see below. Qt 6.4's qmllint does not know the direction.
+    LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft // qmllint disable type
+    LayoutMirroring.childrenInherit: true
     palette { window: Theme.background; windowText: Theme.text; highlight: Theme.accent }
 
     MediaPlayer {
@@ -73,7 +76,7 @@ Window {
         x: 24
         width: videoOutput.width - 2 * x
         height: Math.max(0, window.height - y - 16)
-        verticalAlignment: Text.AlignBottom
+        horizontalAlignment: Text.AlignLeft
         wrapMode: Text.Wrap
         textFormat: Text.StyledText
         color: Theme.faint
@@ -96,6 +99,8 @@ Window {
     Timeline {
         visible: (window.wide || !window.hasNativeView) && !window.fullscreen
         model: window.host.log
+        LayoutMirroring.enabled: false // What is sent is written from left to right.
+        LayoutMirroring.childrenInherit: true
         x: window.wide && !window.hasNativeView ? videoOutput.width : 0
         y: window.wide && !window.hasNativeView ? 0 : controls.y + controls.height
         width: window.hasNativeView ? videoOutput.width : window.sideWidth

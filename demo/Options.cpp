@@ -21,6 +21,12 @@ const QStringList &views()
     return names;
 }
 
+const QStringList &colorings()
+{
+    static const QStringList names{u"system"_s, u"light"_s, u"dark"_s};
+    return names;
+}
+
 std::optional<Options> refuse(const QString &why)
 {
     std::fprintf(stderr, "zelvano-demo: %s\n", qPrintable(why));
@@ -33,6 +39,9 @@ std::optional<Options> Options::parse(const QStringList &arguments)
 {
     const QCommandLineOption service(u"service"_s, u"Use the service at <host:port> instead of a sandbox."_s,
                                      u"host:port"_s);
+    const QStringList scenarios = zelvano::sandbox::Sandbox::scenarioNames();
+    const QCommandLineOption scenario(u"scenario"_s, u"What the sandbox answers: "_s + scenarios.join(", "_L1) + u'.',
+                                      u"name"_s, scenarios.constFirst());
     const QCommandLineOption apiKey(u"api-key"_s, u"The host's API key."_s, u"key"_s, u"demo-key"_s);
     const QCommandLineOption page(u"page"_s, u"The page identifier."_s, u"id"_s, u"demo-page"_s);
     const QCommandLineOption suggestions(u"suggestions"_s, u"How many videos to ask for."_s, u"n"_s);
@@ -41,6 +50,8 @@ std::optional<Options> Options::parse(const QStringList &arguments)
                                     u"kind"_s, u"avplayerviewcontroller"_s);
     const QCommandLineOption view(u"view"_s, u"The native view: "_s + views().join(", "_L1) + u'.', u"kind"_s,
                                   u"none"_s);
+    const QCommandLineOption colors(u"colors"_s, u"The window's colours: "_s + colorings().join(", "_L1) + u'.',
+                                    u"kind"_s, u"system"_s);
     const QCommandLineOption video(u"video"_s, u"The first video."_s, u"url"_s);
     const QCommandLineOption script(u"script"_s, u"Replay a session from <file>."_s, u"file"_s);
     const QCommandLineOption screenshots(u"screenshots"_s, u"Where a script's screenshots go."_s, u"folder"_s, u"."_s);
@@ -49,12 +60,15 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(u"A host of ZelvanoUI: plays a video and shows further ones over it."_s);
     parser.addHelpOption();
-    parser.addOptions({service, apiKey, page, suggestions, defaults, player, view, video, script, screenshots, trace});
+    parser.addOptions({service, scenario, apiKey, page, suggestions, defaults, player, view, colors, video, script,
+                       screenshots, trace});
     parser.process(arguments);
 
     bool isNumber = true;
     Options options;
     options.service = parser.value(service);
+    const auto known = zelvano::sandbox::Sandbox::scenarioByName(parser.value(scenario));
+    options.scenario = known.value_or(options.scenario);
     options.apiKey = parser.value(apiKey);
     options.page = parser.value(page);
     options.defaults = parser.value(defaults);
@@ -62,6 +76,7 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     options.suggestions = options.player == "kaltura"_L1 ? defaultPluginSuggestions : defaultSuggestions;
     if (parser.isSet(suggestions))
         options.suggestions = parser.value(suggestions).toInt(&isNumber);
+    options.colors = parser.value(colors);
     options.view = parser.value(view);
     options.video = QUrl::fromUserInput(parser.value(video));
     options.script = parser.value(script);
@@ -69,10 +84,16 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     options.trace = parser.value(trace);
     if (!isNumber || options.suggestions < 0)
         return refuse(u"--suggestions takes a number"_s);
+    if (!known)
+        return refuse(u"--scenario takes one of "_s + scenarios.join(", "_L1));
+    if (parser.isSet(scenario) && parser.isSet(service))
+        return refuse(u"--scenario is for the sandbox of this process, --service names another"_s);
     if (!Deck::kinds().contains(options.player))
         return refuse(u"--player takes one of "_s + Deck::kinds().join(", "_L1));
     if (!views().contains(options.view))
         return refuse(u"--view takes one of "_s + views().join(", "_L1));
+    if (!colorings().contains(options.colors))
+        return refuse(u"--colors takes one of "_s + colorings().join(", "_L1));
     if (!options.service.isEmpty() && !options.service.contains(u':'))
         return refuse(u"--service takes HOST:PORT"_s);
     return options;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Sandbox.h"
+
 #include <QString>
 #include <QStringList>
 #include <QUrl>
@@ -12,13 +14,15 @@ namespace demo {
 struct Options
 {
     QString service; ///< HOST:PORT; null: a sandbox in this process.
+    zelvano::sandbox::Scenario scenario = zelvano::sandbox::Scenario::Ordinary; ///< Of the sandbox in this process.
     QString apiKey;
     QString page;
     int suggestions = 0;
     QString defaults; ///< Null: the application's own.
     QString player;
-    QString view; ///< The native view: none, list or category.
-    QUrl video;   ///< Empty: the service's first sample.
+    QString colors; ///< light, dark, or the system's.
+    QString view;   ///< The native view: none, list or category.
+    QUrl video;     ///< Empty: the service's first sample.
     QString script;
     QString screenshots;
     QString trace;

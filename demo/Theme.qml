@@ -2,24 +2,27 @@ pragma Singleton
 
 import QtQuick
 
-// The demo's colours.
+// The demo's colours: light or dark, as the application's palette is.
 QtObject {
-    readonly property color background: "#14161c"
-    readonly property color panel: "#1b1e26"
-    readonly property color line: "#2a2e39"
-    readonly property color text: "#eceef4"
-    readonly property color faint: "#8b91a3"
-    readonly property color accent: "#ff5a5f"
+    readonly property SystemPalette system: SystemPalette {}
+    readonly property bool dark: system.window.hslLightness < 0.5
+
+    readonly property color background: dark ? "#14161c" : "#f3f4f8"
+    readonly property color panel: dark ? "#1b1e26" : "#ffffff"
+    readonly property color line: dark ? "#2a2e39" : "#d5d9e3"
+    readonly property color text: dark ? "#eceef4" : "#171a22"
+    readonly property color faint: dark ? "#8b91a3" : "#5d6475"
+    readonly property color accent: dark ? "#ff5a5f" : "#e23b43"
 
     readonly property var kinds: ({
-        request: "#5aa9ff",
-        response: "#3d6f9f",
-        listener: "#5fd38d",
-        delegate: "#ffb454",
-        notification: "#d98cff",
-        overlay: "#ff5a5f",
-        player: "#8be9e0",
-        log: "#6b7183",
-        script: "#c9cdd8"
+        request: dark ? "#5aa9ff" : "#1565c4",
+        response: dark ? "#5f93c4" : "#3f6d96",
+        listener: dark ? "#5fd38d" : "#0f7a3c",
+        delegate: dark ? "#ffb454" : "#955800",
+        notification: dark ? "#d98cff" : "#8638bd",
+        overlay: dark ? "#ff5a5f" : "#c4272d",
+        player: dark ? "#8be9e0" : "#0a746b",
+        log: dark ? "#868da0" : "#646b7d",
+        script: dark ? "#c9cdd8" : "#4a5060"
     })
 }

@@ -34,7 +34,31 @@ Rectangle {
         boundsBehavior: Flickable.StopAtBounds
         Accessible.role: Accessible.List
         Accessible.name: heading.text
-        ScrollBar.vertical: ScrollBar {}
+        ScrollBar.vertical: ScrollBar {
+            id: bar
+        }
+
+        // By the keyboard, too: the arrow keys scroll by lines, these two to an end.
+        activeFocusOnTab: true
+        keyNavigationEnabled: false
+        Keys.onUpPressed: scroll(() => bar.decrease())
+        Keys.onDownPressed: scroll(() => bar.increase())
+        Keys.onPressed: event => {
+            event.accepted = event.key === Qt.Key_Home || event.key === Qt.Key_End;
+            if (event.accepted)
+                scroll(event.key === Qt.Key_Home ? positionViewAtBeginning : positionViewAtEnd);
+        }
+        function scroll(move: var) {
+            move();
+            following = atYEnd;
+        }
+
+        Rectangle {
+            visible: list.activeFocus
+            anchors.fill: parent
+            color: "transparent"
+            border { width: 2; color: Theme.accent }
+        }
 
         // Follows the newest line unless the reader has scrolled up.
         property bool following: true

@@ -5,6 +5,7 @@
 #include "StallProbe.h"
 
 #include <QFile>
+#include <QPalette>
 #include <QQmlApplicationEngine>
 #include <QScopeGuard>
 #include <QtWebEngineQuick/qtwebenginequickglobal.h>
@@ -72,6 +73,8 @@ int main(int argc, char **argv)
         eventLog = nullptr;
     });
 
+    if (options->colors != "system"_L1)
+        QGuiApplication::setPalette(QPalette(QColor(options->colors == "dark"_L1 ? Qt::black : Qt::white)));
     int status = 0;
     {
         demo::Host host(*options, log);

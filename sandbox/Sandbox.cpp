@@ -251,7 +251,9 @@ std::optional<Fault> Sandbox::Private::takeFault(const QString &path, const QStr
 {
     const std::lock_guard lock(mutex);
     const auto fits = [&](const FaultEntry &entry) {
-        return entry.path == withoutLeadingSlash(path) && (entry.type.isNull() || entry.type == type);
+        const auto asked = withoutLeadingSlash(path);
+        const bool isThere = entry.path == asked || (entry.path.endsWith(u'/') && asked.startsWith(entry.path));
+        return isThere && (entry.type.isNull() || entry.type == type);
     };
     const auto entry = std::find_if(faults.begin(), faults.end(), fits);
     if (entry == faults.end())

@@ -88,13 +88,24 @@ QJsonObject Service::event(const Request &request, const QString &baseUrl) const
     return type == "page"_L1 ? withData({{u"pageUUID"_s, newId()}}) : recommendation(request, baseUrl);
 }
 
+QJsonArray Service::edited(QJsonArray videos) const
+{
+    for (qsizetype position = 0; settings.editVideo && position < videos.size(); ++position) {
+        QJsonObject video = videos[position].toObject();
+        settings.editVideo(video, static_cast<int>(position));
+        videos[position] = video;
+    }
+    return videos;
+}
+
 QJsonObject Service::recommendation(const Request &request, const QString &baseUrl) const
 {
     const int wanted = request.body.value("size"_L1).toVariant().toInt();
-    const int count = wanted > 0 ? std::min(wanted, maximumVideos) : settings.videos;
+    const int count = settings.alwaysVideos.value_or(wanted > 0 ? std::min(wanted, maximumVideos) : settings.videos);
     const QString playing = request.body.value("videoId"_L1).toString();
     const QString view = newId();
-    QJsonObject answer = withData({{u"viewUUID"_s, view}, {u"videos"_s, recommendedVideos(baseUrl, playing, count)}});
+    const QJsonArray videos = edited(recommendedVideos(baseUrl, playing, count));
+    QJsonObject answer = withData({{u"viewUUID"_s, view}, {u"videos"_s, videos}});
     answer.insert("viewUUID"_L1, view);
     return answer;
 }

@@ -2,6 +2,8 @@
 
 #include "Sandbox.h"
 
+#include <QJsonArray>
+
 #include <set>
 
 namespace zelvano::sandbox {
@@ -21,6 +23,7 @@ public:
 private:
     QJsonObject channel(const Request &request, const QString &baseUrl);
     QJsonObject event(const Request &request, const QString &baseUrl) const;
+    QJsonArray edited(QJsonArray videos) const;
     QJsonObject recommendation(const Request &request, const QString &baseUrl) const;
 
     std::set<QString> m_openChannels; // by user

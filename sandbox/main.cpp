@@ -46,6 +46,9 @@ int main(int argc, char **argv)
     parser.setApplicationDescription(u"The recommendation service, on this machine only."_s);
     parser.addHelpOption();
     parser.addOption({u"port"_s, u"The port of 127.0.0.1 to listen on; 0 for any free one."_s, u"N"_s, u"8080"_s});
+    const QStringList scenarios = Sandbox::scenarioNames();
+    parser.addOption({u"scenario"_s, u"What the service answers: "_s + scenarios.join(", "_L1) + u'.', u"name"_s,
+                      scenarios.constFirst()});
     parser.process(application);
 
     bool valid = false;
@@ -55,11 +58,18 @@ int main(int argc, char **argv)
         return 2;
     }
 
+    const auto scenario = Sandbox::scenarioByName(parser.value(u"scenario"_s));
+    if (!scenario) {
+        std::fprintf(stderr, "zelvano-sandbox: --scenario takes one of %s\n", qUtf8Printable(scenarios.join(", "_L1)));
+        return 2;
+    }
+
     // Blocked before the server's threads begin, so that only sigwait() below receives them.
     const sigset_t signals = stopSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
     Sandbox sandbox;
+    sandbox.setScenario(*scenario);
     sandbox.setRequestListener(printRequest);
     if (!sandbox.start(port)) {
         std::fprintf(stderr, "zelvano-sandbox: port %d of 127.0.0.1 is taken\n", port);

@@ -13,7 +13,8 @@ git ls-files 'src/*.cpp' 'demo/*.cpp' 'sandbox/*.cpp' |
 
 cppcheck --quiet --error-exitcode=1 --inline-suppr --language=c++ --std=c++20 \
   --enable=warning,performance,portability --suppressions-list=scripts/cppcheck.txt \
-  --library=qt -DZELVANOCORE_EXPORT= -DZELVANOUI_EXPORT= '-DQ_DISABLE_COPY_MOVE(x)=' '-DZV_LOG(...)=' \
+  --library=qt -DZELVANOCORE_EXPORT= -DZELVANOUI_EXPORT= -DZELVANOSANDBOX_EXPORT= \
+  '-DQ_DISABLE_COPY_MOVE(x)=' '-DZV_LOG(...)=' \
   src demo sandbox examples
 
 scripts/lint-qml.sh

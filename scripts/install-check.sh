@@ -113,6 +113,41 @@ check_example() {
   run_example "$@"
 }
 
+# check_sandbox PREFIX: a host whose tests start the service in their own process.
+check_sandbox() {
+  mkdir -p "$work/examples/in-process"
+  cat >"$work/examples/in-process/CMakeLists.txt" <<CMAKE
+cmake_minimum_required(VERSION 3.25)
+project(InProcess LANGUAGES CXX)
+find_package(ZelvanoUI 0.1 REQUIRED COMPONENTS Core Sandbox)
+add_executable(in-process main.cpp)
+target_link_libraries(in-process PRIVATE ZelvanoUI::Core ZelvanoUI::Sandbox)
+CMAKE
+  cat >"$work/examples/in-process/main.cpp" <<CPP
+#include <ZelvanoUI/Sandbox.h>
+#include <ZelvanoUI/UrlSession.h>
+#include <QCoreApplication>
+#include <cstdlib>
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    zelvano::sandbox::Sandbox sandbox;
+    sandbox.setScenario(zelvano::sandbox::Scenario::OneVideo);
+    if (!sandbox.start())
+        return 2;
+    zelvano::UrlSession::connectTo("api.zelvano.example:80", sandbox.url().authority().toUtf8());
+    zelvano::UrlRequest request;
+    request.url = QUrl(QStringLiteral("http://api.zelvano.example/thumbnails/1.jpg"));
+    zelvano::UrlSession::dataTask(request, [](const QByteArray &picture, auto &&...) {
+        std::_Exit(picture.isEmpty() ? 3 : 0);
+    })->resume();
+    return QCoreApplication::exec();
+}
+CPP
+  build_example in-process "$1"
+  quietly timeout 20 "$work/build/in-process/in-process"
+}
+
 # With pkg-config instead of CMake.
 check_pkgconfig() {
   local lib flags
@@ -126,12 +161,13 @@ check_pkgconfig() {
 # Static libraries carry their resources along; a host without them would say that the bundle is missing.
 check_static() {
   quietly cmake --preset package -B build/static -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 \
-    -DZELVANO_SHARED=OFF -DZELVANO_WITH_SANDBOX=OFF -DZELVANO_WITH_DEMO=OFF
+    -DZELVANO_SHARED=OFF -DZELVANO_WITH_DEMO=OFF
   quietly cmake --build build/static
   install_to "$work/static" build/static -I # Objects of a debug build do name their sources.
   rm -rf "$work/build"
   build_example cpp-overlay "$work/static"
   run_example cpp-overlay window ready impression
+  check_sandbox "$work/static"
 }
 
 # package_depends PACKAGE: the names that its Depends list.
@@ -221,7 +257,7 @@ quietly cmake --preset package
 quietly cmake --build --preset package
 install_to "$prefix" build/package
 check_headers
-refuses Nonsense 'ZelvanoUI has no component "Nonsense": there are Core and UI.'
+refuses Nonsense 'ZelvanoUI has no component "Nonsense": there are Core, UI and Sandbox.'
 
 section "examples"
 cp -r examples "$work/examples"
@@ -237,6 +273,9 @@ check_example qml-list window page ready start autoPlay
 for example in examples/*/; do
   [[ " ${checked[*]} " == *" $(basename "$example") "* ]] || fail "$example is not checked"
 done
+
+section "the sandbox in a host's process"
+check_sandbox "$prefix"
 
 section "pkg-config"
 check_pkgconfig

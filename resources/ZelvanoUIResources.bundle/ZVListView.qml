@@ -13,10 +13,20 @@ ZVCollectionView {
     width: 320
     height: 480
     clip: true
+    mirrored: LayoutMirroring.enabled
     scroller: scroller
 
     Accessible.role: Accessible.List
     Accessible.name: qsTr("Recommended videos")
+
+    LayoutMirroring.childrenInherit: true
+    // Otherwise as the host's own items are. Qt 6.4's qmllint does not know the direction.
+    Binding {
+        target: list.LayoutMirroring
+        property: "enabled"
+        value: true
+        when: Qt.application.layoutDirection === Qt.RightToLeft // qmllint disable type
+    }
 
     Flickable {
         id: scroller

@@ -24,6 +24,7 @@ Item {
         y: 12
         width: parent.width - 2 * x
         height: 20
+        horizontalAlignment: Text.AlignLeft // Mirrored as the videos are, whatever the name's language.
         verticalAlignment: Text.AlignVCenter
         textFormat: Text.PlainText
         maximumLineCount: 1
@@ -44,6 +45,7 @@ Item {
         spacing: 12
         inset: 0
         clip: true
+        mirrored: LayoutMirroring.enabled
         scroller: scroller
 
         Flickable {

@@ -10,7 +10,7 @@ Rectangle {
 
     readonly property bool shown: flickable.moving && flickable.visibleArea.heightRatio < 1
 
-    x: flickable.x + flickable.width - width - 2
+    x: flickable.x + (LayoutMirroring.enabled ? 2 : flickable.width - width - 2)
     y: flickable.y + 2 + flickable.visibleArea.yPosition * (flickable.height - 4)
     width: 4
     height: Math.max(24, flickable.visibleArea.heightRatio * (flickable.height - 4))

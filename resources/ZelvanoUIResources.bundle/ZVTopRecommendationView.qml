@@ -13,6 +13,10 @@ ZVTopRecommendationContentView {
 
     readonly property bool shown: owner !== null && owner.visible
 
+    // The page leaves room for the close control at its right, in every language.
+    LayoutMirroring.enabled: false
+    LayoutMirroring.childrenInherit: true
+
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Recommended videos")
 
@@ -124,13 +128,31 @@ ZVTopRecommendationContentView {
         Keys.onReturnPressed: content.owner.dismissPressed()
         Keys.onEnterPressed: content.owner.dismissPressed()
 
+        // Two rings, one of which shows on any video.
+        Rectangle {
+            visible: dismiss.activeFocus
+            anchors.centerIn: parent
+            width: 38
+            height: 38
+            radius: 19
+            color: "transparent"
+            border { width: 5; color: "#000000" }
+
+            Rectangle {
+                anchors { fill: parent; margins: 1 }
+                radius: width / 2
+                color: "transparent"
+                border { width: 3; color: "#ffffff" }
+            }
+        }
+
         Rectangle {
             anchors.centerIn: parent
             width: 28
             height: 28
             radius: 14
             color: tap.pressed ? "#e6ffffff" : hover.hovered ? "#66ffffff" : "#73000000"
-            border { width: dismiss.activeFocus ? 2 : 1; color: dismiss.activeFocus ? "#ffffff" : "#59ffffff" }
+            border { width: 1; color: "#59ffffff" }
 
             Repeater {
                 model: [45, -45]

@@ -12,12 +12,23 @@ Item {
     required property var owner
 
     readonly property real corner: 8
+    // What the badge's colour says to those who see it.
+    readonly property var categoryNames: ({
+        FORYOU: qsTr("For you"),
+        MOSTVIEWED: qsTr("Most viewed"),
+        MOSTRECENT: qsTr("Most recent")
+    })
+    readonly property string categoryName: categoryNames[owner.category] ?? owner.category
 
     width: 160
     height: 160
 
+    function joined(texts: var): string {
+        return texts.filter(text => text !== "").join(", ");
+    }
+
     Accessible.role: Accessible.ListItem
-    Accessible.name: durationLabel.text === "" ? titleLable.text : `${titleLable.text}, ${durationLabel.text}`
+    Accessible.name: joined([titleLable.text, durationLabel.text, categoryName])
     Accessible.focusable: true
     Accessible.focused: owner.current
     Accessible.onPressAction: owner.activate()
@@ -99,8 +110,7 @@ Item {
 
     Rectangle {
         objectName: "valueHolderView"
-        x: 8
-        y: 8
+        anchors { left: parent.left; top: parent.top; margins: 8 }
         width: Math.max(height, valueLabel.implicitWidth + 12)
         height: 20
         color: "transparent"

@@ -12,6 +12,7 @@
 
   const panel = document.getElementById("panel");
   const list = document.getElementById("cards");
+  const nothing = document.getElementById("nothing");
   const template = document.getElementById("card");
 
   let columns = 1;
@@ -90,7 +91,9 @@
     // What is no video takes no card, yet keeps its position in the list that the library counts by.
     list.replaceChildren(...shown.flatMap((video, index) => (valid(video) ? [makeCard(video, index)] : [])));
     list.scrollTo(0, 0);
-    panel.hidden = list.childElementCount === 0;
+    list.hidden = list.childElementCount === 0;
+    nothing.hidden = !list.hidden;
+    panel.hidden = false;
     fit();
     if (focused !== undefined)
       buttons().find((button) => button.dataset.index === focused)?.focus();

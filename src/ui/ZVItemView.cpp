@@ -36,6 +36,16 @@ void ZVItemView::setScroller(QQuickItem *scroller)
     polish();
 }
 
+void ZVItemView::setMirrored(bool mirrored)
+{
+    if (m_isMirrored == mirrored)
+        return;
+    m_isMirrored = mirrored;
+    m_restartsWhenMirrored = true;
+    Q_EMIT mirroredChanged();
+    polish();
+}
+
 void ZVItemView::viewportDidMove()
 {
     polish();
@@ -127,6 +137,9 @@ void ZVItemView::layoutIfNeeded()
     if (std::exchange(m_isLayoutStale, false))
         placeItems();
     publishContentSize();
+    // Its start is at the far end of the content, which has moved.
+    if (std::exchange(m_restartsWhenMirrored, false) && runsLeft())
+        scrollToStart();
     updateCells();
 }
 
@@ -141,10 +154,11 @@ void ZVItemView::placeItems()
 
 void ZVItemView::publishContentSize()
 {
-    const auto size = isVertical() ? QSizeF(width(), m_layout.length()) : QSizeF(m_layout.length(), height());
+    const auto size = isVertical() ? QSizeF(width(), m_layout.length()) : QSizeF(contentLength(), height());
     if (m_contentSize == size)
         return;
     m_contentSize = size;
+    m_restartsWhenMirrored = true;
     Q_EMIT contentSizeChanged();
 }
 
@@ -197,7 +211,9 @@ void ZVItemView::placeCell(ZVItemViewCell *cell)
 {
     const double pixels = window() ? window()->effectiveDevicePixelRatio() : 1;
     const auto snap = [&](double value) { return std::round(value * pixels) / pixels; };
-    const auto rect = m_layout.rect(cell->row());
+    auto rect = m_layout.rect(cell->row());
+    if (m_isMirrored)
+        rect.moveLeft((isVertical() ? width() : contentLength()) - rect.right());
     const QPointF topLeft(snap(rect.left()), snap(rect.top()));
     cell->setPosition(topLeft);
     cell->setSize({snap(rect.right()) - topLeft.x(), snap(rect.bottom()) - topLeft.y()});
@@ -206,29 +222,47 @@ void ZVItemView::placeCell(ZVItemViewCell *cell)
 void ZVItemView::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)
 {
     QQuickItem::geometryChange(newGeometry, oldGeometry);
-    if (newGeometry.size() != oldGeometry.size())
-        invalidateLayout();
+    if (newGeometry.size() == oldGeometry.size())
+        return;
+    m_restartsWhenMirrored = true;
+    invalidateLayout();
 }
 
 // Scrolling
 
+/// Before the first item and behind the last, which the scroller adds to the content.
+double ZVItemView::margin() const
+{
+    return m_scroller ? m_scroller->property(isVertical() ? "topMargin" : "leftMargin").toDouble() : 0;
+}
+
+/// What runs to the left begins at the right end, with few items too.
+double ZVItemView::contentLength() const
+{
+    return runsLeft() ? std::max(m_layout.length(), extent() - 2 * margin()) : m_layout.length();
+}
+
+/// From the start of the content, wherever that is.
 double ZVItemView::offset() const
 {
-    return m_scroller ? m_scroller->property(isVertical() ? "contentY" : "contentX").toDouble() : 0;
+    const double position = m_scroller ? m_scroller->property(isVertical() ? "contentY" : "contentX").toDouble() : 0;
+    return runsLeft() ? contentLength() - extent() - position : position;
 }
 
 void ZVItemView::setOffset(double offset)
 {
     if (!m_scroller)
         return;
+    const double last = std::max(contentLength() - extent() + margin(), -margin());
+    const double valid = std::clamp(offset, -margin(), last);
     QMetaObject::invokeMethod(m_scroller, "cancelFlick");
     m_scroller->setProperty(isVertical() ? "contentY" : "contentX",
-                            std::clamp(offset, 0.0, std::max(m_layout.length() - extent(), 0.0)));
+                            runsLeft() ? contentLength() - extent() - valid : valid);
 }
 
 void ZVItemView::scrollToStart()
 {
-    setOffset(0);
+    setOffset(-margin());
 }
 
 void ZVItemView::scrollToRow(qint64 row)
@@ -238,8 +272,8 @@ void ZVItemView::scrollToRow(qint64 row)
         return;
     const auto rect = m_layout.rect(row);
     const auto &inset = m_layout.metrics().inset;
-    const double start = isVertical() ? rect.top() - inset.top() : rect.left() - inset.left();
-    const double end = isVertical() ? rect.bottom() + inset.bottom() : rect.right() + inset.right();
+    const double start = (isVertical() ? rect.top() - inset.top() : rect.left() - inset.left()) - margin();
+    const double end = (isVertical() ? rect.bottom() + inset.bottom() : rect.right() + inset.right()) + margin();
     if (start < offset())
         setOffset(start);
     else if (end > offset() + extent())
@@ -301,11 +335,12 @@ void ZVItemView::markCurrent()
 qint64 ZVItemView::rowForKey(int key) const
 {
     const auto row = m_currentRow;
+    const int rightwards = m_isMirrored ? -1 : 1;
     switch (key) {
     case Qt::Key_Left:
-        return isVertical() ? row - 1 : m_layout.neighbour(row, -1);
+        return isVertical() ? row - rightwards : m_layout.neighbour(row, -rightwards);
     case Qt::Key_Right:
-        return isVertical() ? row + 1 : m_layout.neighbour(row, 1);
+        return isVertical() ? row + rightwards : m_layout.neighbour(row, rightwards);
     case Qt::Key_Up:
         return isVertical() ? m_layout.neighbour(row, -1) : m_layout.besides(row, -1);
     case Qt::Key_Down:

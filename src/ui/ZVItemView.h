@@ -23,6 +23,9 @@ class ZELVANOUI_EXPORT ZVItemView : public QQuickItem
 {
     Q_OBJECT
     Q_PROPERTY(QQuickItem *scroller READ scroller WRITE setScroller NOTIFY scrollerChanged FINAL)
+    /// From right to left. Its interface resource says so: in a right-to-left application, or as the host's own items
+    /// do.
+    Q_PROPERTY(bool mirrored READ isMirrored WRITE setMirrored NOTIFY mirroredChanged FINAL)
     Q_PROPERTY(QSizeF contentSize READ contentSize NOTIFY contentSizeChanged FINAL)
 
 public:
@@ -34,6 +37,9 @@ public:
     QQuickItem *scroller() const { return m_scroller; }
     void setScroller(QQuickItem *scroller);
     Q_SIGNAL void scrollerChanged();
+    bool isMirrored() const { return m_isMirrored; }
+    void setMirrored(bool mirrored);
+    Q_SIGNAL void mirroredChanged();
     QSizeF contentSize() const { return m_contentSize; }
     Q_SIGNAL void contentSizeChanged();
 
@@ -94,6 +100,9 @@ private:
 
     bool isVertical() const { return m_layout.metrics().direction == Qt::Vertical; }
     double extent() const { return isVertical() ? height() : width(); }
+    bool runsLeft() const { return m_isMirrored && !isVertical(); }
+    double margin() const;
+    double contentLength() const;
     double offset() const;
     void setOffset(double offset);
     void placeItems();
@@ -118,6 +127,8 @@ private:
     bool m_isDataStale = false;
     bool m_isLayoutStale = true;
     bool m_isLayingOut = false;
+    bool m_isMirrored = false;
+    bool m_restartsWhenMirrored = false;
     bool m_pressStopsMovement = false;
     bool m_showsCurrent = false;
     qint64 m_currentRow = 0;

@@ -74,6 +74,10 @@ void ZVVideoCollectionViewCell::setParams(const std::shared_ptr<ZVVideoParams> &
     setText(m_durationLabel, secToTime(params->durationSec()));
     if (m_valueHolderView)
         m_valueHolderView->setProperty("color", colorForCategory(params->category()));
+    if (m_category != params->category()) {
+        m_category = params->category();
+        Q_EMIT categoryChanged();
+    }
     setText(m_valueLabel, QString::number(params->index())); // Not the percentage: the badge counts the list.
 }
 

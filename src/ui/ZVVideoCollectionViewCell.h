@@ -23,6 +23,8 @@ inline constexpr float textHeightPercent = 0.15F;
 class ZELVANOUI_EXPORT ZVVideoCollectionViewCell : public ZVItemViewCell
 {
     Q_OBJECT
+    /// The video's, as the service names it; null when it names none.
+    Q_PROPERTY(QString category READ category NOTIFY categoryChanged FINAL)
     Q_PROPERTY(QSizeF shadowOffset READ shadowOffset CONSTANT FINAL)
     Q_PROPERTY(double shadowRadius READ shadowRadius CONSTANT FINAL)
     Q_PROPERTY(double shadowOpacity READ shadowOpacity CONSTANT FINAL)
@@ -36,6 +38,9 @@ public:
     void setParams(const std::shared_ptr<ZVVideoParams> &params);
     /// Always null.
     std::shared_ptr<ZVVideoParams> params() const { return nullptr; }
+
+    QString category() const { return m_category; }
+    Q_SIGNAL void categoryChanged();
 
     // The outlets; null when the interface resource lacks one.
     QQuickItem *titleLable() const { return m_titleLable; }
@@ -65,6 +70,8 @@ private:
     bool load();
     void fadeIn();
     void fitTitle();
+
+    QString m_category;
 
     QPointer<QQuickItem> m_titleLable;
     QPointer<QQuickItem> m_durationLabel;

@@ -156,6 +156,13 @@ private Q_SLOTS:
     void cutWithinAnswer();
     void drip();
 
+    void scenarios_data();
+    void scenarios();
+    void scenarioNames();
+    void slow();
+    void missingPictures();
+    void titles();
+
     void range_data();
     void range();
 
@@ -312,6 +319,103 @@ void tst_Sandbox::drip()
         first += more;
     }
     QVERIFY(timer.elapsed() >= 50);
+}
+
+void tst_Sandbox::scenarios_data()
+{
+    using Statuses = QList<int>;
+    QTest::addColumn<Statuses>("statuses"); // Of the calls in scenarios(); 0: no JSON.
+    QTest::addColumn<int>("videos");        // To the second ready event, which asks for 5; -1: none are told of.
+
+    const Statuses well(8, 200);
+    QTest::newRow("ordinary") << well << 5;
+    QTest::newRow("empty") << well << 0;
+    QTest::newRow("one-video") << well << 1;
+    QTest::newRow("thousand-videos") << well << 1000;
+    QTest::newRow("error-statuses") << Statuses{503, 500, 404, 404, 404, 404, 404, 401} << -1;
+    QTest::newRow("channel-lost") << Statuses{200, 200, 406, 200, 406, 200, 200, 200} << 5;
+    QTest::newRow("garbage") << Statuses(8, 0) << -1;
+    QTest::newRow("missing-pictures") << well << 5;
+    QTest::newRow("long-titles") << well << 5;
+    QTest::newRow("right-to-left-titles") << well << 5;
+}
+
+void tst_Sandbox::scenarios()
+{
+    QFETCH(QList<int>, statuses);
+    QFETCH(int, videos);
+
+    // What the scenario before left behind is gone.
+    m_sandbox->setScenario(Scenario::Garbage);
+    m_sandbox->setScenario(*Sandbox::scenarioByName(QString::fromLatin1(QTest::currentDataTag())));
+    QList<int> answered;
+    const auto call = [&](const QByteArray &path, const QByteArray &body) {
+        const QJsonObject answer = post(path, body).json();
+        answered.append(answer["status"_L1].toInt());
+        return answer;
+    };
+    call("/users/id", "{}");
+    call("/channels/init/zelvano", R"({"userId":"user"})");
+    call("/events", eventBody(u"page"_s));
+    call("/events", eventBody(u"page"_s));
+    call("/events", eventBody(u"ready"_s));
+    const QJsonValue list = call("/events", eventBody(u"ready"_s, {{u"size"_s, 5}}))["data"_L1]["videos"_L1];
+    call("/events", eventBody(u"play"_s));
+    call("/keepalive", "{}");
+    QCOMPARE(answered, statuses);
+    QCOMPARE(list.isArray() ? static_cast<int>(list.toArray().size()) : -1, videos);
+    QCOMPARE(ask("GET", "/media/1.mp4").status, 200);
+}
+
+void tst_Sandbox::scenarioNames()
+{
+    const QStringList names = Sandbox::scenarioNames();
+    for (qsizetype number = 0; number < names.size(); ++number)
+        QCOMPARE(Sandbox::scenarioByName(names[number]), static_cast<Scenario>(number));
+    QCOMPARE(names.size(), static_cast<qsizetype>(Scenario::RightToLeftTitles) + 1);
+    QVERIFY(!Sandbox::scenarioByName(u"Ordinary"_s));
+}
+
+void tst_Sandbox::slow()
+{
+    m_sandbox->setScenario(Scenario::Slow);
+    const std::vector<QByteArray> paths{"/users/id", "/events", "/thumbnails/1.jpg", "/strips/9.jpg"};
+    std::vector<std::unique_ptr<Client>> clients;
+    QElapsedTimer timer;
+    timer.start();
+    for (const QByteArray &path : paths) {
+        clients.push_back(std::make_unique<Client>(m_sandbox->port()));
+        clients.back()->send("POST", path, "{}");
+    }
+    QCOMPARE(ask("GET", "/layout/").status, 200);
+    QVERIFY2(timer.elapsed() < 1000, "the layout page is not slow");
+    for (const auto &client : clients) {
+        QCOMPARE(client->answer().status, 200);
+        QVERIFY(timer.elapsed() >= 1000);
+    }
+}
+
+void tst_Sandbox::missingPictures()
+{
+    m_sandbox->setScenario(Scenario::MissingPictures);
+    openChannel();
+    QMap<int, int> statuses; // 0: no address
+    for (const QJsonValue &video : videos({{u"size"_s, 8}})) {
+        const auto path = QUrl(video["imageUrl"_L1].toString()).path().toUtf8();
+        ++statuses[path.isEmpty() ? 0 : ask("GET", path).status];
+    }
+    QCOMPARE(statuses, (QMap<int, int>{{0, 4}, {200, 2}, {404, 2}}));
+}
+
+void tst_Sandbox::titles()
+{
+    m_sandbox->setScenario(Scenario::LongTitles);
+    openChannel();
+    for (const QJsonValue &video : videos({{u"size"_s, 8}}))
+        QVERIFY(video["title"_L1].toString().size() > 70);
+    m_sandbox->setScenario(Scenario::RightToLeftTitles);
+    for (const QJsonValue &video : videos({{u"size"_s, 8}}))
+        QVERIFY(video["title"_L1].toString().isRightToLeft());
 }
 
 void tst_Sandbox::range_data()

@@ -178,7 +178,7 @@ private Q_SLOTS:
             QVERIFY(stage.rowsAreLaidOut());
             const auto *row = stage.row(number);
             QCOMPARE(row->category(), names[number]);
-            QCOMPARE(row->videosCollectionView()->scroller()->property("contentX").toDouble(), 0.0);
+            QCOMPARE(row->videosCollectionView()->scroller()->property("contentX").toDouble(), -16.0);
             QCOMPARE(textOf(stage.cell(number, 0), u"titleLable"_s), row->recommendations()[0]->title());
         }
         QVERIFY(stage.items()->cellCount() <= 3 * 3); // Screenfuls, and rows of 188 in a screen of 480.

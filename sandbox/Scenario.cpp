@@ -1,0 +1,142 @@
+#include "Sandbox.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace zelvano::sandbox {
+
+namespace {
+
+using Kind = Fault::Kind;
+
+struct FaultOfPath
+{
+    QString path;
+    QString type;
+    Fault fault;
+};
+
+struct Row
+{
+    Scenario scenario;
+    QString name;
+    Settings settings;
+    std::vector<FaultOfPath> faults;
+};
+
+const std::vector<QString> &calls()
+{
+    static const std::vector<QString> paths{u"users/id"_s, u"channels/init/zelvano"_s, u"events"_s, u"keepalive"_s};
+    return paths;
+}
+
+std::vector<FaultOfPath> everywhere(const std::vector<QString> &paths, const Fault &fault)
+{
+    std::vector<FaultOfPath> faults;
+    faults.reserve(paths.size());
+    for (const QString &path : paths)
+        faults.push_back({path, {}, fault});
+    return faults;
+}
+
+Fault serviceStatus(int status, int times = -1)
+{
+    return {.kind = Kind::ServiceStatus, .status = status, .times = times};
+}
+
+// One picture that is not there, one that nobody names, one under no address, and one that is as it should be.
+void loosePicture(QJsonObject &video, int position)
+{
+    const int way = position % 4;
+    for (const auto &key : {u"imageUrl"_s, u"stripUrl"_s}) {
+        if (way == 0)
+            video[key] = video[key].toString().replace(u".jpg"_s, u"-missing.jpg"_s);
+        else if (way == 1)
+            video.remove(key);
+        else if (way == 2)
+            video[key] = QString();
+    }
+}
+
+// Words that break, and one that does not.
+void lengthenTitle(QJsonObject &video, int position)
+{
+    const QString title = video["title"_L1].toString();
+    video["title"_L1] =
+        position % 2 == 0
+            ? title +
+                  u", or everything that happened before, between and after the nine days that nobody filmed, part %1"_s
+                      .arg(position + 1)
+            : title + u"Donaudampfschifffahrtselektrizitätenhauptbetriebswerkbauunterbeamtengesellschaft"_s;
+}
+
+// Hebrew, Arabic, and both with what is written from left to right.
+void turnTitle(QJsonObject &video, int position)
+{
+    static const QStringList titles{u"אורות הצפון"_s, u"الغوص العميق"_s, u"גן הפטרי: פרק 3 (2024)"_s,
+                                    u"سجادة من ورق — Paper Carpet"_s};
+    video["title"_L1] = titles[position % titles.size()];
+}
+
+// What each scenario changes. The names are those of the command line.
+const std::vector<Row> &table()
+{
+    const std::vector<QString> slowPaths{calls()[0], calls()[1],       calls()[2],
+                                         calls()[3], u"thumbnails/"_s, u"strips/"_s};
+    const Fault late{.kind = Kind::Delay, .delay = 1s, .times = -1};
+    static const std::vector<Row> rows{
+        {Scenario::Ordinary, u"ordinary"_s, {}, {}},
+        {Scenario::Empty, u"empty"_s, {.alwaysVideos = 0}, {}},
+        {Scenario::OneVideo, u"one-video"_s, {.alwaysVideos = 1}, {}},
+        {Scenario::ThousandVideos, u"thousand-videos"_s, {.alwaysVideos = 1000}, {}},
+        {Scenario::Slow, u"slow"_s, {}, everywhere(slowPaths, late)},
+        {Scenario::ErrorStatuses,
+         u"error-statuses"_s,
+         {},
+         {{calls()[0], {}, serviceStatus(503)},
+          {calls()[1], {}, serviceStatus(500)},
+          {calls()[2], {}, serviceStatus(404)},
+          {calls()[3], {}, serviceStatus(401)}}},
+        // Not always: the library would open the channel and repeat the event without end.
+        {Scenario::ChannelLost,
+         u"channel-lost"_s,
+         {},
+         {{calls()[2], u"page"_s, serviceStatus(406, 1)}, {calls()[2], u"ready"_s, serviceStatus(406, 1)}}},
+        {Scenario::Garbage, u"garbage"_s, {}, everywhere(calls(), {.kind = Kind::Garbage, .times = -1})},
+        {Scenario::MissingPictures, u"missing-pictures"_s, {.editVideo = loosePicture}, {}},
+        {Scenario::LongTitles, u"long-titles"_s, {.editVideo = lengthenTitle}, {}},
+        {Scenario::RightToLeftTitles, u"right-to-left-titles"_s, {.editVideo = turnTitle}, {}},
+    };
+    return rows;
+}
+
+} // namespace
+
+void Sandbox::setScenario(Scenario scenario)
+{
+    const auto row = std::find_if(table().begin(), table().end(), [&](const Row &r) { return r.scenario == scenario; });
+    if (row == table().end())
+        return;
+    clearFaults();
+    setSettings(row->settings);
+    for (const auto &[path, type, fault] : row->faults)
+        addFault(path, type, fault);
+}
+
+QStringList Sandbox::scenarioNames()
+{
+    QStringList names;
+    for (const Row &row : table())
+        names.append(row.name);
+    return names;
+}
+
+std::optional<Scenario> Sandbox::scenarioByName(const QString &name)
+{
+    const auto row = std::find_if(table().begin(), table().end(), [&](const Row &r) { return r.name == name; });
+    return row == table().end() ? std::nullopt : std::optional(row->scenario);
+}
+
+} // namespace zelvano::sandbox
