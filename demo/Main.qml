@@ -3,6 +3,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Controls.Basic
 import QtMultimedia
+import ZelvanoUI
 
 // The host's screen. Wide: video and controls to the left, to the right what happens, or the native view if there is
 // one, and what happens below the video. Narrow: one above the other, and of the two the native view.
@@ -26,7 +27,11 @@ Window {
     // The video stays in the window's left corner: see below. Qt 6.4's qmllint does not know the direction.
     LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft // qmllint disable type
     LayoutMirroring.childrenInherit: true
-    palette { window: Theme.background; windowText: Theme.text; highlight: Theme.accent }
+    palette {
+        window: Theme.background; windowText: Theme.text; highlight: Theme.accent
+        base: Theme.panel; text: Theme.text; placeholderText: Theme.faint
+        button: Theme.line; buttonText: Theme.text; mid: Theme.line
+    }
 
     MediaPlayer {
         id: mediaPlayer
@@ -96,9 +101,9 @@ Window {
         height: window.height - y
     }
 
-    Timeline {
+    EventTimeline {
         visible: (window.wide || !window.hasNativeView) && !window.fullscreen
-        model: window.host.log
+        log: window.host.log
         LayoutMirroring.enabled: false // What is sent is written from left to right.
         LayoutMirroring.childrenInherit: true
         x: window.wide && !window.hasNativeView ? videoOutput.width : 0

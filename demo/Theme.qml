@@ -13,16 +13,4 @@ QtObject {
     readonly property color text: dark ? "#eceef4" : "#171a22"
     readonly property color faint: dark ? "#8b91a3" : "#5d6475"
     readonly property color accent: dark ? "#ff5a5f" : "#e23b43"
-
-    readonly property var kinds: ({
-        request: dark ? "#5aa9ff" : "#1565c4",
-        response: dark ? "#5f93c4" : "#3f6d96",
-        listener: dark ? "#5fd38d" : "#0f7a3c",
-        delegate: dark ? "#ffb454" : "#955800",
-        notification: dark ? "#d98cff" : "#8638bd",
-        overlay: dark ? "#ff5a5f" : "#c4272d",
-        player: dark ? "#8be9e0" : "#0a746b",
-        log: dark ? "#868da0" : "#646b7d",
-        script: dark ? "#c9cdd8" : "#4a5060"
-    })
 }

@@ -1,3 +1,4 @@
+#include "EventFilter.h"
 #include "EventLog.h"
 #include "Host.h"
 #include "Options.h"
@@ -80,6 +81,7 @@ int main(int argc, char **argv)
         demo::Host host(*options, log);
         if (!host.reachService())
             return 1;
+        qmlRegisterType<zelvano::EventFilter>("ZelvanoUI", 0, 1, "EventFilter");
         QQmlApplicationEngine engine;
         engine.setInitialProperties({{u"host"_s, QVariant::fromValue(&host)}});
         engine.load(QUrl(u"qrc:/demo/Main.qml"_s));

@@ -10,8 +10,11 @@
 #include "ZVRecommendation.h"
 #include "Zelvano.h"
 
+#include <QDateTime>
+#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QStandardPaths>
 #include <QThread>
 
 #include <algorithm>
@@ -316,6 +319,14 @@ bool EventLog::exportTo(const QUrl &file) const
     const auto lines = toJsonLines();
     return file.isLocalFile() && target.open(QIODevice::WriteOnly | QIODevice::Text) &&
            target.write(lines) == lines.size();
+}
+
+QUrl EventLog::exportToDownloads() const
+{
+    const QDir folder(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation));
+    const auto now = QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss-zzz"_s);
+    const auto file = QUrl::fromLocalFile(folder.filePath(u"zelvano-events-%1.jsonl"_s.arg(now)));
+    return folder.mkpath(u"."_s) && exportTo(file) ? file : QUrl();
 }
 
 } // namespace zelvano

@@ -62,6 +62,8 @@ public:
     Q_INVOKABLE QByteArray toJsonLines() const;
     /// Writes that to a local file.
     Q_INVOKABLE bool exportTo(const QUrl &file) const;
+    /// Writes it to a file of its own in the folder for downloads. Empty when that fails.
+    Q_INVOKABLE QUrl exportToDownloads() const;
 
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role) const override;

@@ -85,6 +85,7 @@ Rectangle {
         highlightMoveDuration: 0
         keyNavigationEnabled: true
         activeFocusOnTab: true
+        Keys.onEscapePressed: currentIndex = -1
         Accessible.role: Accessible.List
         Accessible.name: qsTr("Events")
         ScrollBar.vertical: ScrollBar {}

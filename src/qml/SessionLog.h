@@ -4,8 +4,6 @@
 #include "Recommendations.h"
 
 #include <QPointer>
-#include <QSortFilterProxyModel>
-#include <QUrl>
 #include <qqmlintegration.h>
 
 namespace zelvano {
@@ -27,35 +25,10 @@ public:
     void setRecommendations(Recommendations *recommendations);
     Q_SIGNAL void recommendationsChanged();
 
-    /// Writes what is kept to a file of its own in the folder for downloads, as JSON lines. Empty when that fails.
-    Q_INVOKABLE QUrl exportToDownloads() const;
-
 private:
     void watchSession();
 
     QPointer<Recommendations> m_recommendations;
-};
-
-/// The rows of a log whose kind, title or detail contains a text.
-class EventFilter : public QSortFilterProxyModel
-{
-    Q_OBJECT
-    QML_ELEMENT
-
-public:
-    using QSortFilterProxyModel::QSortFilterProxyModel;
-
-    /// Upper and lower case are the same; empty lets all pass.
-    Q_PROPERTY(QString text READ text WRITE setText NOTIFY textChanged FINAL)
-    QString text() const { return m_text; }
-    void setText(const QString &text);
-    Q_SIGNAL void textChanged();
-
-protected:
-    bool filterAcceptsRow(int row, const QModelIndex &parent) const override;
-
-private:
-    QString m_text;
 };
 
 } // namespace zelvano
