@@ -56,6 +56,14 @@ public:
             return true;
         }
 
+        /// Ends the connection with a reset.
+        void reset()
+        {
+            sockaddr none = {};
+            none.sa_family = AF_UNSPEC;
+            connect(m_socket, &none, sizeof(none));
+        }
+
         /// Until the client has closed, or the server ends.
         void awaitClose()
         {
