@@ -1,5 +1,6 @@
 #include "EngineFixture.h"
 #include "EngineModel.h"
+#include "Process.h"
 #include "UrlLoad.h"
 
 #include <QRandomGenerator>

@@ -1,4 +1,5 @@
 #include "LogCollector.h"
+#include "Process.h"
 #include "UserDefaults.h"
 #include "Zelvano.h"
 
@@ -128,7 +129,7 @@ int tst_Persistence::stored(const QString &key)
 
 void tst_Persistence::killedWhileWriting()
 {
-    const int count = qEnvironmentVariableIsSet("ZELVANO_KILLS") ? qEnvironmentVariableIntValue("ZELVANO_KILLS") : 50;
+    const int count = figure("ZELVANO_KILLS", 50);
     int newOnes = 0;
     for (int i = 0; i < count; ++i) {
         UserDefaults::standard().setString(valueOf(0), ZVUserIdKey);

@@ -64,6 +64,9 @@ public:
             connect(m_socket, &none, sizeof(none));
         }
 
+        /// Nothing more is sent; what the client sends is still taken.
+        void endOutput() { shutdown(m_socket, SHUT_WR); }
+
         /// Until the client has closed, or the server ends.
         void awaitClose()
         {
