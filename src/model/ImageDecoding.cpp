@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QImageReader>
 #include <QThreadPool>
+#include <QtEndian>
 
 #include <deque>
 #include <mutex>
@@ -27,6 +28,15 @@ QByteArray formatOf(const QByteArray &bytes)
     if (bytes.startsWith("RIFF") && bytes.mid(8, 4) == "WEBP")
         return "webp";
     return {};
+}
+
+/// What will be allocated. Of a GIF, Qt's reader gives the first frame's size but makes an image of the whole screen.
+QSize sizeOf(const QImageReader &reader, const QByteArray &bytes)
+{
+    if (reader.format() != "gif" || bytes.size() < 10)
+        return reader.size();
+    return reader.size().expandedTo(
+        {qFromLittleEndian<quint16>(bytes.constData() + 6), qFromLittleEndian<quint16>(bytes.constData() + 8)});
 }
 
 /// The library's own pool: a host's long tasks on Qt's shared one do not hold pictures up.
@@ -80,7 +90,7 @@ QImage decodedImage(const QByteArray &bytes)
     QImageReader reader(&buffer, format);
     reader.setAutoDetectImageFormat(false);
     reader.setAutoTransform(true);
-    const QSize size = reader.size();
+    const QSize size = sizeOf(reader, bytes);
     if (size.isEmpty() || qint64(size.width()) * size.height() > mostPixels)
         return {};
     auto image = reader.read();

@@ -2,13 +2,51 @@
 
 #include "Logging.h"
 
+#include <QFileInfo>
 #include <QMutex>
 #include <QSettings>
 #include <QStandardPaths>
 
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 namespace zelvano {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Keeps the library's other processes from writing the store. The system's own lock, which ends with its process: the
+/// lock file that QSettings uses outlives one that is killed, and holds the next writer up for half a minute when it
+/// was just being made, or when its process number is in use again.
+class StoreLock
+{
+public:
+    explicit StoreLock(const QString &file)
+        : m_folder(open(QFile::encodeName(QFileInfo(file).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    {
+        while (m_folder >= 0 && flock(m_folder, LOCK_EX) != 0) {
+            if (errno != EINTR)
+                return; // A file system without locks: QSettings' own has to do.
+        }
+        if (m_folder >= 0)
+            QFile::remove(file + ".lock"_L1); // Left behind: whoever made it would be in here.
+    }
+    ~StoreLock()
+    {
+        if (m_folder >= 0)
+            close(m_folder);
+    }
+    Q_DISABLE_COPY_MOVE(StoreLock)
+
+private:
+    const int m_folder;
+};
+
+} // namespace
 
 /// Every access opens the store anew: a QSettings object belongs to one thread, while the file behind it, which
 /// Qt caches and locks, may be used from all.
@@ -57,6 +95,7 @@ QString UserDefaults::stringForKey(const QString &key) const
 void UserDefaults::setString(const QString &value, const QString &key)
 {
     const QMutexLocker lock(&d->mutex);
+    const StoreLock storeLock(d->file());
     QSettings store(d->file(), QSettings::IniFormat);
     if (value.isNull())
         store.remove(key);

@@ -9,7 +9,8 @@ namespace zelvano {
 /// The small strings that the library keeps between runs of the host. Any thread.
 ///
 /// They stand in an INI file of the application's own configuration folder. A store that cannot be read counts as
-/// empty; one that cannot be written loses what is set and says so in the log once.
+/// empty; one that cannot be written loses what is set and says so in the log once. Several processes may share it, and
+/// be killed at any moment: it holds the old value or the new one.
 class ZELVANOCORE_EXPORT UserDefaults
 {
 public:
@@ -22,7 +23,8 @@ public:
     /// Forces what was set to disk.
     void synchronize();
 
-    /// Another file, for hosts that keep their settings elsewhere, and for tests. A null path is the standard one.
+    /// Another file, for hosts that keep their settings elsewhere, and for tests. The file is to be the library's own.
+    /// A null path is the standard one.
     void setFilePath(const QString &path);
 
     UserDefaults(const UserDefaults &) = delete;

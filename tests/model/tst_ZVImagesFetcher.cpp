@@ -102,6 +102,8 @@ private Q_SLOTS:
         QTest::newRow("head of a PNG") << QByteArray("\x89PNG\r\n\x1a\n");
         QTest::newRow("head of a WebP") << QByteArray("RIFF\0\0\0\0WEBP", 12);
         QTest::newRow("too large") << pictureFile({4097, 4096}, "PNG", QImage::Format_Mono);
+        // One pixel on a screen of 65535 by 511.
+        QTest::newRow("GIF with a large screen") << gifFile().replace(6, 4, QByteArray::fromHex("ffffff01"));
         QTest::newRow("30000 x 30000") << pictureFile({30000, 30000}, "PNG", QImage::Format_Mono);
     }
 

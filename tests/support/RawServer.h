@@ -56,6 +56,17 @@ public:
             return true;
         }
 
+        /// Ends the connection with a reset.
+        void reset()
+        {
+            sockaddr none = {};
+            none.sa_family = AF_UNSPEC;
+            connect(m_socket, &none, sizeof(none));
+        }
+
+        /// Nothing more is sent; what the client sends is still taken.
+        void endOutput() { shutdown(m_socket, SHUT_WR); }
+
         /// Until the client has closed, or the server ends.
         void awaitClose()
         {

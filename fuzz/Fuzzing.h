@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QByteArray>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QLoggingCategory>
+
+#include <cstdio>
+#include <cstdlib>
+
+/// Ends the program, with the input kept as a case, unless the condition holds.
+#define FUZZ_REQUIRE(condition)                                                                                        \
+    do {                                                                                                               \
+        if (!(condition)) {                                                                                            \
+            std::fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #condition);                               \
+            std::abort();                                                                                              \
+        }                                                                                                              \
+    } while (false)
+
+/// The library's log lines would drown the fuzzer's.
+extern "C" [[gnu::used]] inline int LLVMFuzzerInitialize(int *, char ***)
+{
+    QLoggingCategory::setFilterRules(QStringLiteral("zelvano*=false\nqt.*=false"));
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    return 0;
+}
+
+inline QByteArray bytesOf(const unsigned char *data, std::size_t size)
+{
+    return QByteArray(reinterpret_cast<const char *>(data), qsizetype(size));
+}

@@ -1,0 +1,75 @@
+// An answer of the service, from its bytes to the records that the views and hosts read.
+#include "Fuzzing.h"
+#include "JsonReading.h"
+#include "Utilities.h"
+#include "ZVRecommendation.h"
+#include "Zelvano.h"
+
+#include <QJsonDocument>
+
+using namespace zelvano;
+
+namespace {
+
+void readVideo(const ZVVideoParams &video)
+{
+    for (const auto &text : {video.title(), video.videoId(), video.costumerVideoId(), video.category()})
+        FUZZ_REQUIRE(text.isNull() || video.params().size() > 0);
+    for (const auto &url : {video.url(), video.imageUrl(), video.stripUrl()})
+        FUZZ_REQUIRE(url.isValid() || url.toString(QUrl::FullyEncoded).isEmpty());
+    for (const auto &number : {video.durationSec(), video.pubDate(), video.percentValue()}) {
+        json::integerValue(number);
+        json::boolValue(number);
+    }
+}
+
+void readRecommendation(const QJsonObject &answer)
+{
+    const auto record = recommendations(answer);
+    FUZZ_REQUIRE(answer.isEmpty() == !record);
+    if (!record)
+        return;
+    record->viewUUID();
+    record->status();
+    const auto list = record->videoList();
+    FUZZ_REQUIRE(list.size() == record->videoCount());
+    for (const auto &video : list)
+        readVideo(*video);
+    for (const auto &category : record->categories()) {
+        if (const auto videos = record->videosForCategory(category)) {
+            FUZZ_REQUIRE(videos->size() <= list.size());
+            for (const auto &video : *videos)
+                FUZZ_REQUIRE(video->category() == category);
+        }
+    }
+}
+
+/// What players are told of the first videos is a JSON array whatever the service sent.
+void readNotification(const QJsonArray &videos)
+{
+    for (const qint64 count : {qint64(-1), qint64(0), qint64(1), qint64(4), qint64(videos.size())}) {
+        const auto first = subArrayToIndex(videos, count);
+        FUZZ_REQUIRE(first.has_value() == (count >= 1 && count < videos.size()));
+        if (first)
+            FUZZ_REQUIRE(QJsonDocument::fromJson(toJSON(*first).toUtf8()).array().size() == count);
+        subArrayFromIndex(videos, count);
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char *bytes, std::size_t size)
+{
+    const auto parsed = parse(bytesOf(bytes, size));
+    const auto *const value = std::get_if<QJsonValue>(&parsed);
+    if (!value || !value->isObject())
+        return 0;
+    const auto answer = value->toObject();
+    status(answer);
+    for (const auto path : {UserIdKeyPath, UserUUIDKeyPath, QLatin1StringView("data.pageUUID")})
+        json::stringValue(json::valueForKeyPath(answer, QString(path)));
+    if (const auto list = videos(data(answer)))
+        readNotification(*list);
+    readRecommendation(answer);
+    return 0;
+}

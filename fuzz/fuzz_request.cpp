@@ -1,0 +1,89 @@
+// What a host or a page hands in for a request: bodies stay JSON, headers stay in their lines, URLs in their place.
+#include "Fuzzing.h"
+#include "UrlHeaders.h"
+#include "UrlTransfer.h"
+#include "Utilities.h"
+#include "ZVAPIObject.h"
+
+#include <QJsonDocument>
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+using namespace zelvano;
+
+namespace {
+
+QByteArray text(FuzzedDataProvider &source)
+{
+    return QByteArray::fromStdString(source.ConsumeRandomLengthString(64));
+}
+
+void buildBody(FuzzedDataProvider &source)
+{
+    const auto call = ZVAPIObject::create(QStringLiteral("events"));
+    call->setUserId(QString::fromUtf8(text(source)));
+    call->setUserUUID(QString::fromUtf8(text(source)));
+    call->setApiType(QString::fromUtf8(text(source)));
+    call->setPlayerId(QString::fromUtf8(text(source)));
+    call->setPageUUID(QString::fromUtf8(text(source)));
+    call->setPageUrl(QString::fromUtf8(text(source)));
+    call->setPosition(source.ConsumeFloatingPoint<float>());
+    call->setDuration(source.ConsumeFloatingPoint<float>());
+    call->setLatitude(source.ConsumeFloatingPoint<double>());
+    call->setSize(source.ConsumeIntegral<qint64>());
+    // Not every array of 16-bit numbers is text.
+    const auto raw = source.ConsumeRandomLengthString(32);
+    const QString broken(reinterpret_cast<const QChar *>(raw.data()), qsizetype(raw.size() / sizeof(QChar)));
+    call->addValue(broken, QStringLiteral("raw"));
+    call->setVideoId(broken);
+    call->addValue(QJsonDocument::fromJson(text(source)).object(), QString::fromUtf8(text(source)));
+
+    const auto written = body(call->params());
+    FUZZ_REQUIRE(!written.contains('\n') && !written.contains('\0'));
+    QJsonParseError error;
+    const auto read = QJsonDocument::fromJson(written, &error);
+    FUZZ_REQUIRE(error.error == QJsonParseError::NoError && read.isObject());
+    FUZZ_REQUIRE(read.object().size() == call->params().size());
+}
+
+void buildHead(FuzzedDataProvider &source)
+{
+    auto request = zelvano::request(QString::fromUtf8(text(source)));
+    const bool isForeign = source.ConsumeBool();
+    const int count = source.ConsumeIntegralInRange(0, 6);
+    for (int i = 0; i < count; ++i) {
+        const auto name = text(source);
+        request.setHeader(name, text(source));
+        request.headers.emplace_back(name, text(source)); // A host's own request need not come through the setter.
+    }
+    const auto list = urlHeaderList(request, isForeign);
+    for (const auto *line = list.get(); line; line = line->next) {
+        const QByteArray header(line->data);
+        FUZZ_REQUIRE(header.contains(':') || header.endsWith(';'));
+        FUZZ_REQUIRE(!isForeign || !header.toLower().startsWith("x-"));
+        for (const char c : header)
+            FUZZ_REQUIRE(uchar(c) >= 0x20 && c != 0x7f);
+    }
+}
+
+void checkUrl(FuzzedDataProvider &source)
+{
+    UrlRequest request;
+    request.url = QUrl::fromEncoded(text(source));
+    request.method = text(source);
+    if (urlProblem(request))
+        return;
+    for (const char c : request.method + request.url.toEncoded())
+        FUZZ_REQUIRE(uchar(c) > 0x20 && uchar(c) < 0x7f);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char *bytes, std::size_t size)
+{
+    FuzzedDataProvider source(bytes, size);
+    checkUrl(source);
+    buildHead(source);
+    buildBody(source);
+    return 0;
+}

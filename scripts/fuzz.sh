@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# Runs each fuzzer for so many seconds, 20 unless told. What it learns stays in build/fuzz; an input that fails is
+# written to build/fuzz/found, and belongs into fuzz/corpus with the fix.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+seconds=${1:-20}
+scripts/setup.sh
+cmake --preset fuzz >/dev/null
+cmake --build --preset fuzz --target zelvano_fuzz
+
+export UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
+for corpus in fuzz/corpus/*/; do
+  name=$(basename "$corpus")
+  learnt=build/fuzz/learnt/$name
+  found=build/fuzz/found/$name
+  log=build/fuzz/$name.log
+  mkdir -p "$learnt" "$found"
+  if ! timeout "$((seconds + 60))" "build/fuzz/fuzz/fuzz_$name" "$learnt" "$corpus" -max_total_time="$seconds" \
+    -max_len=16384 -timeout=10 -artifact_prefix="$found/" >"$log" 2>&1; then
+    tail -n 60 "$log" >&2
+    echo "fuzz_$name failed; the input is in $found" >&2
+    exit 1
+  fi
+  echo "$name: $(grep '^Done' "$log")"
+done
