@@ -24,12 +24,10 @@ private Q_SLOTS:
     void replay();
     void replayEndsWithTheView();
     void clickClosesTheView();
-    void readyWithoutView();
     void positions();
     void endHandsOnTheNextVideo_data();
     void endHandsOnTheNextVideo();
     void listenersInOrder();
-    void narrowListener();
     void eachListenerHasItsOwnRecord();
     void hiddenRecommendations();
     void viewNeedsASize();
@@ -156,21 +154,6 @@ void tst_Events::clickClosesTheView()
     QVERIFY(!last.isEmpty() && last != view);
 }
 
-/// A good answer without the identifier leaves no view, even if there was one.
-void tst_Events::readyWithoutView()
-{
-    m_service->openView();
-    m_service->answer(ZVReadyEvent, R"({"status":200,"viewUUID":"top","data":{"videos":[{"url":"http://v/1"}]}})");
-    engine().readyEvent(m_service->subscriber);
-    m_service->settle();
-    QVERIFY(engine().viewUUID().isNull());
-    QCOMPARE(heard().last(), u"suggestions 1"_s);
-    QCOMPARE(engine().recommendations()->viewUUID(), u"top"_s);
-    m_service->sentSince();
-    report({u"pause"_s});
-    QVERIFY(m_service->sentSince().isEmpty());
-}
-
 void tst_Events::positions()
 {
     m_service->openView();
@@ -260,30 +243,6 @@ void tst_Events::listenersInOrder()
                            u"b view 320x180"_s, u"a view 320x180"_s, u"b seek"_s};
     QCOMPARE(common, rest);
     QVERIFY(m_service->listener->heard.isEmpty());
-}
-
-void tst_Events::narrowListener()
-{
-    struct Narrow : ZelvanoDelegate
-    {
-        int suggestions = 0;
-        void suggestionsDidFetched(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
-                                   const std::shared_ptr<ZVRecommendation> &) override
-        {
-            ++suggestions;
-        }
-    };
-    const auto narrow = std::make_shared<Narrow>();
-    engine().removeListener(m_service->listener);
-    engine().addListener(narrow);
-    engine().addListener(m_service->listener);
-    m_service->openView();
-    report({u"pause"_s});
-    engine().addRecommendationView(m_service->subscriber);
-    m_service->settle();
-    QCOMPARE(narrow->suggestions, 1);
-    QCOMPARE(heard(), (QStringList{u"suggestions 8"_s, u"pause"_s, u"view 320x180"_s}));
-    QVERIFY(m_service->log.beginningWith(u"Error"_s).isEmpty());
 }
 
 void tst_Events::eachListenerHasItsOwnRecord()

@@ -28,8 +28,6 @@ private Q_SLOTS:
     void failureEndsItForEver();
     void intervalOfZero();
     void stopWhileWaiting();
-    void stopWhileUnderWay();
-    void engineDropped();
 
 private:
     void start(const Settings &settings)
@@ -161,30 +159,6 @@ void tst_KeepAlive::stopWhileWaiting()
     m_service->advance(1h);
     QCOMPARE(count(), 1);
     QVERIFY(m_service->engine->isKeepAliveRuns());
-}
-
-void tst_KeepAlive::stopWhileUnderWay()
-{
-    Fault slow;
-    slow.delay = 30ms;
-    m_service->fault(ZVKeepAlive, slow);
-    m_service->storeIdentity();
-    m_service->engine->initializeWithAPIKey(u"key"_s);
-    QVERIFY(EngineFixture::wait([this] { return m_service->arrived(ZVKeepAlive).number > 0; }));
-    m_service->engine->stop();
-    m_service->settle();
-    m_service->advance(30s);
-    QCOMPARE(count(), 2); // The answer came after the stop and goes on.
-}
-
-void tst_KeepAlive::engineDropped()
-{
-    open();
-    const std::weak_ptr<Zelvano> watched = m_service->engine;
-    m_service->engine.reset();
-    QVERIFY(watched.expired()); // The delay does not hold it.
-    m_service->advance(1h);
-    QCOMPARE(count(), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_KeepAlive)

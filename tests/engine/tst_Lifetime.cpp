@@ -30,8 +30,6 @@ private Q_SLOTS:
     void tasksWaiting();
     void realPlayer();
     void lastReferenceElsewhere();
-    void manyEngines();
-    void callsFromBothSides();
 
 private:
     std::unique_ptr<EngineFixture> m_service;
@@ -196,66 +194,6 @@ void tst_Lifetime::lastReferenceElsewhere()
     QCOMPARE(ended->load(), 0);
     m_service->settle();
     QCOMPARE(ended->load(), 1);
-}
-
-void tst_Lifetime::manyEngines()
-{
-    constexpr int count = 50;
-    m_service->storeIdentity();
-    std::vector<std::shared_ptr<Zelvano>> engines;
-    std::vector<std::shared_ptr<RecordingListener>> listeners;
-    for (int i = 0; i < count; ++i) {
-        engines.push_back(Zelvano::create());
-        listeners.push_back(std::make_shared<RecordingListener>());
-        engines.back()->addListener(listeners.back());
-        engines.back()->initializeWithAPIKey(u"key"_s);
-        engines.back()->setPlayer(nullptr, u"page-%1"_s.arg(i));
-        engines.back()->readyEvent(std::make_shared<FakeSubscriber>());
-    }
-    m_service->settle();
-    QSet<QString> views;
-    for (int i = 0; i < count; ++i) {
-        views.insert(engines[std::size_t(i)]->viewUUID());
-        QCOMPARE(listeners[std::size_t(i)]->heard, QStringList{u"suggestions 8"_s});
-    }
-    QCOMPARE(views.size(), count);
-    m_service->advance(30s);
-    QCOMPARE(m_service->sentCount(ZVKeepAlive), 2 * count);
-    engines.resize(count / 2);
-    m_service->advance(30s);
-    QCOMPARE(m_service->sentCount(ZVKeepAlive), 2 * count + count / 2);
-    engines.clear();
-    m_service->advance(1h);
-    QCOMPARE(m_service->sentCount(ZVKeepAlive), 2 * count + count / 2);
-}
-
-/// Host calls and answers meet at every moment; for the sanitizers, mostly.
-void tst_Lifetime::callsFromBothSides()
-{
-    m_service->openPage();
-    auto &engine = *m_service->engine;
-    constexpr int rounds = 20;
-    for (int i = 0; i < rounds; ++i) {
-        m_service->sandbox.expireChannels();
-        engine.playerEvent(u"play"_s, m_service->subscriber);
-        engine.readyEvent(m_service->subscriber);
-        engine.playerEvent(u"end"_s, nullptr);
-        engine.removeListener(m_service->listener);
-        engine.addListener(m_service->listener);
-        engine.setSelectionByUser(i % 2 == 0);
-        m_service->setPage();
-        engine.playerEvent(u"recommendationClick"_s, m_service->subscriber);
-        engine.addRecommendationView(m_service->subscriber);
-        QCoreApplication::processEvents();
-    }
-    for (int i = 0; i < 2; ++i) { // The first may replay a click, which closes the view.
-        m_service->settle();
-        engine.readyEvent(m_service->subscriber);
-    }
-    m_service->settle();
-    QVERIFY(!engine.viewUUID().isNull());
-    QVERIFY(engine.stack().empty());
-    QCOMPARE(m_service->sentCount(ZVKeepAlive), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_Lifetime)

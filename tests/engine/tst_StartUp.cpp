@@ -22,13 +22,11 @@ private Q_SLOTS:
     void firstRun();
     void halfAnIdentity_data();
     void halfAnIdentity();
-    void identityWithoutUserId();
     void bodies();
     void bodiesOfNothing();
     void pageWaits_data();
     void pageWaits();
     void readyWaitsForThePagesSubscriber();
-    void readyIsLostWithoutAPage();
     void refusals();
     void refusedReadyStaysOwed();
 
@@ -101,26 +99,6 @@ void tst_StartUp::halfAnIdentity()
     QCOMPARE(channel.headers.count("x-user-uuid") > 0, hasUUID);
     QCOMPARE(engine().userUUID().isNull(), !hasUUID);
     QVERIFY(engine().userId() != u"stored"_s || !hasUUID);
-}
-
-/// What is owed inside the call that clears the debt is forgotten.
-void tst_StartUp::identityWithoutUserId()
-{
-    m_service->defaults().setString(u"old"_s, u"userUUID"_s);
-    m_service->answer(ZVRetrieveUserIdAPI, R"({"status":200,"data":{"userUUID":"new"}})");
-    engine().initializeWithAPIKey(u"key"_s);
-    m_service->setPage();
-    QVERIFY(engine().pageParams());
-    m_service->settle();
-    const QStringList expected{u"users/id"_s, u"channels/init/zelvano"_s, u"keepalive"_s};
-    QCOMPARE(m_service->sent(), expected);
-    QVERIFY(m_service->defaults().stringForKey(u"userId"_s).isNull());
-    QCOMPARE(m_service->defaults().stringForKey(u"userUUID"_s), u"new"_s);
-    for (const auto call : {ZVRetrieveInit, ZVKeepAlive}) {
-        QCOMPARE(m_service->arrived(call).method, u"GET"_s);
-        QCOMPARE(m_service->arrived(call).headers.at("x-user-uuid"), "new");
-    }
-    QVERIFY(!engine().pageParams());
 }
 
 void tst_StartUp::bodies()
@@ -232,18 +210,6 @@ void tst_StartUp::readyWaitsForThePagesSubscriber()
     QVERIFY(!engine().readyParams()); // The page is known from here on.
     m_service->settle();
     QCOMPARE(m_service->arrived(u"ready"_s).body.value("videoId"_L1).toString(), u"second"_s);
-}
-
-void tst_StartUp::readyIsLostWithoutAPage()
-{
-    m_service->answer(ZVPageEvent, R"({"status":200,"data":{}})");
-    engine().readyEvent(m_service->subscriber);
-    m_service->openPage();
-    QCOMPARE(m_service->sentCount(u"ready"_s), 0);
-    QVERIFY(!engine().readyParams());
-    m_service->setPage();
-    m_service->settle();
-    QCOMPARE(m_service->sentCount(u"ready"_s), 0);
 }
 
 void tst_StartUp::refusals()

@@ -47,7 +47,6 @@ private Q_SLOTS:
 
     void stopsWithTheApplication_data();
     void stopsWithTheApplication();
-    void stopLeavesNothingBehind();
     void stuckResolver();
     void resumeWhileStopping();
     void endsWithoutApplication_data();
@@ -85,17 +84,6 @@ void tst_UrlSessionStop::stopsWithTheApplication()
     for (UrlLoad &load : loads) {
         QCOMPARE(load.runs(), 1);
         QCOMPARE(load.result().errorCode(), int(UrlError::Cancelled));
-    }
-}
-
-void tst_UrlSessionStop::stopLeavesNothingBehind()
-{
-    RawServer server(always(httpAnswer("{}")));
-    for (int round = 1; round <= 3; ++round) {
-        int count = 0;
-        const QCoreApplication app(count, nullptr);
-        QCOMPARE(UrlLoad(urlGet(server.url())).resume().result().status(), 200);
-        QCOMPARE(server.accepted(), round);
     }
 }
 

@@ -65,7 +65,6 @@ class tst_UrlSessionTasks : public QObject
 private Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
 
-    void connectionIsReused();
     void sixAtOnceInOrder();
     void hostsDoNotWaitForEachOther();
     void neverTwice_data();
@@ -73,21 +72,11 @@ private Q_SLOTS:
     void cancelBeforeResume();
     void cancelWhileQueued();
     void cancelWhileActive();
-    void cancelAfterwards();
     void cancelRacesFinish();
-    void handleMayGo();
     void closureIsReleased();
     void slowCompletionStallsNoTransfer();
     void observer();
 };
-
-void tst_UrlSessionTasks::connectionIsReused()
-{
-    RawServer server(always(httpAnswer("{}")));
-    for (int i = 0; i < 20; ++i)
-        QCOMPARE(UrlLoad(i % 2 ? urlGet(server.url()) : urlPost(server.url(), "{}")).resume().result().status(), 200);
-    QCOMPARE(server.accepted(), 1);
-}
 
 void tst_UrlSessionTasks::sixAtOnceInOrder()
 {
@@ -185,16 +174,6 @@ void tst_UrlSessionTasks::cancelWhileActive()
     QVERIFY(server.raw().awaitRequests(Slots + 1));
 }
 
-void tst_UrlSessionTasks::cancelAfterwards()
-{
-    RawServer server(always(httpAnswer("{}")));
-    UrlLoad load(urlGet(server.url()));
-    QCOMPARE(load.resume().result().status(), 200);
-    load.cancel();
-    passDelivery();
-    QCOMPARE(load.runs(), 1);
-}
-
 void tst_UrlSessionTasks::cancelRacesFinish()
 {
     RawServer server(always(httpAnswer("{}")));
@@ -218,16 +197,6 @@ void tst_UrlSessionTasks::cancelRacesFinish()
     passDelivery();
     for (UrlLoad &load : loads)
         QCOMPARE(load.runs(), 1);
-}
-
-void tst_UrlSessionTasks::handleMayGo()
-{
-    RawServer server(always(httpAnswer("{}")));
-    UrlLoad load(urlGet(server.url()));
-    load.resume().dropHandle();
-    const UrlResult result = load.result();
-    QCOMPARE(result.status(), 200);
-    QVERIFY(result.thread != std::this_thread::get_id());
 }
 
 void tst_UrlSessionTasks::closureIsReleased()

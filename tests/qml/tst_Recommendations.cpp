@@ -62,7 +62,6 @@ private Q_SLOTS:
     void attaching();
     void changes_data();
     void changes();
-    void withoutKey();
     void anyOrderOfDestruction();
     void endInsideAHandler_data();
     void endInsideAHandler();
@@ -71,9 +70,6 @@ private Q_SLOTS:
     void pauseAndPick();
     void nativePick();
     void viewsComeAndGo();
-    void oddVideos();
-    void serviceAddress_data();
-    void serviceAddress();
 };
 
 void tst_Recommendations::attaching_data()
@@ -168,18 +164,6 @@ void tst_Recommendations::changes()
     QCOMPARE(host.heard().count(u"finished"_s), change.contains(u"dismiss"_s) ? 1 : 0); // Not for a mere change.
     if (sessions > 0 && change.contains(u"apiKey"_s))
         QCOMPARE(host.keyOf(ZVRetrieveInit), host.run(u"recs.apiKey"_s).toString());
-}
-
-void tst_Recommendations::withoutKey()
-{
-    QTest::ignoreMessage(QtInfoMsg, QRegularExpression(u"without an apiKey"_s));
-    QmlHost host(player + u"Recommendations { id: recs; player: media }\n"_s + list);
-    QCoreApplication::processEvents();
-    host.run(u"recs.pageId = 'page'; recs.start(); recs.announceChoice(''); recs.playNext(recs.videos[0])"_s);
-    QCOMPARE(host.sessions(), 0);
-    QVERIFY(!host.viewIn(u"list"_s));
-    host.run(u"recs.apiKey = 'key'"_s);
-    QCOMPARE(host.sessions(), 1);
 }
 
 /// While calls are under way.
@@ -382,45 +366,6 @@ void tst_Recommendations::viewsComeAndGo()
     host.run(u"late.recommendations = second"_s);
     QVERIFY(host.waitFor(u"second.videos.length"_s) && host.waitForItems(u"late"_s, 7));
     QVERIFY(!shown);
-}
-
-/// What the service sends is anything.
-void tst_Recommendations::oddVideos()
-{
-    QmlHost host(player + session + list);
-    const QByteArray odd = R"({"status": 200, "data": {"viewUUID": "v", "videos": [
-        {"title": 5, "durationSec": "long", "url": ["x"], "imageUrl": null},
-        {"title": "A", "durationSec": 12.5, "url": "http://videos.example/1.mp4", "category": "FORYOU"}]}})";
-    host.service.answer(ZVReadyEvent, odd);
-    QVERIFY(host.waitFor(fetched));
-    const auto read = u"recs.videos.map(v => [v.title, v.videoId, v.url, v.durationSec, v.category].join())"_s;
-    QCOMPARE(host.run(read).toStringList(),
-             QStringList({u",,,NaN,"_s, u"A,,http://videos.example/1.mp4,12.5,FORYOU"_s}));
-    host.run(u"recs.playNext(recs.videos[0])"_s);
-    host.service.queue().advance(0ms);
-    QCOMPARE(host.run(u"recs.currentSource"_s), host.run(u"window.first"_s));
-}
-
-void tst_Recommendations::serviceAddress_data()
-{
-    QTest::addColumn<QString>("address");
-    QTest::addColumn<bool>("arrives");
-    QTest::newRow("host and port") << u"127.0.0.1:%1"_s << true;
-    QTest::newRow("as the sandbox prints it") << u"http://127.0.0.1:%1/"_s << true;
-    QTest::newRow("none") << QString() << false;
-    QTest::newRow("no address") << u"%1 /?#"_s << false;
-}
-
-void tst_Recommendations::serviceAddress()
-{
-    QFETCH(const QString, address);
-    QFETCH(const bool, arrives);
-    sandbox::Sandbox other;
-    QVERIFY(other.start());
-    QmlHost host(player + session);
-    host.run(u"recs.serviceAddress = '%1'"_s.arg(address.contains(u'%') ? address.arg(other.port()) : address));
-    QVERIFY(host.waitFor(fetched));
-    QCOMPARE(other.hits(u"/channels/init/zelvano"_s), arrives ? 1 : 0);
 }
 
 int main(int argc, char **argv)

@@ -52,14 +52,11 @@ private Q_SLOTS:
     void badPictures();
     void oddVideos();
     void manyVideos();
-    void resizing();
     void tapReports_data();
     void tapReports();
     void pressThatHaltsAFlick();
     void keyboard();
-    void accessibility();
     void hostDropsTheViewWhenToldOfAPick();
-    void dropWithDownloadsUnderWay();
 };
 
 void tst_ListView::arrivalOrderThenServiceOrder()
@@ -251,24 +248,6 @@ void tst_ListView::manyVideos()
     QVERIFY2(stage.items()->cellCount() <= 3 * screenful, qPrintable(QString::number(stage.items()->cellCount())));
 }
 
-void tst_ListView::resizing()
-{
-    Stage stage;
-    QVERIFY(stage.fill(4));
-    for (const double width : {640.0, 240.0, 0.0, 500.5}) {
-        stage.items()->setWidth(width);
-        stage.items()->layoutIfNeeded();
-        const auto cell = [&](qint64 row) { return stage.items()->cellForRow(row); };
-        if (width == 0)
-            continue;
-        QVERIFY(qAbs(stage.list->inset() - 0.035 * width) < 0.001);
-        QVERIFY(cell(1)->x() > width / 2 && cell(1)->x() + cell(1)->width() < width);
-        QCOMPARE(cell(0)->y(), cell(1)->y());
-        QCOMPARE(cell(2)->x(), cell(0)->x());
-        QVERIFY(qAbs(cell(0)->width() - cell(0)->height()) <= 1);
-    }
-}
-
 void tst_ListView::tapReports_data()
 {
     QTest::addColumn<Pointer>("pointer");
@@ -351,20 +330,6 @@ void tst_ListView::keyboard()
     QCOMPARE(marked(), QList<qint64>());
 }
 
-void tst_ListView::accessibility()
-{
-    Stage stage;
-    QVERIFY(stage.fill(2));
-    auto *const list = QAccessible::queryAccessibleInterface(stage.items());
-    QCOMPARE(list->role(), QAccessible::List);
-    QVERIFY(!list->text(QAccessible::Name).isEmpty());
-    auto *const cell = QAccessible::queryAccessibleInterface(stage.items()->cellForRow(1)->childItems().first());
-    QCOMPARE(cell->role(), QAccessible::ListItem);
-    QCOMPARE(cell->text(QAccessible::Name), u"Video 1, 1:01"_s);
-    cell->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    QVERIFY(waitUntil([&] { return stage.picks->videos.size() == 1; }));
-}
-
 void tst_ListView::hostDropsTheViewWhenToldOfAPick()
 {
     NativeStage stage(ZVRecommendationViewFactory::recommendationViewForType(0));
@@ -376,20 +341,6 @@ void tst_ListView::hostDropsTheViewWhenToldOfAPick()
     tap(stage.window, Pointer::Touch, centreOf(stage.items()->cellForRow(1)));
     QVERIFY(waitUntil([&] { return !item; }));
     QCOMPARE(stage.picks->videos.size(), 1U);
-}
-
-void tst_ListView::dropWithDownloadsUnderWay()
-{
-    Stage stage;
-    const auto url = stage.picture(u"slow"_s, gifFile(), 50ms);
-    const auto recommendation = recommendationOf({videoJson(0, url), videoJson(1, url)});
-    {
-        const auto other = ZVListView::create();
-        other->setRecommendations(recommendation);
-    }
-    const auto &videos = recommendation->videoList();
-    QVERIFY(waitUntil([&] { return !videos[0]->image().isNull() && !videos[1]->image().isNull(); }));
-    QCOMPARE(videos[0]->size(), QSizeF(0, 0)); // Nobody inserted it.
 }
 
 int main(int argc, char **argv)

@@ -86,21 +86,13 @@ private Q_SLOTS:
     }
 
     void becomesReadyForItsObservers();
-    void attachedToWhatIsLoadedAlready_data();
-    void attachedToWhatIsLoadedAlready();
     void timePasses();
     void seekTicksAtOnce_data();
     void seekTicksAtOnce();
     void endOfItem();
-    void sameAddressAgain_data();
-    void sameAddressAgain();
     void replacedItem_data();
     void replacedItem();
-    void toldWhileItLoads();
     void hostChangesTheSource();
-    void failure_data();
-    void failure();
-    void mediaPlayerEndsFirst();
     void frameChangesOnce();
 
 private:
@@ -137,36 +129,6 @@ void tst_QtAVPlayer::becomesReadyForItsObservers()
     host.media->pause();
     QCOMPARE(statuses.size(), 1);
     QCOMPARE(player->currentItem(), item);
-}
-
-void tst_QtAVPlayer::attachedToWhatIsLoadedAlready_data()
-{
-    QTest::addColumn<bool>("playing");
-    QTest::newRow("loaded") << false;
-    QTest::newRow("playing") << true;
-}
-
-void tst_QtAVPlayer::attachedToWhatIsLoadedAlready()
-{
-    QFETCH(const bool, playing);
-    Host host;
-    QVERIFY(host.load(first));
-    if (playing) {
-        host.media->play();
-        QVERIFY(waitUntil([&] { return host.media->position() > 200; }));
-    }
-    const auto player = QtAVPlayer::create(host.media.get(), nullptr);
-    QCOMPARE(player->currentItem()->asset().URL(), first);
-    QCOMPARE(player->currentItem()->status(), AVPlayerItemStatus::Unknown); // So that its turn is still to be heard.
-    QCOMPARE(player->rate(), 0.0F);
-    QSignalSpy rates(player.get(), &AVPlayer::rateChanged);
-    QSignalSpy statuses(player->currentItem().get(), &AVPlayerItem::statusChanged);
-    QVERIFY(becomesReady(*player));
-    QVERIFY(waitUntil([&] { return player->rate() == (playing ? 1.0F : 0.0F); }));
-    QCOMPARE(statuses.size(), 1);
-    QCOMPARE(rates.size(), playing ? 1 : 0);
-    QCOMPARE(player->currentItem()->duration(), length);
-    QCOMPARE(player->currentTime() > 0.1, playing);
 }
 
 void tst_QtAVPlayer::timePasses()
@@ -248,35 +210,6 @@ void tst_QtAVPlayer::endOfItem()
     QVERIFY(waitUntil([&] { return ends.items.size() == 3; }));
 }
 
-void tst_QtAVPlayer::sameAddressAgain_data()
-{
-    QTest::addColumn<bool>("ended");
-    QTest::newRow("in the middle") << false;
-    QTest::newRow("after its end") << true;
-}
-
-/// A new item is a new beginning, also when it has the address of the one before.
-void tst_QtAVPlayer::sameAddressAgain()
-{
-    QFETCH(const bool, ended);
-    Host host;
-    QVERIFY(host.load(first));
-    const auto player = QtAVPlayer::create(host.media.get(), nullptr);
-    QVERIFY(becomesReady(*player));
-    Ends ends;
-    player->play();
-    host.media->setPosition(ended ? host.media->duration() - 300 : 6000);
-    QVERIFY(
-        waitUntil([&] { return ended ? !ends.items.isEmpty() && player->rate() == 0 : player->currentTime() > 6; }));
-    ends.items.clear();
-    player->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(first)));
-    player->play();
-    QVERIFY(becomesReady(*player));
-    QVERIFY(waitUntil([&] { return player->rate() == 1 && player->currentTime() > 0.2; }));
-    QVERIFY(player->currentTime() < 3);
-    QVERIFY(ends.items.isEmpty());
-}
-
 void tst_QtAVPlayer::replacedItem_data()
 {
     QTest::addColumn<bool>("playing");
@@ -325,30 +258,6 @@ void tst_QtAVPlayer::replacedItem()
     QVERIFY(item->duration() >= 10);
 }
 
-void tst_QtAVPlayer::toldWhileItLoads()
-{
-    Host host;
-    const auto player = QtAVPlayer::create(host.media.get(), nullptr);
-    QList<float> rates;
-    connect(player.get(), &AVPlayer::rateChanged, this, [&] { rates.append(player->rate()); });
-    player->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(first)));
-    player->play();
-    QCOMPARE(rates, QList<float>{1});
-    player->pause();
-    QVERIFY(becomesReady(*player));
-    QCOMPARE(rates, QList<float>({1, 0}));
-    QVERIFY(host.media->playbackState() != QMediaPlayer::PlayingState);
-    player->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(second)));
-    player->play();
-    host.media->setSource(first); // Which stops a QMediaPlayer.
-    QVERIFY(becomesReady(*player));
-    QCOMPARE(player->rate(), 0.0F);
-    player->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(second)));
-    player->play();
-    QVERIFY(waitUntil([&] { return player->currentTime() > 0.2; }));
-    QCOMPARE(rates, QList<float>({1, 0, 1, 0, 1}));
-}
-
 void tst_QtAVPlayer::hostChangesTheSource()
 {
     Host host;
@@ -373,54 +282,6 @@ void tst_QtAVPlayer::hostChangesTheSource()
     host.media->setSource(QUrl());
     QVERIFY(!player->currentItem());
     QCOMPARE(items.size(), 2);
-}
-
-void tst_QtAVPlayer::failure_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::newRow("no such video") << u"/media/99.mp4"_s;
-    QTest::newRow("no video") << u"/layout/layout.css"_s;
-}
-
-void tst_QtAVPlayer::failure()
-{
-    QFETCH(const QString, path);
-    Host host;
-    const auto player = QtAVPlayer::create(host.media.get(), nullptr);
-    const auto item = AVPlayerItem::create(AVURLAsset(sandbox.url(path)));
-    player->replaceCurrentItemWithPlayerItem(item);
-    QVERIFY(waitUntil([&] { return item->status() == AVPlayerItemStatus::Failed; }));
-    QCOMPARE(player->status(), AVPlayerStatus::Failed);
-    QVERIFY(std::isnan(item->duration()));
-    player->play();
-    player->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(first)));
-    QVERIFY(becomesReady(*player));
-    QCOMPARE(player->status(), AVPlayerStatus::ReadyToPlay);
-}
-
-void tst_QtAVPlayer::mediaPlayerEndsFirst()
-{
-    Host host;
-    QVERIFY(host.load(first));
-    auto screen = std::make_unique<QQuickItem>();
-    const auto controller = QtAVPlayerViewController::create(host.media.get(), screen.get());
-    const auto player = controller->player();
-    QVERIFY(becomesReady(*player));
-    player->play();
-    QVERIFY(waitUntil([&] { return player->rate() == 1; }));
-    QCOMPARE(controller->view(), screen.get());
-    screen->setX(5); // A frame change is pending.
-    host.media.reset();
-    screen.reset();
-    QVERIFY(!controller->view());
-    QVERIFY(controller->videoBounds().isEmpty());
-    player->play();
-    player->pause();
-    player->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(second)));
-    player->replaceCurrentItemWithPlayerItem(nullptr);
-    QTest::qWait(0);
-    QVERIFY(std::isfinite(player->currentTime()));
-    QCOMPARE(player->rate(), 0.0F); // What is gone plays no more.
 }
 
 void tst_QtAVPlayer::frameChangesOnce()

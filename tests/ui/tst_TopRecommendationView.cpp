@@ -156,11 +156,9 @@ private Q_SLOTS:
     void initTestCase() { QVERIFY(sandbox.start()); }
     void cleanup() { sandbox.clearFaults(); }
 
-    void beginsHiddenAndNotReady();
     void withoutItsInterface_data();
     void withoutItsInterface();
     void loadsOneUrlOnly();
-    void layoutPageIsReadyWhileHiddenInNoWindow();
     void suggestionsReachThePage();
     void textIsPushedForEachCall();
     void anyTextIsJsonForThePage_data();
@@ -168,7 +166,6 @@ private Q_SLOTS:
     void navigations_data();
     void navigations();
     void pageSendsCommands();
-    void hiddenSubFrameSendsCommands();
     void showingTellsTheOwnerFirst();
     void tapInThePage_data();
     void tapInThePage();
@@ -180,8 +177,6 @@ private Q_SLOTS:
     void escape();
     void focusIsGivenBack_data();
     void focusIsGivenBack();
-    void hiddenTakesNoInput_data();
-    void hiddenTakesNoInput();
     void clearedDelegateTakesThePageDown();
     void endsWhileLoading_data();
     void endsWhileLoading();
@@ -191,22 +186,6 @@ private Q_SLOTS:
 private:
     zelvano::sandbox::Sandbox sandbox;
 };
-
-void tst_TopRecommendationView::beginsHiddenAndNotReady()
-{
-    Overlay overlay;
-    QVERIFY(overlay.view->isHidden());
-    QVERIFY(!overlay.view->isVisible());
-    QVERIFY(!overlay.view->isReady());
-    QVERIFY(overlay.view->isFirstLoad());
-    QCOMPARE(overlay.view->frame(), firstFrame);
-    QVERIFY(overlay.view->clip());
-    QVERIFY(overlay.view->jsonSuggestions().isNull());
-    QVERIFY(overlay.view->contentView());
-    QVERIFY(overlay.view->isAncestorOf(overlay.view->webView()));
-    QCOMPARE(overlay.view->webView()->size(), firstFrame.size());
-    QCOMPARE(overlay.owner->showings, 0);
-}
 
 void tst_TopRecommendationView::withoutItsInterface_data()
 {
@@ -256,16 +235,6 @@ void tst_TopRecommendationView::loadsOneUrlOnly()
     QCOMPARE(overlay.view->url(), sandbox.url(u"/layout/"_s));
     QCOMPARE(overlay.view->webView()->property("url").toUrl(), sandbox.url(u"/layout/"_s));
     QCOMPARE(sandbox.hits(u"/second"_s), 0);
-}
-
-void tst_TopRecommendationView::layoutPageIsReadyWhileHiddenInNoWindow()
-{
-    Overlay overlay;
-    overlay.view->setJsonSuggestions(QString::fromUtf8(jsonOf(someVideos(5))));
-    QVERIFY(overlay.load(sandbox.url(u"/layout/"_s)));
-    QVERIFY(overlay.view->isHidden());
-    QVERIFY(!overlay.view->window());
-    QVERIFY(waitForPage(*overlay.view, u"document.querySelectorAll('[data-index]').length === 5"_s));
 }
 
 void tst_TopRecommendationView::suggestionsReachThePage()
@@ -394,18 +363,6 @@ void tst_TopRecommendationView::pageSendsCommands()
         QCOMPARE(overlay.owner->selected, expected);
     }
     QCOMPARE(evaluate(*overlay.view, u"got.length"_s).toInt(), 1); // Still the same page.
-}
-
-void tst_TopRecommendationView::hiddenSubFrameSendsCommands()
-{
-    Overlay overlay;
-    QVERIFY(overlay.load(pageOf(u"<script>function updateSuggestions() {} onload = () => {"
-                                "const frame = document.createElement('iframe'); frame.style.display = 'none';"
-                                "frame.src = 'zelvano://ready'; document.body.append(frame); };"
-                                "function send(address) { document.querySelector('iframe').src = address; }"
-                                "</script><body></body>"_s)));
-    evaluate(*overlay.view, u"send('zelvano://index?4')"_s);
-    QVERIFY(waitUntil([&] { return overlay.owner->selected == QList<qint64>{4}; }));
 }
 
 void tst_TopRecommendationView::showingTellsTheOwnerFirst()
@@ -556,29 +513,6 @@ void tst_TopRecommendationView::focusIsGivenBack()
     stage.view->webView()->forceActiveFocus();
     stage.view->setDelegate(nullptr);
     QCOMPARE(stage.window.activeFocusItem(), &other);
-}
-
-void tst_TopRecommendationView::hiddenTakesNoInput_data()
-{
-    tapInThePage_data();
-}
-
-void tst_TopRecommendationView::hiddenTakesNoInput()
-{
-    QFETCH(const Pointer, pointer);
-    Stage stage;
-    QVERIFY(stage.appear(pageOf(u"<body><script>location.href = 'zelvano://ready'</script></body>"_s)));
-    const auto reached = [&] { return stage.window.below.presses + stage.window.below.touches; };
-    tap(stage.window, pointer, stage.at(150, 100)); // Transparent, but shown.
-    QVERIFY(stage.pageAnswers());
-    QCOMPARE(reached(), 0);
-    stage.view->setHidden(true);
-    tap(stage.window, pointer, stage.at(150, 100));
-    QVERIFY(waitUntil([&] { return reached() == 1; }));
-    drag(stage.window, pointer, stage.at(150, 100), {120, 0});
-    tap(stage.window, pointer, stage.at(290, 20));
-    QVERIFY(waitUntil([&] { return reached() == 3; }));
-    QCOMPARE(stage.view->frame(), firstFrame);
 }
 
 void tst_TopRecommendationView::clearedDelegateTakesThePageDown()

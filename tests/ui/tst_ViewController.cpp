@@ -196,7 +196,6 @@ private Q_SLOTS:
     void frameOverThePlayer();
     void showingBeforeThePageIsReady();
     void impressionOncePerRecommendation();
-    void impressionBeforeThePlace();
     void states_data();
     void states();
     void doneDismisses();
@@ -213,8 +212,6 @@ private Q_SLOTS:
     void takenOffTheScreen();
     void endInsideACall_data();
     void endInsideACall();
-    void endWithCallsInFlight_data();
-    void endWithCallsInFlight();
     void tasksAfterDismissCreateNothing();
     void dropLeaksNothing();
 };
@@ -280,23 +277,6 @@ void tst_ViewController::impressionOncePerRecommendation()
         QCOMPARE(session.reported(u"impression"_s), round);
         QVERIFY(!session.controller->shouldSendImpression());
     }
-}
-
-void tst_ViewController::impressionBeforeThePlace()
-{
-    Session session;
-    session.beReady();
-    session.recommend(2);
-    int reports = 0;
-    session.subscriber->onReport = [&] {
-        ++reports;
-        QCOMPARE(session.controller->webView()->frame(), QRectF(20, 64, 300, 200));
-        QVERIFY(!session.controller->webView()->parentItem());
-    };
-    session.show();
-    session.subscriber->onReport = nullptr;
-    QCOMPARE(reports, 1); // Into the window without a second showing.
-    QVERIFY(session.controller->webView()->parentItem());
 }
 
 void tst_ViewController::states_data()
@@ -655,48 +635,6 @@ void tst_ViewController::endInsideACall()
     session.service.settle();
     QVERIFY(waitUntil([&] { return !controller; }));
     QVERIFY(engine.expired());
-}
-
-void tst_ViewController::endWithCallsInFlight_data()
-{
-    QTest::addColumn<End>("end");
-    QTest::newRow("dismiss") << End::Dismiss;
-    QTest::newRow("drop") << End::Drop;
-}
-
-/// The service is slow to answer and the page never comes.
-void tst_ViewController::endWithCallsInFlight()
-{
-    QFETCH(const End, end);
-    Session session;
-    session.service.settle();
-    sandbox::Fault slow;
-    slow.delay = std::chrono::milliseconds(30);
-    sandbox::Fault silent;
-    silent.kind = sandbox::Fault::Kind::Silence;
-    session.service.fault(u"ready"_s, slow);
-    session.service.sandbox.addFault(u"/layout/"_s, {}, silent);
-    session.controller->zelvano()->pageEvent(session.subscriber);
-    session.service.settle();
-    session.recommend(3);
-    QVERIFY(waitUntil([&] { return session.service.sandbox.hits(u"/layout/"_s) == 1; }));
-    session.controller->zelvano()->readyEvent(session.subscriber);
-    session.controller->zelvano()->playerEvent(u"play"_s, session.subscriber);
-    session.controller->zelvano()->addRecommendationView(session.subscriber);
-
-    const QPointer<QObject> controller(session.controller.get());
-    const QPointer<QObject> overlay(session.controller->webView());
-    const std::weak_ptr<Zelvano> engine(session.controller->zelvano());
-    if (end == End::Dismiss)
-        session.controller->dismiss();
-    session.controller.reset();
-    session.service.settle();
-    QCOMPARE(session.service.sentCount(u"ready"_s), 1);
-    QVERIFY(waitUntil([&] { return !overlay && !controller; }));
-    QVERIFY(engine.expired());
-    QCOMPARE(session.host->done, end == End::Dismiss ? 1 : 0);
-    QCOMPARE(session.service.log.count(u"dealloc"_s), 1);
-    QCOMPARE(session.service.sandbox.hits(u"/layout/"_s), 1);
 }
 
 void tst_ViewController::tasksAfterDismissCreateNothing()
