@@ -2,12 +2,15 @@
 
 #include "Logging.h"
 
+#include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QMutex>
 #include <QSettings>
 #include <QStandardPaths>
+#include <QThread>
 
 #include <cerrno>
+#include <chrono>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -28,11 +31,17 @@ public:
     explicit StoreLock(const QString &file)
         : m_folder(open(QFile::encodeName(QFileInfo(file).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
     {
-        while (m_folder >= 0 && flock(m_folder, LOCK_EX) != 0) {
-            if (errno != EINTR)
+        // Not for ever: whoever holds it may hang, and the host must not.
+        const QDeadlineTimer deadline(patience);
+        bool isHeld = false;
+        while (m_folder >= 0 && !isHeld && !deadline.hasExpired()) {
+            isHeld = flock(m_folder, LOCK_EX | LOCK_NB) == 0;
+            if (!isHeld && errno != EWOULDBLOCK && errno != EINTR)
                 return; // A file system without locks: QSettings' own has to do.
+            if (!isHeld)
+                QThread::msleep(1);
         }
-        if (m_folder >= 0)
+        if (isHeld)
             QFile::remove(file + ".lock"_L1); // Left behind: whoever made it would be in here.
     }
     ~StoreLock()
@@ -43,6 +52,8 @@ public:
     Q_DISABLE_COPY_MOVE(StoreLock)
 
 private:
+    static constexpr auto patience = std::chrono::milliseconds(500);
+
     const int m_folder;
 };
 

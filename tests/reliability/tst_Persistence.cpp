@@ -14,8 +14,10 @@
 
 #include <memory>
 
+#include <fcntl.h>
 #include <signal.h>
 #include <stdio.h>
+#include <sys/file.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -164,6 +166,15 @@ void tst_Persistence::lockLeftBehind()
     UserDefaults::standard().setString(valueOf(1), ZVUserIdKey);
     QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
     QCOMPARE(stored(ZVUserIdKey), 1);
+
+    // One that a process holds which hangs.
+    const int folder = open(QFile::encodeName(QFileInfo(m_file).path()).constData(), O_RDONLY | O_DIRECTORY);
+    QCOMPARE(flock(folder, LOCK_EX), 0);
+    clock.restart();
+    UserDefaults::standard().setString(valueOf(2), ZVUserIdKey);
+    QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
+    close(folder);
+    QCOMPARE(stored(ZVUserIdKey), 2);
 }
 
 void tst_Persistence::useless_data()
