@@ -26,20 +26,6 @@ class ZELVANOCORE_EXPORT KPViewController : public Player
     Q_PROPERTY(double currentPlaybackTime READ currentPlaybackTime NOTIFY mediaChanged FINAL)
 
 public:
-    // The delegate is told these numbers.
-    enum LoadState { Playable = 1 };
-    enum PlaybackState {
-        PageShown = 2,
-        ReadyToPlay = 3,
-        Waiting = 4,
-        Playing = 5,
-        Paused = 6,
-        Ended = 7,
-        Aborted = 8,
-        SeekingForward = 9,
-        SeekingBackward = 10
-    };
-
     KPViewController();
     ~KPViewController() override;
 

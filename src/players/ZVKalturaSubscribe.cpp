@@ -17,18 +17,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The numbers that the player gives its delegate.
-enum LoadState { Playable = 1 };
-enum PlaybackState {
-    PageShown = 2,
-    ReadyToPlay = 3,
-    Playing = 5,
-    Paused = 6,
-    Ended = 7,
-    SeekingForward = 9,
-    SeekingBackward = 10
-};
-
 constexpr auto autoPlayExpression = "{autoPlay}"_L1;
 
 /// Invalid when the player does not offer it.
@@ -63,7 +51,7 @@ void ZVKalturaSubscribe::dismissSubscriber() {}
 
 void ZVKalturaSubscribe::playerLoadStateDidChange(QObject *player, int state)
 {
-    if (state != Playable)
+    if (static_cast<KPLoadState>(state) != KPLoadState::Playable)
         return;
     const auto self = shared_from_this(); // A report may drop the last other reference.
     const QPointer<QObject> caller(player);
@@ -76,25 +64,25 @@ void ZVKalturaSubscribe::playerPlaybackStateDidChange(QObject *player, int state
 {
     const auto self = shared_from_this();
     const QPointer<QObject> caller(player);
-    switch (state) {
-    case PageShown:
+    switch (static_cast<KPPlaybackState>(state)) {
+    case KPPlaybackState::PageShown:
         sendPage();
         break;
-    case ReadyToPlay:
+    case KPPlaybackState::ReadyToPlay:
         sendReady();
         break;
-    case Playing:
+    case KPPlaybackState::Playing:
         sendEvent(PlayerEvent::Play);
         askForAutoPlay(caller);
         break;
-    case Paused:
+    case KPPlaybackState::Paused:
         sendEvent(PlayerEvent::Pause);
         break;
-    case Ended:
+    case KPPlaybackState::Ended:
         sendEvent(PlayerEvent::Ended);
         break;
-    case SeekingForward:
-    case SeekingBackward:
+    case KPPlaybackState::SeekingForward:
+    case KPPlaybackState::SeekingBackward:
         sendEvent(PlayerEvent::Seek);
         break;
     default:
