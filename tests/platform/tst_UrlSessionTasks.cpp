@@ -210,8 +210,7 @@ void tst_UrlSessionTasks::closureIsReleased()
     task->resume();
     QVERIFY(server.awaitRequests(1));
     task->cancel();
-    passDelivery();
-    QVERIFY(watched.expired());
+    QTRY_VERIFY(watched.expired()); // Whether the cancelling or the answer came first; the handle is still here.
 }
 
 void tst_UrlSessionTasks::slowCompletionStallsNoTransfer()
