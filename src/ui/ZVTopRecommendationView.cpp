@@ -1,6 +1,7 @@
 #include "ZVTopRecommendationView.h"
 
 #include "InterfaceResource.h"
+#include "LayoutCommand.h"
 #include "Logging.h"
 #include "MainQueue.h"
 #include "WebEngine.h"
@@ -11,10 +12,6 @@
 #include <QQuickWindow>
 #include <QThread>
 
-#include <algorithm>
-#include <limits>
-#include <utility>
-
 namespace zelvano {
 
 using namespace Qt::StringLiterals;
@@ -22,22 +19,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto swipeDuration = 250; // Milliseconds.
-
-/// The digits that the text begins with, within 32 bits; 0 when there are none.
-qint32 leadingInteger(QStringView text)
-{
-    const bool isNegative = text.startsWith(u'-');
-    if (isNegative || text.startsWith(u'+'))
-        text = text.sliced(1);
-    qint64 number = 0;
-    for (const auto character : text) {
-        if (character < u'0' || character > u'9')
-            break;
-        number = std::min<qint64>(number * 10 + (character.unicode() - u'0'), qint64{1} << 32);
-    }
-    return static_cast<qint32>(std::clamp<qint64>(isNegative ? -number : number, std::numeric_limits<qint32>::min(),
-                                                  std::numeric_limits<qint32>::max()));
-}
 
 } // namespace
 
@@ -163,23 +144,23 @@ void ZVTopRecommendationView::dismissPressed()
 
 bool ZVTopRecommendationView::shouldStartLoadWithRequest(const QUrl &url)
 {
-    const auto command = url.toString(QUrl::FullyEncoded);
-    if (!command.startsWith("zelvano://"_L1))
+    const auto command = layoutCommand(url);
+    if (!command)
         return true;
     ++m_answersUnderWay;
-    carryOut(command);
+    carryOut(*command);
     if (--m_answersUnderWay == 0 && m_endsAfterAnswer)
         deleteLater();
     return false;
 }
 
-void ZVTopRecommendationView::carryOut(const QString &command)
+void ZVTopRecommendationView::carryOut(const LayoutCommand &command)
 {
-    Q_EMIT commandReceived(command);
-    if (command.contains("ready"_L1)) {
+    Q_EMIT commandReceived(command.text);
+    if (command.kind == LayoutCommand::Kind::Ready) {
         m_ready = true;
         pushSuggestions();
-    } else if (command.contains("index"_L1)) {
+    } else if (command.kind == LayoutCommand::Kind::Index) {
         selectRecommendation(command);
     }
 }
@@ -194,15 +175,14 @@ void ZVTopRecommendationView::end()
         delete this; // No event loop runs that could do it later.
 }
 
-void ZVTopRecommendationView::selectRecommendation(const QString &command)
+void ZVTopRecommendationView::selectRecommendation(const LayoutCommand &command)
 {
-    const auto pieces = command.split(u'?');
-    if (pieces.size() < 2) {
-        ZV_LOG("Error: the layout page sent " << command.left(100) << " without a position");
+    if (!command.position) {
+        ZV_LOG("Error: the layout page sent " << command.text.left(100) << " without a position");
         return;
     }
     if (const auto owner = delegate())
-        owner->didSelecteRecommendation(this, leadingInteger(pieces[1]));
+        owner->didSelecteRecommendation(this, *command.position);
     m_isFirstLoad = true;
 }
 

@@ -13,6 +13,7 @@ namespace zelvano {
 
 class InterfaceResource;
 class ZVTopRecommendationContentView;
+struct LayoutCommand;
 
 /// The directions a swipe recogniser reports.
 enum class UISwipeGestureRecognizerDirection { Right = 1, Left = 2 };
@@ -84,8 +85,8 @@ protected:
 
 private:
     void pushSuggestions();
-    void carryOut(const QString &command);
-    void selectRecommendation(const QString &command);
+    void carryOut(const LayoutCommand &command);
+    void selectRecommendation(const LayoutCommand &command);
     void followFocus(QQuickItem *focused);
     void giveFocusBack();
     void tearContentDown();

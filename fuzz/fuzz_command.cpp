@@ -1,0 +1,22 @@
+// An address that the layout page navigates to.
+#include "Fuzzing.h"
+#include "LayoutCommand.h"
+
+#include <QUrl>
+
+using namespace zelvano;
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char *bytes, std::size_t size)
+{
+    const auto address = QUrl(QString::fromUtf8(bytesOf(bytes, size)));
+    const auto command = layoutCommand(address);
+    FUZZ_REQUIRE(command.has_value() == (address.scheme() == QLatin1StringView("zelvano") && address.hasAuthority()));
+    if (!command)
+        return 0;
+    const bool isIndex = command->kind == LayoutCommand::Kind::Index;
+    FUZZ_REQUIRE(!command->position || isIndex);
+    FUZZ_REQUIRE(!isIndex || command->position.has_value() == command->text.contains(QLatin1Char('?')));
+    for (const auto character : command->text)
+        FUZZ_REQUIRE(character > u' ' && character < u'\x7f'); // What is logged of it stays one line.
+    return 0;
+}
