@@ -11,6 +11,26 @@ namespace zelvano {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// Kept from one call to the next: nearly all of them go to one address.
+struct Address
+{
+    QString base;
+    QString apiName;
+    QUrl url;
+};
+
+QUrl urlOf(const QString &base, const QString &apiName)
+{
+    thread_local Address last;
+    if (last.url.isEmpty() || last.base != base || last.apiName != apiName)
+        last = {base, apiName, QUrl(base.isNull() ? API_URL_PROD + apiName : base + u'/' + apiName, QUrl::StrictMode)};
+    return last.url;
+}
+
+} // namespace
+
 std::variant<std::monostate, QJsonValue, Error> parse(const QByteArray &data)
 {
     if (data.isEmpty())
@@ -75,13 +95,11 @@ QString toJSON(const QJsonArray &array)
 
 UrlRequest request(const QString &apiName)
 {
-    const auto configured = ZVConfig::shared().apiURL();
-    const auto base = configured.isNull() ? QString(API_URL_PROD) : configured + u'/';
     UrlRequest request;
-    request.url = QUrl(base + apiName, QUrl::StrictMode);
+    request.url = urlOf(ZVConfig::shared().apiURL(), apiName);
     request.timeout = std::chrono::seconds(20);
-    request.setHeader("Accept", "application/json");
-    request.setHeader("Content-Type", "application/json");
+    request.setHeader("Accept"_ba, "application/json"_ba);
+    request.setHeader("Content-Type"_ba, "application/json"_ba);
     return request;
 }
 

@@ -210,14 +210,14 @@ void ZVAPIObject::setCompletion(Completion completion)
     auto request = zelvano::request(m_apiName);
     if (!m_apiKey.isNull()) {
         if (!m_userId.isNull()) {
-            request.method = "POST";
+            request.method = "POST"_ba;
             m_params.insert("userAgent"_L1, userAgent());
             request.body = body(m_params);
         }
-        request.setHeader("x-api-key", m_apiKey.toUtf8());
-        request.setHeader("x-is-native", "true");
+        request.setHeader("x-api-key"_ba, m_apiKey.toUtf8());
+        request.setHeader("x-is-native"_ba, "true"_ba);
         if (!m_userUUID.isNull())
-            request.setHeader("x-user-uuid", m_userUUID.toUtf8());
+            request.setHeader("x-user-uuid"_ba, m_userUUID.toUtf8());
     }
     callRequest(std::move(request), std::move(completion));
 }

@@ -39,7 +39,7 @@ enum class UrlError {
 struct ZELVANOCORE_EXPORT UrlRequest
 {
     QUrl url;
-    QByteArray method = "GET";
+    QByteArray method = QByteArrayLiteral("GET");
     std::vector<std::pair<QByteArray, QByteArray>> headers;
     /// Null: no body is sent. Without a Content-Type among the headers none is sent either.
     QByteArray body;
