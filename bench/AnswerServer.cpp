@@ -65,8 +65,10 @@ bool receive(int socket, Client &client, std::chrono::milliseconds delay)
         return false;
     client.received.append(bytes.data(), static_cast<std::size_t>(count));
     while (const auto size = requestSize(client.received)) {
+        const bool isAnswered = client.received.rfind(AnswerServer::heldRequest, 0) != 0;
         client.received.erase(0, size);
-        client.due.push_back(Clock::now() + delay);
+        if (isAnswered)
+            client.due.push_back(Clock::now() + delay);
     }
     return true;
 }

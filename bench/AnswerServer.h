@@ -14,6 +14,9 @@ namespace zelvano::bench {
 class AnswerServer
 {
 public:
+    /// What begins so is never answered: it keeps its connection from others.
+    static constexpr auto heldRequest = "GET /hold";
+
     /// Forks: to be made before any other thread is. Each answer waits for the delay.
     explicit AnswerServer(std::chrono::milliseconds delay = {});
     /// The child ends with its parent in any case.

@@ -2,14 +2,10 @@
 
 #include "PlayerEvents.h"
 #include "UserDefaults.h"
+#include "Waiting.h"
 #include "ZVAPIObject.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QLoggingCategory>
-#include <QThread>
-
-#include <algorithm>
 
 namespace zelvano::bench {
 
@@ -44,23 +40,6 @@ public:
 
     UrlRequest request;
 };
-
-template<class Predicate> void wait(const char *what, Predicate predicate)
-{
-    const QDeadlineTimer deadline(std::chrono::seconds(20));
-    while (!predicate()) {
-        if (deadline.hasExpired())
-            qFatal("waited too long for %s", what);
-        QThread::usleep(200);
-        QCoreApplication::processEvents();
-    }
-}
-
-bool allCallsEnded()
-{
-    const auto tasks = ZVAPIObject::tasks();
-    return std::all_of(tasks.begin(), tasks.end(), [](const auto &task) { return task->isFinished(); });
-}
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <malloc.h>
 #include <sys/resource.h>
 #include <time.h>
 
@@ -24,6 +25,13 @@ inline double threadCpu()
     timespec time = {};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
     return double(time.tv_sec) + double(time.tv_nsec) * 1e-9;
+}
+
+/// Bytes that are allocated, of all threads.
+inline double allocated()
+{
+    const auto info = mallinfo2();
+    return double(info.uordblks) + double(info.hblkhd);
 }
 
 } // namespace zelvano::bench

@@ -1,11 +1,13 @@
 // Player events a second from the engine to the end of their delivery, and this process's CPU for each, against a
-// bare libcurl loop that posts the same request in the same run. Both on six connections, the library's default.
+// bare libcurl loop that posts the same request in the same run. Both on six connections, the library's default, and on
+// one.
 
 #include "AnswerServer.h"
 #include "BareLoop.h"
 #include "Cores.h"
 #include "OpenEngine.h"
 #include "Resources.h"
+#include "Waiting.h"
 
 #include <benchmark/benchmark.h>
 
@@ -13,13 +15,14 @@
 #include <QThread>
 
 #include <chrono>
+#include <vector>
 
 using namespace zelvano;
 using namespace zelvano::bench;
 
 namespace {
 
-constexpr int connections = 6;
+constexpr int mostConnections = 6;
 constexpr int eventsInRun = 10000;
 constexpr int eventsInBurst = 500; // Up to two bursts are in flight.
 
@@ -31,12 +34,41 @@ public:
     void requestDidEnd(quint64, const std::optional<UrlResponse> &response, const QByteArray &,
                        const std::optional<Error> &error) override
     {
+        if (error && error->code == static_cast<int>(UrlError::Cancelled))
+            return; // A held request.
         if (error || response->status != 200)
             qFatal("an event was not delivered");
         ++delivered;
     }
 
     std::atomic<int> delivered = 0;
+};
+
+/// Takes all of the library's connections to the service but one, for as long as it lives.
+class OneConnection
+{
+public:
+    OneConnection()
+    {
+        UrlRequest request;
+        request.url = QUrl(QStringLiteral("http://api.zelvano.example/hold"));
+        for (int i = 1; i < mostConnections; ++i) {
+            m_held.push_back(UrlSession::dataTask(request, {}));
+            m_held.back()->resume();
+        }
+    }
+    ~OneConnection()
+    {
+        for (const auto &task : m_held)
+            task->cancel();
+        wait("the held requests", [this] {
+            return std::all_of(m_held.begin(), m_held.end(), [](const auto &task) { return task->isFinished(); });
+        });
+    }
+    Q_DISABLE_COPY_MOVE(OneConnection)
+
+private:
+    std::vector<std::shared_ptr<UrlTask>> m_held;
 };
 
 /// As a host does it: events from the main thread, whose event loop goes on in between.
@@ -82,15 +114,11 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
     OpenEngine engine(server.port());
-    BareLoop bare(engine.eventRequest(), server.port(), connections);
+    const auto request = engine.eventRequest();
     const auto count = std::make_shared<DeliveryCount>();
     UrlSession::addTrafficObserver(count);
 
-    // Connections and memory pools of both are there before anything is timed.
-    deliverThroughEngine(engine, *count);
-    bare.post(eventsInRun);
-
-    const auto delivery = [&](benchmark::State &state) {
+    const auto delivery = [&](benchmark::State &state, BareLoop &bare) {
         for (auto _ : state) {
             moveToCore(cores().host);
             const auto ours = costOf([&] { deliverThroughEngine(engine, *count); });
@@ -106,7 +134,19 @@ int main(int argc, char **argv)
             state.counters["cpu_ratio"] = ours.cpu / floor.cpu;
         }
     };
-    benchmark::RegisterBenchmark("delivery", delivery)->UseManualTime()->Iterations(1);
+    BareLoop onSix(request, server.port(), mostConnections);
+    BareLoop onOne(request, server.port(), 1);
+    // Connections and memory pools of all are there before anything is timed.
+    deliverThroughEngine(engine, *count);
+    onSix.post(eventsInRun);
+    onOne.post(eventsInRun);
+    const auto six = [&](benchmark::State &state) { delivery(state, onSix); };
+    const auto one = [&](benchmark::State &state) {
+        const OneConnection limit;
+        delivery(state, onOne);
+    };
+    benchmark::RegisterBenchmark("six", six)->UseManualTime()->Iterations(1);
+    benchmark::RegisterBenchmark("one", one)->UseManualTime()->Iterations(1);
     benchmark::RunSpecifiedBenchmarks();
     UrlSession::removeTrafficObserver(count);
     return 0;

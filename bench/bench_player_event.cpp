@@ -15,6 +15,8 @@
 #include <chrono>
 #include <deque>
 #include <mutex>
+#include <numeric>
+#include <thread>
 #include <vector>
 
 using namespace zelvano;
@@ -24,37 +26,62 @@ namespace {
 
 constexpr int eventsInBurst = 500; // As much as is ever in flight.
 constexpr int burstsInRun = 40;
+constexpr int pacedEvents = 400;
+constexpr auto pace = std::chrono::milliseconds(5);
 
-/// Each call is timed by itself, two readings of the clock included; what drains the burst is not.
+using Clock = std::chrono::steady_clock;
+
+/// Two readings of the clock included.
+template<class Call> double microsecondsOf(Call call)
+{
+    const auto before = Clock::now();
+    call();
+    return std::chrono::duration<double, std::micro>(Clock::now() - before).count();
+}
+
+void report(benchmark::State &state, std::vector<double> times)
+{
+    const auto count = double(times.size());
+    std::sort(times.begin(), times.end());
+    const auto at = [&](double share) { return times[std::size_t(share * (count - 1))]; };
+    state.counters["mean_us"] = std::accumulate(times.begin(), times.end(), 0.0) / count;
+    state.counters["p50_us"] = at(0.50);
+    state.counters["p99_us"] = at(0.99);
+}
+
+/// Each call is timed by itself; what drains the burst is not.
 template<class Call, class Drain> void measureBursts(benchmark::State &state, Call call, Drain drain)
 {
-    using Clock = std::chrono::steady_clock;
-    using Microseconds = std::chrono::duration<double, std::micro>;
     std::vector<double> times;
     times.reserve(std::size_t(eventsInBurst) * burstsInRun);
     double cpu = 0;
     for (auto _ : state) {
         const auto cpuBefore = threadCpu();
         const auto begin = Clock::now();
-        for (int i = 0; i < eventsInBurst; ++i) {
-            const auto before = Clock::now();
-            call();
-            times.push_back(Microseconds(Clock::now() - before).count());
-        }
+        for (int i = 0; i < eventsInBurst; ++i)
+            times.push_back(microsecondsOf(call));
         state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
         cpu += threadCpu() - cpuBefore;
         drain();
     }
-    const auto count = double(times.size());
-    std::sort(times.begin(), times.end());
-    const auto at = [&](double share) { return times[std::size_t(share * (count - 1))]; };
-    double sum = 0;
-    for (const auto time : times)
-        sum += time;
-    state.counters["mean_us"] = sum / count;
-    state.counters["p50_us"] = at(0.50);
-    state.counters["p99_us"] = at(0.99);
-    state.counters["cpu_us"] = cpu * 1e6 / count;
+    state.counters["cpu_us"] = cpu * 1e6 / double(times.size());
+    report(state, std::move(times));
+}
+
+/// One call every few milliseconds, the event loop in between: all threads sleep before each.
+template<class Call> void measurePaced(benchmark::State &state, Call call)
+{
+    std::vector<double> times;
+    for (auto _ : state) {
+        auto next = Clock::now();
+        for (int i = 0; i < pacedEvents; ++i) {
+            QCoreApplication::processEvents();
+            std::this_thread::sleep_until(next += pace);
+            times.push_back(microsecondsOf(call));
+        }
+        state.SetIterationTime(std::chrono::duration<double>(pace * pacedEvents).count());
+    }
+    report(state, std::move(times));
 }
 
 /// What the body of a player event is made of.
@@ -134,8 +161,18 @@ int main(int argc, char **argv)
         const auto push = [&] { queue.push(parts.body()); };
         measureBursts(state, push, [&] { queue.bodies.clear(); });
     };
+    const auto paced = [&](benchmark::State &state) {
+        measurePaced(state, [&] { engine.sendEvent(); });
+        engine.drain();
+    };
+    const auto pacedByHand = [&](benchmark::State &state) {
+        Queue queue;
+        measurePaced(state, [&] { queue.push(parts.body()); });
+    };
     benchmark::RegisterBenchmark("playerEvent", playerEvent)->UseManualTime()->Iterations(burstsInRun);
     benchmark::RegisterBenchmark("byHand", byHand)->UseManualTime()->Iterations(burstsInRun);
+    benchmark::RegisterBenchmark("pacedEvent", paced)->UseManualTime()->Iterations(1);
+    benchmark::RegisterBenchmark("pacedByHand", pacedByHand)->UseManualTime()->Iterations(1);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -3,20 +3,17 @@
 
 #include "AnswerServer.h"
 #include "FakePlayer.h"
+#include "Resources.h"
 #include "UrlSession.h"
 #include "UserDefaults.h"
-#include "ZVAPIObject.h"
+#include "Waiting.h"
 #include "Zelvano.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QLoggingCategory>
 #include <QTemporaryDir>
 #include <QThread>
-
-#include <malloc.h>
 
 #include <chrono>
 #include <cstdio>
@@ -30,6 +27,7 @@ namespace {
 constexpr auto delay = 50ms;
 constexpr int engines = 100;
 constexpr int waitingEvents = 10000;
+constexpr int calls = 300;
 constexpr auto idleTime = 2s;
 
 using Clock = std::chrono::steady_clock;
@@ -37,13 +35,6 @@ using Clock = std::chrono::steady_clock;
 double millisecondsSince(Clock::time_point begin)
 {
     return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
-}
-
-/// Bytes that are allocated, of all threads.
-double allocated()
-{
-    const auto info = mallinfo2();
-    return static_cast<double>(info.uordblks + info.hblkhd);
 }
 
 QStringList threads()
@@ -64,17 +55,6 @@ qint64 sleeps()
         sum += text.mid(at + 25, text.indexOf('\n', at + 1) - at - 25).trimmed().toLongLong();
     }
     return sum;
-}
-
-template<class Predicate> void wait(Predicate predicate)
-{
-    const QDeadlineTimer deadline(20s);
-    while (!predicate() && !deadline.hasExpired()) {
-        QCoreApplication::processEvents();
-        QThread::usleep(100);
-    }
-    if (!predicate())
-        qFatal("waited too long");
 }
 
 std::shared_ptr<Zelvano> begin(const std::shared_ptr<FakeSubscriber> &subscriber)
@@ -98,15 +78,15 @@ int main(int argc, char **argv)
     const auto subscriber = std::make_shared<FakeSubscriber>();
 
     // From nothing, without an identity, to the answer that brings the recommendations.
-    const double before = allocated();
+    const double before = bench::allocated();
     const auto start = Clock::now();
     const auto engine = begin(subscriber);
     const double firstEngine = millisecondsSince(start);
     engine->setPlayer(std::make_shared<QObject>(), QStringLiteral("page"));
     engine->readyEvent(subscriber);
-    wait([&] { return !engine->viewUUID().isNull(); });
+    bench::wait("a view", [&] { return !engine->viewUUID().isNull(); });
     const double roundTrips = millisecondsSince(start) / static_cast<double>(delay.count());
-    const double firstMemory = allocated() - before;
+    const double firstMemory = bench::allocated() - before;
     const int connections = server.connections();
 
     QThread::msleep(200); // The keep-alive's answer comes.
@@ -116,28 +96,36 @@ int main(int argc, char **argv)
     const double wakeUps = static_cast<double>(sleeps() - sleepsBefore - 1) / static_cast<double>(idleTime.count());
 
     const auto threadsBefore = threads().size();
-    const double beforeMore = allocated();
+    const double beforeMore = bench::allocated();
     const auto startMore = Clock::now();
     std::vector<std::shared_ptr<Zelvano>> more;
     for (int i = 0; i < engines; ++i)
         more.push_back(Zelvano::create());
-    const double eachMemory = (allocated() - beforeMore) / engines;
+    const double eachMemory = (bench::allocated() - beforeMore) / engines;
     for (const auto &another : more)
         another->initializeWithAPIKey(QStringLiteral("benchmark-key"));
     const double eachEngine = millisecondsSince(startMore) / engines;
     const auto threadsAfter = threads().size();
 
     const auto waiting = Zelvano::create();
-    const double beforeEvents = allocated();
+    const double beforeEvents = bench::allocated();
     for (int i = 0; i < waitingEvents; ++i)
         waiting->playerEvent(QStringLiteral("pause"), subscriber);
-    const double eachEvent = (allocated() - beforeEvents) / waitingEvents;
+    const double eachEvent = (bench::allocated() - beforeEvents) / waitingEvents;
+
+    const double beforeCalls = bench::allocated();
+    for (int i = 0; i < calls; ++i)
+        engine->playerEvent(QStringLiteral("pause"), subscriber);
+    const double eachCall = (bench::allocated() - beforeCalls) / calls;
+    bench::wait("the answers", bench::allCallsEnded);
+    const double eachHandle = (bench::allocated() - beforeCalls) / calls;
 
     std::printf("{\"first_engine_ms\": %g, \"each_engine_ms\": %g, \"round_trips\": %g, \"connections\": %d, "
-                "\"first_kb\": %g, \"each_kb\": %g, \"event_bytes\": %g, \"threads\": %lld, "
-                "\"threads_of_more\": %lld, \"wake_ups\": %g}\n",
+                "\"first_kb\": %g, \"each_kb\": %g, \"event_bytes\": %g, \"call_bytes\": %g, "
+                "\"handle_bytes\": %g, \"threads\": %lld, \"threads_of_more\": %lld, \"wake_ups\": %g}\n",
                 firstEngine, eachEngine, roundTrips, connections, firstMemory / 1024, eachMemory / 1024, eachEvent,
-                static_cast<long long>(threadsBefore), static_cast<long long>(threadsAfter - threadsBefore), wakeUps);
+                eachCall, eachHandle, static_cast<long long>(threadsBefore),
+                static_cast<long long>(threadsAfter - threadsBefore), wakeUps);
     ZVAPIObject::stopAllSessions();
     return 0;
 }

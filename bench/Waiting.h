@@ -1,0 +1,32 @@
+#pragma once
+
+#include "UrlSession.h"
+#include "ZVAPIObject.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QThread>
+
+#include <algorithm>
+
+namespace zelvano::bench {
+
+/// Runs the event loop until it is so. What never becomes so ends the program.
+template<class Predicate> void wait(const char *what, Predicate predicate)
+{
+    const QDeadlineTimer deadline(std::chrono::seconds(20));
+    while (!predicate()) {
+        if (deadline.hasExpired())
+            qFatal("waited too long for %s", what);
+        QThread::usleep(100);
+        QCoreApplication::processEvents();
+    }
+}
+
+inline bool allCallsEnded()
+{
+    const auto tasks = ZVAPIObject::tasks();
+    return std::all_of(tasks.begin(), tasks.end(), [](const auto &task) { return task->isFinished(); });
+}
+
+} // namespace zelvano::bench
