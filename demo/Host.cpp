@@ -56,6 +56,7 @@ void Host::attach(QQuickWindow *window)
                      window->findChild<QQuickItem *>(u"videoOutput"_s), window->findChild<QQuickItem *>(u"webPlace"_s));
     Application::shared().setKeyWindow(window);
     connect(m_deck.get(), &Deck::videoChanged, this, &Host::updateTitle);
+    m_nativeView.placeIn(window->findChild<QQuickItem *>(u"nativePlace"_s));
     m_deck->load(firstVideo());
     updateTitle();
     Q_EMIT deckChanged();
@@ -76,7 +77,6 @@ void Host::startSession()
     m_controller->setDelegate(m_witness);
     m_log.watch(m_controller->zelvano());
     if (const auto view = m_nativeView.view()) {
-        m_nativeView.placeIn(m_window->findChild<QQuickItem *>(u"nativePlace"_s));
         view->setDelegate(m_controller);
         m_controller->setRecommendationView(view);
     }
@@ -140,6 +140,12 @@ void Host::announceChoice(const QUrl &url)
 void Host::dismiss()
 {
     m_controller->dismiss();
+}
+
+void Host::restart()
+{
+    dismiss();
+    startSession();
 }
 
 void Host::rotate(bool portrait)

@@ -53,6 +53,8 @@ public:
 
     Q_INVOKABLE void announceChoice(const QUrl &url);
     Q_INVOKABLE void dismiss();
+    /// Ends the session and begins another, with a player object of its own over the same video.
+    void restart();
     /// Turns the device and gives the window the shape that goes with it.
     Q_INVOKABLE void rotate(bool portrait);
 

@@ -22,7 +22,7 @@ const QHash<QString, Arity> &arities()
         {u"tap-cell"_s, {1, 1}},     {u"swipe"_s, {1, 1}},    {u"dismiss-overlay"_s, {0, 0}},
         {u"notify-click"_s, {1, 1}}, {u"rotate"_s, {1, 1}},   {u"resize"_s, {2, 2}},
         {u"fullscreen"_s, {1, 1}},   {u"exit"_s, {0, 0}},     {u"screenshot"_s, {1, 1}},
-        {u"dismiss"_s, {0, 0}},      {u"quit"_s, {0, 0}},
+        {u"dismiss"_s, {0, 0}},      {u"restart"_s, {0, 0}},  {u"quit"_s, {0, 0}},
     };
     return table;
 }

@@ -89,6 +89,7 @@ void ScriptRunner::next()
         {u"exit"_s, &ScriptRunner::exit},
         {u"screenshot"_s, &ScriptRunner::screenshot},
         {u"dismiss"_s, &ScriptRunner::dismiss},
+        {u"restart"_s, &ScriptRunner::restart},
         {u"quit"_s, &ScriptRunner::quit},
     };
     if (m_next == m_commands.size()) {
@@ -286,6 +287,12 @@ void ScriptRunner::screenshot(const QStringList &words)
 void ScriptRunner::dismiss(const QStringList &)
 {
     m_host.dismiss();
+    nextAfter(0);
+}
+
+void ScriptRunner::restart(const QStringList &)
+{
+    m_host.restart();
     nextAfter(0);
 }
 

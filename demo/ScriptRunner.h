@@ -62,6 +62,7 @@ private:
     void exit(const QStringList &words);
     void screenshot(const QStringList &words);
     void dismiss(const QStringList &);
+    void restart(const QStringList &);
     void quit(const QStringList &);
 
     Host &m_host;

@@ -1,0 +1,85 @@
+#!/usr/bin/env bash
+# Looks for what grows: soak.sh [VIEWINGS] [MINUTES], 10,000 and 15 unless told. First viewings back to back over real
+# HTTP, on a clock that does not wait; then so many minutes of real video in the demo, under Xvfb, with overlay, list
+# and a new player every half minute. What the demo's process holds is written down after each round.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+viewings=${1:-10000}
+minutes=${2:-15}
+scripts/setup.sh
+cmake --preset release >/dev/null
+cmake --build --preset release --target soak zelvano-demo
+
+echo "== $viewings viewings"
+build/release/bench/soak "$viewings"
+
+[ "$minutes" -gt 0 ] || exit 0
+echo "== $minutes minutes of video"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+chmod 700 "$work"
+{
+  echo 'wait-for recommendations'
+  # A round takes a good 20 seconds; the demo is ended when the time is over.
+  for _ in $(seq $((minutes * 4))); do
+    cat <<'ROUND'
+play
+wait 4000
+pause
+wait-for overlay
+wait 500
+swipe left
+wait-for hidden
+play
+wait 1500
+pause
+wait-for overlay
+wait 500
+tap 1
+wait-for hidden
+wait 3000
+tap-cell 1
+wait 3000
+seek 5
+wait 2000
+rotate portrait
+wait 1000
+rotate landscape
+wait 1000
+restart
+wait-for request events ready
+wait 2000
+ROUND
+  done
+  echo quit
+} >"$work/rounds.script"
+
+export QT_MEDIA_BACKEND=ffmpeg XDG_RUNTIME_DIR=$work
+[ "$(id -u)" -ne 0 ] || export QTWEBENGINE_DISABLE_SANDBOX=1 # Chromium refuses to run as root with its sandbox on.
+xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' build/release/demo/zelvano-demo --script "$work/rounds.script" \
+  --view list --defaults "$work/defaults.ini" 2>"$work/stderr.log" &
+runner=$!
+end=$((SECONDS + minutes * 60))
+samples=$work/samples
+while [ "$SECONDS" -lt "$end" ] && kill -0 "$runner" 2>/dev/null; do
+  sleep 10
+  demo=$(pgrep -f -o "zelvano-demo --script $work" || true)
+  [ -n "$demo" ] && [ -r "/proc/$demo/smaps_rollup" ] || continue
+  echo "$SECONDS $(awk '/^Pss_Anon/ {print $2}' "/proc/$demo/smaps_rollup") $(ls "/proc/$demo/task" | wc -l)" \
+    "$(ls "/proc/$demo/fd" | wc -l)" >>"$samples"
+done
+if ! kill -0 "$runner" 2>/dev/null; then
+  wait "$runner" || { tail -n 5 "$work/stderr.log" >&2; exit 1; }
+fi
+pkill -f "zelvano-demo --script $work" || true
+wait "$runner" || true
+python3 - "$samples" <<'PY'
+import statistics, sys
+
+rows = [[int(word) for word in line.split()] for line in open(sys.argv[1])]
+steady = rows[len(rows) // 3:]
+seconds, memory, threads, descriptors = zip(*steady)
+print(f"{len(rows)} samples; after the first third {statistics.linear_regression(seconds, memory).slope * 60:+.0f} kB a "
+      f"minute (anonymous memory {min(memory):,} to {max(memory):,} kB), {min(threads)} to {max(threads)} threads, "
+      f"{min(descriptors)} to {max(descriptors)} descriptors")
+PY
