@@ -82,7 +82,8 @@ def ready_answer():
 
 def native_views():
     found = runs("bench_list_view")
-    microseconds = {name: [run["s_per_video"] * 1e6 for run in repetitions] for name, repetitions in found.items()}
+    microseconds = {name: [run["s_per_video"] * 1e6 for run in repetitions] for name, repetitions in found.items()
+                    if name.startswith("fill")}
     sizes = sorted((name.split("/")[1] for name in microseconds if name.startswith("fillList/")), key=int)
     rows = [[number(int(size)), cell(microseconds[f"fillList/{size}"]), cell(column(found[f"fillList/{size}"], "cells")),
              cell(microseconds[f"fillCategories/{size}"])] for size in sizes]
@@ -90,10 +91,70 @@ def native_views():
     return table(head, rows), len(found[f"fillList/{sizes[0]}"])
 
 
-def session():
-    """Each run is a process of its own, and one line."""
-    found = [json.loads(line) for line in (folder / "bench_session.jsonl").read_text().splitlines()]
+def list_and_bare_view():
+    found = runs("bench_list_view")
+    sizes = sorted((int(name.split("/")[1]) for name in found if name.startswith("showList/")))
     figures = {
+        "frame_ms": ("first frame, ms", "1.3 at most"),
+        "frame_cpu_ms": ("the calling thread's CPU in it, ms", ""),
+        "step_us": ("a step of scrolling, µs", "1.3 at most"),
+        "cells": ("cells alive", "24 at most"),
+        "kb": ("memory without the pictures, kB", ""),
+    }
+    rows = []
+    for figure, (label, wanted) in figures.items():
+        for size in sizes[1:]:
+            ours, theirs = (column(found[f"{name}/{size}"], figure) for name in ("showList", "showBare"))
+            ratio = number(median(ours) / median(theirs)) if wanted.startswith("1.3") or "CPU" in label else ""
+            rows.append([f"{label}, {number(size)} videos", cell(ours), cell(theirs), ratio, wanted])
+
+    def bytes_of_one(name):
+        less, more = (median(column(found[f"{name}/{size}"], "kb")) for size in sizes[1:])
+        return number((more - less) * 1024 / (sizes[2] - sizes[1]))
+
+    line = f"Beside its picture a video takes {bytes_of_one('showList')} bytes, in the bare view {bytes_of_one('showBare')}."
+    return table(["", "list", "bare view", "ratio", "wanted"], rows) + "\n\n" + line, len(found[f"showList/{sizes[0]}"])
+
+
+def thumbnails():
+    found = runs("bench_thumbnails")["thumbnails"]
+    rows = []
+    for name, label, wanted in [("fetched", "handed over", ""), ("shown", "drawn in the list", "1.3 at most")]:
+        for unit, what in [("ms", "ms"), ("cpu_ms", "CPU of the process, ms")]:
+            rows.append([f"{label}, {what}", cell(column(found, f"{name}_{unit}")), cell(column(found, f"floor_{unit}")),
+                         cell(column(found, f"{name}_{unit.replace('ms', 'ratio')}")), wanted if unit == "ms" else ""])
+        rows.append([f"{label}, the calling thread's CPU, ms", cell(column(found, f"{name}_main_ms")), "", "",
+                     "nothing decoded" if name == "fetched" else ""])
+    return table(["100 thumbnails", "library", "by hand", "ratio", "wanted"], rows), len(found)
+
+
+def processes(program, head, figures):
+    """A program of which each run is a process of its own, and one line."""
+    found = [json.loads(line) for line in (folder / f"{program}.jsonl").read_text().splitlines()]
+    rows = [[label, cell(column(found, figure)), wanted] for figure, (label, wanted) in figures.items()]
+    return table([head, "measured", "wanted"], rows), len(found)
+
+
+def overlay():
+    return processes("bench_overlay", "from the end of the pause's half second, ms", {
+        "further_ms": ("to the overlay", "two frames"),
+        "first_ms": ("to the overlay's first showing", "two frames"),
+        "frame_ms": ("one frame: a plain item shows, from when it is made visible", ""),
+    })
+
+
+def stalls():
+    return processes("stalls", "the longest event of the main thread, ms", {
+        "longestStallMs": ("of the library", "16 at most"),
+        "longestStallCpuMs": ("this thread's CPU in it", ""),
+        "longestOtherMs": ("of others: players, the web engine, the demo itself", "16 at most"),
+        "webEngineStartMs": ("the web engine's one start", ""),
+        "longestDrawingMs": ("drawing the window, without a GPU", ""),
+    })
+
+
+def session():
+    return processes("bench_session", "a session", {
         "first_engine_ms": ("first engine of a process, until initializeWithAPIKey returns, ms", "5 at most"),
         "each_engine_ms": ("each further one, ms", ""),
         "round_trips": ("from there to the recommendations, in answers' delays of 50 ms; 4 depend on each other",
@@ -105,13 +166,13 @@ def session():
         "threads": ("threads of the process", ""),
         "threads_of_more": ("threads that 100 further engines add", "0"),
         "wake_ups": ("wake-ups a second while nothing happens", "0"),
-    }
-    rows = [[label, cell(column(found, figure)), wanted] for figure, (label, wanted) in figures.items()]
-    return table(["a session", "measured", "wanted"], rows), len(found)
+    })
 
 
 print(sys.argv[2])
 for title, make in [("One player event on the calling thread", player_event), ("Delivery", delivery),
-                    ("Reading a ready answer", ready_answer), ("Filling the native views", native_views), ("A session", session)]:
+                    ("Reading a ready answer", ready_answer), ("Thumbnails", thumbnails),
+                    ("Filling the native views", native_views), ("The list, and a bare view", list_and_bare_view),
+                    ("Pause to overlay", overlay), ("Stalls", stalls), ("A session", session)]:
     text, repetitions = make()
     print(f"\n### {title}\n\n{text}\n\nMedians of {repetitions} runs (least–greatest).")
