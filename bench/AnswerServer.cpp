@@ -25,10 +25,30 @@ constexpr std::string_view answerBody =
     R"({"status":200,"data":{"userId":"user-1","userUUID":"uuid-1","pageUUID":"page-1","viewUUID":"view-1"},)"
     R"("sdkConfig":{"showUI":"false","keepALiveInterval":3600000}})";
 
-std::string wholeAnswer()
+std::string wholeAnswer(std::string_view type, std::string_view body)
 {
-    return "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " + std::to_string(answerBody.size()) +
-           "\r\n\r\n" + std::string(answerBody);
+    return "HTTP/1.1 200 OK\r\nContent-Type: " + std::string(type) +
+           "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + std::string(body);
+}
+
+/// Whole answers by what is asked for: the files, and behind them what every other request gets.
+std::vector<std::string> answersWith(const std::vector<std::string> &files)
+{
+    std::vector<std::string> answers;
+    for (const auto &file : files)
+        answers.push_back(wholeAnswer("application/octet-stream", file));
+    answers.push_back(wholeAnswer("application/json", answerBody));
+    return answers;
+}
+
+/// The number that is the request's path; none for any other.
+std::size_t fileNumber(std::string_view request)
+{
+    constexpr std::string_view begin = "GET /";
+    std::size_t number = std::string_view::npos;
+    if (request.starts_with(begin))
+        std::from_chars(request.data() + begin.size(), request.data() + request.size(), number);
+    return number;
 }
 
 /// How many bytes the first request takes; 0 while it is not whole.
@@ -49,15 +69,21 @@ std::size_t requestSize(std::string_view received)
 
 using Clock = std::chrono::steady_clock;
 
+struct Debt
+{
+    Clock::time_point due;
+    const std::string *answer;
+};
+
 /// A client and what it is still owed.
 struct Client
 {
     std::string received;
-    std::vector<Clock::time_point> due;
+    std::vector<Debt> debts;
 };
 
 /// Takes what the client sent. False when the connection is over.
-bool receive(int socket, Client &client, std::chrono::milliseconds delay)
+bool receive(int socket, Client &client, const std::vector<std::string> &answers, std::chrono::milliseconds delay)
 {
     std::array<char, 16384> bytes;
     const auto count = read(socket, bytes.data(), bytes.size());
@@ -65,10 +91,11 @@ bool receive(int socket, Client &client, std::chrono::milliseconds delay)
         return false;
     client.received.append(bytes.data(), static_cast<std::size_t>(count));
     while (const auto size = requestSize(client.received)) {
-        const bool isAnswered = client.received.rfind(AnswerServer::heldRequest, 0) != 0;
+        const bool isAnswered = !client.received.starts_with(AnswerServer::heldRequest);
+        const auto &answer = answers[std::min(fileNumber(client.received), answers.size() - 1)];
         client.received.erase(0, size);
         if (isAnswered)
-            client.due.push_back(Clock::now() + delay);
+            client.debts.push_back({Clock::now() + delay, &answer});
     }
     return true;
 }
@@ -76,10 +103,10 @@ bool receive(int socket, Client &client, std::chrono::milliseconds delay)
 /// Answers what is due. False when the connection is over.
 bool answer(int socket, Client &client)
 {
-    static const std::string answerText = wholeAnswer();
-    while (!client.due.empty() && client.due.front() <= Clock::now()) {
-        client.due.erase(client.due.begin());
-        if (send(socket, answerText.data(), answerText.size(), MSG_NOSIGNAL) != ssize_t(answerText.size()))
+    while (!client.debts.empty() && client.debts.front().due <= Clock::now()) {
+        const std::string &text = *client.debts.front().answer;
+        client.debts.erase(client.debts.begin());
+        if (send(socket, text.data(), text.size(), MSG_NOSIGNAL) != ssize_t(text.size()))
             return false;
     }
     return true;
@@ -90,9 +117,9 @@ int untilDue(const std::vector<Client> &clients)
 {
     int least = -1;
     for (const auto &client : clients) {
-        if (client.due.empty())
+        if (client.debts.empty())
             continue;
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(client.due.front() - Clock::now()).count();
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(client.debts.front().due - Clock::now()).count();
         const int wait = std::max(0, static_cast<int>(left));
         least = least < 0 ? wait : std::min(least, wait);
     }
@@ -115,13 +142,15 @@ int listenOnLoopback(quint16 &port)
 
 } // namespace
 
-void AnswerServer::serve(int listener, int lifeline, std::chrono::milliseconds delay, Shared &shared)
+void AnswerServer::serve(int listener, int lifeline, const std::vector<std::string> &files,
+                         std::chrono::milliseconds delay, Shared &shared)
 {
+    const auto answers = answersWith(files);
     std::vector<pollfd> sockets{{lifeline, POLLIN, 0}, {listener, POLLIN, 0}};
     std::vector<Client> clients(sockets.size());
     while (poll(sockets.data(), sockets.size(), untilDue(clients)) >= 0 && !sockets[0].revents) {
         for (std::size_t i = 2; i < sockets.size(); ++i) {
-            const bool goesOn = !sockets[i].revents || receive(sockets[i].fd, clients[i], delay);
+            const bool goesOn = !sockets[i].revents || receive(sockets[i].fd, clients[i], answers, delay);
             if (sockets[i].fd >= 0 && (!goesOn || !answer(sockets[i].fd, clients[i]))) {
                 close(sockets[i].fd);
                 sockets[i].fd = -1; // poll() passes over it.
@@ -139,7 +168,7 @@ void AnswerServer::serve(int listener, int lifeline, std::chrono::milliseconds d
     }
 }
 
-AnswerServer::AnswerServer(std::chrono::milliseconds delay)
+AnswerServer::AnswerServer(std::chrono::milliseconds delay, const std::vector<std::string> &files)
 {
     void *const memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED)
@@ -155,7 +184,7 @@ AnswerServer::AnswerServer(std::chrono::milliseconds delay)
         qFatal("no process for the server");
     if (m_child == 0) {
         close(m_lifeline);
-        serve(listener, ends[0], delay, *m_shared);
+        serve(listener, ends[0], files, delay, *m_shared);
         _exit(0);
     }
     close(listener);

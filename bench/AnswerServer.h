@@ -6,19 +6,22 @@
 
 #include <atomic>
 #include <chrono>
+#include <string>
+#include <vector>
 
 namespace zelvano::bench {
 
 /// A service on 127.0.0.1 in a process of its own, so that its work is not counted as this one's. It gives every
-/// request the same answer, which suits each call that opens a view, and keeps its connections open.
+/// request the same answer, which suits each call that opens a view, or the file of that number, and keeps its
+/// connections open.
 class AnswerServer
 {
 public:
     /// What begins so is never answered: it keeps its connection from others.
     static constexpr auto heldRequest = "GET /hold";
 
-    /// Forks: to be made before any other thread is. Each answer waits for the delay.
-    explicit AnswerServer(std::chrono::milliseconds delay = {});
+    /// Forks: to be made before any other thread is. Each answer waits for the delay. The first file is at /0.
+    explicit AnswerServer(std::chrono::milliseconds delay = {}, const std::vector<std::string> &files = {});
     /// The child ends with its parent in any case.
     ~AnswerServer();
     Q_DISABLE_COPY_MOVE(AnswerServer)
@@ -34,7 +37,8 @@ private:
         std::atomic<int> connections;
     };
 
-    static void serve(int listener, int lifeline, std::chrono::milliseconds delay, Shared &shared);
+    static void serve(int listener, int lifeline, const std::vector<std::string> &files,
+                      std::chrono::milliseconds delay, Shared &shared);
 
     Shared *m_shared = nullptr;
     quint16 m_port = 0;

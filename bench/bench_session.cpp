@@ -113,6 +113,7 @@ int main(int argc, char **argv)
         waiting->playerEvent(QStringLiteral("pause"), subscriber);
     const double eachEvent = (bench::allocated() - beforeEvents) / waitingEvents;
 
+    bench::wait("the engines' answers", bench::allCallsEnded);
     const double beforeCalls = bench::allocated();
     for (int i = 0; i < calls; ++i)
         engine->playerEvent(QStringLiteral("pause"), subscriber);

@@ -56,12 +56,13 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     const QCommandLineOption script(u"script"_s, u"Replay a session from <file>."_s, u"file"_s);
     const QCommandLineOption screenshots(u"screenshots"_s, u"Where a script's screenshots go."_s, u"folder"_s, u"."_s);
     const QCommandLineOption trace(u"trace"_s, u"Write what happens to <file>, as JSON lines."_s, u"file"_s);
+    const QCommandLineOption stalls(u"stalls"_s, u"At the end, print what kept the main thread, as JSON."_s);
 
     QCommandLineParser parser;
     parser.setApplicationDescription(u"A host of ZelvanoUI: plays a video and shows further ones over it."_s);
     parser.addHelpOption();
     parser.addOptions({service, scenario, apiKey, page, suggestions, defaults, player, view, colors, video, script,
-                       screenshots, trace});
+                       screenshots, trace, stalls});
     parser.process(arguments);
 
     bool isNumber = true;
@@ -82,6 +83,7 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     options.script = parser.value(script);
     options.screenshots = parser.value(screenshots);
     options.trace = parser.value(trace);
+    options.stalls = parser.isSet(stalls);
     if (!isNumber || options.suggestions < 0)
         return refuse(u"--suggestions takes a number"_s);
     if (!known)

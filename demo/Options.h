@@ -26,6 +26,7 @@ struct Options
     QString script;
     QString screenshots;
     QString trace;
+    bool stalls = false; ///< Whether what kept the main thread is printed at the end.
 
     /// Nothing, after a line on stderr, when the arguments make no sense. Ends the process for --help.
     static std::optional<Options> parse(const QStringList &arguments);

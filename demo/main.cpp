@@ -6,6 +6,7 @@
 #include "StallProbe.h"
 
 #include <QFile>
+#include <QJsonDocument>
 #include <QPalette>
 #include <QQmlApplicationEngine>
 #include <QScopeGuard>
@@ -101,7 +102,12 @@ int main(int argc, char **argv)
             runner->start();
         }
         status = application.exec();
-        log.add(u"summary"_s, application.summary());
+        auto summary = application.summary();
+        log.add(u"summary"_s, summary);
+        if (options->stalls) {
+            summary.insert("longerThanAFrame"_L1, application.longerThanAFrame());
+            std::printf("%s\n", QJsonDocument(summary).toJson(QJsonDocument::Compact).constData());
+        }
     }
     return status;
 }

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Runs the benchmarks and writes their tables into docs/performance.md. With --short it only sees that they run.
+# Runs the benchmarks and writes their tables into docs/performance.md. With --short it runs them once, writes nothing,
+# and fails when a figure is ten times from what is wanted.
 # All load goes to 127.0.0.1.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -12,7 +13,7 @@ esac
 
 scripts/setup.sh
 cmake --preset release >/dev/null
-cmake --build --preset release --target zelvano_bench
+cmake --build --preset release --target zelvano_bench zelvano-demo
 results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
 
@@ -25,22 +26,38 @@ run() {
     --benchmark_counters_tabular=true --benchmark_out="$results/$program.json" --benchmark_out_format=json "$@"
 }
 
-# session TIMES: each in a process of its own.
-session() {
-  for _ in $(seq "$1"); do
-    timeout 60 build/release/bench/bench_session | tee -a "$results/bench_session.jsonl"
+# line PROGRAM TIMES: each in a process of its own, which prints a line.
+line() {
+  for _ in $(seq "$2"); do
+    timeout 60 "build/release/bench/$1" | tee -a "$results/$1.jsonl"
+  done
+}
+
+# stalls SCRIPT TIMES: a session of the demo on a screen of its own, without its screenshots, which take their time.
+stalls() {
+  sed '/^screenshot /d' "$1" >"$results/session.script"
+  for i in $(seq "$2"); do
+    env -u QT_QPA_PLATFORM -u QT_QUICK_BACKEND QT_MEDIA_BACKEND=ffmpeg timeout 120 \
+      xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' build/release/demo/zelvano-demo --stalls \
+      --script "$results/session.script" --defaults "$results/defaults-$i.ini" 2>"$results/demo.log" |
+      tee -a "$results/stalls.jsonl"
   done
 }
 
 # The views draw into memory: what is measured is not the screen.
 export QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software
+[ "$(id -u)" -ne 0 ] || export QTWEBENGINE_DISABLE_SANDBOX=1 # Chromium refuses to run as root with its sandbox on.
 
 if $short; then
   run bench_player_event --benchmark_repetitions=1
   run bench_delivery --benchmark_repetitions=1
   run bench_ready_answer --benchmark_repetitions=1 --benchmark_min_time=0.02
+  run bench_thumbnails --benchmark_repetitions=1
   run bench_list_view --benchmark_repetitions=1 --benchmark_min_time=0.02
-  session 1
+  line bench_overlay 1
+  stalls demo/smoke.script 1
+  line bench_session 1
+  python3 bench/tables.py "$results" --check
   exit
 fi
 
@@ -48,8 +65,11 @@ load=$(cut -d ' ' -f 1 /proc/loadavg)
 run bench_player_event --benchmark_repetitions=15
 run bench_delivery --benchmark_repetitions=25
 run bench_ready_answer --benchmark_repetitions=15 --benchmark_min_time=0.05
-run bench_list_view --benchmark_repetitions=5 --benchmark_min_time=0.05
-session 7
+run bench_thumbnails --benchmark_repetitions=25
+run bench_list_view --benchmark_repetitions=7 --benchmark_min_time=0.05
+line bench_overlay 7
+stalls demo/session.script 3
+line bench_session 7
 
 cpu=$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)
 virtual=$(grep -q '^flags.* hypervisor' /proc/cpuinfo && echo ', a virtual machine' || true)

@@ -62,18 +62,33 @@ private:
     DecodingPool()
     {
         m_pool.setObjectName(QStringLiteral("zelvano::DecodingPool"));
-        qAddPostRoutine([] { shared().m_pool.waitForDone(); });
+        qAddPostRoutine([] { shared().end(); });
     }
+
+    /// The application ends, and nobody waits for the pictures that have not begun.
+    void end()
+    {
+        std::deque<std::function<void()>> dropped;
+        {
+            const std::lock_guard lock(m_mutex);
+            m_jobs.swap(dropped);
+        }
+        m_pool.clear();
+        m_pool.waitForDone();
+    }
+
     std::function<void()> takeNext()
     {
         const std::lock_guard lock(m_mutex);
+        if (m_jobs.empty())
+            return [] {};
         auto job = std::move(m_jobs.front());
         m_jobs.pop_front();
         return job;
     }
 
     std::mutex m_mutex;
-    std::deque<std::function<void()>> m_jobs; ///< As many as the pool has runnables.
+    std::deque<std::function<void()>> m_jobs; ///< As many as the pool has runnables, until the end.
     QThreadPool m_pool;
 };
 

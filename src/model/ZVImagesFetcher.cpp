@@ -9,12 +9,30 @@ namespace zelvano {
 
 namespace {
 
+QString keyOf(const QUrl &url)
+{
+    return url.toString(QUrl::FullyEncoded);
+}
+
 void imageDidLoad(const QString &key, const QByteArray &bytes, ZVImagesFetcher::Completion completion)
 {
     decodeImageLater(bytes, [key, bytes, completion = std::move(completion)](const QImage &image) {
         if (!image.isNull())
             ZVImagesFetcher::cachedImages().store(key, bytes, [&] { completion(image, std::nullopt); });
     });
+}
+
+void download(const QUrl &url, const QString &key, ZVImagesFetcher::Completion completion)
+{
+    UrlRequest request;
+    request.url = url;
+    UrlSession::dataTask(request, [key, completion = std::move(completion)](const auto &data, const auto &,
+                                                                            const auto &error) mutable {
+        if (error)
+            completion({}, error);
+        else if (!data.isEmpty())
+            imageDidLoad(key, data, std::move(completion));
+    })->resume();
 }
 
 } // namespace
@@ -27,20 +45,20 @@ ImagesCache &ZVImagesFetcher::cachedImages()
 
 void ZVImagesFetcher::fetchImageAtURL(const QUrl &url, Completion completion)
 {
-    const auto key = url.toString(QUrl::FullyEncoded);
-    if (const auto bytes = cachedImages().bytes(key); !bytes.isEmpty()) {
+    const auto key = keyOf(url);
+    if (const auto bytes = cachedImages().bytes(key); !bytes.isEmpty())
         completion(decodedImage(bytes), std::nullopt);
-        return;
-    }
-    UrlRequest request;
-    request.url = url;
-    UrlSession::dataTask(request, [key, completion = std::move(completion)](const auto &data, const auto &,
-                                                                            const auto &error) mutable {
-        if (error)
-            completion({}, error);
-        else if (!data.isEmpty())
-            imageDidLoad(key, data, std::move(completion));
-    })->resume();
+    else
+        download(url, key, std::move(completion));
+}
+
+void ZVImagesFetcher::fetchImageInBackground(const QUrl &url, Completion completion)
+{
+    const auto key = keyOf(url);
+    if (const auto bytes = cachedImages().bytes(key); !bytes.isEmpty())
+        decodeImageLater(bytes, [completion = std::move(completion)](const auto &image) { completion(image, {}); });
+    else
+        download(url, key, std::move(completion));
 }
 
 } // namespace zelvano

@@ -29,6 +29,9 @@ public:
     /// says, or with the error of the transfer. An answer that is no picture is dropped: the completion never runs.
     /// Two calls for the same URL at once download it twice. Stopping the service's calls does not stop downloads.
     static void fetchImageAtURL(const QUrl &url, Completion completion);
+    /// The same for a thread that has no time to decode: a cached image, too, comes on a thread of the library's, and
+    /// without the lock.
+    static void fetchImageInBackground(const QUrl &url, Completion completion);
 };
 
 } // namespace zelvano

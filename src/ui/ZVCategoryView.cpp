@@ -90,7 +90,7 @@ void ZVCategoryView::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video)
 {
     if (!m_loadsThumbnails || !video->image().isNull() || !m_fetched.insert(video).second)
         return;
-    ZVImagesFetcher::fetchImageAtURL(
+    ZVImagesFetcher::fetchImageInBackground(
         video->imageUrl(), [weak = weak_from_this(), video](const QImage &image, const std::optional<Error> &error) {
             if (error)
                 ZV_LOG("Image Fetch Error " << error->description);

@@ -162,23 +162,38 @@ void ZVItemView::publishContentSize()
     Q_EMIT contentSizeChanged();
 }
 
+/// Cells around the viewport come with a later frame than those in it that had to be made.
 void ZVItemView::updateCells()
 {
     const double margin = extent() * marginShare;
+    const auto [firstSeen, endSeen] = m_layout.rowsBetween(offset(), offset() + extent());
     const auto [first, end] = m_layout.rowsBetween(offset() - margin, offset() + extent() + margin);
     recycleOutside(first, end);
     const bool isDataStale = std::exchange(m_isDataStale, false);
-    for (qint64 row = first; row < end; ++row) {
-        if (auto *const cell = cellForRow(row); cell && !isDataStale)
-            placeCell(cell);
-        else
-            showRow(row);
+    const auto before = m_cellCount;
+    updateRows(firstSeen, endSeen, isDataStale);
+    if (m_cellCount > before) {
+        recycleOutside(firstSeen, endSeen);
+        QMetaObject::invokeMethod(this, &QQuickItem::polish, Qt::QueuedConnection);
+    } else {
+        updateRows(first, firstSeen, isDataStale);
+        updateRows(std::max(first, endSeen), end, isDataStale);
     }
     for (const auto &waiting : std::as_const(m_reusable)) {
         for (auto *const cell : waiting)
             cell->setVisible(false);
     }
     markCurrent();
+}
+
+void ZVItemView::updateRows(qint64 first, qint64 end, bool isDataStale)
+{
+    for (qint64 row = first; row < end; ++row) {
+        if (auto *const cell = cellForRow(row); cell && !isDataStale)
+            placeCell(cell);
+        else
+            showRow(row);
+    }
 }
 
 void ZVItemView::recycleOutside(qint64 first, qint64 end)

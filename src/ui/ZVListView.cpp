@@ -18,6 +18,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const auto cellIdentifier = u"videoCell"_s;
+constexpr std::size_t fetchesAtOnce = 250;
 
 double ratioOf(const QImage &image)
 {
@@ -64,18 +65,34 @@ void ZVListView::setRecommendations(const std::shared_ptr<ZVRecommendation> &rec
     std::unordered_map<const ZVVideoParams *, qint64> firstPositions;
     for (std::size_t i = 0; i < list.size(); ++i)
         firstPositions.try_emplace(list[i].get(), static_cast<qint64>(i));
+    const auto missing = std::make_shared<ZVVideoList>();
     for (const auto &video : list) {
         // Compared with what has a cell, not with what is on its way: two of one id in one list both come in.
         if (!video || isKnown(video->videoId()))
             continue;
         video->setIndex(firstPositions[video.get()]);
-        fetchThumbnail(video);
+        missing->push_back(video);
     }
+    fetchThumbnails(missing, 0);
+}
+
+/// The rest of a long list waits for its turn: neither the first cells nor the host wait for it.
+void ZVListView::fetchThumbnails(const std::shared_ptr<const ZVVideoList> &videos, std::size_t first)
+{
+    const auto end = std::min(first + fetchesAtOnce, videos->size());
+    for (auto i = first; i < end; ++i)
+        fetchThumbnail((*videos)[i]);
+    if (end == videos->size())
+        return;
+    MainQueue::shared().post([weak = weak_from_this(), videos, end] {
+        if (const auto self = weak.lock())
+            self->fetchThumbnails(videos, end);
+    });
 }
 
 void ZVListView::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video)
 {
-    ZVImagesFetcher::fetchImageAtURL(
+    ZVImagesFetcher::fetchImageInBackground(
         video->imageUrl(), [weak = weak_from_this(), video](const QImage &image, const std::optional<Error> &error) {
             auto &queue = MainQueue::shared();
             // The cell comes in before the record holds its image.

@@ -65,6 +65,7 @@ private:
 
     bool isKnown(const QString &videoId) const;
     void remember(const QString &videoId);
+    void fetchThumbnails(const std::shared_ptr<const ZVVideoList> &videos, std::size_t first);
     void fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video);
     void imageDidArrive(const std::shared_ptr<ZVVideoParams> &video);
     void sortCells();

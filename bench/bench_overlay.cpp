@@ -1,0 +1,150 @@
+// From a pause to the frame that shows the overlay's page, which has been loaded before; what is left of it without
+// the half second that a pause must last. Against one frame: a plain item that becomes visible, in the same run. The
+// page, the web engine and the engine's calls are real; the player only says that it plays and pauses. Prints one line
+// of JSON: scripts/bench.sh runs it several times, for the page's first showing.
+
+#include "Application.h"
+#include "FakePlayer.h"
+#include "Sandbox.h"
+#include "UrlSession.h"
+#include "UserDefaults.h"
+#include "Window.h"
+#include "ZVAPIObject.h"
+#include "ZVImageView.h"
+#include "ZelvanoViewController.h"
+
+#include <QGuiApplication>
+#include <QLoggingCategory>
+#include <QQuickItem>
+#include <QScreen>
+#include <QTemporaryDir>
+#include <QtWebEngineQuick/qtwebenginequickglobal.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+using namespace zelvano;
+using namespace zelvano::bench;
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto pauseDelay = 500ms;
+constexpr int showings = 5;
+constexpr auto rest = 200ms; // What a change leaves to be done is done.
+constexpr QSizeF videoSize(400, 225);
+
+class ScreenPlayer : public FakePlayer
+{
+public:
+    explicit ScreenPlayer(QQuickItem *screen) : FakePlayer(u"http://videos.example/1.mp4"_s), m_screen(screen) {}
+    QObject *view() const override { return m_screen; }
+    QRectF videoBounds() const override { return {{}, videoSize}; }
+
+private:
+    QQuickItem *const m_screen;
+};
+
+void waitFor(std::chrono::milliseconds time)
+{
+    const auto end = Clock::now() + time;
+    Window::waitUntil([end] { return Clock::now() >= end; });
+}
+
+/// What the window shows of the page: not its close control, which is no part of the page.
+QImage picture(Window &window)
+{
+    return window.screen()->grabWindow(window.winId(), 60, 100, 120, 80).toImage();
+}
+
+/// Milliseconds from the moment until a frame, drawn for its own reasons, shows something else than before.
+double waitForChange(Window &window, const QImage &before, Clock::time_point since)
+{
+    bool hasChanged = false;
+    const auto look = [&] { hasChanged = hasChanged || (Clock::now() >= since && picture(window) != before); };
+    const auto connection = QObject::connect(&window, &QQuickWindow::frameSwapped, &window, look);
+    Window::waitUntil([&] { return hasChanged; });
+    QObject::disconnect(connection);
+    return secondsSince(since) * 1e3;
+}
+
+double median(std::vector<double> values)
+{
+    std::nth_element(values.begin(), values.begin() + showings / 2, values.end());
+    return values[showings / 2];
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_QUICK_BACKEND", "software");
+    if (geteuid() == 0)
+        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1"); // As root the web engine refuses to start with it.
+    QLoggingCategory::setFilterRules(u"zelvano*=false\nqt.webenginecontext=false"_s);
+    QtWebEngineQuick::initialize();
+    QGuiApplication application(argc, argv);
+
+    sandbox::Sandbox service;
+    if (!service.start())
+        qFatal("no port for the service");
+    const QTemporaryDir folder;
+    UserDefaults::standard().setFilePath(folder.filePath(u"defaults.ini"_s));
+    UrlSession::connectTo("api.zelvano.example:80", service.url().authority().toLatin1());
+
+    Window window;
+    QQuickItem screen;
+    screen.setParentItem(window.contentItem());
+    screen.setSize(videoSize);
+    QImage colour(1, 1, QImage::Format_RGB32);
+    colour.fill(Qt::red);
+    ZVImageView plain;
+    plain.setParentItem(window.contentItem());
+    plain.setSize(videoSize);
+    plain.setVisible(false);
+    plain.setImage(colour);
+    Application::shared().setKeyWindow(&window);
+    const auto player = std::make_shared<ScreenPlayer>(&screen);
+    auto controller = ZelvanoViewController::create(u"benchmark-key"_s);
+    controller->setPlayer(player, u"page"_s);
+    player->becomeReady();
+    Window::waitUntil([&] { return !controller->videoList().empty(); });
+    Window::waitUntil([&] { return controller->webView()->isReady(); });
+
+    const auto measure = [&] {
+        player->play();
+        waitFor(rest);
+        const auto before = picture(window);
+        const auto pause = Clock::now();
+        player->pause();
+        const double milliseconds = waitForChange(window, before, pause + pauseDelay);
+        player->play();
+        waitFor(rest);
+        return milliseconds;
+    };
+    const auto measureFloor = [&] {
+        const auto before = picture(window);
+        const auto begin = Clock::now();
+        plain.setVisible(true);
+        const double milliseconds = waitForChange(window, before, begin);
+        plain.setVisible(false);
+        waitFor(rest);
+        return milliseconds;
+    };
+    const double first = measure();
+    std::vector<double> further, floor;
+    for (int i = 0; i < showings; ++i) {
+        further.push_back(measure());
+        floor.push_back(measureFloor());
+    }
+    std::printf("{\"first_ms\": %g, \"further_ms\": %g, \"frame_ms\": %g}\n", first, median(further), median(floor));
+    controller->dismiss();
+    controller.reset();
+    ZVAPIObject::stopAllSessions();
+    return 0;
+}

@@ -1,0 +1,236 @@
+// A hundred thumbnails that are not cached, from the moment they are asked for: until the fetcher has handed over the
+// last, and until the list has drawn with it. Against a libcurl multi loop by hand whose answers QImage decodes on a
+// pool, in the same run; both have all cores.
+
+#include "AnswerServer.h"
+#include "Resources.h"
+#include "UrlCurl.h"
+#include "Window.h"
+#include "ZVImagesFetcher.h"
+#include "ZVListView.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QBuffer>
+#include <QGuiApplication>
+#include <QLoggingCategory>
+#include <QPainter>
+#include <QRandomGenerator>
+#include <QSemaphore>
+#include <QThread>
+#include <QThreadPool>
+
+#include <algorithm>
+#include <atomic>
+
+using namespace zelvano;
+using namespace zelvano::bench;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int thumbnails = 100;
+constexpr QSize thumbnailSize(480, 270);
+constexpr int connections = 6; // The library's.
+
+/// Pictures with as much in them as a still of a video has: about 30 kB each.
+std::vector<std::string> pictures()
+{
+    QRandomGenerator random(1);
+    std::vector<std::string> files;
+    for (int i = 0; i < thumbnails; ++i) {
+        QImage image(thumbnailSize, QImage::Format_RGB32);
+        image.fill(QColor::fromRgb(random.generate()));
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        for (int blot = 0; blot < 120; ++blot) {
+            const QPointF centre(random.bounded(thumbnailSize.width()), random.bounded(thumbnailSize.height()));
+            painter.setBrush(QColor::fromRgb(random.generate()));
+            painter.drawEllipse(centre, random.bounded(60.0), random.bounded(60.0));
+        }
+        painter.end();
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        if (!image.save(&buffer, "JPG", 85))
+            qFatal("Qt writes no JPEG");
+        files.push_back(buffer.data().toStdString());
+    }
+    return files;
+}
+
+QString urlOf(int number, quint16 port)
+{
+    return u"http://127.0.0.1:%1/%2"_s.arg(port).arg(number);
+}
+
+struct Cost
+{
+    double seconds;
+    double mainCpu;
+    double cpu;
+};
+
+template<class Run> Cost costOf(Run run)
+{
+    const double mainCpu = threadCpu();
+    const double cpu = processCpu();
+    const auto begin = Clock::now();
+    run();
+    return {secondsSince(begin), threadCpu() - mainCpu, processCpu() - cpu};
+}
+
+void check(const std::vector<QImage> &images)
+{
+    if (std::any_of(images.begin(), images.end(), [](auto &image) { return image.size() != thumbnailSize; }))
+        qFatal("a thumbnail did not come");
+}
+
+/// The main thread does nothing but ask and wait.
+void fetch(quint16 port)
+{
+    QSemaphore arrived;
+    std::atomic<int> onCaller = 0;
+    std::vector<QImage> images(thumbnails);
+    for (int i = 0; i < thumbnails; ++i) {
+        ZVImagesFetcher::fetchImageAtURL(QUrl(urlOf(i, port)),
+                                         [&, i, caller = QThread::currentThread()](const QImage &image, const auto &) {
+                                             images[std::size_t(i)] = image;
+                                             onCaller += QThread::currentThread() == caller;
+                                             arrived.release();
+                                         });
+    }
+    arrived.acquire(thumbnails);
+    if (onCaller > 0)
+        qFatal("thumbnails were decoded on the calling thread");
+    check(images);
+}
+
+void show(ZVListView &list, Window &window, const std::shared_ptr<ZVRecommendation> &recommendation)
+{
+    const auto videos = recommendation->videoList();
+    list.setRecommendations(recommendation);
+    Window::waitUntil([&] {
+        return std::none_of(videos.begin(), videos.end(), [](auto &video) { return video->image().isNull(); });
+    });
+    window.waitForFrame();
+}
+
+// By hand
+
+size_t keep(char *bytes, size_t, size_t size, void *file)
+{
+    static_cast<QByteArray *>(file)->append(bytes, qsizetype(size));
+    return size;
+}
+
+class ByHand
+{
+public:
+    explicit ByHand(quint16 port) : m_port(port), m_multi(curl_multi_init())
+    {
+        for (int i = 0; i < connections; ++i)
+            m_handles.emplace_back(curl_easy_init());
+    }
+
+    void fetch()
+    {
+        int started = 0;
+        std::vector<QImage> images(thumbnails);
+        const auto start = [&](CURL *easy) {
+            if (started == thumbnails)
+                return;
+            auto &file = m_files[std::size_t(started)];
+            file.clear();
+            curl_easy_setopt(easy, CURLOPT_URL, qPrintable(urlOf(started, m_port)));
+            curl_easy_setopt(easy, CURLOPT_PROXY, "");
+            curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+            curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, keep);
+            curl_easy_setopt(easy, CURLOPT_WRITEDATA, &file);
+            curl_easy_setopt(easy, CURLOPT_PRIVATE, &file);
+            curl_multi_add_handle(m_multi.get(), easy);
+            ++started;
+        };
+        for (const auto &easy : m_handles)
+            start(easy.get());
+        int ended = 0;
+        while (ended < thumbnails) {
+            const int before = ended;
+            int running = 0;
+            int left = 0;
+            curl_multi_perform(m_multi.get(), &running);
+            while (const CURLMsg *message = curl_multi_info_read(m_multi.get(), &left)) {
+                CURL *const easy = message->easy_handle;
+                QByteArray *file = nullptr;
+                curl_easy_getinfo(easy, CURLINFO_PRIVATE, &file);
+                m_pool.start([file, &image = images[std::size_t(file - m_files.data())]] {
+                    image = QImage::fromData(*file, "JPG");
+                });
+                curl_multi_remove_handle(m_multi.get(), easy);
+                ++ended;
+                start(easy);
+            }
+            if (ended == before)
+                curl_multi_poll(m_multi.get(), nullptr, 0, 1000, nullptr);
+        }
+        m_pool.waitForDone();
+        check(images);
+    }
+
+private:
+    const quint16 m_port;
+    std::vector<UrlEasyHandle> m_handles; // Before the multi handle, which goes first.
+    UrlMultiHandle m_multi;
+    std::vector<QByteArray> m_files = std::vector<QByteArray>(thumbnails);
+    QThreadPool m_pool;
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const AnswerServer server({}, pictures());
+    drawIntoMemory();
+    QLoggingCategory::setFilterRules(u"zelvano*=false"_s);
+    QGuiApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+
+    Window window;
+    ByHand byHand(server.port());
+    QJsonArray videos;
+    for (int i = 0; i < thumbnails; ++i)
+        videos.append(QJsonObject{{"videoId"_L1, QString::number(i)}, {"imageUrl"_L1, urlOf(i, server.port())}});
+
+    const auto load = [&](benchmark::State &state) {
+        for (auto _ : state) {
+            auto &cache = ZVImagesFetcher::cachedImages();
+            cache.removeAll();
+            const auto fetched = costOf([&] { fetch(server.port()); });
+            const auto floor = costOf([&] { byHand.fetch(); });
+            cache.removeAll();
+            const auto recommendation = recommendations({{"data"_L1, QJsonObject{{"videos"_L1, videos}}}});
+            const auto list = ZVListView::create();
+            list->view()->setParentItem(window.contentItem());
+            list->view()->setSize(windowSize);
+            window.waitForFrame();
+            const auto shown = costOf([&] { show(*list, window, recommendation); });
+            state.SetIterationTime(shown.seconds);
+            state.counters["floor_ms"] = floor.seconds * 1e3;
+            state.counters["fetched_ms"] = fetched.seconds * 1e3;
+            state.counters["shown_ms"] = shown.seconds * 1e3;
+            state.counters["floor_cpu_ms"] = floor.cpu * 1e3;
+            state.counters["fetched_cpu_ms"] = fetched.cpu * 1e3;
+            state.counters["shown_cpu_ms"] = shown.cpu * 1e3;
+            state.counters["fetched_main_ms"] = fetched.mainCpu * 1e3;
+            state.counters["shown_main_ms"] = shown.mainCpu * 1e3;
+            state.counters["fetched_ratio"] = fetched.seconds / floor.seconds;
+            state.counters["shown_ratio"] = shown.seconds / floor.seconds;
+            state.counters["fetched_cpu_ratio"] = fetched.cpu / floor.cpu;
+            state.counters["shown_cpu_ratio"] = shown.cpu / floor.cpu;
+        }
+    };
+    benchmark::RegisterBenchmark("thumbnails", load)->UseManualTime()->Iterations(1);
+    fetch(server.port()); // Connections and threads of both are there before anything is timed.
+    byHand.fetch();
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
