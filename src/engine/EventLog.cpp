@@ -40,13 +40,15 @@ constexpr std::array watchedNotifications{
     UIDeviceOrientationDidChangeNotification,
 };
 
-/// As JSON where it is JSON, else as text.
+/// As JSON where it is JSON, else as text; of what is neither, such as a picture, only how much it is.
 QJsonValue decoded(const QByteArray &data)
 {
     const auto document = QJsonDocument::fromJson(data);
     if (document.isObject())
         return document.object();
-    return document.isArray() ? QJsonValue(document.array()) : QJsonValue(QString::fromUtf8(data));
+    if (document.isArray())
+        return document.array();
+    return data.isValidUtf8() ? QString::fromUtf8(data) : u"%1 bytes"_s.arg(data.size());
 }
 
 QString textAt(const QJsonObject &fields, QLatin1StringView key)
