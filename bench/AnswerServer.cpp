@@ -12,18 +12,10 @@
 #include <array>
 #include <charconv>
 #include <new>
-#include <string>
-#include <string_view>
-#include <vector>
 
 namespace zelvano::bench {
 
 namespace {
-
-/// An hour between keep-alives: none comes in the way. Recommendations stay away as well.
-constexpr std::string_view answerBody =
-    R"({"status":200,"data":{"userId":"user-1","userUUID":"uuid-1","pageUUID":"page-1","viewUUID":"view-1"},)"
-    R"("sdkConfig":{"showUI":"false","keepALiveInterval":3600000}})";
 
 std::string wholeAnswer(std::string_view type, std::string_view body)
 {
@@ -32,12 +24,12 @@ std::string wholeAnswer(std::string_view type, std::string_view body)
 }
 
 /// Whole answers by what is asked for: the files, and behind them what every other request gets.
-std::vector<std::string> answersWith(const std::vector<std::string> &files)
+std::vector<std::string> answersWith(const std::vector<std::string> &files, std::string_view other)
 {
     std::vector<std::string> answers;
     for (const auto &file : files)
         answers.push_back(wholeAnswer("application/octet-stream", file));
-    answers.push_back(wholeAnswer("application/json", answerBody));
+    answers.push_back(wholeAnswer("application/json", other));
     return answers;
 }
 
@@ -142,10 +134,9 @@ int listenOnLoopback(quint16 &port)
 
 } // namespace
 
-void AnswerServer::serve(int listener, int lifeline, const std::vector<std::string> &files,
+void AnswerServer::serve(int listener, int lifeline, const std::vector<std::string> &answers,
                          std::chrono::milliseconds delay, Shared &shared)
 {
-    const auto answers = answersWith(files);
     std::vector<pollfd> sockets{{lifeline, POLLIN, 0}, {listener, POLLIN, 0}};
     std::vector<Client> clients(sockets.size());
     while (poll(sockets.data(), sockets.size(), untilDue(clients)) >= 0 && !sockets[0].revents) {
@@ -168,7 +159,8 @@ void AnswerServer::serve(int listener, int lifeline, const std::vector<std::stri
     }
 }
 
-AnswerServer::AnswerServer(std::chrono::milliseconds delay, const std::vector<std::string> &files)
+AnswerServer::AnswerServer(std::chrono::milliseconds delay, const std::vector<std::string> &files,
+                           std::string_view answer)
 {
     void *const memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED)
@@ -184,7 +176,7 @@ AnswerServer::AnswerServer(std::chrono::milliseconds delay, const std::vector<st
         qFatal("no process for the server");
     if (m_child == 0) {
         close(m_lifeline);
-        serve(listener, ends[0], files, delay, *m_shared);
+        serve(listener, ends[0], answersWith(files, answer), delay, *m_shared);
         _exit(0);
     }
     close(listener);

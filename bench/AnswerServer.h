@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zelvano::bench {
@@ -20,8 +21,14 @@ public:
     /// What begins so is never answered: it keeps its connection from others.
     static constexpr auto heldRequest = "GET /hold";
 
+    /// An answer that opens a view, without recommendations. An hour between keep-alives: none comes in the way.
+    static constexpr std::string_view openView =
+        R"({"status":200,"data":{"userId":"user-1","userUUID":"uuid-1","pageUUID":"page-1","viewUUID":"view-1"},)"
+        R"("sdkConfig":{"showUI":"false","keepALiveInterval":3600000}})";
+
     /// Forks: to be made before any other thread is. Each answer waits for the delay. The first file is at /0.
-    explicit AnswerServer(std::chrono::milliseconds delay = {}, const std::vector<std::string> &files = {});
+    explicit AnswerServer(std::chrono::milliseconds delay = {}, const std::vector<std::string> &files = {},
+                          std::string_view answer = openView);
     /// The child ends with its parent in any case.
     ~AnswerServer();
     Q_DISABLE_COPY_MOVE(AnswerServer)
@@ -37,7 +44,7 @@ private:
         std::atomic<int> connections;
     };
 
-    static void serve(int listener, int lifeline, const std::vector<std::string> &files,
+    static void serve(int listener, int lifeline, const std::vector<std::string> &answers,
                       std::chrono::milliseconds delay, Shared &shared);
 
     Shared *m_shared = nullptr;

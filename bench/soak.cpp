@@ -27,12 +27,19 @@ namespace {
 constexpr int rounds = 45;  // Of one viewing: five events each.
 constexpr int samples = 20; // Of a run.
 
+constexpr std::string_view answer =
+    R"({"status":200,"data":{"userId":"user-1","userUUID":"uuid-1","pageUUID":"page-1","viewUUID":"view-1","videos":[)"
+    R"({"videoId":"2","title":"Two","url":"http://videos.example/2.mp4"},)"
+    R"({"videoId":"3","title":"Three","url":"http://videos.example/3.mp4"}]},)"
+    R"("sdkConfig":{"showUI":"true","keepALiveInterval":3600000}})";
+
 class EventCount : public ZelvanoPrivateDelegate
 {
 public:
     void suggestionsDidFetched(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
                                const std::shared_ptr<ZVRecommendation> &) override
     {
+        ++recommendations;
     }
     void stateDidChanged(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &, const QString &) override
     {
@@ -44,6 +51,7 @@ public:
         ++overlays;
     }
 
+    int recommendations = 0;
     int events = 0;
     int overlays = 0;
 };
@@ -101,7 +109,7 @@ double slope(const std::vector<Sample> &found)
 
 int main(int argc, char **argv)
 {
-    const bench::AnswerServer server;
+    const bench::AnswerServer server({}, {}, answer);
     QCoreApplication application(argc, argv);
     QLoggingCategory::setFilterRules(QStringLiteral("zelvano*=false"));
     const int viewings = std::max(samples, argc > 1 ? QByteArray(argv[1]).toInt() : 1000);
@@ -125,9 +133,10 @@ int main(int argc, char **argv)
     found.erase(found.begin(), found.begin() + samples / 5);
     const auto [least, most] =
         std::minmax_element(found.begin(), found.end(), [](auto &a, auto &b) { return a.kilobytes < b.kilobytes; });
-    std::printf("%d viewings, %d events, %d overlays asked for; after the first fifth %.2f kB a 1,000 viewings "
-                "(%.1f to %.1f kB)\n",
-                viewings, listener->events, listener->overlays, slope(found), least->kilobytes, most->kilobytes);
+    std::printf("%d viewings, %d recommendations, %d events, %d overlays asked for; after the first fifth %.2f kB a "
+                "1,000 viewings (%.1f to %.1f kB)\n",
+                viewings, listener->recommendations, listener->events, listener->overlays, slope(found),
+                least->kilobytes, most->kilobytes);
     const bool isSteady = std::all_of(found.begin(), found.end(), [&](const auto &sample) {
         return sample.threads == found.front().threads && sample.descriptors <= found.front().descriptors;
     });

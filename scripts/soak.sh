@@ -19,12 +19,14 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 chmod 700 "$work"
 {
+  # A round takes a good 20 seconds; the demo is ended when the time is over. A video that has ended tells of no pause,
+  # so each round seeks back.
   echo 'wait-for recommendations'
-  # A round takes a good 20 seconds; the demo is ended when the time is over.
   for _ in $(seq $((minutes * 4))); do
     cat <<'ROUND'
+seek 1
 play
-wait 4000
+wait 3000
 pause
 wait-for overlay
 wait 500
@@ -40,15 +42,13 @@ wait-for hidden
 wait 3000
 tap-cell 1
 wait 3000
-seek 5
-wait 2000
 rotate portrait
 wait 1000
 rotate landscape
 wait 1000
 restart
 wait-for request events ready
-wait 2000
+wait 1000
 ROUND
   done
   echo quit
