@@ -111,24 +111,22 @@ private Q_SLOTS:
         QCOMPARE(m_sandbox.hits(url.path()), before + 2);
     }
 
-    void errors_data()
-    {
-        addColumns<QUrl, int>({"url", "code"});
-        QTest::newRow("absent") << QUrl() << int(UrlError::BadUrl);
-        QTest::newRow("file") << QUrl(u"file:///etc/hostname"_s) << int(UrlError::BadUrl);
-        QTest::newRow("cut") << m_sandbox.url(u"/thumbnails/2.jpg"_s) << int(UrlError::ConnectionLost);
-        QTest::newRow("nobody") << QUrl(u"http://127.0.0.1:1/1.jpg"_s) << int(UrlError::CannotConnect);
-    }
-
     void errors()
     {
-        QFETCH(const QUrl, url);
         fault(u"/thumbnails/2.jpg"_s, {Kind::CutWithinAnswer});
-        const auto result = resultOf(fetch(url));
-        QVERIFY(result && result->error && result->image.isNull());
-        QTEST(result->error->code, "code");
-        QVERIFY(result->thread != std::this_thread::get_id());
-        QCOMPARE(ZVImagesFetcher::cachedImages().count(), 0);
+        const std::pair<QUrl, UrlError> errors[] = {
+            {QUrl(), UrlError::BadUrl},
+            {QUrl(u"file:///etc/hostname"_s), UrlError::BadUrl},
+            {m_sandbox.url(u"/thumbnails/2.jpg"_s), UrlError::ConnectionLost},
+            {QUrl(u"http://127.0.0.1:1/1.jpg"_s), UrlError::CannotConnect},
+        };
+        for (const auto &[url, error] : errors) {
+            const auto result = resultOf(fetch(url));
+            QVERIFY(result && result->error && result->image.isNull());
+            QCOMPARE(result->error->code, int(error));
+            QVERIFY(result->thread != std::this_thread::get_id());
+            QCOMPARE(ZVImagesFetcher::cachedImages().count(), 0);
+        }
     }
 
     void httpStatusSaysOtherwise()

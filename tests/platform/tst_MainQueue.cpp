@@ -1,5 +1,5 @@
-#include "Columns.h"
 #include "MainQueue.h"
+#include "NotificationCenter.h"
 
 #include <QStringList>
 #include <QTest>
@@ -12,8 +12,9 @@
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-using zelvano::MainQueue;
+using namespace zelvano;
 
+/// What the main thread runs later, and the notifications that it hears.
 class tst_MainQueue : public QObject
 {
     Q_OBJECT
@@ -112,36 +113,30 @@ private Q_SLOTS:
         m_queue.cancelPreviousPerformRequests(this);
     }
 
-    void repetitionDoesNotStarveTheEventLoop_data()
-    {
-        addColumns<bool, bool>({"isDelayed", "isTestClock"});
-        QTest::newRow("posts") << false << false;
-        QTest::newRow("zero delays") << true << false;
-        QTest::newRow("zero delays on the test clock") << true << true;
-    }
-
     void repetitionDoesNotStarveTheEventLoop()
     {
-        QFETCH(bool, isDelayed);
-        QFETCH(bool, isTestClock);
-        if (isTestClock)
-            m_queue.useTestClock();
-        constexpr int enough = 100000;
-        int runs = 0;
-        bool otherRan = false;
-        std::function<void()> repeat = [&] {
-            if (otherRan || ++runs == enough)
-                return;
-            if (isDelayed)
-                m_queue.performAfterDelay(this, 0ms, repeat);
-            else
-                m_queue.post(repeat);
-        };
-        repeat();
-        QTimer::singleShot(0, this, [&] { otherRan = true; });
-        QTRY_VERIFY(otherRan);
-        QVERIFY2(runs > 1 && runs < enough, qPrintable(QString::number(runs)));
-        m_queue.cancelPreviousPerformRequests(this);
+        enum class Kind { Posts, ZeroDelays, ZeroDelaysOnTheTestClock };
+        for (const auto kind : {Kind::Posts, Kind::ZeroDelays, Kind::ZeroDelaysOnTheTestClock}) {
+            if (kind == Kind::ZeroDelaysOnTheTestClock)
+                m_queue.useTestClock();
+            constexpr int enough = 100000;
+            int runs = 0;
+            bool otherRan = false;
+            std::function<void()> repeat = [&] {
+                if (otherRan || ++runs == enough)
+                    return;
+                if (kind == Kind::Posts)
+                    m_queue.post(repeat);
+                else
+                    m_queue.performAfterDelay(this, 0ms, repeat);
+            };
+            repeat();
+            QTimer::singleShot(0, this, [&] { otherRan = true; });
+            QTRY_VERIFY(otherRan);
+            QVERIFY2(runs > 1 && runs < enough, qPrintable(QString::number(runs)));
+            m_queue.cancelPreviousPerformRequests(this);
+            QCoreApplication::processEvents(); // The last one that was posted.
+        }
     }
 
     /// Posted and delayed ones keep an order each.
@@ -169,10 +164,63 @@ private Q_SLOTS:
             QVERIFY(std::ranges::is_sorted(list));
     }
 
+    void removedObservers()
+    {
+        NotificationCenter center;
+        const int other = 0;
+        for (const auto name : {"a"_L1, "a"_L1, "b"_L1})
+            center.addObserver(this, name, hear(name));
+        center.addObserver(&other, u"a"_s, hear(u"other a"_s));
+        center.removeObserver(this, u"a"_s);
+        center.post({u"a"_s, {}, {}});
+        center.post({u"b"_s, {}, {}});
+        const QStringList expected{u"other a"_s, u"b"_s};
+        QCOMPARE(m_ran, expected);
+        center.removeObserver(this);
+        center.post({u"b"_s, {}, {}});
+        QCOMPARE(m_ran, expected);
+    }
+
+    void observersThatChangeWhilePosting()
+    {
+        NotificationCenter center;
+        const int first = 0, second = 0, third = 0;
+        center.addObserver(&first, u"n"_s, [&](const Notification &) {
+            m_ran.append(u"first"_s);
+            center.removeObserver(&first);
+            center.removeObserver(&second);
+            center.addObserver(&first, u"n"_s, hear(u"added"_s));
+            center.post({u"n"_s, {}, {}}); // Inside the delivery: those that stand now.
+            m_ran.append(u"back in first"_s);
+        });
+        center.addObserver(&second, u"n"_s, hear(u"second"_s));
+        center.addObserver(&third, u"n"_s, hear(u"third"_s));
+        center.post({u"n"_s, {}, {}});
+        const QStringList expected{u"first"_s, u"third"_s, u"added"_s, u"back in first"_s, u"third"_s};
+        QCOMPARE(m_ran, expected);
+    }
+
+    void notificationFromAnotherThread()
+    {
+        auto &center = NotificationCenter::defaultCenter();
+        center.addObserver(this, u"n"_s, [this](const Notification &notification) {
+            QVERIFY(MainQueue::isMainThread());
+            m_ran.append(notification.userInfo.value(u"key"_s).toString());
+        });
+        std::thread([&] { center.post({u"n"_s, {}, {{u"key"_s, u"value"_s}}}); }).join();
+        QVERIFY(m_ran.isEmpty());
+        QTRY_COMPARE(m_ran, QStringList{u"value"_s});
+        center.removeObserver(this);
+    }
+
 private:
     MainQueue::Task note(const QString &what)
     {
         return [this, what] { m_ran.append(what); };
+    }
+    NotificationCenter::Handler hear(const QString &what)
+    {
+        return [this, what](const Notification &) { m_ran.append(what); };
     }
     MainQueue::Task noteMoment(const QString &what, MainQueue::Duration start)
     {

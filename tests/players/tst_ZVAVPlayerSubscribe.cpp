@@ -178,9 +178,6 @@ private Q_SLOTS:
     void values()
     {
         QCOMPARE(m_adapter->playerId(), u"avplayer"_s);
-        QCOMPARE(m_adapter->parentView(), nullptr);
-        QCOMPARE(m_adapter->videoSize(), QSizeF(0, 0));
-        QVERIFY(qIsNaN(m_adapter->duration().value()));
         perform(u"ready, tick 1.5"_s);
         QCOMPARE(m_adapter->duration().value(), 60.0);
         QCOMPARE(m_adapter->currentPosition(), 1.5);

@@ -103,8 +103,10 @@ private:
             [&] { host.player->reachEnd(); },
             [&] { engine.playerEvent(PlayerEvent::RecommendationClick, nullptr); },
             [&] { engine.addRecommendationView(engine.playerEventsHandler()->currentSubscriber()); },
-            [&] { engine.removeListener(service.listener); },
-            [&] { engine.addListener(service.listener); },
+            [&] {
+                engine.removeListener(service.listener);
+                engine.addListener(service.listener);
+            },
             [&] { addFault(service, random); },
             [&] { random.bounded(10) == 0 ? engine.dismissZelvano() : engine.stop(); },
             [&] { host = makeHost(service); },
