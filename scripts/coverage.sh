@@ -13,6 +13,6 @@ ctest --preset coverage "$@"
 cd build/coverage
 llvm-profdata merge -sparse profiles/*.profraw -o tests.profdata
 mapfile -t objects < <(find . -name 'libZelvano*.so' -printf '-object\n%p\n')
-llvm_cov() { llvm-cov "$1" -instr-profile=tests.profdata "${objects[@]}" -ignore-filename-regex='/build/' "${@:2}"; }
+llvm_cov() { llvm-cov "$1" -instr-profile=tests.profdata "${objects[@]}" -ignore-filename-regex='_autogen/|\.rcc/' "${@:2}"; }
 llvm_cov show -format=html -show-branches=count -output-dir=. >/dev/null
 llvm_cov export -summary-only | python3 ../../scripts/coverage.py

@@ -1,3 +1,4 @@
+#include "Columns.h"
 #include "LogCollector.h"
 #include "ZVRecommendation.h"
 
@@ -14,12 +15,105 @@ class tst_ZVRecommendation : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void wrongTypes_data();
-    void wrongTypes();
-    void topLevelValues();
-    void categories();
-    void replacedLists();
-    void manyVideosFromManyThreads();
+    void wrongTypes_data()
+    {
+        // -1: there is no such list.
+        addColumns<QByteArray, int, int, QStringList, int>({"answer", "videos", "raw", "categories", "lines"});
+        const auto row = [](const char *answer, int videos, int raw, const QStringList &categories, int lines) {
+            QTest::newRow(answer) << QByteArray(answer) << videos << raw << categories << lines;
+        };
+        row(R"({"status":200})", 0, -1, {}, 0);
+        row(R"({"data":"x"})", 0, -1, {}, 0);
+        row(R"({"data":{"videos":null}})", 0, -1, {}, 0);
+        row(R"({"data":{"videos":{"0":{}}}})", 0, -1, {}, 0);
+        row(R"({"data":{"videos":[]}})", 0, 0, {}, 0);
+        row(R"({"data":{"videos":[1,null,"x",[],{"category":"A"}]}})", 1, 5, {u"A"_s}, 2);
+        row(R"({"data":{"videos":[{"category":7},{},{"category":""}]}})", 3, 3, {u""_s}, 1);
+    }
+
+    void wrongTypes()
+    {
+        QFETCH(QByteArray, answer);
+        const LogCollector log;
+        const auto recommendation = record(answer);
+        QTEST(static_cast<int>(recommendation->videoList().size()), "videos");
+        const auto raw = recommendation->videosArray();
+        QTEST(raw ? static_cast<int>(raw->size()) : -1, "raw");
+        QTEST(recommendation->categories(), "categories");
+        recommendation->videoList();
+        recommendation->categories();
+        QTEST(static_cast<int>(log.lines().size()), "lines"); // What was dropped, once for each list.
+        QVERIFY(!recommendation->videosForCategory(u"NONE"_s));
+    }
+
+    void topLevelValues()
+    {
+        QVERIFY(!record("{}"));
+        const auto top = record(R"({"viewUUID":"v","status":"200","data":{"viewUUID":"other","status":1}})");
+        QCOMPARE(top->viewUUID(), u"v"_s);
+        QCOMPARE(top->status(), QJsonValue(u"200"_s));
+        const auto inside = record(R"({"data":{"viewUUID":"other","status":1}})");
+        QVERIFY(inside->viewUUID().isNull());
+        QVERIFY(inside->status().isUndefined());
+    }
+
+    void categories()
+    {
+        const auto recommendation = record(R"({"data":{"videos":[{"title":"1","category":"MOSTVIEWED"},
+            {"title":"2","category":"FORYOU"},{"title":"3","category":"MOSTVIEWED"}]}})");
+        QVERIFY(recommendation->fetchedRecommendations().empty());
+        QCOMPARE(titles(recommendation->videosForCategory(u"MOSTVIEWED"_s)), (QStringList{u"1"_s, u"3"_s}));
+        QCOMPARE(titles(recommendation->videosForCategory(u"FORYOU"_s)), QStringList{u"2"_s});
+        QVERIFY(!recommendation->videosForCategory(u"foryou"_s));
+        const auto first = recommendation->categories();
+        QCOMPARE(first.size(), 2);
+        QCOMPARE(recommendation->categories(), first);
+        QCOMPARE(recommendation->fetchedRecommendations().size(), 2U); // Not grouped again.
+        QVERIFY(recommendation->videosForCategory(u"FORYOU"_s)->front() != recommendation->videoList().at(1));
+        QCOMPARE(recommendation->videoList().at(1), recommendation->videoList().at(1));
+    }
+
+    void replacedLists()
+    {
+        const auto recommendation =
+            record(R"({"data":{"videos":[{"title":"1","category":"A"},{"title":"2","category":"B"}]}})");
+        auto shorter = recommendation->videoList();
+        shorter.erase(shorter.begin());
+        recommendation->setVideoList(shorter);
+        recommendation->setVideosArray(QJsonArray{1});
+        QCOMPARE(titles(recommendation->videoList()), QStringList{u"2"_s});
+        QCOMPARE(recommendation->videosArray(), QJsonArray{1});
+        QCOMPARE(recommendation->categories().size(), 2);
+        recommendation->setVideoList(ZVVideoList());
+        QCOMPARE(recommendation->videoList().size(), 0U);
+        recommendation->setVideoList(std::nullopt);
+        recommendation->setVideosArray(std::nullopt);
+        QCOMPARE(titles(recommendation->videoList()), (QStringList{u"1"_s, u"2"_s}));
+        QCOMPARE(recommendation->videosArray()->size(), 2);
+    }
+
+    void manyVideosFromManyThreads()
+    {
+        constexpr int count = 1000;
+        QJsonArray videos;
+        for (int i = 0; i < count; ++i)
+            videos.append(QJsonObject{{"url"_L1, u"http://v/%1"_s.arg(i)}, {"category"_L1, u"C%1"_s.arg(i % 10)}});
+        const auto recommendation = recommendations({{"data"_L1, QJsonObject{{"videos"_L1, videos}}}});
+        std::vector<std::thread> threads;
+        std::atomic<int> right = 0;
+        for (int t = 0; t < 4; ++t) {
+            threads.emplace_back([&, t] {
+                const auto list = recommendation->videoList();
+                const auto group = recommendation->videosForCategory(u"C%1"_s.arg(t)).value_or(ZVVideoList());
+                right += list.size() == count && group.size() == count / 10 ? 1 : 0;
+                for (int i = 0; i < count; ++i) // The services' order, whoever asks first.
+                    right -= list[std::size_t(i)]->url() == QUrl(u"http://v/%1"_s.arg(i)) ? 0 : 1;
+            });
+        }
+        for (auto &thread : threads)
+            thread.join();
+        QCOMPARE(right.load(), 4);
+    }
 
 private:
     static std::shared_ptr<ZVRecommendation> record(const QByteArray &answer)
@@ -34,109 +128,6 @@ private:
         return titles;
     }
 };
-
-void tst_ZVRecommendation::wrongTypes_data()
-{
-    QTest::addColumn<QByteArray>("answer");
-    QTest::addColumn<int>("videos");
-    QTest::addColumn<int>("raw"); // -1: no such list.
-    QTest::addColumn<QStringList>("categories");
-    QTest::addColumn<int>("lines");
-    const auto row = [](const char *answer, int videos, int raw, const QStringList &categories, int lines) {
-        QTest::newRow(answer) << QByteArray(answer) << videos << raw << categories << lines;
-    };
-    row(R"({"status":200})", 0, -1, {}, 0);
-    row(R"({"data":"x"})", 0, -1, {}, 0);
-    row(R"({"data":{"videos":null}})", 0, -1, {}, 0);
-    row(R"({"data":{"videos":{"0":{}}}})", 0, -1, {}, 0);
-    row(R"({"data":{"videos":[]}})", 0, 0, {}, 0);
-    row(R"({"data":{"videos":[1,null,"x",[],{"category":"A"}]}})", 1, 5, {u"A"_s}, 2);
-    row(R"({"data":{"videos":[{"category":7},{},{"category":""}]}})", 3, 3, {u""_s}, 1);
-}
-
-void tst_ZVRecommendation::wrongTypes()
-{
-    QFETCH(QByteArray, answer);
-    const LogCollector log;
-    const auto recommendation = record(answer);
-    QTEST(static_cast<int>(recommendation->videoList().size()), "videos");
-    const auto raw = recommendation->videosArray();
-    QTEST(raw ? static_cast<int>(raw->size()) : -1, "raw");
-    QTEST(recommendation->categories(), "categories");
-    recommendation->videoList();
-    recommendation->categories();
-    QTEST(static_cast<int>(log.lines().size()), "lines"); // What was dropped, once for each list.
-    QVERIFY(!recommendation->videosForCategory(u"NONE"_s));
-}
-
-void tst_ZVRecommendation::topLevelValues()
-{
-    QVERIFY(!record("{}"));
-    const auto top = record(R"({"viewUUID":"v","status":"200","data":{"viewUUID":"other","status":1}})");
-    QCOMPARE(top->viewUUID(), u"v"_s);
-    QCOMPARE(top->status(), QJsonValue(u"200"_s));
-    const auto inside = record(R"({"data":{"viewUUID":"other","status":1}})");
-    QVERIFY(inside->viewUUID().isNull());
-    QVERIFY(inside->status().isUndefined());
-}
-
-void tst_ZVRecommendation::categories()
-{
-    const auto recommendation = record(R"({"data":{"videos":[{"title":"1","category":"MOSTVIEWED"},
-        {"title":"2","category":"FORYOU"},{"title":"3","category":"MOSTVIEWED"}]}})");
-    QVERIFY(recommendation->fetchedRecommendations().empty());
-    QCOMPARE(titles(recommendation->videosForCategory(u"MOSTVIEWED"_s)), (QStringList{u"1"_s, u"3"_s}));
-    QCOMPARE(titles(recommendation->videosForCategory(u"FORYOU"_s)), QStringList{u"2"_s});
-    QVERIFY(!recommendation->videosForCategory(u"foryou"_s));
-    const auto first = recommendation->categories();
-    QCOMPARE(first.size(), 2);
-    QCOMPARE(recommendation->categories(), first);
-    QCOMPARE(recommendation->fetchedRecommendations().size(), 2U); // Not grouped again.
-    QVERIFY(recommendation->videosForCategory(u"FORYOU"_s)->front() != recommendation->videoList().at(1));
-    QCOMPARE(recommendation->videoList().at(1), recommendation->videoList().at(1));
-}
-
-void tst_ZVRecommendation::replacedLists()
-{
-    const auto recommendation =
-        record(R"({"data":{"videos":[{"title":"1","category":"A"},{"title":"2","category":"B"}]}})");
-    auto shorter = recommendation->videoList();
-    shorter.erase(shorter.begin());
-    recommendation->setVideoList(shorter);
-    recommendation->setVideosArray(QJsonArray{1});
-    QCOMPARE(titles(recommendation->videoList()), QStringList{u"2"_s});
-    QCOMPARE(recommendation->videosArray(), QJsonArray{1});
-    QCOMPARE(recommendation->categories().size(), 2);
-    recommendation->setVideoList(ZVVideoList());
-    QCOMPARE(recommendation->videoList().size(), 0U);
-    recommendation->setVideoList(std::nullopt);
-    recommendation->setVideosArray(std::nullopt);
-    QCOMPARE(titles(recommendation->videoList()), (QStringList{u"1"_s, u"2"_s}));
-    QCOMPARE(recommendation->videosArray()->size(), 2);
-}
-
-void tst_ZVRecommendation::manyVideosFromManyThreads()
-{
-    constexpr int count = 1000;
-    QJsonArray videos;
-    for (int i = 0; i < count; ++i)
-        videos.append(QJsonObject{{"url"_L1, u"http://v/%1"_s.arg(i)}, {"category"_L1, u"C%1"_s.arg(i % 10)}});
-    const auto recommendation = recommendations({{"data"_L1, QJsonObject{{"videos"_L1, videos}}}});
-    std::vector<std::thread> threads;
-    std::atomic<int> right = 0;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&, t] {
-            const auto list = recommendation->videoList();
-            const auto group = recommendation->videosForCategory(u"C%1"_s.arg(t)).value_or(ZVVideoList());
-            right += list.size() == count && group.size() == count / 10 ? 1 : 0;
-            for (int i = 0; i < count; ++i) // The services' order, whoever asks first.
-                right -= list[std::size_t(i)]->url() == QUrl(u"http://v/%1"_s.arg(i)) ? 0 : 1;
-        });
-    }
-    for (auto &thread : threads)
-        thread.join();
-    QCOMPARE(right.load(), 4);
-}
 
 QTEST_GUILESS_MAIN(tst_ZVRecommendation)
 #include "tst_ZVRecommendation.moc"

@@ -1,3 +1,4 @@
+#include "Columns.h"
 #include "FakePlayer.h"
 #include "MainQueue.h"
 
@@ -12,12 +13,95 @@ class tst_AVPlayer : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
+    void init()
+    {
+        MainQueue::shared().useTestClock();
+        m_start = MainQueue::shared().now();
+        m_player = std::make_shared<FakePlayer>();
+    }
+
     void cleanup() { MainQueue::shared().useRealClock(); }
-    void ticks();
-    void itemIsCurrentBeforeItLoads();
-    void observerEndsItself_data();
-    void observerEndsItself();
+
+    void ticks()
+    {
+        m_player->addPeriodicTimeObserver(200ms, note(u"a"_s));
+        QCOMPARE(advance(1s), QStringList());
+        m_player->jumpTo(7);
+        QCOMPARE(advance(0ms), QStringList{u"a 7@1000"_s}); // At once, also while nothing plays.
+
+        m_player->play();
+        QCOMPARE(advance(199ms), QStringList());
+        QStringList expected{u"a 7@1200"_s, u"a 7@1400"_s};
+        QCOMPARE(advance(201ms), expected);
+        const auto token = m_player->addPeriodicTimeObserver(100ms, note(u"b"_s)); // Another one, while it plays.
+        expected = {u"b 7@1500"_s, u"a 7@1600"_s, u"b 7@1600"_s};
+        QCOMPARE(advance(200ms), expected);
+        m_player->setRate(2); // The interval starts anew, and there is still one tick for each.
+        m_player->removeTimeObserver(token);
+        m_player->removeTimeObserver(token);
+        m_player->jumpTo(30);
+        expected = {u"a 30@1600"_s, u"a 30@1800"_s};
+        QCOMPARE(advance(399ms), expected);
+        m_player->pause();
+        QCOMPARE(advance(1h), QStringList());
+    }
+
+    void itemIsCurrentBeforeItLoads()
+    {
+        struct LoadingPlayer : FakePlayer
+        {
+            QStringList steps;
+            void loadItem(const std::shared_ptr<AVPlayerItem> &item) override
+            {
+                steps.append(item ? u"load "_s + item->asset().URL().toString() : u"unload"_s);
+            }
+        } player;
+        const auto replace = [&](const QString &url) {
+            player.replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(QUrl(url))));
+        };
+        connect(&player, &AVPlayer::currentItemChanged, this, [&] {
+            player.steps.append(u"current "_s + player.url());
+            if (player.url() == "x:refused"_L1)
+                replace(u"x:instead"_s);
+        });
+        replace(u"x:1"_s);
+        player.replaceCurrentItemWithPlayerItem(nullptr);
+        replace(u"x:refused"_s); // Never loaded: it is no more the current one by then.
+        const QStringList expected{u"current x:1"_s,       u"load x:1"_s,          u"current "_s,      u"unload"_s,
+                                   u"current x:refused"_s, u"current x:instead"_s, u"load x:instead"_s};
+        QCOMPARE(player.steps, expected);
+    }
+
+    void observerEndsItself()
+    {
+        for (const bool byJump : {false, true}) {
+            std::shared_ptr<AVPlayer::TimeObserverToken> first, second;
+            first = m_player->addPeriodicTimeObserver(200ms, [&](double) {
+                m_ticks.append(u"first"_s);
+                m_player->removeTimeObserver(first);
+                m_player->removeTimeObserver(second);
+            });
+            second = m_player->addPeriodicTimeObserver(200ms, note(u"second"_s));
+            const auto last = m_player->addPeriodicTimeObserver(200ms, note(u"last"_s));
+            moveOn(byJump);
+            QCOMPARE(advance(399ms), QStringList({u"first"_s, byJump ? u"last 1@0"_s : u"last 0@200"_s}));
+            init();
+        }
+    }
+
+    void observerEndsThePlayer()
+    {
+        for (const bool byJump : {false, true}) {
+            m_player->addPeriodicTimeObserver(200ms, [this](double) {
+                m_ticks.append(u"first"_s);
+                m_player.reset();
+            });
+            m_player->addPeriodicTimeObserver(200ms, note(u"second"_s));
+            moveOn(byJump);
+            QCOMPARE(advance(399ms), QStringList{u"first"_s});
+            init();
+        }
+    }
 
 private:
     AVPlayer::TimeObserver note(const QString &what)
@@ -26,6 +110,13 @@ private:
             const auto moment = (MainQueue::shared().now() - m_start).count();
             m_ticks.append(u"%1 %2@%3"_s.arg(what).arg(seconds).arg(moment));
         };
+    }
+    void moveOn(bool byJump)
+    {
+        if (byJump)
+            m_player->jumpTo(1);
+        else
+            m_player->play();
     }
     QStringList advance(std::chrono::milliseconds time)
     {
@@ -37,99 +128,6 @@ private:
     MainQueue::Duration m_start{};
     QStringList m_ticks;
 };
-
-void tst_AVPlayer::init()
-{
-    MainQueue::shared().useTestClock();
-    m_start = MainQueue::shared().now();
-    m_player = std::make_shared<FakePlayer>();
-}
-
-void tst_AVPlayer::ticks()
-{
-    m_player->addPeriodicTimeObserver(200ms, note(u"a"_s));
-    QCOMPARE(advance(1s), QStringList());
-    m_player->jumpTo(7);
-    QCOMPARE(advance(0ms), QStringList{u"a 7@1000"_s}); // At once, also while nothing plays.
-
-    m_player->play();
-    QCOMPARE(advance(199ms), QStringList());
-    QStringList expected{u"a 7@1200"_s, u"a 7@1400"_s};
-    QCOMPARE(advance(201ms), expected);
-    const auto token = m_player->addPeriodicTimeObserver(100ms, note(u"b"_s)); // Another one, while it plays.
-    expected = {u"b 7@1500"_s, u"a 7@1600"_s, u"b 7@1600"_s};
-    QCOMPARE(advance(200ms), expected);
-    m_player->setRate(2); // The interval starts anew, and there is still one tick for each.
-    m_player->removeTimeObserver(token);
-    m_player->removeTimeObserver(token);
-    m_player->jumpTo(30);
-    expected = {u"a 30@1600"_s, u"a 30@1800"_s};
-    QCOMPARE(advance(399ms), expected);
-    m_player->pause();
-    QCOMPARE(advance(1h), QStringList());
-}
-
-void tst_AVPlayer::itemIsCurrentBeforeItLoads()
-{
-    struct LoadingPlayer : FakePlayer
-    {
-        QStringList steps;
-        void loadItem(const std::shared_ptr<AVPlayerItem> &item) override
-        {
-            steps.append(item ? u"load "_s + item->asset().URL().toString() : u"unload"_s);
-        }
-    } player;
-    const auto replace = [&](const QString &url) {
-        player.replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(QUrl(url))));
-    };
-    connect(&player, &AVPlayer::currentItemChanged, this, [&] {
-        player.steps.append(u"current "_s + player.url());
-        if (player.url() == "x:refused"_L1)
-            replace(u"x:instead"_s);
-    });
-    replace(u"x:1"_s);
-    player.replaceCurrentItemWithPlayerItem(nullptr);
-    replace(u"x:refused"_s); // Never loaded: it is no more the current one by then.
-    const QStringList expected{u"current x:1"_s,       u"load x:1"_s,          u"current "_s,      u"unload"_s,
-                               u"current x:refused"_s, u"current x:instead"_s, u"load x:instead"_s};
-    QCOMPARE(player.steps, expected);
-}
-
-void tst_AVPlayer::observerEndsItself_data()
-{
-    QTest::addColumn<bool>("byJump");
-    QTest::addColumn<bool>("endsPlayer");
-    for (const bool byJump : {false, true}) {
-        QTest::addRow("removes, %s", byJump ? "jump" : "tick") << byJump << false;
-        QTest::addRow("destroys the player, %s", byJump ? "jump" : "tick") << byJump << true;
-    }
-}
-
-void tst_AVPlayer::observerEndsItself()
-{
-    QFETCH(bool, byJump);
-    QFETCH(bool, endsPlayer);
-    std::shared_ptr<AVPlayer::TimeObserverToken> first, second;
-    first = m_player->addPeriodicTimeObserver(200ms, [&](double) {
-        m_ticks.append(u"first"_s);
-        if (endsPlayer) {
-            m_player.reset();
-        } else {
-            m_player->removeTimeObserver(first);
-            m_player->removeTimeObserver(second);
-        }
-    });
-    second = m_player->addPeriodicTimeObserver(200ms, note(u"second"_s));
-    const auto last = endsPlayer ? nullptr : m_player->addPeriodicTimeObserver(200ms, note(u"last"_s));
-    if (byJump)
-        m_player->jumpTo(1);
-    else
-        m_player->play();
-    const auto expected = endsPlayer ? QStringList{u"first"_s}
-                          : byJump   ? QStringList{u"first"_s, u"last 1@0"_s}
-                                     : QStringList{u"first"_s, u"last 0@200"_s};
-    QCOMPARE(advance(399ms), expected);
-}
 
 QTEST_GUILESS_MAIN(tst_AVPlayer)
 #include "tst_AVPlayer.moc"

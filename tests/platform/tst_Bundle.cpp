@@ -14,9 +14,45 @@ class tst_Bundle : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void brokenInfo();
-    void besideTheExecutable();
-    void loadedBundleWins();
+    void brokenInfo()
+    {
+        for (const QByteArray info : {"[]", "{", "", "7"}) {
+            const LogCollector log;
+            QVERIFY(!Bundle::atPath(write(m_folder.filePath(u"broken.bundle"_s), info)));
+            QCOMPARE(log.lines().size(), 1);
+        }
+        const auto bundle = Bundle::atPath(write(m_folder.path(), R"({"CFBundleShortVersionString":7})"));
+        QVERIFY(bundle && bundle->infoValue(u"CFBundleShortVersionString"_s).isNull()); // A number is no version text.
+    }
+
+    void besideTheExecutable()
+    {
+        QVERIFY(!Bundle::inMainBundle(u"NoSuchResources"_s, u"bundle"_s));
+        const auto compiledIn = Bundle::inMainBundle(u"ZelvanoUIResources"_s, u"bundle"_s);
+        QVERIFY(compiledIn);
+        QCOMPARE(compiledIn->infoValue(u"CFBundleIdentifier"_s), u"ZelvanoUI"_s);
+
+        const QTemporaryDir host(QCoreApplication::applicationDirPath() + "/tst_BundleXXXXXX"_L1);
+        const auto name = QDir(host.path()).dirName() + "/Host"_L1;
+        const auto folder = write(host.filePath(u"Host.bundle"_s), R"({"CFBundleShortVersionString":"9.9"})");
+        QVERIFY(QFile::copy(folder + "/Info.json"_L1, folder + "/View.qml"_L1));
+        const auto beside = Bundle::inMainBundle(name, u"bundle"_s);
+        QVERIFY(beside);
+        QCOMPARE(beside->infoValue(u"CFBundleShortVersionString"_s), u"9.9"_s);
+        QCOMPARE(beside->resource(u"View"_s, u"qml"_s), QUrl::fromLocalFile(folder + "/View.qml"_L1));
+        QVERIFY(!beside->resource(u"Other"_s, u"qml"_s).isValid());
+    }
+
+    void loadedBundleWins()
+    {
+        QCOMPARE(zelvano::zelvanoBundle()->path(), u":/ZelvanoUIResources.bundle"_s);
+        for (const auto version : {"1"_L1, "2"_L1}) {
+            auto info = R"({"CFBundleIdentifier":"ZelvanoUI","CFBundleShortVersionString":"@"})"_ba;
+            info.replace("@", version.data());
+            Bundle::load(*Bundle::atPath(write(m_folder.filePath(version), info)));
+            QCOMPARE(zelvano::zelvanoBundle()->infoValue(u"CFBundleShortVersionString"_s), version);
+        }
+    }
 
 private:
     static QString write(const QString &folder, const QByteArray &info)
@@ -28,46 +64,6 @@ private:
 
     const QTemporaryDir m_folder;
 };
-
-void tst_Bundle::brokenInfo()
-{
-    for (const QByteArray info : {"[]", "{", "", "7"}) {
-        const LogCollector log;
-        QVERIFY(!Bundle::atPath(write(m_folder.filePath(u"broken.bundle"_s), info)));
-        QCOMPARE(log.lines().size(), 1);
-    }
-    const auto bundle = Bundle::atPath(write(m_folder.path(), R"({"CFBundleShortVersionString":7})"));
-    QVERIFY(bundle && bundle->infoValue(u"CFBundleShortVersionString"_s).isNull()); // A number is no version text.
-}
-
-void tst_Bundle::besideTheExecutable()
-{
-    QVERIFY(!Bundle::inMainBundle(u"NoSuchResources"_s, u"bundle"_s));
-    const auto compiledIn = Bundle::inMainBundle(u"ZelvanoUIResources"_s, u"bundle"_s);
-    QVERIFY(compiledIn);
-    QCOMPARE(compiledIn->infoValue(u"CFBundleIdentifier"_s), u"ZelvanoUI"_s);
-
-    const QTemporaryDir host(QCoreApplication::applicationDirPath() + "/tst_BundleXXXXXX"_L1);
-    const auto name = QDir(host.path()).dirName() + "/Host"_L1;
-    const auto folder = write(host.filePath(u"Host.bundle"_s), R"({"CFBundleShortVersionString":"9.9"})");
-    QVERIFY(QFile::copy(folder + "/Info.json"_L1, folder + "/View.qml"_L1));
-    const auto beside = Bundle::inMainBundle(name, u"bundle"_s);
-    QVERIFY(beside);
-    QCOMPARE(beside->infoValue(u"CFBundleShortVersionString"_s), u"9.9"_s);
-    QCOMPARE(beside->resource(u"View"_s, u"qml"_s), QUrl::fromLocalFile(folder + "/View.qml"_L1));
-    QVERIFY(!beside->resource(u"Other"_s, u"qml"_s).isValid());
-}
-
-void tst_Bundle::loadedBundleWins()
-{
-    QCOMPARE(zelvano::zelvanoBundle()->path(), u":/ZelvanoUIResources.bundle"_s);
-    for (const auto version : {"1"_L1, "2"_L1}) {
-        const auto info =
-            R"({"CFBundleIdentifier":"ZelvanoUI","CFBundleShortVersionString":")" + QByteArray(version.data()) + "\"}";
-        Bundle::load(*Bundle::atPath(write(m_folder.filePath(version), info)));
-        QCOMPARE(zelvano::zelvanoBundle()->infoValue(u"CFBundleShortVersionString"_s), version);
-    }
-}
 
 QTEST_GUILESS_MAIN(tst_Bundle)
 #include "tst_Bundle.moc"

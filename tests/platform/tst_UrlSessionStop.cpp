@@ -45,101 +45,72 @@ class tst_UrlSessionStop : public QObject
 private Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
 
-    void stopsWithTheApplication_data();
-    void stopsWithTheApplication();
-    void stuckResolver();
-    void resumeWhileStopping();
-    void endsWithoutApplication_data();
-    void endsWithoutApplication();
-};
-
-void tst_UrlSessionStop::stopsWithTheApplication_data()
-{
-    QTest::addColumn<RawServer::Script>("script");
-    QTest::addColumn<QString>("scheme");
-    const RawServer::Script dripping = [](Connection &connection) {
-        bool isOpen = connection.write("HTTP/1.1 200 OK\r\n");
-        while (isOpen && !connection.pause(5ms))
-            isOpen = connection.write("X: y\r\n");
-    };
-    QTest::newRow("silent peer") << silence() << u"http"_s;
-    QTest::newRow("dripping peer") << dripping << u"http"_s;
-    QTest::newRow("silent handshake") << silence() << u"https"_s;
-}
-
-void tst_UrlSessionStop::stopsWithTheApplication()
-{
-    QFETCH(const RawServer::Script, script);
-    QFETCH(const QString, scheme);
-    RawServer server(script);
-    QUrl url = server.url();
-    url.setScheme(scheme);
-    int count = 0;
-    auto app = std::make_unique<QCoreApplication>(count, nullptr);
-    auto loads = resumed(3 * 6, url);
-    QVERIFY(server.awaitConnections(6));
-    const auto start = std::chrono::steady_clock::now();
-    app.reset();
-    QVERIFY(std::chrono::steady_clock::now() - start < 500ms);
-    for (UrlLoad &load : loads) {
-        QCOMPARE(load.runs(), 1);
-        QCOMPARE(load.result().errorCode(), int(UrlError::Cancelled));
+    void stopsWithTheApplication_data() { addBadNetworks(); }
+    void stopsWithTheApplication()
+    {
+        QFETCH(const RawServer::Script, script);
+        QFETCH(const bool, isSecure);
+        RawServer server(script);
+        int count = 0;
+        auto app = std::make_unique<QCoreApplication>(count, nullptr);
+        auto loads = resumed(3 * 6, server.url("/", isSecure));
+        QVERIFY(server.awaitConnections(6));
+        const auto start = std::chrono::steady_clock::now();
+        app.reset();
+        QVERIFY(std::chrono::steady_clock::now() - start < 500ms);
+        for (UrlLoad &load : loads) {
+            QCOMPARE(load.runs(), 1);
+            QCOMPARE(load.result().errorCode(), int(UrlError::Cancelled));
+        }
     }
-}
 
-void tst_UrlSessionStop::stuckResolver()
-{
-    int count = 0;
-    auto app = std::make_unique<QCoreApplication>(count, nullptr);
-    const auto start = std::chrono::steady_clock::now();
-    UrlLoad impatient(urlGet(QUrl(u"http://stuck.test/"_s), 100ms));
-    QCOMPARE(impatient.resume().result().errorCode(), int(UrlError::TimedOut));
-    QVERIFY(resolverIsStuck.try_acquire_for(10s));
+    void stuckResolver()
+    {
+        int count = 0;
+        auto app = std::make_unique<QCoreApplication>(count, nullptr);
+        const auto start = std::chrono::steady_clock::now();
+        UrlLoad impatient(urlGet(QUrl(u"http://stuck.test/"_s), 100ms));
+        QCOMPARE(impatient.resume().result().errorCode(), int(UrlError::TimedOut));
+        QVERIFY(resolverIsStuck.try_acquire_for(10s));
 
-    UrlLoad patient(urlGet(QUrl(u"http://stuck.test/"_s)));
-    patient.resume();
-    QVERIFY(resolverIsStuck.try_acquire_for(10s));
-    app.reset();
-    QCOMPARE(patient.runs(), 1);
-    QCOMPARE(patient.result().errorCode(), int(UrlError::Cancelled));
-    // Only now: nothing above waited for the resolver.
-    resolverMayGo.release(2);
-    QVERIFY(std::chrono::steady_clock::now() - start < 2s);
-}
+        UrlLoad patient(urlGet(QUrl(u"http://stuck.test/"_s)));
+        patient.resume();
+        QVERIFY(resolverIsStuck.try_acquire_for(10s));
+        app.reset();
+        QCOMPARE(patient.runs(), 1);
+        QCOMPARE(patient.result().errorCode(), int(UrlError::Cancelled));
+        // Only now: nothing above waited for the resolver.
+        resolverMayGo.release(2);
+        QVERIFY(std::chrono::steady_clock::now() - start < 2s);
+    }
 
-void tst_UrlSessionStop::resumeWhileStopping()
-{
-    RawServer quiet(silence());
-    RawServer server(always(httpAnswer("{}")));
-    int count = 0;
-    auto app = std::make_unique<QCoreApplication>(count, nullptr);
-    UrlLoad second(urlGet(server.url()));
-    UrlSession::dataTask(urlGet(quiet.url()), [&](auto &&...) { second.resume(); })->resume();
-    QVERIFY(quiet.awaitRequests(1));
-    app.reset();
-    QCOMPARE(second.result().status(), 200);
-}
+    void resumeWhileStopping()
+    {
+        RawServer quiet(silence());
+        RawServer server(always(httpAnswer("{}")));
+        int count = 0;
+        auto app = std::make_unique<QCoreApplication>(count, nullptr);
+        UrlLoad second(urlGet(server.url()));
+        UrlSession::dataTask(urlGet(quiet.url()), [&](auto &&...) { second.resume(); })->resume();
+        QVERIFY(quiet.awaitRequests(1));
+        app.reset();
+        QCOMPARE(second.result().status(), 200);
+    }
 
-void tst_UrlSessionStop::endsWithoutApplication_data()
-{
-    QTest::addColumn<QString>("scheme");
-    QTest::newRow("plain") << u"http"_s;
-    QTest::newRow("TLS") << u"https"_s;
-}
-
-void tst_UrlSessionStop::endsWithoutApplication()
-{
-    QFETCH(const QString, scheme);
-    RawServer quiet(silence());
-    QUrl url = quiet.url();
-    url.setScheme(scheme);
-    const QByteArray self = QFile::symLinkTarget(u"/proc/self/exe"_s).toLocal8Bit();
-    FILE *const child = popen(("'" + self + "' --child " + url.toEncoded()).constData(), "r");
-    QVERIFY(child);
-    QCOMPARE(fgetc(child), '0' + int(UrlError::Cancelled));
-    QCOMPARE(fgetc(child), EOF);
-    QCOMPARE(pclose(child), 0);
-}
+    void endsWithoutApplication()
+    {
+        const QByteArray self = QFile::symLinkTarget(u"/proc/self/exe"_s).toLocal8Bit();
+        for (const bool isSecure : {false, true}) {
+            RawServer quiet(silence());
+            const auto command = "'" + self + "' --child " + quiet.url("/", isSecure).toEncoded();
+            FILE *const child = popen(command.constData(), "r");
+            QVERIFY(child);
+            QCOMPARE(fgetc(child), '0' + int(UrlError::Cancelled));
+            QCOMPARE(fgetc(child), EOF);
+            QCOMPARE(pclose(child), 0);
+        }
+    }
+};
 
 /// Leaves main while a transfer is in flight, without an application object.
 static int runChild(const char *url)

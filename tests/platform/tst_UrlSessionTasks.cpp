@@ -38,23 +38,6 @@ void passDelivery()
     QCOMPARE(UrlLoad(urlGet(QUrl())).resume().result().errorCode(), int(UrlError::BadUrl));
 }
 
-struct Recorder : UrlTrafficObserver
-{
-    void requestWillStart(quint64 id, const UrlRequest &request) override
-    {
-        lines << QByteArray::number(id - first) + " > " + request.method;
-    }
-    void requestDidEnd(quint64 id, const std::optional<UrlResponse> &response, const QByteArray &data,
-                       const std::optional<Error> &error) override
-    {
-        lines << QByteArray::number(id - first) + " < " +
-                     (error ? "error " + QByteArray::number(error->code)
-                            : QByteArray::number(response->status) + ' ' + data);
-    }
-    quint64 first = 0;
-    QByteArrayList lines;
-};
-
 } // namespace
 
 /// Many transfers over time: connections, slots, cancelling, completions.
@@ -65,190 +48,139 @@ class tst_UrlSessionTasks : public QObject
 private Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
 
-    void sixAtOnceInOrder();
-    void hostsDoNotWaitForEachOther();
-    void neverTwice_data();
-    void neverTwice();
-    void cancelBeforeResume();
-    void cancelWhileQueued();
-    void cancelWhileActive();
-    void cancelRacesFinish();
-    void closureIsReleased();
-    void slowCompletionStallsNoTransfer();
-    void observer();
-};
-
-void tst_UrlSessionTasks::sixAtOnceInOrder()
-{
-    GatedServer server;
-    auto loads = resumed(20, server.raw().url());
-    QVERIFY(server.raw().awaitRequests(Slots));
-    for (size_t next = Slots; next < loads.size(); ++next) {
-        // Had a seventh gone out before a slot was free, it would be ahead of this count.
-        QCOMPARE(server.raw().requests().size(), next);
-        server.open(1);
-        QVERIFY(server.raw().awaitRequests(next + 1));
-        QVERIFY(server.raw().requests().back().startsWith("GET /" + QByteArray::number(qsizetype(next)) + ' '));
-    }
-    server.open(Slots);
-    for (UrlLoad &load : loads)
-        QCOMPARE(load.result().status(), 200);
-    QCOMPARE(server.raw().accepted(), Slots);
-}
-
-void tst_UrlSessionTasks::hostsDoNotWaitForEachOther()
-{
-    GatedServer held;
-    RawServer quick(always(httpAnswer("{}")));
-    auto loads = resumed(50, held.raw().url());
-    QCOMPARE(UrlLoad(urlGet(quick.url())).resume().result().status(), 200);
-    held.open(50);
-    for (UrlLoad &load : loads)
-        QCOMPARE(load.result().status(), 200);
-}
-
-void tst_UrlSessionTasks::neverTwice_data()
-{
-    QTest::addColumn<UrlRequest>("request");
-    QTest::newRow("GET") << urlGet({});
-    QTest::newRow("POST") << urlPost({}, "{}");
-    QTest::newRow("POST, large") << urlPost({}, QByteArray(300000, 'x'));
-}
-
-void tst_UrlSessionTasks::neverTwice()
-{
-    QFETCH(UrlRequest, request);
-    RawServer server([](Connection &connection) {
-        connection.readRequest();
-        connection.write(httpAnswer("{}"));
-        connection.readRequest();
-    });
-    constexpr int Rounds = 200;
-    for (int round = 0; round < Rounds; ++round) {
-        request.url = server.url("/first");
-        QCOMPARE(UrlLoad(request).resume().result().status(), 200);
-        request.url = server.url("/second");
-        QCOMPARE(UrlLoad(request).resume().result().errorCode(), int(UrlError::ConnectionLost));
-    }
-    QCOMPARE(server.requests().size(), size_t(2 * Rounds));
-}
-
-void tst_UrlSessionTasks::cancelBeforeResume()
-{
-    RawServer server(always(httpAnswer("{}")));
-    UrlLoad load(urlGet(server.url()));
-    load.cancel();
-    passDelivery();
-    QCOMPARE(load.runs(), 0);
-    QVERIFY(!load.isFinished());
-    load.resume().resume();
-    QCOMPARE(load.result().errorCode(), int(UrlError::Cancelled));
-    QVERIFY(load.isFinished());
-    passDelivery();
-    QCOMPARE(load.runs(), 1);
-    QCOMPARE(server.accepted(), 0);
-}
-
-void tst_UrlSessionTasks::cancelWhileQueued()
-{
-    GatedServer server;
-    auto loads = resumed(Slots + 3, server.raw().url());
-    QVERIFY(server.raw().awaitRequests(Slots));
-    loads[Slots + 1].cancel();
-    QCOMPARE(loads[Slots + 1].result().errorCode(), int(UrlError::Cancelled));
-    server.open(Slots + 2);
-    QCOMPARE(loads[Slots].result().status(), 200);
-    QCOMPARE(loads[Slots + 2].result().status(), 200);
-    for (const QByteArray &request : server.raw().requests())
-        QVERIFY(!request.startsWith("GET /7 "));
-}
-
-void tst_UrlSessionTasks::cancelWhileActive()
-{
-    GatedServer server;
-    auto loads = resumed(Slots + 1, server.raw().url());
-    QVERIFY(server.raw().awaitRequests(Slots));
-    loads[2].cancel();
-    QCOMPARE(loads[2].result().errorCode(), int(UrlError::Cancelled));
-    // Its slot goes to the one that waits.
-    QVERIFY(server.raw().awaitRequests(Slots + 1));
-}
-
-void tst_UrlSessionTasks::cancelRacesFinish()
-{
-    RawServer server(always(httpAnswer("{}")));
-    std::vector<UrlLoad> loads;
-    for (int i = 0; i < 1000; ++i)
-        loads.emplace_back(urlGet(server.url()));
-    // Each cancel comes near the end of its transfer: before, within or after it.
-    constexpr size_t Ahead = 8;
-    std::thread canceller([&loads] {
-        for (size_t i = 0; i < loads.size(); ++i) {
-            while (i >= Ahead && !loads[i - Ahead].isFinished())
-                std::this_thread::yield();
-            loads[i].cancel();
+    void sixAtOnceInOrder()
+    {
+        GatedServer server;
+        auto loads = resumed(20, server.raw().url());
+        QVERIFY(server.raw().awaitRequests(Slots));
+        for (size_t next = Slots; next < loads.size(); ++next) {
+            // Had a seventh gone out before a slot was free, it would be ahead of this count.
+            QCOMPARE(server.raw().requests().size(), next);
+            server.open(1);
+            QVERIFY(server.raw().awaitRequests(next + 1));
+            QVERIFY(server.raw().requests().back().startsWith("GET /" + QByteArray::number(qsizetype(next)) + ' '));
         }
-    });
-    for (UrlLoad &load : loads)
-        load.resume();
-    canceller.join();
-    for (UrlLoad &load : loads)
-        QVERIFY(load.result().response || load.result().errorCode() == int(UrlError::Cancelled));
-    passDelivery();
-    for (UrlLoad &load : loads)
-        QCOMPARE(load.runs(), 1);
-}
+        server.open(Slots);
+        for (UrlLoad &load : loads)
+            QCOMPARE(load.result().status(), 200);
+        QCOMPARE(server.raw().accepted(), Slots);
+    }
 
-void tst_UrlSessionTasks::closureIsReleased()
-{
-    RawServer server(always(httpAnswer("{}")));
-    auto captured = std::make_shared<int>();
-    const std::weak_ptr<int> watched = captured;
-    const auto task = UrlSession::dataTask(urlGet(server.url()), [captured](auto &&...) {});
-    captured.reset();
-    QVERIFY(!watched.expired());
-    task->resume();
-    QVERIFY(server.awaitRequests(1));
-    task->cancel();
-    QTRY_VERIFY(watched.expired()); // Whether the cancelling or the answer came first; the handle is still here.
-}
+    void hostsDoNotWaitForEachOther()
+    {
+        GatedServer held;
+        RawServer quick(always(httpAnswer("{}")));
+        auto loads = resumed(50, held.raw().url());
+        QCOMPARE(UrlLoad(urlGet(quick.url())).resume().result().status(), 200);
+        held.open(50);
+        for (UrlLoad &load : loads)
+            QCOMPARE(load.result().status(), 200);
+    }
 
-void tst_UrlSessionTasks::slowCompletionStallsNoTransfer()
-{
-    RawServer server(always(httpAnswer("{}")));
-    std::binary_semaphore hasBegun(0);
-    std::binary_semaphore mayReturn(0);
-    const auto slow = [&](auto &&...) {
-        hasBegun.release();
-        mayReturn.acquire();
-    };
-    UrlSession::dataTask(urlGet(server.url()), slow)->resume();
-    QVERIFY(hasBegun.try_acquire_for(std::chrono::seconds(10)));
-    auto loads = resumed(3 * Slots, server.url());
-    QVERIFY(server.awaitRequests(1 + 3 * Slots));
-    for (const UrlLoad &load : loads)
+    void neverTwice_data()
+    {
+        QTest::addColumn<UrlRequest>("request");
+        QTest::newRow("GET") << urlGet({});
+        QTest::newRow("POST") << urlPost({}, "{}");
+        QTest::newRow("POST, large") << urlPost({}, QByteArray(300000, 'x'));
+    }
+
+    void neverTwice()
+    {
+        QFETCH(UrlRequest, request);
+        RawServer server([](Connection &connection) {
+            connection.readRequest();
+            connection.write(httpAnswer("{}"));
+            connection.readRequest();
+        });
+        constexpr int Rounds = 200;
+        for (int round = 0; round < Rounds; ++round) {
+            request.url = server.url("/first");
+            QCOMPARE(UrlLoad(request).resume().result().status(), 200);
+            request.url = server.url("/second");
+            QCOMPARE(UrlLoad(request).resume().result().errorCode(), int(UrlError::ConnectionLost));
+        }
+        QCOMPARE(server.requests().size(), size_t(2 * Rounds));
+    }
+
+    void cancelBeforeResume()
+    {
+        RawServer server(always(httpAnswer("{}")));
+        UrlLoad load(urlGet(server.url()));
+        load.cancel();
+        passDelivery();
+        QCOMPARE(load.runs(), 0);
         QVERIFY(!load.isFinished());
-    mayReturn.release();
-    QCOMPARE(loads.back().result().status(), 200);
-}
+        load.resume().resume();
+        QCOMPARE(load.result().errorCode(), int(UrlError::Cancelled));
+        QVERIFY(load.isFinished());
+        passDelivery();
+        QCOMPARE(load.runs(), 1);
+        QCOMPARE(server.accepted(), 0);
+    }
 
-void tst_UrlSessionTasks::observer()
-{
-    passDelivery();
-    RawServer server(always(httpAnswer("{}")));
-    const auto recorder = std::make_shared<Recorder>();
-    UrlSession::addTrafficObserver(recorder);
-    UrlLoad good(urlPost(server.url(), "{}"));
-    UrlLoad bad(urlGet({}));
-    bad.resume().result();
-    good.resume().result();
-    UrlSession::removeTrafficObserver(recorder);
-    QCOMPARE(UrlLoad(urlGet(server.url())).resume().result().status(), 200);
-    QCOMPARE(recorder->lines.size(), 4);
-    QCOMPARE(recorder->lines.at(1), recorder->lines.at(0).chopped(5) + "< error 4");
-    QCOMPARE(recorder->lines.at(3), recorder->lines.at(2).chopped(6) + "< 200 {}");
-    QVERIFY(recorder->lines.at(2).endsWith("> POST"));
-}
+    void cancelWhileActiveAndQueued()
+    {
+        GatedServer server;
+        auto loads = resumed(Slots + 3, server.raw().url());
+        QVERIFY(server.raw().awaitRequests(Slots));
+        for (const auto cancelled : {Slots + 1, 2}) {
+            auto &load = loads[std::size_t(cancelled)];
+            load.cancel();
+            QCOMPARE(load.result().errorCode(), int(UrlError::Cancelled));
+        }
+        QVERIFY(server.raw().awaitRequests(Slots + 1)); // The active one's slot goes to the first that waits.
+        server.open(Slots + 2);
+        QCOMPARE(loads[Slots].result().status(), 200);
+        QCOMPARE(loads[Slots + 2].result().status(), 200);
+        for (const QByteArray &request : server.raw().requests())
+            QVERIFY(!request.startsWith("GET /7 "));
+    }
+
+    void cancelRacesFinish()
+    {
+        RawServer server(always(httpAnswer("{}")));
+        std::vector<UrlLoad> loads;
+        for (int i = 0; i < 1000; ++i)
+            loads.emplace_back(urlGet(server.url()));
+        // Each cancel comes near the end of its transfer: before, within or after it.
+        constexpr size_t Ahead = 8;
+        std::thread canceller([&loads] {
+            for (size_t i = 0; i < loads.size(); ++i) {
+                while (i >= Ahead && !loads[i - Ahead].isFinished())
+                    std::this_thread::yield();
+                loads[i].cancel();
+            }
+        });
+        for (UrlLoad &load : loads)
+            load.resume();
+        canceller.join();
+        for (UrlLoad &load : loads)
+            QVERIFY(load.result().response || load.result().errorCode() == int(UrlError::Cancelled));
+        passDelivery();
+        for (UrlLoad &load : loads)
+            QCOMPARE(load.runs(), 1);
+    }
+
+    void slowCompletionStallsNoTransfer()
+    {
+        RawServer server(always(httpAnswer("{}")));
+        std::binary_semaphore hasBegun(0);
+        std::binary_semaphore mayReturn(0);
+        const auto slow = [&](auto &&...) {
+            hasBegun.release();
+            mayReturn.acquire();
+        };
+        UrlSession::dataTask(urlGet(server.url()), slow)->resume();
+        QVERIFY(hasBegun.try_acquire_for(std::chrono::seconds(10)));
+        auto loads = resumed(3 * Slots, server.url());
+        QVERIFY(server.awaitRequests(1 + 3 * Slots));
+        for (const UrlLoad &load : loads)
+            QVERIFY(!load.isFinished());
+        mayReturn.release();
+        QCOMPARE(loads.back().result().status(), 200);
+    }
+};
 
 QTEST_APPLESS_MAIN(tst_UrlSessionTasks)
 #include "tst_UrlSessionTasks.moc"

@@ -1,3 +1,4 @@
+#include "Columns.h"
 #include "LogCollector.h"
 #include "Process.h"
 #include "UserDefaults.h"
@@ -59,11 +60,12 @@ int useOnce(const QStringList &arguments)
 {
     const LogCollector log;
     const auto user = geteuid();
-    if (arguments.value(3) == u"full"_s) {
+    const auto state = arguments.value(3);
+    if (state == "full"_L1) {
         const rlimit limit{64, 64}; // No file grows beyond; as on a full disk the write fails half way.
         signal(SIGXFSZ, SIG_IGN);
         setrlimit(RLIMIT_FSIZE, &limit);
-    } else if (user == 0 && seteuid(65534) != 0) { // Root may write everything.
+    } else if (state != "not text"_L1 && user == 0 && seteuid(65534) != 0) { // Root may write everything.
         return 1;
     }
     auto &defaults = UserDefaults::standard();
@@ -86,149 +88,167 @@ class tst_Persistence : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void killedWhileWriting();
-    void lockLeftBehind();
-    void useless_data();
-    void useless();
-    void twoProcesses();
+    void init()
+    {
+        // In memory, where there is such a folder: a disk's own time is no part of this.
+        const auto parent = QFileInfo(u"/dev/shm"_s).isWritable() ? u"/dev/shm"_s : QDir::tempPath();
+        m_folder = std::make_unique<QTemporaryDir>(parent + u"/tst_Persistence-XXXXXX"_s);
+        m_file = m_folder->filePath(u"store/defaults.ini"_s);
+        UserDefaults::standard().setFilePath(m_file);
+        for (const auto key : {ZVUserIdKey, ZVUserUUIDKey})
+            UserDefaults::standard().setString(valueOf(0), key);
+    }
+
+    void texts()
+    {
+        for (const auto &text : {u"3fb2c1"_s, u""_s, u"a, b;c"_s, u" \"x\\y\" = % [z]\n\t"_s, u"@Invalid()"_s, u"007"_s,
+                                 u"Зеленый \U0001f3ac"_s}) {
+            UserDefaults::standard().setString(text, ZVUserIdKey);
+            QCOMPARE(stored(ZVUserIdKey), text);
+            QVERIFY(!stored(ZVUserIdKey).isNull());
+        }
+        UserDefaults::standard().setString({}, ZVUserIdKey);
+        QVERIFY(stored(ZVUserIdKey).isNull());
+        QCOMPARE(stored(ZVUserUUIDKey), valueOf(0));
+    }
+
+    void killedWhileWriting()
+    {
+        const int count = figure("ZELVANO_KILLS", 50);
+        int newOnes = 0;
+        for (int i = 0; i < count; ++i) {
+            UserDefaults::standard().setString(valueOf(0), ZVUserIdKey);
+            const auto writer = start({u"--write"_s, m_file, ZVUserIdKey, u"1000000"_s});
+            QVERIFY(writer->waitForReadyRead(10000));
+            usleep(QRandomGenerator::global()->bounded(3000u)); // Somewhere within the next few writes.
+            writer->kill();
+            QVERIFY(writer->waitForFinished(10000));
+            const int said = writer->readAllStandardOutput().trimmed().split('\n').last().toInt();
+            const int found = numberOf(stored(ZVUserIdKey));
+            QVERIFY2(found == said || found == said + 1, qPrintable(u"%1 after %2"_s.arg(found).arg(said)));
+            QCOMPARE(stored(ZVUserUUIDKey), valueOf(0));
+            newOnes += found != said;
+        }
+        UserDefaults::standard().setString(valueOf(7), ZVUserIdKey); // No lock was left behind.
+        QCOMPARE(stored(ZVUserIdKey), valueOf(7));
+        const auto left = QDir(QFileInfo(m_file).path()).entryList(QDir::Files | QDir::Hidden).size() - 1;
+        qInfo("%d kills, %d with the new value in place before it was said, %lld temporary files left", count, newOnes,
+              qint64(left));
+    }
+
+    /// By a process that was killed as it made its lock.
+    void lockLeftBehind()
+    {
+        QFile lock(m_file + u".lock"_s);
+        QVERIFY(lock.open(QIODevice::WriteOnly));
+        QElapsedTimer clock;
+        clock.start();
+        UserDefaults::standard().setString(valueOf(1), ZVUserIdKey);
+        QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
+        QCOMPARE(stored(ZVUserIdKey), valueOf(1));
+
+        // One that a process holds which hangs.
+        const int folder = open(QFile::encodeName(QFileInfo(m_file).path()).constData(), O_RDONLY | O_DIRECTORY);
+        QCOMPARE(flock(folder, LOCK_EX), 0);
+        clock.restart();
+        UserDefaults::standard().setString(valueOf(2), ZVUserIdKey);
+        QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
+        close(folder);
+        QCOMPARE(stored(ZVUserIdKey), valueOf(2));
+    }
+
+    void useless_data()
+    {
+        addColumns<QString, int, int>({"state", "read", "complaints"});
+        const auto row = [](const char *state, int read, int complaints) {
+            QTest::newRow(state) << QString::fromLatin1(state) << read << complaints;
+        };
+        row("unreadable", -2, 1);
+        row("read-only file", 0, 1);
+        row("read-only folder", 0, 1);
+        row("full", 0, 1);
+        row("full device", -2, 1);
+        row("inside a file", -2, 1);
+        row("a folder", -2, 1);
+        row("not text", -2, 0);
+    }
+
+    void useless()
+    {
+        QFETCH(QString, state);
+        QFETCH(int, read);
+        QFETCH(int, complaints);
+        const auto folder = QFileInfo(m_file).path();
+        const auto readable = QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther;
+        const auto entered = readable | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther;
+        if (state == "not text"_L1) {
+            QFile file(m_file);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write("\x00\xff]userId\n[\x80", 12);
+        }
+        QVERIFY(QFile::setPermissions(m_folder->path(), entered | QFile::WriteOwner));
+        QVERIFY(QFile::setPermissions(folder, state == "read-only folder"_L1 ? entered : entered | QFile::WriteOwner));
+        QVERIFY(QFile::setPermissions(m_file, state == "unreadable"_L1 ? QFile::Permissions() : readable));
+        if (state == "full device"_L1) {
+            QVERIFY(QFile::remove(m_file));
+            QVERIFY(QFile::link(u"/dev/full"_s, m_file));
+        }
+        const auto path = state == "inside a file"_L1 ? m_file + "/defaults.ini"_L1
+                          : state == "a folder"_L1    ? folder
+                                                      : m_file;
+        const auto process = start({u"--use"_s, path, state});
+        QVERIFY(process->waitForFinished(10000));
+        QCOMPARE(process->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process->exitCode(), 0);
+        const auto said = u"%1 %2\n"_s.arg(read).arg(complaints);
+        QCOMPARE(QString::fromLatin1(process->readAllStandardOutput()), said);
+        QVERIFY(QFile::setPermissions(folder, entered | QFile::WriteOwner));
+        if (state == "full device"_L1)
+            return;
+        QVERIFY(QFile::setPermissions(m_file, readable));
+        QCOMPARE(numberOf(stored(ZVUserIdKey)), complaints > 0 ? 0 : 8); // As it was.
+    }
+
+    void twoProcesses()
+    {
+        constexpr int last = 100;
+        const auto one = start({u"--write"_s, m_file, ZVUserIdKey, QString::number(last)});
+        const auto other = start({u"--write"_s, m_file, ZVUserUUIDKey, QString::number(last)});
+        const auto isRunning = [](QProcess &process) {
+            return process.state() != QProcess::NotRunning && !process.waitForFinished(1);
+        };
+        while (isRunning(*one) || isRunning(*other)) {
+            QVERIFY(numberOf(stored(ZVUserIdKey)) >= 0);
+            QVERIFY(numberOf(stored(ZVUserUUIDKey)) >= 0);
+        }
+        QCOMPARE(stored(ZVUserIdKey), valueOf(last));
+        QCOMPARE(stored(ZVUserUUIDKey), valueOf(last));
+    }
 
 private:
-    std::unique_ptr<QProcess> start(const QStringList &arguments) const;
-    int stored(const QString &key);
+    std::unique_ptr<QProcess> start(const QStringList &arguments) const
+    {
+        auto process = std::make_unique<QProcess>();
+        process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process->start(QCoreApplication::applicationFilePath(), arguments);
+        return process;
+    }
+
+    /// Out of a copy: of the file itself Qt may remember what stood there before.
+    QString stored(const QString &key)
+    {
+        const auto copy = m_folder->filePath(u"%1.ini"_s.arg(++m_copies));
+        QFile::copy(m_file, copy);
+        UserDefaults::standard().setFilePath(copy);
+        const auto value = UserDefaults::standard().stringForKey(key);
+        UserDefaults::standard().setFilePath(m_file);
+        return value;
+    }
 
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_file;
     int m_copies = 0;
 };
-
-void tst_Persistence::init()
-{
-    // In memory, where there is such a folder: a disk's own time is no part of this.
-    const auto parent = QFileInfo(u"/dev/shm"_s).isWritable() ? u"/dev/shm"_s : QDir::tempPath();
-    m_folder = std::make_unique<QTemporaryDir>(parent + u"/tst_Persistence-XXXXXX"_s);
-    m_file = m_folder->filePath(u"store/defaults.ini"_s);
-    UserDefaults::standard().setFilePath(m_file);
-    for (const auto key : {ZVUserIdKey, ZVUserUUIDKey})
-        UserDefaults::standard().setString(valueOf(0), key);
-}
-
-std::unique_ptr<QProcess> tst_Persistence::start(const QStringList &arguments) const
-{
-    auto process = std::make_unique<QProcess>();
-    process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process->start(QCoreApplication::applicationFilePath(), arguments);
-    return process;
-}
-
-/// Out of a copy: of the file itself Qt may remember what stood there before.
-int tst_Persistence::stored(const QString &key)
-{
-    const auto copy = m_folder->filePath(u"%1.ini"_s.arg(++m_copies));
-    QFile::copy(m_file, copy);
-    UserDefaults::standard().setFilePath(copy);
-    const auto value = UserDefaults::standard().stringForKey(key);
-    UserDefaults::standard().setFilePath(m_file);
-    return numberOf(value);
-}
-
-void tst_Persistence::killedWhileWriting()
-{
-    const int count = figure("ZELVANO_KILLS", 50);
-    int newOnes = 0;
-    for (int i = 0; i < count; ++i) {
-        UserDefaults::standard().setString(valueOf(0), ZVUserIdKey);
-        const auto writer = start({u"--write"_s, m_file, ZVUserIdKey, u"1000000"_s});
-        QVERIFY(writer->waitForReadyRead(10000));
-        usleep(QRandomGenerator::global()->bounded(3000u)); // Somewhere within the next few writes.
-        writer->kill();
-        QVERIFY(writer->waitForFinished(10000));
-        const int said = writer->readAllStandardOutput().trimmed().split('\n').last().toInt();
-        const int found = stored(ZVUserIdKey);
-        QVERIFY2(found == said || found == said + 1, qPrintable(u"%1 after %2"_s.arg(found).arg(said)));
-        QCOMPARE(stored(ZVUserUUIDKey), 0);
-        newOnes += found != said;
-    }
-    UserDefaults::standard().setString(valueOf(7), ZVUserIdKey); // No lock was left behind.
-    QCOMPARE(stored(ZVUserIdKey), 7);
-    const auto left = QDir(QFileInfo(m_file).path()).entryList(QDir::Files | QDir::Hidden).size() - 1;
-    qInfo("%d kills, %d with the new value in place before it was said, %lld temporary files left", count, newOnes,
-          qint64(left));
-}
-
-/// By a process that was killed as it made its lock.
-void tst_Persistence::lockLeftBehind()
-{
-    QFile lock(m_file + u".lock"_s);
-    QVERIFY(lock.open(QIODevice::WriteOnly));
-    QElapsedTimer clock;
-    clock.start();
-    UserDefaults::standard().setString(valueOf(1), ZVUserIdKey);
-    QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
-    QCOMPARE(stored(ZVUserIdKey), 1);
-
-    // One that a process holds which hangs.
-    const int folder = open(QFile::encodeName(QFileInfo(m_file).path()).constData(), O_RDONLY | O_DIRECTORY);
-    QCOMPARE(flock(folder, LOCK_EX), 0);
-    clock.restart();
-    UserDefaults::standard().setString(valueOf(2), ZVUserIdKey);
-    QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
-    close(folder);
-    QCOMPARE(stored(ZVUserIdKey), 2);
-}
-
-void tst_Persistence::useless_data()
-{
-    QTest::addColumn<QString>("state");
-    QTest::addColumn<int>("read");
-    QTest::newRow("unreadable") << u"unreadable"_s << -2;
-    QTest::newRow("read-only file") << u"read-only"_s << 0;
-    QTest::newRow("read-only folder") << u"read-only folder"_s << 0;
-    QTest::newRow("full") << u"full"_s << 0;
-    QTest::newRow("full device") << u"full device"_s << -2;
-}
-
-void tst_Persistence::useless()
-{
-    QFETCH(QString, state);
-    QFETCH(int, read);
-    const auto folder = QFileInfo(m_file).path();
-    const auto readable = QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther;
-    const auto entered = readable | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther;
-    QVERIFY(QFile::setPermissions(m_folder->path(), entered | QFile::WriteOwner));
-    QVERIFY(QFile::setPermissions(folder, state == u"read-only folder"_s ? entered : entered | QFile::WriteOwner));
-    QVERIFY(QFile::setPermissions(m_file, state == u"unreadable"_s ? QFile::Permissions() : readable));
-    if (state == u"full device"_s) {
-        QVERIFY(QFile::remove(m_file));
-        QVERIFY(QFile::link(u"/dev/full"_s, m_file));
-    }
-    const auto process = start({u"--use"_s, m_file, state});
-    QVERIFY(process->waitForFinished(10000));
-    QCOMPARE(process->exitStatus(), QProcess::NormalExit);
-    QCOMPARE(process->exitCode(), 0);
-    QCOMPARE(process->readAllStandardOutput(), QByteArray::number(read) + " 1\n");
-    QVERIFY(QFile::setPermissions(folder, entered | QFile::WriteOwner));
-    if (state == u"full device"_s)
-        return;
-    QVERIFY(QFile::setPermissions(m_file, readable));
-    QCOMPARE(stored(ZVUserIdKey), 0); // As it was.
-}
-
-void tst_Persistence::twoProcesses()
-{
-    constexpr int last = 100;
-    const auto one = start({u"--write"_s, m_file, ZVUserIdKey, QString::number(last)});
-    const auto other = start({u"--write"_s, m_file, ZVUserUUIDKey, QString::number(last)});
-    const auto isRunning = [](QProcess &process) {
-        return process.state() != QProcess::NotRunning && !process.waitForFinished(1);
-    };
-    while (isRunning(*one) || isRunning(*other)) {
-        QVERIFY(stored(ZVUserIdKey) >= 0);
-        QVERIFY(stored(ZVUserUUIDKey) >= 0);
-    }
-    QCOMPARE(stored(ZVUserIdKey), last);
-    QCOMPARE(stored(ZVUserUUIDKey), last);
-}
 
 int main(int count, char **arguments)
 {

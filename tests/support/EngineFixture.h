@@ -5,15 +5,17 @@
 #include "LogCollector.h"
 #include "MainQueue.h"
 #include "Sandbox.h"
+#include "UrlLoad.h"
 #include "UserDefaults.h"
 #include "ZVAPIObject.h"
 #include "Zelvano.h"
 
 #include <QDeadlineTimer>
 #include <QJsonDocument>
-#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <algorithm>
 
 /// The name of a call: an event's type, else the path; null for what is no call.
 inline QString callName(const QString &path, const QJsonObject &body)
@@ -26,42 +28,66 @@ inline QString callName(const QString &path, const QJsonObject &body)
     return path.endsWith(event) ? body.value(QLatin1StringView("type")).toString(event) : QString();
 }
 
-/// Counts the service calls that were sent and that ended, in the order in which they were sent: on several
-/// connections they may well arrive in another.
+/// The service calls as the library hands them to the network, and what they brought. In the order in which they were
+/// sent: on several connections they may well arrive in another.
 class Traffic : public zelvano::UrlTrafficObserver
 {
 public:
+    struct Call
+    {
+        quint64 id;
+        QString name;
+        QByteArray body;
+        QByteArray answer;
+        bool isRunning;
+    };
+
     void requestWillStart(quint64 id, const zelvano::UrlRequest &request) override
     {
-        const QMutexLocker lock(&m_mutex);
         const auto name = callName(request.url.path(), QJsonDocument::fromJson(request.body).object());
         if (name.isNull())
             return;
-        m_sent.append(name);
-        m_running.insert(id);
+        const std::lock_guard lock(m_mutex);
+        m_calls.push_back({id, name, request.body, {}, true});
+        m_changed.notify_all();
     }
-    void requestDidEnd(quint64 id, const std::optional<zelvano::UrlResponse> &, const QByteArray &,
+    void requestDidEnd(quint64 id, const std::optional<zelvano::UrlResponse> &, const QByteArray &data,
                        const std::optional<zelvano::Error> &) override
     {
-        const QMutexLocker lock(&m_mutex);
-        m_running.remove(id);
+        const std::lock_guard lock(m_mutex);
+        const auto call = std::find_if(m_calls.rbegin(), m_calls.rend(), [id](auto &c) { return c.id == id; });
+        if (call != m_calls.rend()) {
+            call->answer = data;
+            call->isRunning = false;
+        }
+        m_changed.notify_all();
     }
 
+    std::vector<Call> calls() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_calls;
+    }
     QStringList sent() const
     {
-        const QMutexLocker lock(&m_mutex);
-        return m_sent;
+        QStringList names;
+        for (const auto &call : calls())
+            names.append(call.name);
+        return names;
     }
-    bool isIdle() const
+    /// Until that many calls were sent and that many of them run; false when it takes too long.
+    bool await(qsizetype sent, qsizetype running)
     {
-        const QMutexLocker lock(&m_mutex);
-        return m_running.isEmpty();
+        std::unique_lock lock(m_mutex);
+        return m_changed.wait_for(lock, std::chrono::seconds(10), [&] {
+            return qsizetype(m_calls.size()) >= sent && std::ranges::count(m_calls, true, &Call::isRunning) == running;
+        });
     }
 
 private:
-    mutable QMutex m_mutex;
-    QStringList m_sent;
-    QSet<quint64> m_running;
+    mutable std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<Call> m_calls;
 };
 
 /// Keeps what an engine tells it, in order.
@@ -118,7 +144,7 @@ public:
         const bool started = sandbox.start();
         Q_ASSERT(started && m_folder.isValid());
         zelvano::UrlSession::addTrafficObserver(traffic);
-        zelvano::UrlSession::connectTo(Production, "127.0.0.1:" + QByteArray::number(sandbox.port()));
+        connectTo("127.0.0.1:" + QByteArray::number(sandbox.port()));
         zelvano::ZVConfigTestAccess::reset();
         defaults().setFilePath(m_folder.filePath(QStringLiteral("defaults.ini")));
         queue().useTestClock();
@@ -135,7 +161,7 @@ public:
         settle();
         queue().useRealClock();
         zelvano::UrlSession::removeTrafficObserver(traffic);
-        zelvano::UrlSession::connectTo(Production, {});
+        connectTo({});
         defaults().setFilePath({});
     }
     Q_DISABLE_COPY_MOVE(EngineFixture)
@@ -148,11 +174,21 @@ public:
         defaults().setString(QStringLiteral("user-1"), zelvano::ZVUserIdKey);
         defaults().setString(QStringLiteral("uuid-1"), zelvano::ZVUserUUIDKey);
     }
+    void initialize()
+    {
+        engine->initializeWithAPIKey(QStringLiteral("key"));
+        settle();
+    }
+    void sendReady()
+    {
+        engine->readyEvent(subscriber);
+        settle();
+    }
     /// A session as far as a known page, with a stored identity.
     void openPage()
     {
         storeIdentity();
-        engine->initializeWithAPIKey(QStringLiteral("key"));
+        initialize();
         setPage();
         settle();
     }
@@ -160,26 +196,49 @@ public:
     void openView()
     {
         openPage();
-        engine->readyEvent(subscriber);
-        settle();
+        sendReady();
+    }
+    /// Another engine, with its player's page on its way.
+    std::shared_ptr<zelvano::Zelvano> begunEngine(const std::shared_ptr<QObject> &player) const
+    {
+        const auto begun = zelvano::Zelvano::create();
+        begun->addListener(listener);
+        begun->initializeWithAPIKey(QStringLiteral("key"));
+        begun->setPlayer(player, QStringLiteral("page"));
+        return begun;
     }
     /// Leaves the current subscriber as it is: nobody knows this kind of player.
     void setPage() { engine->setPlayer(std::make_shared<QObject>(), QStringLiteral("page")); }
+
+    /// Has the calls go elsewhere.
+    static void connectTo(const QByteArray &hostAndPort)
+    {
+        zelvano::UrlSession::connectTo("api.zelvano.example:80", hostAndPort);
+    }
 
     /// Waits until no call is under way and the main queue is empty. The clock stands still.
     void settle()
     {
         qsizetype before = -1;
-        while (before != traffic->sent().size()) {
-            before = traffic->sent().size();
-            wait([this] { return traffic->isIdle(); });
-            // Completions run one after another: behind this one, those of all calls before it have run.
-            auto passed = std::make_shared<std::atomic<bool>>(false);
-            zelvano::UrlRequest barrier;
-            barrier.url = sandbox.url(QStringLiteral("/test/bytes/1"));
-            zelvano::UrlSession::dataTask(barrier, [passed](auto &&...) { *passed = true; })->resume();
-            wait([passed] { return passed->load(); });
+        while (before != sent().size()) {
+            before = sent().size();
+            traffic->await(before, 0);
+            passCompletions();
             queue().advance(std::chrono::milliseconds(0));
+        }
+    }
+    /// Completions run one after another: behind this one, those of all calls before it have run.
+    static void passCompletions()
+    {
+        if (UrlLoad(urlGet({})).resume().result().errorCode() != int(zelvano::UrlError::BadUrl))
+            qFatal("completions do not run");
+    }
+    /// One event after another.
+    void report(const QStringList &events)
+    {
+        for (const auto &event : events) {
+            engine->playerEvent(event, subscriber);
+            settle();
         }
     }
     void advance(std::chrono::milliseconds time)
@@ -193,34 +252,25 @@ public:
     /// Those since the last call of this function.
     QStringList sentSince() { return sent().sliced(std::exchange(m_seen, sent().size())); }
     qsizetype sentCount(const QString &call) const { return sent().count(call); }
-    /// As it arrived; counted from the first one, or with -1 the last.
-    zelvano::sandbox::Request arrived(const QString &call, int index = -1) const
+    /// The last such call, as it arrived.
+    zelvano::sandbox::Request arrived(const QString &call) const
     {
-        std::vector<zelvano::sandbox::Request> found;
-        for (const auto &request : sandbox.requests()) {
-            if (callName(request.path, request.body) == call)
-                found.push_back(request);
-        }
-        const auto at = index < 0 ? found.size() - 1 : static_cast<std::size_t>(index);
-        return at < found.size() ? found[at] : zelvano::sandbox::Request();
+        const auto requests = sandbox.requests();
+        const auto found = std::find_if(requests.rbegin(), requests.rend(), [&](const auto &request) {
+            return callName(request.path, request.body) == call;
+        });
+        return found == requests.rend() ? zelvano::sandbox::Request() : *found;
     }
     void fault(const QString &call, const zelvano::sandbox::Fault &fault)
     {
-        for (const auto name : {zelvano::ZVRetrieveUserIdAPI, zelvano::ZVRetrieveInit, zelvano::ZVKeepAlive}) {
-            if (call == name) {
-                sandbox.addFault(call, {}, fault);
-                return;
-            }
-        }
-        sandbox.addFault(zelvano::ZVReadyEventAPI, call, fault);
+        const QStringList others{zelvano::ZVRetrieveUserIdAPI, zelvano::ZVRetrieveInit, zelvano::ZVKeepAlive};
+        const bool isEvent = !others.contains(call);
+        sandbox.addFault(isEvent ? QString(zelvano::ZVReadyEventAPI) : call, isEvent ? call : QString(), fault);
     }
     /// The next such call is answered with this text.
     void answer(const QString &call, const QByteArray &body)
     {
-        zelvano::sandbox::Fault fault;
-        fault.kind = zelvano::sandbox::Fault::Kind::Body;
-        fault.body = body;
-        this->fault(call, fault);
+        this->fault(call, {.kind = zelvano::sandbox::Fault::Kind::Body, .body = body});
     }
 
     /// As QTest::qWaitFor, but looks more often.
@@ -240,8 +290,6 @@ public:
     std::shared_ptr<zelvano::Zelvano> engine;
 
 private:
-    static constexpr auto Production = "api.zelvano.example:80";
-
     const QTemporaryDir m_folder;
     qsizetype m_seen = 0;
 };

@@ -24,6 +24,7 @@ public:
     void become(State next)
     {
         state = next;
+        states.append(next);
         tellPlaybackState();
     }
     void load(int flags)
@@ -36,6 +37,7 @@ public:
     using MPMoviePlayerController::tellFinish;
 
     State state = State::Stopped;
+    QList<State> states; ///< All that it was brought into.
     zelvano::MPMovieLoadStates loaded;
     double length = 60;
     double time = 0;

@@ -64,9 +64,6 @@ public:
             connect(m_socket, &none, sizeof(none));
         }
 
-        /// Nothing more is sent; what the client sends is still taken.
-        void endOutput() { shutdown(m_socket, SHUT_WR); }
-
         /// Until the client has closed, or the server ends.
         void awaitClose()
         {
@@ -140,9 +137,11 @@ public:
     RawServer(const RawServer &) = delete;
     RawServer &operator=(const RawServer &) = delete;
 
-    int port() const { return m_port; }
     QByteArray hostAndPort() const { return "127.0.0.1:" + QByteArray::number(m_port); }
-    QUrl url(const QByteArray &path = "/") const { return QUrl::fromEncoded("http://" + hostAndPort() + path); }
+    QUrl url(const QByteArray &path = "/", bool isSecure = false) const
+    {
+        return QUrl::fromEncoded((isSecure ? "https://" : "http://") + hostAndPort() + path);
+    }
 
     int accepted() const { return m_accepted; }
 

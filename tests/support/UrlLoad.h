@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Columns.h"
 #include "RawServer.h"
 #include "UrlSession.h"
 
@@ -38,7 +39,6 @@ public:
     }
     void cancel() { m_task->cancel(); }
     bool isFinished() const { return m_task->isFinished(); }
-    void dropHandle() { m_task.reset(); }
     int runs() const { return m_state->runs; }
 
     /// Neither response nor error when the completion does not run in time.
@@ -118,4 +118,22 @@ inline RawServer::Script silence()
         connection.readRequest();
         connection.awaitClose();
     };
+}
+
+/// Networks that keep a request waiting for ever.
+inline void addBadNetworks()
+{
+    addColumns<RawServer::Script, bool>({"script", "isSecure"});
+    QTest::newRow("silent") << silence() << false;
+    QTest::newRow("half an answer") << RawServer::Script([](RawServer::Connection &connection) {
+        connection.readRequest();
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n{");
+        connection.awaitClose();
+    }) << false;
+    QTest::newRow("dripping") << RawServer::Script([](RawServer::Connection &connection) {
+        bool isOpen = connection.write("HTTP/1.1 200 OK\r\n");
+        while (isOpen && !connection.pause(std::chrono::milliseconds(1)))
+            isOpen = connection.write("X: y\r\n");
+    }) << false;
+    QTest::newRow("stalling handshake") << silence() << true;
 }

@@ -1,0 +1,152 @@
+#pragma once
+
+#include "Columns.h"
+#include "FakePlayer.h"
+#include "LogCollector.h"
+#include "MainQueue.h"
+#include "PlayerEvents.h"
+
+#include <QMap>
+#include <QRegularExpression>
+#include <QTest>
+
+#include <thread>
+
+/// A test of an adapter over a player whose every move is a step of the test, on the test clock.
+template<class Adapter, class PlayerType> class AdapterTest : public QObject
+{
+protected:
+    using Actions = QMap<QString, std::function<void(const QString &)>>;
+
+    /// Makes a player, or one in its controller, and has it watched.
+    virtual void create(bool inController) = 0;
+    void begin()
+    {
+        QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
+        zelvano::MainQueue::shared().useTestClock();
+        create(false);
+    }
+    void watch(const std::shared_ptr<QObject> &host)
+    {
+        m_engine = std::make_shared<RecordingSubscription>();
+        m_adapter = Adapter::create(host);
+        m_adapter->setObserver(m_engine);
+    }
+
+    /// "play, wait 500": one step after another.
+    void perform(const QString &steps)
+    {
+        const LogCollector log;
+        for (const auto &step : steps.split(QStringLiteral(", "), Qt::SkipEmptyParts)) {
+            const auto action = m_actions.value(step.section(u' ', 0, 0));
+            QVERIFY2(action, qPrintable(step));
+            action(step.section(u' ', 1));
+        }
+    }
+
+    static void addStepColumns()
+    {
+        // What the steps before bring is not looked at, and a long list is heard as counts.
+        addColumns<bool, QString, QString, QString>({"inController", "before", "steps", "heard"});
+    }
+    void row(const char *name, const QByteArray &before, const QByteArray &steps, const QByteArray &heard)
+    {
+        for (const bool inController : m_hosts) {
+            QTest::addRow("%s%s", name, inController ? " (controller)" : "")
+                << inController << QString::fromLatin1(before) << QString::fromLatin1(steps)
+                << QString::fromLatin1(heard);
+        }
+    }
+    void performRow()
+    {
+        QFETCH(bool, inController);
+        QFETCH(QString, before);
+        QFETCH(QString, steps);
+        create(inController);
+        perform(before);
+        m_engine->take();
+        perform(steps);
+        auto heard = m_engine->take();
+        if (heard.size() > 100)
+            heard = counted(heard);
+        QTEST(heard.join(QStringLiteral(", ")), "heard");
+        if (m_engine->last)
+            QCOMPARE(m_engine->last, m_adapter);
+    }
+
+    /// The host lets go of the adapter inside the event that each of the steps brings.
+    void endInside(const QString &before, const QStringList &steps)
+    {
+        for (const auto &step : steps) {
+            create(true);
+            perform(before);
+            m_engine->onCall = [this](const QString &) {
+                m_engine->last.reset();
+                m_adapter.reset();
+            };
+            perform(step);
+            QVERIFY2(!m_adapter, qPrintable(step));
+        }
+    }
+
+    static void addNextVideos()
+    {
+        addColumns<QString, QString, QStringList>({"url", "playing", "logged"});
+        const auto url = QStringLiteral("http://videos.example/2%20b.mp4?x=%C3%A4"), stays = QStringLiteral("x:1");
+        const auto given = QStringLiteral("video-url: "), bad = QStringLiteral("http://[bad");
+        const auto kept = QStringLiteral("Error: the next video has no valid URL, the video stays");
+        QTest::newRow("URL") << url << url << QStringList{given + url};
+        QTest::newRow("null") << QString() << stays << QStringList();
+        QTest::newRow("empty") << QStringLiteral("") << stays << QStringList{given, kept};
+        QTest::newRow("no URL") << bad << stays << QStringList{given + bad, kept};
+    }
+    void setNextVideo()
+    {
+        QFETCH(QString, url);
+        m_engine->take();
+        const LogCollector log;
+        std::thread([&] { m_adapter->setNextVideo(url); }).join();
+        QCOMPARE(m_engine->take(), QStringList()); // Later, on the main queue.
+        zelvano::MainQueue::shared().advance(std::chrono::milliseconds(0));
+        QVERIFY(m_engine->take().contains(zelvano::PlayerEvent::Play));
+        QTEST(log.lines(), "logged");
+        QTEST(m_adapter->videoId(), "playing");
+    }
+
+    std::shared_ptr<PlayerType> m_player;
+    std::shared_ptr<Adapter> m_adapter;
+    std::shared_ptr<RecordingSubscription> m_engine;
+    QList<bool> m_hosts{false, true}; ///< Whether the player is in a controller.
+    Actions m_actions{
+        {QStringLiteral("wait"),
+         [](auto &how) { zelvano::MainQueue::shared().advance(std::chrono::milliseconds(how.toInt())); }},
+        {QStringLiteral("click"), [](auto &how) { click(QUrl(how)); }},
+        {QStringLiteral("next"), [this](auto &how) { m_adapter->setNextVideo(how); }},
+        {QStringLiteral("dismiss"), [this](auto &) { m_adapter->dismissSubscriber(); }},
+        {QStringLiteral("drop"), [this](auto &) { drop(); }},
+    };
+
+    static void click(const QVariant &object)
+    {
+        zelvano::NotificationCenter::defaultCenter().post({zelvano::DidSelecteRecommendationNotification, object, {}});
+    }
+
+private:
+    /// Nothing else holds it: neither the player, nor what waits.
+    void drop()
+    {
+        m_engine->last.reset();
+        const std::weak_ptr<Adapter> watched = std::exchange(m_adapter, nullptr);
+        QVERIFY(watched.expired());
+    }
+    static QStringList counted(const QStringList &heard)
+    {
+        QMap<QString, int> counts;
+        for (const auto &what : heard)
+            ++counts[what];
+        QStringList list;
+        for (const auto &[what, count] : counts.asKeyValueRange())
+            list.append(QStringLiteral("%1 %2").arg(count).arg(what));
+        return list;
+    }
+};
