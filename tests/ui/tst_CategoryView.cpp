@@ -126,11 +126,8 @@ private Q_SLOTS:
         const auto names = manyCategories(100);
         QVERIFY(stage.fill(20, names));
         stage.videosOf(0)->scrollToRow(19);
-        drag(stage.window, Pointer::Touch, {200, 400}, {0, -300});
-        QVERIFY(waitUntil([&] { return stage.offset() > 0; }));
-        const auto before = stage.offset();
         turnWheel(stage.window, centreOf(stage.row(3))); // Which leaves the wheel to the table.
-        QVERIFY(waitUntil([&] { return stage.offset() > before; }));
+        QVERIFY(waitUntil([&] { return stage.offset() > 0; }));
         for (const qint64 number : {30, 60, 99, 45, 0}) {
             stage.items()->scrollToRow(number);
             QVERIFY(stage.rowsAreLaidOut());

@@ -19,14 +19,14 @@ private Q_SLOTS:
         QVERIFY(stage.window.appear());
         QCOMPARE(stage.view->inset(), 0.0);
         const auto file = pictureFile({200, 100});
-        const auto recommendation = recommendationOf({videoJson(0, stage.picture(u"0"_s, file, 200ms)),
-                                                      videoJson(1, stage.picture(u"1"_s, file, 400ms)),
+        const auto recommendation = recommendationOf({videoJson(0, stage.picture(u"0"_s, file, 500ms)),
+                                                      videoJson(1, stage.picture(u"1"_s, file, 1000ms)),
                                                       videoJson(2, stage.picture(u"2"_s, file))});
         stage.view->setRecommendations(recommendation);
         QVERIFY(stage.waitForItems(1));
         QCOMPARE(stage.titles(), QStringList{u"Video 2"_s});
-        stage.cell(0)->activate(); // By row: hosts of the unsorted list rely on the
-                                   // recommendation's order.
+        // By row: hosts of the unsorted list rely on the recommendation's order.
+        stage.cell(0)->activate();
         QVERIFY(stage.waitForPicks(1));
         QCOMPARE(stage.picks->videos[0], recommendation->videoList()[0]);
         QVERIFY(stage.waitForItems(2));
@@ -37,8 +37,7 @@ private Q_SLOTS:
         QVERIFY(qAbs(stage.view->inset() - 11.2) < 0.001);
         for (const auto &video : recommendation->videoList()) { // The records are the recommendation's own.
             QVERIFY(qAbs(video->size().width() - 143.2) < 0.001);
-            QCOMPARE(video->size().height(),
-                     video->size().width()); // The cell comes before the image does.
+            QCOMPARE(video->size().height(), video->size().width()); // The cell comes before the image does.
             QVERIFY(waitUntil([&] { return !video->image().isNull(); }));
         }
         QCOMPARE(stage.cell(2)->position(), QPointF(11, 166)); // Whole pixels.
@@ -131,14 +130,13 @@ private Q_SLOTS:
         }
         QCOMPARE(stage.titles().first(titles.size()), titles);
         QVERIFY(stage.log.count(u"Error(secToTime):: duration is <null>"_s) > 0);
-        // Now that such videos have cells, another without an id is known, and so
-        // is one with this id.
+        // Now that such videos have cells, another without an id is known, and so is one with this id.
         stage.view->setRecommendations(recommendationOf({QJsonObject(), videoJson(1, url)}));
         QVERIFY(flushMainQueue());
         QCOMPARE(stage.view->videoCells().size(), std::size_t(videos.size()));
     }
 
-    /// To the end and back, by wheel and by finger.
+    /// To the end and back.
     void manyVideos()
     {
         constexpr int count = 1000;
@@ -147,18 +145,11 @@ private Q_SLOTS:
         QVERIFY(stage.window.appear());
         QVERIFY(waitUntil([&] { return stage.view->videoCells().size() == count; }, 60s));
         QVERIFY(stage.waitForItems(count) && flushMainQueue());
-        const qint64 screenful = 2 * 4; // Columns, and lines that a screen of 480 shows of 154 each.
         const double length = stage.items()->contentSize().height();
         QVERIFY(length > 500 * 154 && length < 500 * 155);
 
-        for (int i = 0; i < 20; ++i) {
-            const auto before = stage.offset();
-            drag(stage.window, Pointer::Touch, {160, 400}, {0, -300});
-            QVERIFY(waitUntil([&] { return stage.offset() > before; }));
-        }
-        const auto touched = stage.offset();
         turnWheel(stage.window, {160, 240});
-        QVERIFY(waitUntil([&] { return stage.offset() > touched; }));
+        QVERIFY(waitUntil([&] { return stage.offset() > 0; }));
         for (qint64 row = 0; row < count; row += 7) {
             stage.items()->scrollToRow(row);
             QCOMPARE(textOf(stage.cell(row), u"titleLable"_s), u"Video %1"_s.arg(row));
@@ -168,7 +159,7 @@ private Q_SLOTS:
         QVERIFY(qAbs(stage.offset() - (length - 480)) < 1);
         stage.items()->scrollToRow(0);
         QCOMPARE(textOf(stage.cell(0), u"titleLable"_s), u"Video 0"_s);
-        QVERIFY2(stage.items()->cellCount() <= 3 * screenful, qPrintable(QString::number(stage.items()->cellCount())));
+        QVERIFY(stage.items()->cellCount() <= 3 * 2 * 4); // Screenfuls, columns, and lines of 154 in a screen of 480.
     }
 
     void tapReports()

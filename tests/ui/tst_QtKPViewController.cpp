@@ -130,12 +130,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("script");
         QTest::newRow("no player") << u""_s;
         QTest::newRow("numbers that are none")
-            << u"kHost.mediaDidChange({duration: 'long', currentTime: null, entryId: {}, videoWidth: -1, videoHeight: "
-               u"[]});"
-               "kHost.loadStateDidChange('one'); kHost.playbackStateDidChange({}); kHost.playbackStateDidChange(1e30);"_s;
-        QTest::newRow("nothing at all") << u"kHost.mediaDidChange(); kHost.mediaDidChange(null); "
-                                           u"kHost.mediaDidChange(7); kHost.loadStateDidChange();"
-                                           "kHost.eventDidFire(); kHost.eventDidFire('zelvanoPluginEvent');"_s;
+            << u"kHost.mediaDidChange({duration: 'long', currentTime: null, entryId: {}});"
+               "kHost.mediaDidChange({videoWidth: -1, videoHeight: []}); kHost.loadStateDidChange('one');"
+               "kHost.playbackStateDidChange({}); kHost.playbackStateDidChange(1e30);"_s;
+        QTest::newRow("nothing at all")
+            << u"kHost.mediaDidChange(); kHost.mediaDidChange(null); kHost.mediaDidChange(7);"
+               "kHost.loadStateDidChange(); kHost.eventDidFire(); kHost.eventDidFire('zelvanoPluginEvent');"_s;
     }
 
     /// A page that is no player, or tells nonsense: nothing is reported, and the calls on it lead nowhere.

@@ -281,11 +281,11 @@ private Q_SLOTS:
         Stage stage;
         bool wasHidden = false;
         stage.owner->onShowing = [&] { wasHidden = stage.view->isHidden() && !stage.view->isVisible(); };
-        stage.view->setHidden(false);
-        QVERIFY(wasHidden);
-        QVERIFY(stage.view->isVisible());
-        stage.view->setHidden(false);
-        QCOMPARE(stage.owner->showings, 2);
+        for (int showing = 1; showing <= 2; ++showing) {
+            stage.view->setHidden(false);
+            QVERIFY(stage.view->isVisible() && wasHidden == (showing == 1));
+            QCOMPARE(stage.owner->showings, showing);
+        }
         stage.view->setHidden(true);
         QVERIFY(!stage.view->isVisible());
         stage.view->setParentItem(nullptr);
