@@ -7,7 +7,6 @@
 #include <QAccessible>
 #include <QQmlComponent>
 #include <QQmlEngine>
-#include <QScopeGuard>
 
 using namespace Qt::StringLiterals;
 using namespace zelvano;
@@ -36,30 +35,14 @@ void pressByScreenReader(QAccessibleInterface *interface)
     interface->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
 }
 
-/// An overlay, in an item of a host's that mirrors all that is in it, in a window.
-struct OverlayStage
+/// An item of a host's that mirrors all that is in it.
+std::unique_ptr<QQuickItem> mirroringItem(QQmlEngine &engine)
 {
-    HostWindow window;
-    QQmlEngine engine;
-    const std::unique_ptr<QQuickItem> mirroring = mirroringItem(engine);
-    ZVTopRecommendationView overlay{QRectF(0, 0, 480, 270)};
-    QQuickItem *const content = reinterpret_cast<QQuickItem *>(overlay.contentView());
-    QQuickItem *const closeControl = content->findChild<QQuickItem *>(u"dismiss"_s);
-
-    OverlayStage()
-    {
-        mirroring->setParentItem(window.contentItem());
-        overlay.setParentItem(mirroring.get());
-    }
-    static std::unique_ptr<QQuickItem> mirroringItem(QQmlEngine &engine)
-    {
-        QQmlComponent component(&engine);
-        component.setData("import QtQuick\n"
-                          "Item { LayoutMirroring.enabled: true; LayoutMirroring.childrenInherit: true }",
-                          {});
-        return std::unique_ptr<QQuickItem>(qobject_cast<QQuickItem *>(component.create()));
-    }
-};
+    QQmlComponent component(&engine);
+    component.setData("import QtQuick\nItem { LayoutMirroring.enabled: true; LayoutMirroring.childrenInherit: true }",
+                      {});
+    return std::unique_ptr<QQuickItem>(qobject_cast<QQuickItem *>(component.create()));
+}
 
 } // namespace
 
@@ -108,29 +91,36 @@ private Q_SLOTS:
 
     void closeControl()
     {
-        OverlayStage stage;
-        QVERIFY(stage.window.appear());
-        stage.overlay.setHidden(false);
-        QCOMPARE(nameOf(stage.content), u"Recommended videos"_s);
-        auto *const control = QAccessible::queryAccessibleInterface(stage.closeControl);
+        HostWindow window;
+        QQmlEngine engine;
+        const auto host = mirroringItem(engine);
+        host->setParentItem(window.contentItem());
+        ZVTopRecommendationView overlay(QRectF(0, 0, 480, 270));
+        overlay.setParentItem(host.get());
+        QVERIFY(window.appear());
+        overlay.setHidden(false);
+        auto *const content = reinterpret_cast<QQuickItem *>(overlay.contentView());
+        QCOMPARE(nameOf(content), u"Recommended videos"_s);
+        auto *const item = content->findChild<QQuickItem *>(u"dismiss"_s);
+        auto *const control = QAccessible::queryAccessibleInterface(item);
         QCOMPARE(control->role(), QAccessible::Button);
         QCOMPARE(control->text(QAccessible::Name), u"Close recommendations"_s);
-        QVERIFY(control->state().focusable && !control->state().invisible);
-        QVERIFY(stage.closeControl->activeFocusOnTab());
-        QCOMPARE(stage.closeControl->x() + stage.closeControl->width(), 480.0); // Not mirrored.
+        QVERIFY(control->state().focusable && !control->state().invisible && item->activeFocusOnTab());
+        QCOMPARE(item->x() + item->width(), 480.0); // Not mirrored.
         pressByScreenReader(control);
-        QVERIFY(waitUntil([&] { return stage.overlay.isHidden(); }));
+        QVERIFY(waitUntil([&] { return overlay.isHidden(); }));
     }
 
     void mirroredList()
     {
         for (const bool byApplication : {true, false}) {
             QGuiApplication::setLayoutDirection(byApplication ? Qt::RightToLeft : Qt::LeftToRight);
-            OverlayStage host;
+            QQmlEngine engine;
+            const auto host = mirroringItem(engine);
             NativeStage<ZVListView> stage;
             if (!byApplication) {
-                host.mirroring->setParentItem(stage.window.contentItem());
-                stage.items()->setParentItem(host.mirroring.get());
+                host->setParentItem(stage.window.contentItem());
+                stage.items()->setParentItem(host.get());
             }
             QVERIFY(stage.fill(3));
             const auto left = [&](qint64 row) { return stage.cell(row)->x(); };

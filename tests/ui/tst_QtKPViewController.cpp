@@ -131,7 +131,7 @@ private Q_SLOTS:
         QTest::newRow("no player") << u""_s;
         QTest::newRow("numbers that are none")
             << u"kHost.mediaDidChange({duration: 'long', currentTime: null, entryId: {}});"
-               "kHost.mediaDidChange({videoWidth: -1, videoHeight: []}); kHost.loadStateDidChange('one');"
+               "kHost.mediaDidChange({videoWidth: -1, videoHeight: [], duration: -1}); kHost.loadStateDidChange('one');"
                "kHost.playbackStateDidChange({}); kHost.playbackStateDidChange(1e30);"_s;
         QTest::newRow("nothing at all")
             << u"kHost.mediaDidChange(); kHost.mediaDidChange(null); kHost.mediaDidChange(7);"

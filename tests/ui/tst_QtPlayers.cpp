@@ -260,6 +260,7 @@ private Q_SLOTS:
             QVERIFY(players.tells(u"state 1"_s));
             QCOMPARE(contents.size(), 1);
             QCOMPARE(players.media->source(), next);
+            QVERIFY(players.avTold.contains(u"item"_s)); // Loaded anew, be it the same.
             QCOMPARE(players.movieTold, anotherMovieTold);
         }
     }

@@ -164,8 +164,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("call");
         QTest::addColumn<bool>("drops"); // Or dismisses.
-        for (const auto *call : {"selection", "selection by the page", "selection in the list",
-                                 "selection in the categories", "done", "native list", "plug-in", "rotation"}) {
+        for (const auto *call :
+             {"selection", "selection by the page", "selection by the page, without event loop",
+              "selection in the list", "selection in the categories", "done", "native list", "plug-in", "rotation"}) {
             QTest::addRow("%s, dismiss", call) << QString::fromLatin1(call) << false;
             QTest::addRow("%s, drop", call) << QString::fromLatin1(call) << true;
         }
@@ -194,8 +195,11 @@ private Q_SLOTS:
             scene.host->onSelect = endIt;
         if (call == "selection"_L1) {
             scene.pick(1);
-        } else if (call == "selection by the page"_L1) {
+        } else if (call.startsWith("selection by the page"_L1)) {
             evaluate(*scene.overlay(), u"setTimeout(() => { location.href = 'zelvano://index?1' }, 20)"_s);
+            const QDeadlineTimer deadline(10s);
+            while (call.endsWith("event loop"_L1) && calls == 0 && !deadline.hasExpired())
+                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         } else if (call.startsWith("selection"_L1)) {
             auto *const items = scene.views[call.endsWith("list"_L1) ? 0 : 1]->view();
             QVERIFY(waitUntil([&] { return qobject_cast<ZVItemView *>(items)->cellForRow(0); }));
