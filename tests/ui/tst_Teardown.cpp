@@ -56,7 +56,8 @@ struct Scene : ControllerSession
         for (const auto &view : views) {
             view->setDelegate(controller);
             view->view()->setParentItem(window->contentItem());
-            view->view()->setSize({300, 400});
+            view->view()->setPosition({view == views.front() ? 0.0 : 400.0, 250}); // Not under the overlay.
+            view->view()->setSize({300, 350});
             // One picture each: those without an answer keep their connections.
             view->setRecommendations(recommendationOf({videoJson(0, {}, u"A"_s), videoJson(1, picture, u"B"_s)}));
         }
@@ -203,8 +204,8 @@ private Q_SLOTS:
         } else if (call.startsWith("selection"_L1)) {
             auto *const items = scene.views[call.endsWith("list"_L1) ? 0 : 1]->view();
             QVERIFY(waitUntil([&] { return qobject_cast<ZVItemView *>(items)->cellForRow(0); }));
-            items->forceActiveFocus();
-            QTest::keyClick(scene.window.get(), Qt::Key_Return);
+            scene.window->grabWindow(); // Lays out all that is in it.
+            tap(*scene.window, Pointer::Touch, items->mapToScene({60, 100}).toPoint());
         } else if (call == "done"_L1) {
             scene.host->onDone = endIt;
             scene.playerIs(u"done"_s);
