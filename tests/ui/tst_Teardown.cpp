@@ -197,9 +197,10 @@ private Q_SLOTS:
         if (call == "selection"_L1) {
             scene.pick(1);
         } else if (call.startsWith("selection by the page"_L1)) {
+            const QPointer<QObject> overlay(scene.overlay());
             evaluate(*scene.overlay(), u"setTimeout(() => { location.href = 'zelvano://index?1' }, 20)"_s);
             const QDeadlineTimer deadline(10s);
-            while (call.endsWith("event loop"_L1) && calls == 0 && !deadline.hasExpired())
+            while (call.endsWith("event loop"_L1) && overlay && !deadline.hasExpired())
                 QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         } else if (call.startsWith("selection"_L1)) {
             auto *const items = scene.views[call.endsWith("list"_L1) ? 0 : 1]->view();
