@@ -156,7 +156,8 @@ private Q_SLOTS:
     {
         Players players(false);
         players.media->setSource(first);
-        players.media->play();
+        QVERIFY(waitUntil([&] { return players.media->mediaStatus() == QMediaPlayer::LoadedMedia; }));
+        players.media->play(); // Told so before, the backend may stand still for good.
         QVERIFY(waitUntil([&] { return players.media->position() > 300; }));
         players.attach();
         QCOMPARE(players.avTold + players.movieTold, QStringList()); // Its observers come after it.
