@@ -191,29 +191,21 @@ private Q_SLOTS:
     void end()
     {
         Players players;
-        QVERIFY(players.loads(first));
-        const auto playsToTheEnd = [&] {
-            players.av->play();
-            if (!players.plays(0.1) || players.av->currentTime() > 5)
-                return false;
-            players.forget();
-            players.media->setPosition(players.media->duration() - 300);
-            return players.tells(u"end"_s) && players.tells(u"finish 0 whole"_s) && players.tells(u"rate 0"_s);
-        };
-        for (int time = 0; time < 2; ++time) {
-            QVERIFY(playsToTheEnd()); // The second time from the beginning.
-            players.movie->stop();
-            QTest::qWait(0);
-            QCOMPARE(players.avTold.filter(u"end"_s), QStringList{u"end"_s});
-            QCOMPARE(players.movieTold.filter(u"finish"_s).size(), 1);
-            QVERIFY(!players.movieTold.contains(u"playable"_s));
-            QCOMPARE(players.av->currentItem()->status(), AVPlayerItemStatus::ReadyToPlay);
-        }
+        QVERIFY(players.starts(first, 0.1));
+        players.forget();
+        players.media->setPosition(players.media->duration() - 300);
+        QVERIFY(players.tells(u"end"_s) && players.tells(u"finish 0 whole"_s) && players.tells(u"rate 0"_s));
+        QTest::qWait(0);
+        QCOMPARE(players.avTold.filter(u"end"_s), QStringList{u"end"_s});
+        QCOMPARE(players.movieTold.filter(u"finish"_s).size(), 1);
+        QVERIFY(!players.movieTold.contains(u"playable"_s));
+        QCOMPARE(players.av->currentItem()->status(), AVPlayerItemStatus::ReadyToPlay);
         players.forget();
         players.attach(); // Who comes now hears nothing of an end that is past.
         QVERIFY(players.tells(u"ready"_s) && players.tells(u"playable"_s));
+        players.movie->stop(); // Qt's FFmpeg backend may say once more that this is the end.
+        QTest::qWait(0);
         QVERIFY(!players.avTold.contains(u"end"_s) && players.movieTold.filter(u"finish"_s).isEmpty());
-        QVERIFY(playsToTheEnd());
     }
 
     void replacedItem()
