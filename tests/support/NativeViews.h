@@ -1,7 +1,6 @@
 #pragma once
 
 #include "LogCollector.h"
-#include "MainQueue.h"
 #include "Pictures.h"
 #include "Sandbox.h"
 #include "UiTest.h"
@@ -21,12 +20,9 @@ public:
     void didSelecteRecommendation(const std::shared_ptr<zelvano::ZVVideoParams> &video) override
     {
         videos.push_back(video);
-        if (onPick)
-            onPick();
     }
 
     zelvano::ZVVideoList videos;
-    std::function<void()> onPick;
 };
 
 inline std::shared_ptr<zelvano::ZVRecommendation> recommendationOf(const QJsonArray &videos)
@@ -39,11 +35,23 @@ inline QJsonObject videoJson(int number, const QUrl &image = {}, const QString &
 {
     QJsonObject video{{QStringLiteral("title"), QStringLiteral("Video %1").arg(number)},
                       {QStringLiteral("videoId"), QStringLiteral("video-%1").arg(number)},
+                      {QStringLiteral("url"), QStringLiteral("http://videos.example/%1.mp4").arg(number)},
                       {QStringLiteral("durationSec"), 60 + number},
                       {QStringLiteral("imageUrl"), image.toString()}};
     if (!category.isNull())
         video.insert(QStringLiteral("category"), category);
     return video;
+}
+
+/// Videos from 0 on, of each category as many.
+inline QJsonArray videosJson(int count, const QUrl &image = {}, const QStringList &categories = {QString()})
+{
+    QJsonArray videos;
+    for (int i = 0; i < count; ++i) {
+        for (const auto &category : categories)
+            videos.append(videoJson(static_cast<int>(videos.size()), image, category));
+    }
+    return videos;
 }
 
 inline QQuickItem *outletOf(const zelvano::ZVItemViewCell *cell, const QString &name)
@@ -58,17 +66,11 @@ inline QString textOf(const zelvano::ZVItemViewCell *cell, const QString &outlet
     return label ? label->property("text").toString() : QString();
 }
 
-inline QPoint centreOf(const QQuickItem *item)
-{
-    return item->mapToScene({item->width() / 2, item->height() / 2}).toPoint();
-}
-
 /// A service on loopback, and a window of the host's in which a native view stands.
-class NativeStage
+template<class View> class NativeStage
 {
 public:
-    explicit NativeStage(const std::shared_ptr<zelvano::ZVRecommendationView> &nativeView, QSize size = {320, 480})
-        : view(nativeView), window(size)
+    explicit NativeStage(QSize size = {320, 480}) : window(size)
     {
         const bool started = sandbox.start();
         Q_ASSERT(started);
@@ -78,10 +80,8 @@ public:
         view->setDelegate(picks);
     }
 
-    ~NativeStage() { view.reset(); } // Its item is in the window.
-    Q_DISABLE_COPY_MOVE(NativeStage)
-
     zelvano::ZVItemView *items() const { return qobject_cast<zelvano::ZVItemView *>(view->view()); }
+    zelvano::ZVItemViewCell *cell(qint64 row) const { return items()->cellForRow(row); }
 
     /// The address of a picture, the only one under this name.
     QUrl picture(const QString &name, const QByteArray &body, std::chrono::milliseconds delay = {})
@@ -95,12 +95,28 @@ public:
         sandbox.addFault(path, {}, answer);
         return sandbox.url(path);
     }
+    /// Videos with one and the same picture.
+    QJsonArray videos(int count, const QStringList &categories = {QString()})
+    {
+        return videosJson(count, picture(common, pictureFile({32, 18})), categories);
+    }
+    int hits() const { return sandbox.hits(QStringLiteral("/pictures/") + common); }
+    bool show(const QJsonArray &videos, qint64 count)
+    {
+        view->setRecommendations(recommendationOf(videos));
+        return window.appear() && waitForItems(count) && flushMainQueue();
+    }
+    bool fill(int count) { return show(videos(count), count); }
     bool waitForItems(qint64 count)
     {
         return waitUntil([&] {
             items()->layoutIfNeeded();
             return items()->itemCount() == count;
         });
+    }
+    bool waitForPicks(std::size_t count)
+    {
+        return waitUntil([&] { return picks->videos.size() == count; });
     }
     /// By what its cells show, from the top.
     QStringList titles() const
@@ -112,18 +128,15 @@ public:
         return titles;
     }
     double offset() const { return items()->scroller()->property("contentY").toDouble(); }
+    bool isAtRest() const { return !items()->scroller()->property("moving").toBool(); }
+    void key(Qt::Key key) { QTest::keyClick(&window, key); }
 
     LogCollector log;
     zelvano::sandbox::Sandbox sandbox;
     const std::shared_ptr<Picks> picks = std::make_shared<Picks>();
-    std::shared_ptr<zelvano::ZVRecommendationView> view;
     HostWindow window;
-};
+    const std::shared_ptr<View> view = View::create();
 
-/// Everything that the main queue was given before has run.
-inline bool mainQueueIsDone()
-{
-    const auto done = std::make_shared<bool>(false);
-    zelvano::MainQueue::shared().post([done] { *done = true; });
-    return waitUntil([done] { return *done; });
-}
+private:
+    inline static const auto common = QStringLiteral("common");
+};

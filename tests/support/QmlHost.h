@@ -54,12 +54,16 @@ struct QmlHost
             qWarning("%s", qPrintable(expression.error().toString()));
         return value;
     }
-    bool waitFor(const QString &condition)
+    template<class Predicate> bool wait(Predicate predicate)
     {
         return waitUntil([&] {
             service.queue().advance(std::chrono::milliseconds(0));
-            return run(condition).toBool();
+            return predicate();
         });
+    }
+    bool waitFor(const QString &condition)
+    {
+        return wait([&] { return run(condition).toBool(); });
     }
     QStringList heard() { return run(QStringLiteral("heard")).toStringList(); }
     QObject *object(const QString &name) { return run(name).value<QObject *>(); }
@@ -73,8 +77,7 @@ struct QmlHost
     }
     bool waitForItems(const QString &name, qint64 count)
     {
-        return waitUntil([&] {
-            service.queue().advance(std::chrono::milliseconds(0));
+        return wait([&] {
             if (auto *view = viewIn(name))
                 view->layoutIfNeeded();
             return viewIn(name) && viewIn(name)->itemCount() == count;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "MainQueue.h"
+
 #include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QGuiApplication>
@@ -12,6 +14,7 @@
 #include <QtWebEngineQuick>
 
 #include <chrono>
+#include <memory>
 
 /// The main function of a test program that needs a window system and the web engine.
 template<class Test> int runUiTest(int argc, char **argv)
@@ -24,6 +27,12 @@ template<class Test> int runUiTest(int argc, char **argv)
     Test test;
     return QTest::qExec(&test, argc, argv);
 }
+
+#define UI_TEST_MAIN(Test)                                                                                             \
+    int main(int argc, char **argv)                                                                                    \
+    {                                                                                                                  \
+        return runUiTest<Test>(argc, argv);                                                                            \
+    }
 
 /// Runs an event loop until the predicate holds: web pages load at full speed inside one, unlike in QTest::qWaitFor.
 template<class Predicate>
@@ -43,6 +52,19 @@ bool waitUntil(Predicate predicate, std::chrono::milliseconds longest = std::chr
     poll.start(std::chrono::milliseconds(2));
     loop.exec();
     return holds;
+}
+
+/// Lets the main queue do what it was given before.
+inline bool flushMainQueue()
+{
+    const auto done = std::make_shared<bool>(false);
+    zelvano::MainQueue::shared().post([done] { *done = true; });
+    return waitUntil([done] { return *done; });
+}
+
+inline QPoint centreOf(const QQuickItem *item)
+{
+    return item->mapToScene({item->width() / 2, item->height() / 2}).toPoint();
 }
 
 /// An item of the host's that takes all input it gets, and counts it.
@@ -89,48 +111,32 @@ public:
 enum class Pointer { Mouse, Touch };
 Q_DECLARE_METATYPE(Pointer)
 
-inline QPointingDevice *touchScreen()
+/// A press, a straight way in small steps, a release.
+inline void drag(QWindow &window, Pointer pointer, QPoint from, QPoint way)
 {
-    static auto *const device = QTest::createTouchDevice();
-    return device;
-}
-
-inline void press(QWindow &window, Pointer pointer, QPoint at)
-{
-    if (pointer == Pointer::Mouse)
-        QTest::mousePress(&window, Qt::LeftButton, {}, at);
-    else
-        QTest::touchEvent(&window, touchScreen()).press(0, at);
-}
-
-inline void move(QWindow &window, Pointer pointer, QPoint to)
-{
-    if (pointer == Pointer::Mouse)
-        QTest::mouseMove(&window, to);
-    else
-        QTest::touchEvent(&window, touchScreen()).move(0, to);
-}
-
-inline void release(QWindow &window, Pointer pointer, QPoint at)
-{
-    if (pointer == Pointer::Mouse)
-        QTest::mouseRelease(&window, Qt::LeftButton, {}, at);
-    else
-        QTest::touchEvent(&window, touchScreen()).release(0, at);
+    static auto *const touchScreen = QTest::createTouchDevice();
+    const int steps = way.isNull() ? 0 : 8;
+    if (pointer == Pointer::Mouse) {
+        QTest::mousePress(&window, Qt::LeftButton, {}, from);
+        for (int step = 1; step <= steps; ++step)
+            QTest::mouseMove(&window, from + way * step / steps);
+        QTest::mouseRelease(&window, Qt::LeftButton, {}, from + way);
+    } else {
+        QTest::touchEvent(&window, touchScreen).press(0, from);
+        for (int step = 1; step <= steps; ++step)
+            QTest::touchEvent(&window, touchScreen).move(0, from + way * step / steps);
+        QTest::touchEvent(&window, touchScreen).release(0, from + way);
+    }
 }
 
 inline void tap(QWindow &window, Pointer pointer, QPoint at)
 {
-    press(window, pointer, at);
-    release(window, pointer, at);
+    drag(window, pointer, at, {});
 }
 
-/// A press, a straight way in small steps, a release.
-inline void drag(QWindow &window, Pointer pointer, QPoint from, QPoint way)
+/// Towards the viewer, by four notches.
+inline void turnWheel(QWindow &window, QPoint at)
 {
-    constexpr int steps = 8;
-    press(window, pointer, from);
-    for (int step = 1; step <= steps; ++step)
-        move(window, pointer, from + way * step / steps);
-    release(window, pointer, from + way);
+    QWheelEvent wheel(at, at, {0, -480}, {0, -480}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&window, &wheel);
 }

@@ -1,14 +1,11 @@
 #pragma once
 
-#include "MainQueue.h"
 #include "UiTest.h"
 #include "ZVTopRecommendationView.h"
 
 #include <QJSEngine>
 #include <QQmlEngine>
 #include <QUrl>
-
-#include <memory>
 
 /// A page as an address, so that it needs no server.
 inline QUrl pageOf(const QString &html)
@@ -55,14 +52,6 @@ inline bool waitForPicture(const zelvano::ZVTopRecommendationView &overlay)
     evaluate(overlay,
              QStringLiteral("window.drawn = 0; (function draw() { ++drawn; requestAnimationFrame(draw); })()"));
     return waitForPage(overlay, QStringLiteral("drawn > 3"));
-}
-
-/// Lets the main queue do what it was given before.
-inline bool flushMainQueue()
-{
-    const auto done = std::make_shared<bool>(false);
-    zelvano::MainQueue::shared().post([done] { *done = true; });
-    return waitUntil([done] { return *done; });
 }
 
 /// Where the middle of the page's element for a video stands in the window.

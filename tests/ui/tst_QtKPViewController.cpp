@@ -1,4 +1,3 @@
-#include "KPViewController.h"
 #include "NotificationCenter.h"
 #include "PlayerEvents.h"
 #include "QtKPViewController.h"
@@ -8,11 +7,6 @@
 #include "ZVKalturaSubscribe.h"
 #include "ZelvanoViewController.h"
 
-#include <QSignalSpy>
-#include <QTest>
-
-#include <memory>
-
 using namespace Qt::StringLiterals;
 using namespace zelvano;
 
@@ -21,210 +15,174 @@ class tst_QtKPViewController : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase()
-    {
-        QVERIFY(window.appear());
-        QVERIFY(sandbox.start());
-    }
-
-    void session();
-    void autoPlay_data();
-    void autoPlay();
-    void pluginShowsSuggestions_data();
-    void pluginShowsSuggestions();
-    void pluginsChoice();
-    void hostilePage_data();
-    void hostilePage();
-    void endsInsideWhatItTells();
-
-private:
-    /// On the screen, with an adapter that reports to the engine.
-    void open(const QString &query);
-    void openPage(const QUrl &page);
-    bool hears(const QString &what)
-    {
-        heard += engine->take();
-        return waitUntil([&] {
-            heard += engine->take();
-            return heard.contains(what);
-        });
-    }
-    QVariant inPage(const QString &expression) { return evaluateIn(player->webView(), expression); }
-
     HostWindow window;
     sandbox::Sandbox sandbox;
     std::shared_ptr<QtKPViewController> player;
     std::shared_ptr<ZVKalturaSubscribe> adapter;
     std::shared_ptr<RecordingSubscription> engine;
     QStringList heard;
+
+    /// On the screen, with an adapter that reports to the engine.
+    void openPage(const QUrl &page)
+    {
+        heard.clear();
+        engine = std::make_shared<RecordingSubscription>();
+        player = QtKPViewController::create(page);
+        auto *const item = qobject_cast<QQuickItem *>(player->view());
+        QVERIFY(item);
+        item->setParentItem(window.contentItem());
+        item->setSize({640, 480});
+        adapter = ZVKalturaSubscribe::create(player);
+        adapter->setObserver(engine);
+    }
+    void open(const QString &query) { openPage(sandbox.url(u"/kaltura/?"_s + query)); }
+    bool hears(const QString &what, qsizetype times = 1)
+    {
+        return waitUntil([&] {
+            heard += engine->take();
+            return heard.count(what) >= times;
+        });
+    }
+    QVariant inPage(const QString &expression) { return evaluateIn(player->webView(), expression); }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(window.appear());
+        QVERIFY(sandbox.start());
+    }
+    void session()
+    {
+        open(u"entryId=sandbox-2"_s);
+        QVERIFY(hears(u"(ready)"_s, 2));
+        QCOMPARE(heard.first(), u"(page)"_s);
+        QCOMPARE(adapter->videoId(), u"sandbox-2"_s);
+        QVERIFY(adapter->duration().value_or(0) >= 10);
+        QCOMPARE(adapter->parentView(), player->view());
+        QCOMPARE(adapter->videoSize(), QSizeF(640, 360));
+        QCOMPARE(player->videoBounds(), QRectF(0, 60, 640, 360));
+        heard.clear();
+        player->play();
+        QVERIFY(hears(u"play"_s));
+        QVERIFY(waitUntil([&] { return adapter->currentPosition() > 0.2; }));
+        player->pause();
+        QVERIFY(hears(u"pause"_s));
+        player->seek(6);
+        QVERIFY(hears(u"seek"_s));
+        QVERIFY(waitUntil([&] { return adapter->currentPosition() >= 6; }));
+        player->seek(adapter->duration().value_or(0) - 0.3);
+        player->play();
+        QVERIFY(hears(u"ended"_s));
+        QCOMPARE(heard, (QStringList{u"play"_s, u"pause"_s, u"seek"_s, u"seek"_s, u"play"_s, u"ended"_s}));
+    }
+
+    void autoPlay()
+    {
+        for (const auto &configured : {u"true"_s, u"false"_s}) {
+            open(u"entryId=1&autoPlay="_s + configured);
+            QVERIFY(hears(u"(ready)"_s));
+            if (configured == "false"_L1)
+                player->play();
+            QVERIFY(hears(u"play"_s));
+            QVERIFY(inPage(u"1"_s).isValid()); // Answered in order: the expression before this one, too.
+            QVERIFY(flushMainQueue() && hears(u"play"_s));
+            QCOMPARE(heard.contains(u"autoPlay"_s), configured == "true"_L1);
+        }
+    }
+
+    /// What arrives after it, too, has come by then.
+    void pluginShowsSuggestions()
+    {
+        for (const auto &[params, cards] : {std::pair(u"[{\"title\":\"A\"},{\"title\":\"B </script> ` ${x} '\"}]"_s, 2),
+                                            {QString(), 0},
+                                            {u"[{"_s, 0}}) {
+            open(u"entryId=1"_s);
+            QVERIFY(hears(u"(ready)"_s));
+            const auto userInfo = params.isNull() ? QVariantMap() : QVariantMap{{ZelvanoDataKey, params}};
+            NotificationCenter::defaultCenter().post(
+                {SuggestionsDidFetchedNotification, QVariant::fromValue<QObject *>(player.get()), userInfo});
+            QVERIFY(flushMainQueue());
+            QCOMPARE(inPage(u"document.querySelectorAll('[data-index]').length"_s).toInt(), cards);
+        }
+    }
+
+    void pluginsChoice()
+    {
+        open(u"entryId=1"_s);
+        QVERIFY(hears(u"(ready)"_s));
+        player->sendNotification(ZelvanoDataKey, u"[{\"title\":\"A\"},{\"title\":\"B\",\"videoId\":\"sandbox-3\"}]"_s);
+        QVERIFY(waitUntil([&] { return inPage(u"!!document.querySelector('[data-index]')"_s).toBool(); }));
+        QVariantMap chosen;
+        NotificationCenter::defaultCenter().addObserver(this, PluginPlayNotification, [&](const Notification &choice) {
+            chosen = choice.userInfo.value(u"params"_s).toMap();
+            player->changeMedia(chosen.value(u"videoId"_s).toString());
+        });
+        inPage(u"document.querySelector('[data-index=\"1\"]').click()"_s);
+        QVERIFY(waitUntil([&] { return !chosen.isEmpty(); }));
+        NotificationCenter::defaultCenter().removeObserver(this);
+        QCOMPARE(chosen.value(u"index"_s).toInt(), 1);
+        QVERIFY(hears(u"play"_s));
+        QCOMPARE(adapter->videoId(), u"sandbox-3"_s);
+    }
+
+    void hostilePage_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::newRow("no player") << u""_s;
+        QTest::newRow("numbers that are none")
+            << u"kHost.mediaDidChange({duration: 'long', currentTime: null, entryId: {}});"
+               "kHost.mediaDidChange({videoWidth: -1, videoHeight: [], duration: -1}); kHost.loadStateDidChange('one');"
+               "kHost.playbackStateDidChange({}); kHost.playbackStateDidChange(1e30);"_s;
+        QTest::newRow("nothing at all")
+            << u"kHost.mediaDidChange(); kHost.mediaDidChange(null); kHost.mediaDidChange(7);"
+               "kHost.loadStateDidChange(); kHost.eventDidFire(); kHost.eventDidFire('zelvanoPluginEvent');"_s;
+    }
+
+    /// A page that is no player, or tells nonsense: nothing is reported, and the calls on it lead nowhere.
+    void hostilePage()
+    {
+        QFETCH(const QString, script);
+        openPage(
+            pageOf(u"<script>new QWebChannel(qt.webChannelTransport, channel => { const kHost = channel.objects.kHost;"
+                   "%1 kHost.playbackStateDidChange(6); });</script>"_s.arg(script)));
+        QVERIFY(hears(u"pause"_s));
+        QCOMPARE(heard, QStringList{u"pause"_s});
+        player->play();
+        player->changeMedia(u"');alert(1)//"_s);
+        player->sendNotification(u"x"_s, {});
+        bool answered = false;
+        player->asyncEvaluate(u"{autoPlay}"_s, u"id"_s, [&](const QVariant &value) { answered = !value.toBool(); });
+        QVERIFY(waitUntil([&] { return answered; }));
+        QVERIFY(!adapter->duration());
+        QCOMPARE(adapter->currentPosition(), 0.0);
+        QCOMPARE(adapter->videoSize(), QSizeF(0, 0));
+    }
+
+    /// A host may drop the player from inside anything that it is told.
+    void endsInsideWhatItTells()
+    {
+        for (const auto &when : {u"(page)"_s, u"(ready)"_s, u"media"_s, u"choice"_s}) {
+            open(u"entryId=1"_s);
+            const auto drop = [this] {
+                adapter.reset();
+                player.reset();
+            };
+            if (when == "media"_L1)
+                connect(player.get(), &KPViewController::mediaChanged, this, drop);
+            player->addKPlayerEventListener(u"choice"_s, {}, [&](const QVariant &) { drop(); });
+            engine->onCall = [&](const QString &what) {
+                if (what == when)
+                    drop();
+                else if (what == "(ready)"_L1)
+                    QMetaObject::invokeMethod(player->webView(), "runJavaScript",
+                                              Q_ARG(QString, u"kPlayer.raise('choice', 1)"_s));
+            };
+            QVERIFY2(waitUntil([this] { return !player; }), qPrintable(when));
+            engine->last.reset();
+        }
+        QVERIFY(flushMainQueue());
+    }
 };
 
-void tst_QtKPViewController::open(const QString &query)
-{
-    openPage(sandbox.url(u"/kaltura/?"_s + query));
-}
-
-void tst_QtKPViewController::openPage(const QUrl &page)
-{
-    heard.clear();
-    engine = std::make_shared<RecordingSubscription>();
-    player = QtKPViewController::create(page);
-    auto *const item = qobject_cast<QQuickItem *>(player->view());
-    QVERIFY(item);
-    item->setParentItem(window.contentItem());
-    item->setSize({640, 480});
-    adapter = ZVKalturaSubscribe::create(player);
-    adapter->setObserver(engine);
-}
-
-void tst_QtKPViewController::session()
-{
-    open(u"entryId=sandbox-2"_s);
-    QVERIFY(hears(u"(ready)"_s));
-    QVERIFY(waitUntil([&] { return heard.count(u"(ready)"_s) + engine->take().count(u"(ready)"_s) == 2; }));
-    QCOMPARE(heard.first(), u"(page)"_s);
-    QCOMPARE(adapter->videoId(), u"sandbox-2"_s);
-    QVERIFY(adapter->duration().value_or(0) >= 10);
-    QCOMPARE(adapter->parentView(), player->view());
-    QCOMPARE(adapter->videoSize(), QSizeF(640, 360));
-    QCOMPARE(player->videoBounds(), QRectF(0, 60, 640, 360));
-    heard.clear();
-    player->play();
-    QVERIFY(hears(u"play"_s));
-    QVERIFY(waitUntil([&] { return adapter->currentPosition() > 0.2; }));
-    player->pause();
-    QVERIFY(hears(u"pause"_s));
-    player->seek(6);
-    QVERIFY(hears(u"seek"_s));
-    QVERIFY(waitUntil([&] { return adapter->currentPosition() >= 6; }));
-    player->seek(adapter->duration().value_or(0) - 0.3);
-    player->play();
-    QVERIFY(hears(u"ended"_s));
-    QCOMPARE(heard, (QStringList{u"play"_s, u"pause"_s, u"seek"_s, u"seek"_s, u"play"_s, u"ended"_s}));
-}
-
-void tst_QtKPViewController::autoPlay_data()
-{
-    QTest::addColumn<bool>("autoPlays");
-    QTest::newRow("configured") << true;
-    QTest::newRow("not configured") << false;
-}
-
-void tst_QtKPViewController::autoPlay()
-{
-    QFETCH(const bool, autoPlays);
-    open(u"entryId=1&autoPlay="_s + (autoPlays ? u"true"_s : u"false"_s));
-    QVERIFY(hears(u"(ready)"_s));
-    if (!autoPlays)
-        player->play();
-    QVERIFY(hears(u"play"_s));
-    QVERIFY(inPage(u"1"_s).isValid()); // Answered in order: the expression before this one, too.
-    flushMainQueue();
-    QCOMPARE(hears(u"play"_s) && heard.contains(u"autoPlay"_s), autoPlays);
-}
-
-void tst_QtKPViewController::pluginShowsSuggestions_data()
-{
-    QTest::addColumn<QVariant>("params");
-    QTest::addColumn<int>("cards");
-    QTest::newRow("two") << QVariant(uR"([{"title":"A"},{"title":"B </script> ` ${x} '"}])"_s) << 2;
-    QTest::newRow("none") << QVariant() << 0;
-    QTest::newRow("garbage") << QVariant(u"[{"_s) << 0;
-}
-
-/// What arrives after it, too, has come by then.
-void tst_QtKPViewController::pluginShowsSuggestions()
-{
-    QFETCH(QVariant, params);
-    QFETCH(int, cards);
-    open(u"entryId=1"_s);
-    QVERIFY(hears(u"(ready)"_s));
-    const QVariantMap userInfo = params.isValid() ? QVariantMap{{ZelvanoDataKey, params}} : QVariantMap();
-    NotificationCenter::defaultCenter().post(
-        {SuggestionsDidFetchedNotification, QVariant::fromValue<QObject *>(player.get()), userInfo});
-    QVERIFY(flushMainQueue());
-    QCOMPARE(inPage(u"document.querySelectorAll('[data-index]').length"_s).toInt(), cards);
-}
-
-void tst_QtKPViewController::pluginsChoice()
-{
-    open(u"entryId=1"_s);
-    QVERIFY(hears(u"(ready)"_s));
-    player->sendNotification(ZelvanoDataKey, uR"([{"title":"A"},{"title":"B","videoId":"sandbox-3"}])"_s);
-    QVERIFY(waitUntil([&] { return inPage(u"!!document.querySelector('[data-index]')"_s).toBool(); }));
-    QVariantMap chosen;
-    NotificationCenter::defaultCenter().addObserver(this, PluginPlayNotification, [&](const Notification &choice) {
-        chosen = choice.userInfo.value(u"params"_s).toMap();
-        player->changeMedia(chosen.value(u"videoId"_s).toString());
-    });
-    inPage(u"document.querySelector('[data-index=\"1\"]').click()"_s);
-    QVERIFY(waitUntil([&] { return !chosen.isEmpty(); }));
-    NotificationCenter::defaultCenter().removeObserver(this);
-    QCOMPARE(chosen.value(u"index"_s).toInt(), 1);
-    QVERIFY(hears(u"play"_s));
-    QCOMPARE(adapter->videoId(), u"sandbox-3"_s);
-}
-
-void tst_QtKPViewController::hostilePage_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::newRow("no player") << u""_s;
-    QTest::newRow("numbers that are none")
-        << u"kHost.mediaDidChange({duration: 'long', currentTime: null, entryId: {}, videoWidth: -1, videoHeight: []});"
-           "kHost.loadStateDidChange('one'); kHost.playbackStateDidChange({}); kHost.playbackStateDidChange(1e30);"_s;
-    QTest::newRow("nothing at all")
-        << u"kHost.mediaDidChange(); kHost.mediaDidChange(null); kHost.mediaDidChange(7); kHost.loadStateDidChange();"
-           "kHost.eventDidFire(); kHost.eventDidFire('zelvanoPluginEvent');"_s;
-}
-
-/// A page that is no player, or tells nonsense: nothing is reported, and the calls on it lead nowhere.
-void tst_QtKPViewController::hostilePage()
-{
-    QFETCH(QString, script);
-    openPage(pageOf(u"<script>new QWebChannel(qt.webChannelTransport, channel => { const kHost = channel.objects.kHost;"
-                    "%1 kHost.playbackStateDidChange(6); });</script>"_s.arg(script)));
-    QVERIFY(hears(u"pause"_s));
-    QCOMPARE(heard, QStringList{u"pause"_s});
-    player->play();
-    player->changeMedia(u"');alert(1)//"_s);
-    player->sendNotification(u"x"_s, {});
-    bool answered = false;
-    player->asyncEvaluate(u"{autoPlay}"_s, u"id"_s, [&](const QVariant &value) { answered = !value.toBool(); });
-    QVERIFY(waitUntil([&] { return answered; }));
-    QVERIFY(!adapter->duration());
-    QCOMPARE(adapter->currentPosition(), 0.0);
-    QCOMPARE(adapter->videoSize(), QSizeF(0, 0));
-}
-
-/// A host may drop the player from inside anything that it is told.
-void tst_QtKPViewController::endsInsideWhatItTells()
-{
-    for (const auto &when : {u"(page)"_s, u"(ready)"_s, u"media"_s, u"choice"_s}) {
-        open(u"entryId=1"_s);
-        const auto drop = [this] {
-            adapter.reset();
-            player.reset();
-        };
-        if (when == "media"_L1)
-            connect(player.get(), &KPViewController::mediaChanged, this, drop);
-        player->addKPlayerEventListener(u"choice"_s, {}, [&](const QVariant &) { drop(); });
-        engine->onCall = [&](const QString &what) {
-            if (what == when)
-                drop();
-            else if (what == "(ready)"_L1)
-                QMetaObject::invokeMethod(player->webView(), "runJavaScript",
-                                          Q_ARG(QString, u"kPlayer.raise('choice', 1)"_s));
-        };
-        QVERIFY2(waitUntil([this] { return !player; }), qPrintable(when));
-        engine->last.reset();
-    }
-    QVERIFY(flushMainQueue());
-}
-
-int main(int argc, char **argv)
-{
-    return runUiTest<tst_QtKPViewController>(argc, argv);
-}
-
+UI_TEST_MAIN(tst_QtKPViewController)
 #include "tst_QtKPViewController.moc"

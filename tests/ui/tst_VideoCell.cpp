@@ -1,7 +1,7 @@
 #include "NativeViews.h"
 #include "ZVVideoCollectionViewCell.h"
 
-#include <QTest>
+#include <QPainter>
 
 using namespace Qt::StringLiterals;
 using namespace zelvano;
@@ -11,11 +11,8 @@ namespace {
 std::shared_ptr<ZVVideoParams> video(const QJsonObject &params, bool hasImage = false)
 {
     const auto video = std::make_shared<ZVVideoParams>(params);
-    if (hasImage) {
-        QImage image(32, 18, QImage::Format_RGB32);
-        image.fill(Qt::green);
-        video->setImage(image);
-    }
+    if (hasImage)
+        video->setImage(QImage(32, 18, QImage::Format_RGB32));
     return video;
 }
 
@@ -33,85 +30,54 @@ class tst_VideoCell : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void secToTime_data()
-    {
-        QTest::addColumn<QJsonValue>("seconds");
-        QTest::addColumn<QString>("text");
-        const auto row = [](const char *name, const QJsonValue &seconds, const QString &text) {
-            QTest::newRow(name) << seconds << text;
-        };
-        row("59", 59, u"0:59"_s);
-        row("60", 60, u"1:00"_s);
-        row("600", 600, u"10:00"_s);
-        row("no hours", 3725, u"62:05"_s);
-        row("fraction", 61.9, u"1:01"_s);
-        row("negative", -61, u"-1:-1"_s);
-        row("absent", QJsonValue(QJsonValue::Undefined), u"0:00"_s);
-        row("text", u"61"_s, u"1:01"_s);
-        row("words", u"an hour"_s, u"0:00"_s);
-        row("object", QJsonObject(), u"0:00"_s);
-        row("beyond 32 bits", 1e300, u"35791394:07"_s);
-        row("null", QJsonValue::Null, QString());
-    }
-
     void secToTime()
     {
-        QFETCH(const QJsonValue, seconds);
+        const std::vector<std::pair<QJsonValue, QString>> cases{
+            {59, u"0:59"_s},           {60, u"1:00"_s},           {3725, u"62:05"_s},
+            {61.9, u"1:01"_s},         {-61, u"-1:-1"_s},         {QJsonValue(QJsonValue::Undefined), u"0:00"_s},
+            {u"61"_s, u"1:01"_s},      {u"an hour"_s, u"0:00"_s}, {QJsonObject(), u"0:00"_s},
+            {1e300, u"35791394:07"_s},
+        };
         const LogCollector log;
-        const auto text = ZVVideoCollectionViewCell::secToTime(seconds);
-        QTEST(text, "text");
-        QCOMPARE(text.isNull(), seconds.isNull());
-        QCOMPARE(log.count(u"Error(secToTime):: duration is <null>"_s), seconds.isNull() ? 1 : 0);
-    }
-
-    void colorForCategory_data()
-    {
-        QTest::addColumn<QString>("category");
-        QTest::addColumn<QColor>("color");
-        QTest::newRow("for you") << u"FORYOU"_s << QColor::fromRgbF(1, 0, 0, 0.55F);
-        QTest::newRow("most viewed") << u"MOSTVIEWED"_s << QColor::fromRgbF(0, 1, 0, 0.55F);
-        QTest::newRow("most recent") << u"MOSTRECENT"_s << QColor::fromRgbF(0.5F, 0.5F, 0.5F, 0.55F);
-        for (const auto &other : {u"foryou"_s, u"FORYOU "_s, u""_s, QString()})
-            QTest::newRow(qPrintable(u"other "_s + other)) << other << QColor(0, 0, 0, 0);
+        for (const auto &[seconds, text] : cases)
+            QCOMPARE(ZVVideoCollectionViewCell::secToTime(seconds), text);
+        QCOMPARE(log.lines(), QStringList());
+        QVERIFY(ZVVideoCollectionViewCell::secToTime(QJsonValue::Null).isNull());
+        QCOMPARE(log.lines(), QStringList{u"Error(secToTime):: duration is <null>"_s});
     }
 
     void colorForCategory()
     {
-        QFETCH(const QString, category);
-        QTEST(ZVVideoCollectionViewCell::colorForCategory(category), "color");
+        const auto color = &ZVVideoCollectionViewCell::colorForCategory;
+        QCOMPARE(color(u"FORYOU"_s), QColor::fromRgbF(1, 0, 0, 0.55F));
+        QCOMPARE(color(u"MOSTVIEWED"_s), QColor::fromRgbF(0, 1, 0, 0.55F));
+        QCOMPARE(color(u"MOSTRECENT"_s), QColor::fromRgbF(0.5F, 0.5F, 0.5F, 0.55F));
+        for (const auto &other : {u"foryou"_s, u"FORYOU "_s, u""_s, QString()})
+            QCOMPARE(color(other), QColor(0, 0, 0, 0));
     }
 
     void fill()
     {
         const auto cell = newCell();
-        const auto params = video({{"title"_L1, u"<b>A title</b>"_s},
-                                   {"durationSec"_L1, 61},
-                                   {"value"_L1, 93},
-                                   {"category"_L1, u"FORYOU"_s}});
+        QVERIFY(cell->clip()); // Its shadow ends at the edge.
+        QCOMPARE(cell->shadowOffset(), cell->size() * double(shadowWidthPercent));
+        QCOMPARE(cell->shadowRadius(), cell->width() * double(shadowWidthPercent));
+        const auto params =
+            video({{"title"_L1, u"<b>A title</b>"_s}, {"durationSec"_L1, 61}, {"category"_L1, u"FORYOU"_s}});
         params->setIndex(12);
         cell->setSize({400, 300});
         cell->setParams(params);
-        QCOMPARE(text(cell, u"titleLable"_s), u"<b>A title</b>"_s);
+        QCOMPARE(textOf(cell.get(), u"titleLable"_s), u"<b>A title</b>"_s);
         QCOMPARE(cell->titleLable()->property("textFormat").toInt(), int(Qt::PlainText));
         QCOMPARE(cell->titleLable()->property("font").value<QFont>().pixelSize(), 20);
-        QCOMPARE(text(cell, u"durationLabel"_s), u"1:01"_s);
-        QCOMPARE(text(cell, u"valueLabel"_s), u"12"_s);
+        QCOMPARE(textOf(cell.get(), u"durationLabel"_s), u"1:01"_s);
+        QCOMPARE(textOf(cell.get(), u"valueLabel"_s), u"12"_s);
         QCOMPARE(cell->valueHolderView()->property("color").value<QColor>(),
                  ZVVideoCollectionViewCell::colorForCategory(u"FORYOU"_s));
         QCOMPARE(cell->valueHolderView()->property("radius").toDouble(), 10.0);
         QVERIFY(!cell->params());
         cell->setWidth(200);
         QCOMPARE(cell->titleLable()->property("font").value<QFont>().pixelSize(), 10);
-    }
-
-    void shadowEndsAtTheEdge()
-    {
-        const auto cell = newCell();
-        QVERIFY(cell->clip());
-        QVERIFY(cell->width() > 0);
-        QCOMPARE(cell->shadowOffset(), cell->size() * double(shadowWidthPercent));
-        QCOMPARE(cell->shadowRadius(), cell->width() * double(shadowWidthPercent));
-        QCOMPARE(cell->shadowOpacity(), 0.8);
     }
 
     void fadesInOnce()
@@ -125,15 +91,13 @@ private Q_SLOTS:
 
         cell->setParams(video({}, true));
         const auto *fade = picture->findChild<QAbstractAnimation *>();
-        QVERIFY(fade);
-        QCOMPARE(fade->duration(), 500);
+        QVERIFY(fade && fade->duration() == 500);
         QVERIFY(picture->opacity() < 1);
-        QVERIFY(waitUntil([&] { return picture->opacity() == 1; }));
-        QVERIFY(waitUntil([&] { return !picture->findChild<QAbstractAnimation *>(); }));
+        QVERIFY(waitUntil([&] { return picture->opacity() == 1 && !picture->findChild<QAbstractAnimation *>(); }));
 
         cell->setParams(video({})); // Nothing of the former video is left but the opacity.
         QVERIFY(picture->image().isNull());
-        QVERIFY(text(cell, u"titleLable"_s).isEmpty());
+        QVERIFY(textOf(cell.get(), u"titleLable"_s).isEmpty());
         cell->setParams(video({}, true));
         QCOMPARE(picture->opacity(), 1.0);
         QVERIFY(!picture->findChild<QAbstractAnimation *>());
@@ -157,10 +121,7 @@ private Q_SLOTS:
         QVERIFY(window.appear());
         QImage image(300, 100, QImage::Format_RGB32);
         image.fill(Qt::red);
-        for (int x = 100; x < 200; ++x) {
-            for (int y = 0; y < 100; ++y)
-                image.setPixelColor(x, y, Qt::blue);
-        }
+        QPainter(&image).fillRect(100, 0, 100, 100, Qt::blue);
         ZVImageView view;
         view.setParentItem(window.contentItem());
         view.setSize({100, 100});
@@ -173,13 +134,7 @@ private Q_SLOTS:
         view.setImage({});
         QCOMPARE(window.grabWindow().pixelColor(50, 50), window.color());
     }
-
-private:
-    static QString text(const Cell &cell, const QString &outlet) { return textOf(cell.get(), outlet); }
 };
 
-int main(int argc, char **argv)
-{
-    return runUiTest<tst_VideoCell>(argc, argv);
-}
+UI_TEST_MAIN(tst_VideoCell)
 #include "tst_VideoCell.moc"

@@ -5,6 +5,8 @@
 
 #include <QQuickItem>
 
+#include <utility>
+
 namespace zelvano {
 
 namespace {
@@ -83,6 +85,7 @@ void QtAVPlayer::sourceDidChange()
 void QtAVPlayer::updateRate()
 {
     const bool isPlaying = m_media.isAboutToPlay() || m_media.state() == QMediaPlayer::PlayingState;
+    m_hasPlayed = m_hasPlayed || m_media.state() == QMediaPlayer::PlayingState;
     const auto rate = isPlaying ? static_cast<float>(m_media.pace()) : 0.0F;
     if (m_rate.exchange(rate) != rate)
         Q_EMIT rateChanged();
@@ -104,8 +107,10 @@ void QtAVPlayer::updateStatus()
         break;
     case MediaPlayback::Medium::Ended:
         if (item->status() == AVPlayerItemStatus::ReadyToPlay) {
-            NotificationCenter::defaultCenter().post(
-                {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(item.get()), {}});
+            // Stopped at its end, Qt's FFmpeg backend may say once more that this is the end.
+            if (std::exchange(m_hasPlayed, false))
+                NotificationCenter::defaultCenter().post(
+                    {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(item.get()), {}});
             break;
         }
         [[fallthrough]]; // It ended before this player came.

@@ -46,6 +46,7 @@ private:
 
     MediaPlayback m_media;
     VideoView m_view;
+    bool m_hasPlayed = false; // Since the last end.
     std::atomic<float> m_rate = 0;
     std::atomic<AVPlayerStatus> m_status = AVPlayerStatus::Unknown;
     std::atomic<double> m_currentTime = 0;
