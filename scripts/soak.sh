@@ -63,7 +63,7 @@ end=$((SECONDS + minutes * 60))
 samples=$work/samples
 while [ "$SECONDS" -lt "$end" ] && kill -0 "$runner" 2>/dev/null; do
   sleep 10
-  demo=$(pgrep -f -o "zelvano-demo --script $work" || true)
+  demo=$(pgrep -n -x zelvano-demo || true)
   [ -n "$demo" ] && [ -r "/proc/$demo/smaps_rollup" ] || continue
   echo "$SECONDS $(awk '/^Pss_Anon/ {print $2}' "/proc/$demo/smaps_rollup") $(ls "/proc/$demo/task" | wc -l)" \
     "$(ls "/proc/$demo/fd" | wc -l)" >>"$samples"
