@@ -26,11 +26,12 @@ def add(totals, summary):
 
 
 def main():
-    files = json.load(sys.stdin)["data"][0]["files"]
+    path = lambda file: os.path.relpath(file["filename"], "../..")
+    files = [file for file in json.load(sys.stdin)["data"][0]["files"] if not path(file).startswith("build/")]
     empty = lambda: {kind: [0, 0] for kind in KINDS}
     folders, whole = collections.defaultdict(empty), empty()
     for file in files:
-        add(folders[os.path.dirname(os.path.relpath(file["filename"], "../.."))], file["summary"])
+        add(folders[os.path.dirname(path(file))], file["summary"])
         add(whole, file["summary"])
     print("| folder | lines | branches |\n| --- | --- | --- |")
     for folder in sorted(folders):
@@ -39,7 +40,7 @@ def main():
     print("\nLines not reached, by file:")
     missed = lambda file: file["summary"]["lines"]["count"] - file["summary"]["lines"]["covered"]
     for file in sorted(files, key=missed, reverse=True)[:LEAST]:
-        print(f"  {missed(file):4} {os.path.relpath(file['filename'], '../..')}")
+        print(f"  {missed(file):4} {path(file)}")
 
 
 if __name__ == "__main__":
