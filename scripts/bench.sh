@@ -11,9 +11,12 @@ case "${1:-}" in
   *) echo "usage: scripts/bench.sh [--short]" >&2; exit 2 ;;
 esac
 
+preset=release
+$short && preset=package # As fast, and CI has built it for the packages.
+build=build/$preset
 scripts/setup.sh
-cmake --preset release >/dev/null
-cmake --build --preset release --target zelvano_bench zelvano-demo
+cmake --preset "$preset" >/dev/null
+cmake --build --preset "$preset" --target zelvano_bench zelvano-demo
 results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
 
@@ -22,14 +25,14 @@ trap 'rm -rf "$results"' EXIT
 run() {
   local program=$1
   shift
-  timeout 120 "build/release/bench/$program" --benchmark_enable_random_interleaving=true \
+  timeout 120 "$build/bench/$program" --benchmark_enable_random_interleaving=true \
     --benchmark_counters_tabular=true --benchmark_out="$results/$program.json" --benchmark_out_format=json "$@"
 }
 
 # line PROGRAM TIMES: each in a process of its own, which prints a line.
 line() {
   for _ in $(seq "$2"); do
-    timeout 60 "build/release/bench/$1" | tee -a "$results/$1.jsonl"
+    timeout 60 "$build/bench/$1" | tee -a "$results/$1.jsonl"
   done
 }
 
@@ -38,7 +41,7 @@ stalls() {
   sed '/^screenshot /d' "$1" >"$results/session.script"
   for i in $(seq "$2"); do
     env -u QT_QPA_PLATFORM -u QT_QUICK_BACKEND QT_MEDIA_BACKEND=ffmpeg timeout 120 \
-      xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' build/release/demo/zelvano-demo --stalls \
+      xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' "$build/demo/zelvano-demo" --stalls \
       --script "$results/session.script" --defaults "$results/defaults-$i.ini" 2>"$results/demo.log" |
       tee -a "$results/stalls.jsonl"
   done

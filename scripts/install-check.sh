@@ -161,7 +161,7 @@ check_pkgconfig() {
 # Static libraries carry their resources along; a host without them would say that the bundle is missing.
 check_static() {
   quietly cmake --preset package -B build/static -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 \
-    -DZELVANO_SHARED=OFF -DZELVANO_WITH_DEMO=OFF
+    -DZELVANO_SHARED=OFF -DZELVANO_WITH_DEMO=OFF -DZELVANO_WITH_BENCH=OFF
   quietly cmake --build build/static
   install_to "$work/static" build/static -I # Objects of a debug build do name their sources.
   rm -rf "$work/build"

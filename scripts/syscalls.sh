@@ -4,8 +4,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
-cmake --preset release >/dev/null
-cmake --build --preset release --target soak
+cmake --preset package >/dev/null
+cmake --build --preset package --target soak
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 if ! strace -o "$work/try" true 2>"$work/stderr"; then
@@ -14,7 +14,7 @@ if ! strace -o "$work/try" true 2>"$work/stderr"; then
 fi
 
 # One file of calls a thread; the main thread's has the lowest number.
-TMPDIR=$work strace -ff -o "$work/calls" -e trace=%network,%file build/release/bench/soak 20 >/dev/null
+TMPDIR=$work strace -ff -o "$work/calls" -e trace=%network,%file build/package/bench/soak 20 >/dev/null
 main=$(find "$work" -name 'calls.*' | sort -V | head -n 1)
 # From the making of the store's folder on the calls are the library's, but for the program's own counting.
 allowed='"/[^"]*/soak-[^"]*"|"/proc/self/(task|fd)"|newfstatat\([0-9]+, ""'   # The store, the counting, its handles.
