@@ -8,6 +8,8 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QJsonValue>
+#include <QMap>
+#include <QString>
 
 #include <optional>
 #include <variant>
@@ -21,8 +23,12 @@ inline constexpr QLatin1StringView JsonErrorDomain{"ZelvanoJsonError"};
 /// Nothing for empty data; otherwise what the text holds, an object or an array, or why it cannot be read.
 ZELVANOCORE_EXPORT std::variant<std::monostate, QJsonValue, Error> parse(const QByteArray &data);
 
+/// A JSON object that is being filled. Unlike a QJsonObject, which encodes each value as it comes, it leaves that to
+/// body(), once for all.
+using Dictionary = QMap<QString, QJsonValue>;
+
 /// The dictionary as compact JSON text, which is logged as well.
-ZELVANOCORE_EXPORT QByteArray body(const QJsonObject &dictionary);
+ZELVANOCORE_EXPORT QByteArray body(const Dictionary &dictionary);
 
 /// The payload of an answer; empty when there is none.
 ZELVANOCORE_EXPORT QJsonObject data(const QJsonObject &answer);

@@ -96,7 +96,7 @@ QJsonObject ZVAPIObject::userAgent() const
     return *m_userAgent;
 }
 
-void ZVAPIObject::addText(const QString &text, QLatin1StringView key)
+void ZVAPIObject::addText(const QString &text, const QString &key)
 {
     if (!text.isNull())
         m_params.insert(key, text);
@@ -105,98 +105,98 @@ void ZVAPIObject::addText(const QString &text, QLatin1StringView key)
 void ZVAPIObject::setUserId(const QString &userId)
 {
     m_userId = userId;
-    addText(userId, "userId"_L1);
+    addText(userId, u"userId"_s);
 }
 
 void ZVAPIObject::setUserUUID(const QString &userUUID)
 {
     m_userUUID = userUUID;
-    addText(userUUID, "userUUID"_L1);
+    addText(userUUID, u"userUUID"_s);
 }
 
 void ZVAPIObject::setApiType(const QString &type)
 {
     m_apiType = type;
-    addText(type, "type"_L1);
+    addText(type, u"type"_s);
 }
 
 void ZVAPIObject::setVideoId(const QString &videoId)
 {
     m_videoId = videoId;
-    addText(videoId, "videoId"_L1);
+    addText(videoId, u"videoId"_s);
 }
 
 void ZVAPIObject::setPlayerId(const QString &playerId)
 {
     m_playerId = playerId;
-    addText(playerId, "playerId"_L1);
+    addText(playerId, u"playerId"_s);
 }
 
 void ZVAPIObject::setViewUUID(const QString &viewUUID)
 {
     m_viewUUID = viewUUID;
-    addText(viewUUID, "viewUUID"_L1);
+    addText(viewUUID, u"viewUUID"_s);
 }
 
 void ZVAPIObject::setPageUUID(const QString &pageUUID)
 {
     m_pageUUID = pageUUID;
-    addText(pageUUID, "pageUUID"_L1);
+    addText(pageUUID, u"pageUUID"_s);
 }
 
 void ZVAPIObject::setPlayerDetected(bool detected)
 {
     m_playerDetected = detected;
-    addText(detected ? u"1"_s : u"0"_s, "player"_L1);
+    addText(detected ? u"1"_s : u"0"_s, u"player"_s);
 }
 
 void ZVAPIObject::setPosition(float seconds)
 {
     m_position = seconds;
-    addText(decimalText(seconds), "position"_L1);
+    addText(decimalText(seconds), u"position"_s);
 }
 
 void ZVAPIObject::setDuration(float seconds)
 {
     m_duration = seconds;
-    addText(decimalText(seconds), "duration"_L1);
+    addText(decimalText(seconds), u"duration"_s);
 }
 
 void ZVAPIObject::setLatitude(double latitude)
 {
     m_latitude = latitude;
-    addText(decimalText(latitude), "lat"_L1);
+    addText(decimalText(latitude), u"lat"_s);
 }
 
 void ZVAPIObject::setLongitude(double longitude)
 {
     m_longitude = longitude;
-    addText(decimalText(longitude), "lng"_L1);
+    addText(decimalText(longitude), u"lng"_s);
 }
 
 void ZVAPIObject::setOffset(qint64 offset)
 {
     m_offset = offset;
-    addText(QString::number(offset), "offset"_L1);
+    addText(QString::number(offset), u"offset"_s);
 }
 
 void ZVAPIObject::setSize(qint64 size)
 {
     m_size = size;
-    addText(QString::number(size), "size"_L1);
+    addText(QString::number(size), u"size"_s);
 }
 
 void ZVAPIObject::setShowUI(bool show)
 {
-    addText(show ? u"true"_s : u"false"_s, "showUI"_L1);
+    addText(show ? u"true"_s : u"false"_s, u"showUI"_s);
 }
 
 void ZVAPIObject::setPageUrl(const QString &pageUrl)
 {
     if (pageUrl.isNull())
-        m_params.remove("pageUrl"_L1);
+        m_params.remove(u"pageUrl"_s);
     else
-        m_params.insert("pageUrl"_L1, pageUrl);
+        m_params.insert(u"pageUrl"_s, pageUrl);
 }
 
 void ZVAPIObject::addValue(const QJsonValue &value, const QString &key)
@@ -211,7 +211,7 @@ void ZVAPIObject::setCompletion(Completion completion)
     if (!m_apiKey.isNull()) {
         if (!m_userId.isNull()) {
             request.method = "POST"_ba;
-            m_params.insert("userAgent"_L1, userAgent());
+            m_params.insert(u"userAgent"_s, userAgent());
             request.body = body(m_params);
         }
         request.setHeader("x-api-key"_ba, m_apiKey.toUtf8());

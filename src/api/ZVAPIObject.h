@@ -1,6 +1,7 @@
 #pragma once
 
 #include "UrlSession.h"
+#include "Utilities.h"
 #include "ZVAPIResponse.h"
 #include "zelvanocore_export.h"
 
@@ -91,8 +92,8 @@ public:
     void addValue(const QJsonValue &value, const QString &key);
 
     /// The body that is being built.
-    QJsonObject params() const { return m_params; }
-    void setParams(const QJsonObject &params) { m_params = params; }
+    Dictionary params() const { return m_params; }
+    void setParams(const Dictionary &params) { m_params = params; }
 
     /// For a host's own use; the request does not read it.
     std::optional<QJsonObject> config() const { return m_config; }
@@ -116,7 +117,7 @@ public:
 private:
     explicit ZVAPIObject(QString apiName);
 
-    void addText(const QString &text, QLatin1StringView key);
+    void addText(const QString &text, const QString &key);
 
     const QString m_apiName;
     mutable std::optional<QJsonObject> m_userAgent;
@@ -135,7 +136,7 @@ private:
     double m_longitude = 0;
     qint64 m_offset = 0;
     qint64 m_size = 0;
-    QJsonObject m_params;
+    Dictionary m_params;
     std::optional<QJsonObject> m_config;
 };
 

@@ -6,9 +6,12 @@ namespace zelvano {
 
 bool isUrlToken(const QByteArray &text)
 {
-    constexpr QByteArrayView separators = "\"(),/:;<=>?@[\\]{}";
-    return !text.isEmpty() && std::all_of(text.begin(), text.end(),
-                                          [&](char c) { return c > ' ' && c < 0x7f && !separators.contains(c); });
+    constexpr QByteArrayView marks = "!#$%&'*+-.^_`|~";
+    const auto isLetterOrDigit = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    };
+    return !text.isEmpty() &&
+           std::all_of(text.begin(), text.end(), [&](char c) { return isLetterOrDigit(c) || marks.contains(c); });
 }
 
 bool isSafeUrlHeader(const QByteArray &name, const QByteArray &value)

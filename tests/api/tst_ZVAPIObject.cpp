@@ -54,7 +54,7 @@ private Q_SLOTS:
         call->setApiKey(apiKey);
         call->setUserId(userId);
         call->setUserUUID(userUUID);
-        QCOMPARE(call->params().contains("userAgent"_L1), false);
+        QCOMPARE(call->params().contains(u"userAgent"_s), false);
         send(call);
 
         const auto request = last();
@@ -120,9 +120,9 @@ private Q_SLOTS:
         call->setPlayerDetected(false);
         call->setShowUI(true);
         call->setPageUrl({}); // but an absent page URL goes.
-        QCOMPARE(call->params().value("player"_L1), QJsonValue("0"_L1));
-        QCOMPARE(call->params().value("showUI"_L1), QJsonValue("true"_L1));
-        QVERIFY(!call->params().contains("pageUrl"_L1));
+        QCOMPARE(call->params().value(u"player"_s), QJsonValue("0"_L1));
+        QCOMPARE(call->params().value(u"showUI"_s), QJsonValue("true"_L1));
+        QVERIFY(!call->params().contains(u"pageUrl"_s));
     }
 
     void userAgent()
@@ -240,8 +240,10 @@ private Q_SLOTS:
     void texts()
     {
         QCOMPARE(toJSON({"null"_L1, QJsonValue(), u"ä\"b"_s, 1.5}), u"[\"null\",null,\"ä\\\"b\",1.5]"_s);
-        QCOMPARE(body({{"b"_L1, "1"_L1}, {"a"_L1, u"ü"_s}}), "{\"a\":\"ü\",\"b\":\"1\"}");
-        QCOMPARE(m_service->log.lines(), QStringList{u"{\"a\":\"ü\",\"b\":\"1\"}"_s});
+        QCOMPARE(body({{u"b"_s, "1"_L1}, {u"a\n"_s, u"ü\0\""_s}}), "{\"a\\n\":\"ü\\u0000\\\"\",\"b\":\"1\"}");
+        QCOMPARE(body({{u"a"_s, QJsonObject{{"b"_L1, QJsonArray{1, true}}}}, {u"c"_s, 0.1}, {u"d"_s, QJsonValue()}}),
+                 R"({"a":{"b":[1,true]},"c":0.1,"d":null})");
+        QCOMPARE(m_service->log.lines().size(), 2);
     }
 
 private:
