@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
 # Looks for what grows: soak.sh [VIEWINGS] [MINUTES], 10,000 and 15 unless told. First viewings back to back over real
 # HTTP, on a clock that does not wait; then so many minutes of real video in the demo, under Xvfb, with overlay, list
-# and a new player every half minute. What the demo's process holds is written down after each round.
+# and a new player every half minute. The service is a process of its own. What the demo's process holds is written down
+# every ten seconds.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 viewings=${1:-10000}
 minutes=${2:-15}
 scripts/setup.sh
 cmake --preset release >/dev/null
-cmake --build --preset release --target soak zelvano-demo
+cmake --build --preset release --target soak zelvano-demo zelvano-sandbox
 
 echo "== $viewings viewings"
 build/release/bench/soak "$viewings"
@@ -16,7 +17,7 @@ build/release/bench/soak "$viewings"
 [ "$minutes" -gt 0 ] || exit 0
 echo "== $minutes minutes of video"
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+trap 'kill "${service:-}" 2>/dev/null || true; rm -rf "$work"' EXIT
 chmod 700 "$work"
 {
   # A round takes a good 20 seconds; the demo is ended when the time is over. A video that has ended tells of no pause,
@@ -56,8 +57,11 @@ ROUND
 
 export QT_MEDIA_BACKEND=ffmpeg XDG_RUNTIME_DIR=$work
 [ "$(id -u)" -ne 0 ] || export QTWEBENGINE_DISABLE_SANDBOX=1 # Chromium refuses to run as root with its sandbox on.
+build/release/sandbox/zelvano-sandbox --port 0 >"$work/service.log" &
+service=$!
+until address=$(grep -om1 '127.0.0.1:[0-9]*' "$work/service.log"); do sleep 0.1; done
 xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' build/release/demo/zelvano-demo --script "$work/rounds.script" \
-  --view list --defaults "$work/defaults.ini" 2>"$work/stderr.log" &
+  --service "$address" --view list --defaults "$work/defaults.ini" 2>"$work/stderr.log" &
 runner=$!
 end=$((SECONDS + minutes * 60))
 samples=$work/samples
@@ -73,6 +77,7 @@ if ! kill -0 "$runner" 2>/dev/null; then
 fi
 pkill -f "zelvano-demo --script $work" || true
 wait "$runner" || true
+echo "$(grep -c 'POST /events' "$work/service.log") events, of them $(grep -c ' ready ' "$work/service.log") ready"
 python3 - "$samples" <<'PY'
 import statistics, sys
 
