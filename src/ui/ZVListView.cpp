@@ -9,7 +9,6 @@
 #include "ZVVideoCollectionViewCell.h"
 
 #include <algorithm>
-#include <unordered_map>
 
 namespace zelvano {
 
@@ -62,17 +61,17 @@ void ZVListView::setRecommendations(const std::shared_ptr<ZVRecommendation> &rec
 {
     m_recommendations = recommendations;
     const auto list = recommendations ? recommendations->videoList() : ZVVideoList();
-    std::unordered_map<const ZVVideoParams *, qint64> firstPositions;
-    for (std::size_t i = 0; i < list.size(); ++i)
-        firstPositions.try_emplace(list[i].get(), static_cast<qint64>(i));
     const auto missing = std::make_shared<ZVVideoList>();
-    for (const auto &video : list) {
+    // Backwards: a record that stands in the list twice has its first place's index.
+    for (auto i = list.size(); i-- > 0;) {
+        const auto &video = list[i];
         // Compared with what has a cell, not with what is on its way: two of one id in one list both come in.
         if (!video || isKnown(video->videoId()))
             continue;
-        video->setIndex(firstPositions[video.get()]);
+        video->setIndex(static_cast<qint64>(i));
         missing->push_back(video);
     }
+    std::ranges::reverse(*missing);
     fetchThumbnails(missing, 0);
 }
 

@@ -3,6 +3,9 @@
 #include "Logging.h"
 
 #include <QCoreApplication>
+#include <QPointer>
+#include <QQuickItem>
+#include <QTimer>
 
 #include <unistd.h>
 
@@ -21,6 +24,17 @@ bool isRefusedToRoot()
            !QCoreApplication::arguments().contains(option);
 }
 
+/// The parent of profiles whose view is gone. It ends before Chromium does: what registers last is called first.
+QObject *profilesLeftBehind()
+{
+    static QPointer<QObject> only;
+    if (!only) {
+        only = new QObject;
+        qAddPostRoutine([] { delete only.data(); });
+    }
+    return only;
+}
+
 } // namespace
 
 bool canShowWebPages()
@@ -36,6 +50,17 @@ bool canShowWebPages()
         return false;
     }
     return true;
+}
+
+void keepProfileBehind(QQuickItem *webView)
+{
+    auto *const profile = webView->property("profile").value<QObject *>();
+    if (!profile)
+        return;
+    QObject::connect(webView, &QObject::destroyed, profile, [profile] {
+        profile->setParent(profilesLeftBehind()); // Just in time: the view deletes its children next.
+        QTimer::singleShot(std::chrono::seconds(5), profile, &QObject::deleteLater);
+    });
 }
 
 } // namespace zelvano
