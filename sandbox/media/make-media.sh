@@ -5,6 +5,12 @@ set -euo pipefail
 out=${1:?usage: make-media.sh OUTDIR}
 mkdir -p "$out"/{media,thumbnails,strips}
 
+# Builds may share the folder: one draws, the others wait for it.
+exec 9>"$out/lock"
+flock 9
+drawn=$out/drawn
+[ "$drawn" -nt "$0" ] && exit
+
 size=640x360
 
 # draw NUMBER TITLE SECONDS GRAPH: the stills show the picture alone, the video carries title and clock as well.
@@ -70,3 +76,5 @@ draw 9 'Night Express' 12 "$smooth=
   r='clip(pow(0.5+0.5*sin(260/(4+hypot(X-80,Y-45))+T*9),2)*(0.55+0.45*cos(6*atan2(Y-45,X-80)+T))*hypot(X-80,Y-45)*3.2,0,250)':
   g='clip(pow(0.5+0.5*sin(260/(4+hypot(X-80,Y-45))+T*9),2)*hypot(X-80,Y-45)*1.2,0,190)':
   b='clip(24+(0.5+0.5*sin(260/(4+hypot(X-80,Y-45))+T*9+0.8))*hypot(X-80,Y-45)*2.2,0,255)'"
+
+touch "$drawn"
