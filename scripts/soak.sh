@@ -82,9 +82,9 @@ python3 - "$samples" <<'PY'
 import statistics, sys
 
 rows = [[int(word) for word in line.split()] for line in open(sys.argv[1])]
-steady = rows[len(rows) // 3:]
+steady = rows[len(rows) // 2:] # The log of events has filled by then.
 seconds, memory, threads, descriptors = zip(*steady)
-print(f"{len(rows)} samples; after the first third {statistics.linear_regression(seconds, memory).slope * 60:+.0f} kB a "
+print(f"{len(rows)} samples; in the second half {statistics.linear_regression(seconds, memory).slope * 60:+.0f} kB a "
       f"minute (anonymous memory {min(memory):,} to {max(memory):,} kB), {min(threads)} to {max(threads)} threads, "
       f"{min(descriptors)} to {max(descriptors)} descriptors")
 PY
