@@ -26,9 +26,13 @@ void ClockPlayer::play()
 {
     if (m_rate != 0 || !currentItem())
         return;
-    const double position = currentTime() < lengthOfEverything ? currentTime() : 0;
-    setClock(position, 1);
+    start(currentTime() < lengthOfEverything ? currentTime() : 0);
+}
+
+void ClockPlayer::start(double position)
+{
     m_end.start(static_cast<int>((lengthOfEverything - position) * 1000));
+    setClock(position, 1);
 }
 
 void ClockPlayer::pause()
@@ -37,12 +41,15 @@ void ClockPlayer::pause()
     setClock(currentTime(), 0);
 }
 
-/// The library hears of changes only: a medium becomes ready after who plays it could begin to observe it.
+/// The library hears of changes only: a medium becomes ready after who plays it could begin to observe it. A player that
+/// plays keeps its rate, and says so once more for the new medium.
 void ClockPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
 {
-    const bool wasPlaying = m_rate != 0;
-    pause();
-    setClock(0, 0);
+    const bool keepsRate = m_rate != 0 && item;
+    if (!keepsRate) {
+        pause();
+        setClock(0, 0);
+    }
     m_status = item ? AVPlayerStatus::ReadyToPlay : AVPlayerStatus::Unknown;
     if (!item)
         return;
@@ -51,8 +58,10 @@ void ClockPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
         item->setStatus(AVPlayerItemStatus::ReadyToPlay);
     };
     QMetaObject::invokeMethod(this, becomeReady, Qt::QueuedConnection);
-    if (wasPlaying)
-        play();
+    if (keepsRate) {
+        start(0);
+        Q_EMIT rateChanged();
+    }
 }
 
 void ClockPlayer::reachEnd()

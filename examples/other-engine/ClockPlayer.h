@@ -24,6 +24,7 @@ protected:
     void loadItem(const std::shared_ptr<zelvano::AVPlayerItem> &item) override;
 
 private:
+    void start(double position);
     void reachEnd();
     void setClock(double position, float rate);
 

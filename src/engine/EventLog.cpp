@@ -175,7 +175,8 @@ EventLog::~EventLog()
 
 void EventLog::watch(const std::shared_ptr<Zelvano> &engine)
 {
-    if (engine)
+    const auto listeners = engine ? engine->listeners() : std::vector<std::shared_ptr<ZelvanoDelegate>>();
+    if (engine && std::ranges::find(listeners, m_watcher) == listeners.end())
         engine->addListener(m_watcher);
 }
 

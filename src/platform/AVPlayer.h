@@ -57,7 +57,8 @@ public:
     void removeTimeObserver(const std::shared_ptr<TimeObserverToken> &token);
 
 protected:
-    /// Loads what is to be played from here on; null unloads. Called after currentItemChanged.
+    /// Loads what is to be played from here on; null unloads. Called after currentItemChanged. A player that goes on
+    /// playing says rateChanged() for the new item, at the same rate too: its start is told by that.
     virtual void loadItem(const std::shared_ptr<AVPlayerItem> &item) = 0;
 
     /// For a player whose item changed by itself: makes the item current without loading it.

@@ -59,8 +59,9 @@ void Device::followScreen()
 {
     auto *screen =
         qobject_cast<QGuiApplication *>(QCoreApplication::instance()) ? QGuiApplication::primaryScreen() : nullptr;
-    if (!screen || std::exchange(m_followsScreen, true))
+    if (!screen || m_followedScreen)
         return;
+    m_followedScreen = screen;
     const auto follow = [this, screen] {
         if (!m_orientationIsHosts)
             applyOrientation(orientationOf(*screen));

@@ -4,6 +4,7 @@
 
 #include <QLatin1StringView>
 #include <QMutex>
+#include <QPointer>
 #include <QString>
 
 #include <optional>
@@ -63,7 +64,7 @@ private:
     void applyOrientation(UIDeviceOrientation orientation);
 
     mutable QMutex m_mutex;
-    bool m_followsScreen = false;
+    QPointer<QObject> m_followedScreen;
     bool m_orientationIsHosts = false;
     std::optional<UIUserInterfaceIdiom> m_hostsIdiom;
     UIUserInterfaceIdiom m_screensIdiom = UIUserInterfaceIdiom::Unspecified;

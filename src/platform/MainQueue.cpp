@@ -8,6 +8,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <atomic>
 #include <deque>
 #include <limits>
 #include <map>
@@ -29,6 +30,30 @@ struct DelayedTask
 
 constexpr auto drainEvent = QEvent::User;
 
+/// An application object that ends drops what waits for its event loop: the next task, under the next application, has
+/// to wake the queue anew.
+class WakeUp : public QEvent
+{
+public:
+    explicit WakeUp(std::atomic<bool> &isPosted) : QEvent(drainEvent), m_isPosted(isPosted) {}
+    ~WakeUp() override
+    {
+        if (!m_hasArrived)
+            m_isPosted = false;
+    }
+    Q_DISABLE_COPY_MOVE(WakeUp)
+
+    void arrive()
+    {
+        m_hasArrived = true;
+        m_isPosted = false;
+    }
+
+private:
+    std::atomic<bool> &m_isPosted;
+    bool m_hasArrived = false;
+};
+
 } // namespace
 
 /// Receives the wake-ups on the main thread. The mutex guards everything but the timer, which is the main thread's.
@@ -41,7 +66,7 @@ struct MainQueue::Private : QObject
     std::deque<Task> tasks;
     std::map<Key, DelayedTask> delayed;
     quint64 nextSequence = 0;
-    bool wakeUpPosted = false;
+    std::atomic<bool> wakeUpPosted = false;
     std::optional<Duration> testTime;
     QElapsedTimer clock;
     QBasicTimer timer;
@@ -59,18 +84,16 @@ struct MainQueue::Private : QObject
     /// With the mutex held.
     void wakeUp()
     {
-        if (!std::exchange(wakeUpPosted, true))
-            QCoreApplication::postEvent(this, new QEvent(drainEvent));
+        if (!wakeUpPosted.exchange(true))
+            QCoreApplication::postEvent(this, new WakeUp(wakeUpPosted));
     }
 
     bool event(QEvent *event) override
     {
-        if (event->type() != drainEvent && event->type() != QEvent::Timer)
+        if (event->type() == drainEvent)
+            static_cast<WakeUp *>(event)->arrive();
+        else if (event->type() != QEvent::Timer)
             return QObject::event(event);
-        {
-            const QMutexLocker lock(&mutex);
-            wakeUpPosted = false;
-        }
         runPosted();
         runDelayed();
         prepareNextWakeUp();

@@ -34,8 +34,11 @@ void NotificationCenter::addObserver(const void *observer, const QString &name, 
 
 template<class Predicate> void NotificationCenter::removeIf(Predicate predicate)
 {
+    std::vector<std::shared_ptr<Entry>> removed; // Ends last: what a handler owns may come back in here as it goes.
     std::erase_if(m_entries, [&](const auto &entry) {
         entry->removed = entry->removed || predicate(*entry); // For a post() that is under way on a copy.
+        if (entry->removed)
+            removed.push_back(entry);
         return entry->removed;
     });
 }

@@ -165,6 +165,10 @@ void ZVItemView::publishContentSize()
 /// Cells around the viewport come with a later frame than those in it that had to be made.
 void ZVItemView::updateCells()
 {
+    if (width() <= 0 || height() <= 0) {
+        recycleOutside(0, 0); // Nothing is seen, and without an extent all items would stand in one place.
+        return;
+    }
     const double margin = extent() * marginShare;
     const auto [firstSeen, endSeen] = m_layout.rowsBetween(offset(), offset() + extent());
     const auto [first, end] = m_layout.rowsBetween(offset() - margin, offset() + extent() + margin);

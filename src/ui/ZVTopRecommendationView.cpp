@@ -35,8 +35,6 @@ ZVTopRecommendationView::ZVTopRecommendationView(const QRectF &frame)
         return;
     m_content = std::make_unique<InterfaceResource>(u"ZVTopRecommendationView"_s, this);
     m_webView = m_content->outlet(u"webView"_s);
-    if (m_webView)
-        keepProfileBehind(m_webView);
     if (auto *root = m_content->root()) {
         root->setParentItem(this);
         root->setSize(size());

@@ -7,6 +7,7 @@
 #include "MainThread.h"
 #include "NotificationCenter.h"
 #include "Utilities.h"
+#include "VideoView.h"
 
 #include <QJsonDocument>
 #include <QQuickWindow>
@@ -38,6 +39,16 @@ QQuickItem *windowContent()
             return quickWindow->contentItem();
     }
     return nullptr;
+}
+
+/// What is no object has no record either: the page's numbers are those of the records.
+std::optional<QJsonArray> onlyObjects(std::optional<QJsonArray> videos)
+{
+    for (auto i = videos ? videos->size() : 0; i-- > 0;) {
+        if (!videos->at(i).isObject())
+            videos->removeAt(i);
+    }
+    return videos;
 }
 
 } // namespace
@@ -126,7 +137,7 @@ void ZelvanoViewController::suggestionsDidFetched(const std::shared_ptr<Zelvano>
                                                   const std::shared_ptr<ZVRecommendation> &recommendation)
 {
     m_videoList = recommendation->videoList();
-    m_jsonArray = recommendation->videosArray();
+    m_jsonArray = onlyObjects(recommendation->videosArray());
     if (auto *overlay = overlayOfSession()) {
         if (m_jsonArray)
             overlay->setJsonSuggestions(QString::fromUtf8(QJsonDocument(*m_jsonArray).toJson(QJsonDocument::Indented)));
@@ -178,7 +189,8 @@ void ZelvanoViewController::addRecommendationToView(const std::shared_ptr<Zelvan
     // Un-hidden first: the impression goes out before the overlay has its place.
     overlay->setHidden(false);
     m_proportion = videoSize.height() / videoSize.width();
-    m_playerView = qobject_cast<QQuickItem *>(view);
+    m_playerView = std::make_unique<VideoView>(qobject_cast<QQuickItem *>(view));
+    connect(m_playerView.get(), &VideoView::frameChanged, this, &ZelvanoViewController::playerViewDidMove);
     overlay->setFrame(webviewFrame());
     overlay->setParentItem(windowContent());
 }
@@ -190,6 +202,13 @@ void ZelvanoViewController::rotation()
         m_webView->setFrame(webviewFrame());
     if (text)
         postSuggestions(*text);
+}
+
+/// The player's view moved under a shown overlay: in a turned or resized window, which is laid out later.
+void ZelvanoViewController::playerViewDidMove()
+{
+    if (m_webView && !m_webView->isHidden())
+        m_webView->setFrame(webviewFrame());
 }
 
 std::optional<QString> ZelvanoViewController::pluginText() const
@@ -244,6 +263,11 @@ void ZelvanoViewController::recommendationViewDidLoad()
 
 // Geometry
 
+QQuickItem *ZelvanoViewController::playerView() const
+{
+    return m_playerView ? m_playerView->item() : nullptr;
+}
+
 qint64 ZelvanoViewController::index() const
 {
     return isPortrait(Device::current().orientation()) ? 1 : 6;
@@ -251,7 +275,8 @@ qint64 ZelvanoViewController::index() const
 
 QRectF ZelvanoViewController::webviewFrame() const
 {
-    const auto player = m_playerView ? QRectF(m_playerView->position(), m_playerView->size()) : QRectF(0, 0, 0, 0);
+    const auto *view = playerView();
+    const auto player = view ? QRectF(view->position(), view->size()) : QRectF(0, 0, 0, 0);
     const double width = overlayShare * player.width();
     const double height = width * m_proportion;
     // The player's own x is left out: the overlay is centred as though the player stood at the left edge.
@@ -286,7 +311,7 @@ void ZelvanoViewController::dismiss()
     if (const auto engine = std::exchange(m_zelvano, nullptr))
         engine->dismissZelvano();
     m_player.reset();
-    m_playerView.clear();
+    m_playerView.reset();
     NotificationCenter::defaultCenter().removeObserver(this);
     if (std::exchange(m_isTellingDone, true))
         return; // The host, told of it, dismisses once more: it has been told.
@@ -298,12 +323,12 @@ void ZelvanoViewController::dismiss()
 
 void ZelvanoViewController::dropOverlay()
 {
-    if (!m_webView)
+    const auto overlay = std::exchange(m_webView, nullptr); // Gives the focus back: the host may dismiss once more.
+    if (!overlay)
         return;
-    m_webView->setHidden(true);
-    m_webView->setDelegate(nullptr);
-    m_webView->setParentItem(nullptr); // It may live on for a moment, but not on the screen.
-    m_webView.reset();
+    overlay->setHidden(true);
+    overlay->setDelegate(nullptr);
+    overlay->setParentItem(nullptr); // It may live on for a moment, but not on the screen.
 }
 
 } // namespace zelvano

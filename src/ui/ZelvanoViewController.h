@@ -8,13 +8,14 @@
 #include "zelvanoui_export.h"
 
 #include <QJsonArray>
-#include <QPointer>
 #include <QRectF>
 
 #include <memory>
 #include <optional>
 
 namespace zelvano {
+
+class VideoView;
 
 /// All that a host needs: owns the engine and the overlay, lays the overlay over the player while it is paused, and
 /// makes the player switch when the viewer picks a video. Main thread.
@@ -54,7 +55,7 @@ public:
 
     /// The engine and the overlay are made on first use.
     std::shared_ptr<Zelvano> zelvano();
-    ZVTopRecommendationView *webView();
+    ZVTopRecommendationView *webView(); ///< Until dismiss(), which the closing of the player calls as well.
 
     /// Stops the keep-alive and takes the views off the screen. Engine and overlay stay.
     void removeZelvanoRecommendations();
@@ -69,7 +70,7 @@ public:
     /// How many suggestions go to a player's plug-in: 1 in portrait, 6 otherwise.
     qint64 index() const;
     /// The view that shows the video, as of the last showing; null before.
-    QQuickItem *playerView() const { return m_playerView; }
+    QQuickItem *playerView() const;
     /// Height by width of the playing video.
     double proportion() const { return m_proportion; }
     /// The overlay's frame over the player view.
@@ -108,6 +109,7 @@ private:
 
     void startListening();
     void rotation();
+    void playerViewDidMove();
     void abandon();
     ZVTopRecommendationView *overlayOfSession();
     void dropOverlay();
@@ -128,7 +130,7 @@ private:
     std::shared_ptr<QObject> m_player;
     std::optional<QJsonArray> m_jsonArray;
     std::unique_ptr<ZVTopRecommendationView, EndOverlay> m_webView;
-    QPointer<QQuickItem> m_playerView;
+    std::unique_ptr<VideoView> m_playerView; ///< Over which the overlay was shown last.
     double m_proportion = 0;
 };
 

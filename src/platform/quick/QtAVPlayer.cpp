@@ -65,7 +65,7 @@ void QtAVPlayer::pause()
 /// A QMediaPlayer stops for a new source; this player keeps its rate across a change of item.
 void QtAVPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
 {
-    const bool wasPlaying = m_rate != 0;
+    const bool wasPlaying = isPlaying();
     m_media.load(item ? item->asset().URL() : QUrl());
     m_currentTime = 0;
     if (wasPlaying && item)
@@ -76,18 +76,35 @@ void QtAVPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
 
 void QtAVPlayer::sourceDidChange()
 {
-    updateRate();
     setCurrentItem(itemFor(m_media.source()));
     updateStatus();
 }
 
 /// A player that is about to play has its rate already.
+bool QtAVPlayer::isPlaying() const
+{
+    return m_media.isAboutToPlay() || m_media.state() == QMediaPlayer::PlayingState;
+}
+
 void QtAVPlayer::updateRate()
 {
-    const bool isPlaying = m_media.isAboutToPlay() || m_media.state() == QMediaPlayer::PlayingState;
     m_hasPlayed = m_hasPlayed || m_media.state() == QMediaPlayer::PlayingState;
-    const auto rate = isPlaying ? static_cast<float>(m_media.pace()) : 0.0F;
-    if (m_rate.exchange(rate) != rate)
+    // The host may have stopped it, or given it another source, which it goes on to play: nobody paused then.
+    if (!isPlaying() && m_media.state() == QMediaPlayer::StoppedState)
+        QMetaObject::invokeMethod(this, &QtAVPlayer::tellRate, Qt::QueuedConnection);
+    else
+        tellRate();
+}
+
+/// The same rate again when another item has it: that is how its start is told.
+void QtAVPlayer::tellRate()
+{
+    const auto rate = isPlaying() ? static_cast<float>(m_media.pace()) : 0.0F;
+    const auto item = currentItem();
+    const bool isAnotherItem = rate != 0 && m_playedItem.lock() != item;
+    if (rate != 0)
+        m_playedItem = item;
+    if (m_rate.exchange(rate) != rate || isAnotherItem)
         Q_EMIT rateChanged();
 }
 

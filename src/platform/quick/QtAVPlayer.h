@@ -38,7 +38,9 @@ protected:
 private:
     QtAVPlayer(QMediaPlayer *player, QQuickItem *videoOutput);
 
+    bool isPlaying() const;
     void updateRate();
+    void tellRate();
     void updateStatus();
     void updateDuration();
     void updatePosition();
@@ -47,6 +49,7 @@ private:
     MediaPlayback m_media;
     VideoView m_view;
     bool m_hasPlayed = false; // Since the last end.
+    std::weak_ptr<AVPlayerItem> m_playedItem; // The last one that had a rate.
     std::atomic<float> m_rate = 0;
     std::atomic<AVPlayerStatus> m_status = AVPlayerStatus::Unknown;
     std::atomic<double> m_currentTime = 0;

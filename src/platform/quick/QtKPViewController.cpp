@@ -40,10 +40,8 @@ void QtKPViewController::show(const QUrl &page)
     m_content = std::make_unique<InterfaceResource>(u"KPViewController"_s, this);
     m_view = std::make_unique<VideoView>(m_content->root());
     connect(m_view.get(), &VideoView::frameChanged, this, &Player::frameChanged);
-    if (auto *web = webView()) {
-        keepProfileBehind(web);
+    if (auto *web = webView())
         web->setProperty("url", page);
-    }
 }
 
 QObject *QtKPViewController::view() const

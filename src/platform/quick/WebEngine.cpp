@@ -3,9 +3,6 @@
 #include "Logging.h"
 
 #include <QCoreApplication>
-#include <QPointer>
-#include <QQuickItem>
-#include <QTimer>
 
 #include <unistd.h>
 
@@ -24,17 +21,6 @@ bool isRefusedToRoot()
            !QCoreApplication::arguments().contains(option);
 }
 
-/// The parent of profiles whose view is gone. It ends before Chromium does: what registers last is called first.
-QObject *profilesLeftBehind()
-{
-    static QPointer<QObject> only;
-    if (!only) {
-        only = new QObject;
-        qAddPostRoutine([] { delete only.data(); });
-    }
-    return only;
-}
-
 } // namespace
 
 bool canShowWebPages()
@@ -50,17 +36,6 @@ bool canShowWebPages()
         return false;
     }
     return true;
-}
-
-void keepProfileBehind(QQuickItem *webView)
-{
-    auto *const profile = webView->property("profile").value<QObject *>();
-    if (!profile)
-        return;
-    QObject::connect(webView, &QObject::destroyed, profile, [profile] {
-        profile->setParent(profilesLeftBehind()); // Just in time: the view deletes its children next.
-        QTimer::singleShot(std::chrono::seconds(5), profile, &QObject::deleteLater);
-    });
 }
 
 } // namespace zelvano
