@@ -13,12 +13,15 @@ using namespace Qt::StringLiterals;
 // [pick]
 struct Picks : zelvano::ZVRecommendationViewDelegate
 {
-    std::shared_ptr<zelvano::Zelvano> engine;
+    std::weak_ptr<zelvano::Zelvano> engine;
 
     void didSelecteRecommendation(const std::shared_ptr<zelvano::ZVVideoParams> &video) override
     {
-        engine->setSelectionByUser(true);
-        const auto player = engine->playerEventsHandler()->currentSubscriber();
+        const auto session = engine.lock();
+        const auto player = session ? session->playerEventsHandler()->currentSubscriber() : nullptr;
+        if (!player)
+            return; // The session has ended, and the list is still there.
+        session->setSelectionByUser(true);
         player->setNextVideo(video->url().toString(QUrl::FullyEncoded));
     }
 };

@@ -40,7 +40,8 @@ inline constexpr QLatin1StringView UserUUIDKeyPath{"data.userUUID"};
 ///
 /// Calls of the host: main thread. Answers of the service arrive on the delivery thread and change the state there,
 /// under the engine's lock; listeners are only called from the main queue, outside of it. Nothing here blocks on the
-/// network. Dropping the engine ends the session quietly; calls that are under way finish first.
+/// network. Calls under way hold the engine and tell its listeners until they are over: dismissZelvano() first, then
+/// drop it.
 class ZELVANOCORE_EXPORT Zelvano : public QObject,
                                    public PlayerSubscription,
                                    public std::enable_shared_from_this<Zelvano>

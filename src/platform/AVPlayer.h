@@ -18,8 +18,9 @@ enum class AVPlayerStatus { Unknown = 0, ReadyToPlay = 1, Failed = 2 };
 /// own: it answers the pure virtual functions and says when its rate changes, when its position jumps, and, through
 /// the item and AVPlayerItemDidPlayToEndTimeNotification, what becomes of the item.
 ///
-/// Main thread; what is marked so may be read from any thread. An answer that is under way may hold the last reference:
-/// create it with makeMainThreadShared(), so that it is deleted on the main thread.
+/// Main thread; what is marked so may be read from any thread: it waits for no lock that is held while rateChanged() or
+/// another change is told, since the library's own may be held by who asks. An answer that is under way may hold the
+/// last reference: create it with makeMainThreadShared(), so that it is deleted on the main thread.
 class ZELVANOCORE_EXPORT AVPlayer : public Player
 {
     Q_OBJECT

@@ -48,7 +48,8 @@ inline constexpr QLatin1StringView MPMoviePlayerWillExitFullscreenNotification{
 /// A player of movies that tells each of its states by notification. ZelvanoUI::UI brings one over QMediaPlayer; a host
 /// over another engine derives its own: it answers the pure virtual functions and tells what changes.
 ///
-/// Main thread; what is marked so may be read from any thread. An answer that is under way may hold the last reference:
+/// Main thread; what is marked so may be read from any thread: it waits for no lock that is held while a change is
+/// told. An answer that is under way may hold the last reference:
 /// create it with makeMainThreadShared(), so that it is deleted on the main thread.
 class ZELVANOCORE_EXPORT MPMoviePlayerController : public Player
 {

@@ -20,8 +20,9 @@ inline constexpr float insetProportion = 0.035F;
 /// Recommended videos in two columns of cells.
 ///
 /// Each video comes in when its thumbnail has, or has failed; when all have, the cells go into the service's order. A
-/// further recommendation adds what is new, and nothing is ever taken out. A video whose thumbnail is no picture at all
-/// is waited for in vain. Main thread.
+/// further recommendation adds what has no cell yet, so that two that are set before the first thumbnails have come
+/// show twice what they share; nothing is ever taken out. A video whose thumbnail is no picture at all is waited for in
+/// vain. Main thread.
 class ZELVANOUI_EXPORT ZVListView : public QObject,
                                     public ZVRecommendationView,
                                     public ZVCollectionViewDataSource,

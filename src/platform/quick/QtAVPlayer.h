@@ -48,7 +48,7 @@ private:
 
     MediaPlayback m_media;
     VideoView m_view;
-    bool m_hasPlayed = false; // Since the last end.
+    bool m_hasPlayed = false;                 // Since the last end.
     std::weak_ptr<AVPlayerItem> m_playedItem; // The last one that had a rate.
     std::atomic<float> m_rate = 0;
     std::atomic<AVPlayerStatus> m_status = AVPlayerStatus::Unknown;
