@@ -13,16 +13,13 @@ using namespace Qt::StringLiterals;
 // [pick]
 struct Picks : zelvano::ZVRecommendationViewDelegate
 {
-    std::weak_ptr<zelvano::Zelvano> engine;
+    std::shared_ptr<zelvano::Zelvano> engine;
 
     void didSelecteRecommendation(const std::shared_ptr<zelvano::ZVVideoParams> &video) override
     {
-        const auto session = engine.lock();
-        const auto player = session ? session->playerEventsHandler()->currentSubscriber() : nullptr;
-        if (!player)
-            return; // The session has ended, and the list is still there.
-        session->setSelectionByUser(true);
-        player->setNextVideo(video->url().toString(QUrl::FullyEncoded));
+        engine->setSelectionByUser(true);
+        if (const auto player = engine->playerEventsHandler()->currentSubscriber()) // None after the session.
+            player->setNextVideo(video->url().toString(QUrl::FullyEncoded));
     }
 };
 // [pick]
