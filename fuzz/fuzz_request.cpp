@@ -21,12 +21,9 @@ QByteArray text(FuzzedDataProvider &source)
 void buildBody(FuzzedDataProvider &source)
 {
     const auto call = ZVAPIObject::create(QStringLiteral("events"));
-    call->setUserId(QString::fromUtf8(text(source)));
-    call->setUserUUID(QString::fromUtf8(text(source)));
-    call->setApiType(QString::fromUtf8(text(source)));
-    call->setPlayerId(QString::fromUtf8(text(source)));
-    call->setPageUUID(QString::fromUtf8(text(source)));
-    call->setPageUrl(QString::fromUtf8(text(source)));
+    for (const auto set : {&ZVAPIObject::setUserId, &ZVAPIObject::setUserUUID, &ZVAPIObject::setApiType,
+                           &ZVAPIObject::setPlayerId, &ZVAPIObject::setPageUUID, &ZVAPIObject::setPageUrl})
+        (*call.*set)(QString::fromUtf8(text(source)));
     call->setPosition(source.ConsumeFloatingPoint<float>());
     call->setDuration(source.ConsumeFloatingPoint<float>());
     call->setLatitude(source.ConsumeFloatingPoint<double>());

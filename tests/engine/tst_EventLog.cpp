@@ -4,10 +4,6 @@
 
 #include <QAbstractItemModelTester>
 #include <QTemporaryFile>
-#include <QTest>
-
-#include <memory>
-#include <thread>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -51,16 +47,13 @@ private Q_SLOTS:
 
         auto sent = titles(log, u"request"_s);
         sent.removeIf([](const QString &title) { return title == "GET "_L1; }); // The fixture's own.
-        QCOMPARE(sent.first(), u"POST channels/init/zelvano"_s);
-        QCOMPARE(sent.last(), u"POST events pause"_s);
-        QCOMPARE(sent.size(), service.sent().size());
-        const QStringList heardByHost{u"suggestions 8"_s, u"pause"_s, u"view 320x180"_s};
-        QCOMPARE(service.listener->heard, heardByHost); // As without a log.
+        QCOMPARE(sent.join(u", "_s),
+                 u"POST channels/init/zelvano, POST keepalive, POST events page, POST events ready, "
+                 "POST events pause"_s);
         QVERIFY(titles(log, u"response"_s).contains(u"events ready → 200"_s));
-        const QStringList told{u"suggestionsDidFetched"_s, u"stateDidChanged"_s, u"addRecommendationToView"_s};
-        auto heard = titles(log, u"listener"_s);
-        heard.sort();
-        QCOMPARE(QSet(heard.begin(), heard.end()), QSet(told.begin(), told.end()));
+        const QStringList heard{u"suggestionsDidFetched"_s, u"stateDidChanged"_s, u"addRecommendationToView"_s};
+        QCOMPARE(titles(log, u"listener"_s), heard);
+        QCOMPARE(service.listener->heard.size(), heard.size()); // As without a log.
         for (int row = 0; row < log.rowCount(); ++row) {
             const auto index = log.index(row);
             if (index.data(EventLog::TitleRole) == u"POST events pause"_s)
@@ -94,16 +87,14 @@ private Q_SLOTS:
             for (int i = 0; i < each; ++i)
                 log.add(u"host"_s, {});
         };
-        std::thread first(fill), second(fill);
+        std::thread other(fill);
         fill();
-        first.join();
-        second.join();
-        QVERIFY(EngineFixture::wait([&] { return log.count() == 3 * each; }));
+        other.join();
+        QVERIFY(EngineFixture::wait([&] { return log.count() == 2 * each; }));
         qint64 last = 0;
-        for (const auto &line : log.toJsonLines().split('\n').sliced(0, 3 * each)) {
-            const auto entry = QJsonDocument::fromJson(line).object();
-            QCOMPARE(entry.value("n"_L1).toInteger(), ++last); // In one order for all.
-        }
+        for (const auto &line : log.toJsonLines().trimmed().split('\n')) // In one order for all.
+            QCOMPARE(QJsonDocument::fromJson(line).object().value("n"_L1).toInteger(), ++last);
+        QCOMPARE(last, 2 * each);
     }
 
     void files()

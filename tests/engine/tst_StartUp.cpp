@@ -1,43 +1,33 @@
 #include "EngineFixture.h"
 
-#include <QRegularExpression>
-
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace zelvano;
 using sandbox::Fault;
+using sandbox::Settings;
 
 /// From the API key to an open view: what the calls carry, what the channel configures, and the keep-alives beside
-/// them.
+/// them. Then what the player's events carry, and what listeners hear. Which are sent when, tst_FaultSequences has.
 class tst_StartUp : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        QTest::failOnWarning(QRegularExpression(u"."_s));
-        m_service = std::make_unique<EngineFixture>();
-    }
+    void init() { start(); }
     void cleanup() { m_service.reset(); }
 
     void firstRun()
     {
-        QVERIFY(engine().userId().isNull());
         m_service->setPage();
         engine().initializeWithAPIKey(u"key"_s);
         engine().playerEvent(u"start"_s, nullptr);
         m_service->sendReady();
-        const QStringList expected{u"users/id"_s, u"channels/init/zelvano"_s, u"page"_s, u"keepalive"_s, u"ready"_s,
-                                   u"start"_s};
-        QCOMPARE(m_service->sent(), expected);
+        const auto calls = m_service->sent();
+        QCOMPARE(calls.join(u' '), u"users/id channels/init/zelvano page keepalive ready start"_s);
 
         const auto identity = m_service->arrived(u"users/id"_s);
-        QCOMPARE(identity.method, u"GET"_s);
-        QVERIFY(identity.rawBody.isEmpty());
-        QCOMPARE(identity.headers.at("x-api-key"), "key");
-        QCOMPARE(identity.headers.count("x-user-uuid"), 0U);
-        for (const auto &call : expected.sliced(1)) {
+        QVERIFY(identity.method == "GET"_L1 && identity.rawBody.isEmpty() && !identity.headers.count("x-user-uuid"));
+        for (const auto &call : calls.sliced(1)) {
             const auto request = m_service->arrived(call);
             QCOMPARE(request.method, u"POST"_s);
             QCOMPARE(request.headers.at("x-user-uuid"), engine().userUUID().toLatin1());
@@ -45,17 +35,16 @@ private Q_SLOTS:
         QVERIFY(!engine().userId().isEmpty() && !engine().userUUID().isEmpty());
         QCOMPARE(m_service->defaults().stringForKey(u"userId"_s), engine().userId());
         QCOMPARE(m_service->defaults().stringForKey(u"userUUID"_s), engine().userUUID());
-        QVERIFY(!engine().pageUUID().isNull() && !engine().viewUUID().isNull() && engine().isKeepAliveRuns());
-        const auto lines = m_service->log.beginningWith(u"events:: "_s).join(u' ');
-        QCOMPARE(lines, u"events:: initialize events:: channelsInit events:: page events:: ready events:: start"_s);
         QVERIFY(m_service->log.beginningWith(u"Error"_s).isEmpty());
     }
 
     void halfAnIdentity()
     {
+        m_service->fault(ZVRetrieveUserIdAPI, {Fault::Kind::Garbage});
+        m_service->initialize();
+        QCOMPARE(m_service->log.beginningWith(u"Error fetching userId "_s).size(), 1);
         for (const bool hasUUID : {false, true}) {
-            cleanup();
-            init();
+            start();
             m_service->defaults().setString(u"stored"_s, hasUUID ? ZVUserUUIDKey : ZVUserIdKey);
             m_service->initialize();
             QCOMPARE(m_service->sentCount(ZVRetrieveUserIdAPI), hasUUID);
@@ -75,9 +64,8 @@ private Q_SLOTS:
         m_service->report({u"pause"_s});
         const QByteArrayList identity{"userId=user-1", "userUUID=uuid-1"};
         const QByteArrayList page{"pageUrl=page", "player=1", "showUI=true", "type=page"};
-        const QByteArrayList ready{"duration=60",  "pageUUID=" + engine().pageUUID().toLatin1(),
-                                   "pageUrl=page", "playerId=fake",
-                                   "size=5",       "type=ready"};
+        const auto pageUUID = "pageUUID=" + engine().pageUUID().toLatin1();
+        const QByteArrayList ready{"duration=60", pageUUID, "pageUrl=page", "playerId=fake", "size=5", "type=ready"};
         QCOMPARE(keys(ZVRetrieveInit), identity);
         QCOMPARE(keys(ZVKeepAlive), identity);
         QCOMPARE(keys(ZVPageEvent), page + identity);
@@ -94,8 +82,8 @@ private Q_SLOTS:
         engine().readyEvent(nullptr);
         m_service->settle();
         QCOMPARE(sent(ZVReadyEvent, "duration"_L1), QJsonValue(u"0"_s));
-        QVERIFY(sent(ZVReadyEvent, "videoId"_L1).isUndefined());
-        QVERIFY(sent(ZVReadyEvent, "playerId"_L1).isUndefined());
+        for (const auto key : {"videoId"_L1, "playerId"_L1})
+            QVERIFY(sent(ZVReadyEvent, key).isUndefined());
         struct Silent : PlayerSubscriber
         {
             void dismissSubscriber() override {}
@@ -104,8 +92,8 @@ private Q_SLOTS:
         const auto silent = std::make_shared<Silent>();
         engine().readyEvent(silent);
         engine().playerEvent(u"seek"_s, silent);
-        engine().addRecommendationView(silent);
-        engine().addRecommendationView(nullptr);
+        for (const auto &subscriber : {silent, std::shared_ptr<Silent>()})
+            engine().addRecommendationView(subscriber);
         m_service->settle();
         QVERIFY(sent(ZVReadyEvent, "duration"_L1).isUndefined()); // No word for it is not the same as unknown.
         QCOMPARE(sent(u"seek"_s, "position"_L1), QJsonValue(u"0"_s));
@@ -138,88 +126,66 @@ private Q_SLOTS:
         QCOMPARE(sent(ZVReadyEvent, "videoId"_L1).toString(), u"second"_s);
     }
 
-    void failuresAreLogged_data()
-    {
-        addColumns<QString, QString, QString>({"call", "unreadable", "refused"});
-        const auto row = [](const QString &call, const QString &unreadable, const QString &refused = {}) {
-            QTest::newRow(qPrintable(call)) << call << unreadable << refused;
-        };
-        row(ZVRetrieveUserIdAPI, u"Error fetching userId "_s);
-        row(ZVRetrieveInit, u"Error fetching init "_s);
-        row(ZVPageEvent, u"Zelvano page event failed "_s);
-        row(ZVReadyEvent, u"Zelvano ready event failed "_s);
-        row(ZVKeepAlive, u"Keep alive failed "_s, u"Keep alive failed status 500"_s);
-        row(u"pause"_s, {}); // The answer to a player's event is not even read.
-    }
-
     void failuresAreLogged()
     {
-        QFETCH(QString, call);
-        QFETCH(QString, unreadable);
-        const auto failures = [&](const Fault &fault) {
-            cleanup();
-            init();
+        const auto logged = [this](const QString &call, const Fault &fault) {
+            start();
             m_service->fault(call, fault);
-            m_service->initialize();
-            m_service->setPage();
-            m_service->sendReady();
+            m_service->openView();
             m_service->report({u"pause"_s});
             return m_service->log.lines().filter(QRegularExpression(u"Error|failed"_s)).join(u'\n');
         };
-        QTEST(failures({Fault::Kind::ServiceStatus}), "refused");
-        for (const auto kind : {Fault::Kind::Garbage, Fault::Kind::CutWithinAnswer}) {
-            const auto line = failures({kind});
-            QVERIFY2(line.startsWith(unreadable) && !line.contains(u'\n'), qPrintable(line));
+        // Without their reasons. The answer to a player's event is not even read.
+        for (const auto &[call, unreadable] : {std::pair(ZVRetrieveInit, "Error fetching init "_L1),
+                                               {ZVPageEvent, "Zelvano page event failed "_L1},
+                                               {ZVReadyEvent, "Zelvano ready event failed "_L1},
+                                               {ZVKeepAlive, "Keep alive failed "_L1},
+                                               {"pause"_L1, ""_L1}}) {
+            const auto line = logged(call, {Fault::Kind::Garbage});
+            QVERIFY2((line + u' ').startsWith(unreadable) && !line.contains(u'\n'), qPrintable(line));
             QCOMPARE(line.isEmpty(), unreadable.isEmpty());
+            QCOMPARE(logged(call, {Fault::Kind::ServiceStatus}),
+                     call == ZVKeepAlive ? u"Keep alive failed status 500"_s : QString());
         }
-        const auto dropped = failures({.kind = Fault::Kind::Body, .body = R"([{"status":200}])"});
-        QCOMPARE(dropped.contains("Error: the service's answer is no JSON object"_L1), !unreadable.isEmpty());
-    }
-
-    void configuration_data()
-    {
-        addColumns<QByteArray, bool, QUrl, double, QString>({"json", "show", "page", "interval", "api"});
-        const auto row = [](const char *json, bool show, const QString &page, double interval, const QString &api) {
-            QTest::newRow(json) << QByteArray(json) << show << QUrl(page) << interval << api;
-        };
-        row(R"({"sdkConfig":{"showUI":true,"keepALiveInterval":30000,"apiUrl":"a"},"uiTagUrls":["x:p","x"]})", true,
-            u"x:p"_s, 30, u"a"_s);
-        row(R"({"sdkConfig":{"showUI":"true","keepALiveInterval":"1500","apiUrl":""}})", true, {}, 1.5, u""_s);
-        row(R"({"sdkConfig":{"showUI":"NO","keepALiveInterval":[1]},"uiTagUrls":[]})", false, {}, 0, {});
-        row(R"({"sdkConfig":{"showUI":1,"keepALiveInterval":true},"uiTagUrls":"x:p"})", true, {}, 0.001, {});
-        row(R"({"sdkConfig":{"showUI":{},"keepAliveInterval":30000,"uiTagUrls":["x:p"]}})", false, {}, 0, {});
-        row(R"({"sdkConfig":[{"showUI":true}],"showUI":true,"uiTagUrls":[7]})", false, {}, 0, {});
-        row("{\"uiTagUrls\":[\"http://a b/\"],\"apiUrl\":\"a\"}", false, {}, 0, {});
+        QVERIFY(logged(ZVPageEvent, {.kind = Fault::Kind::Body, .body = "[]"}).contains(u"answer is no JSON object"_s));
     }
 
     void configuration()
     {
-        QFETCH(QByteArray, json);
-        QFETCH(QString, api);
+        const std::tuple<const char *, bool, QUrl, double, QString> cases[] = {
+            {R"({"sdkConfig":{"showUI":true,"keepALiveInterval":30000,"apiUrl":"a"},"uiTagUrls":["x:p","x"]})", true,
+             QUrl(u"x:p"_s), 30, u"a"_s},
+            {R"({"sdkConfig":{"showUI":"true","keepALiveInterval":"1500","apiUrl":""}})", true, {}, 1.5, u""_s},
+            {R"({"sdkConfig":{"showUI":"NO","keepALiveInterval":[1]},"uiTagUrls":[]})", false, {}, 0, {}},
+            {R"({"sdkConfig":{"showUI":1,"keepALiveInterval":true},"uiTagUrls":"x:p"})", true, {}, 0.001, {}},
+            {R"({"sdkConfig":{"showUI":{},"keepAliveInterval":30000,"uiTagUrls":["x:p"]}})", false, {}, 0, {}},
+            {R"({"sdkConfig":[{"showUI":true}],"showUI":true,"uiTagUrls":[7]})", false, {}, 0, {}},
+            {"{\"uiTagUrls\":[\"http://a b/\"],\"apiUrl\":\"a\"}", false, {}, 0, {}},
+        };
         auto &config = ZVConfig::shared();
-        QVERIFY(!config.params() && config.keepAliveInterval() == 0);
-        config.setParams(QJsonDocument::fromJson(json).object());
-        QTEST(config.shouldShowRecommendation(), "show");
-        QTEST(config.UITagUrl().isValid() ? config.UITagUrl() : QUrl(), "page");
-        QTEST(config.keepAliveInterval(), "interval");
-        QCOMPARE(config.apiURL(), api);
-        QCOMPARE(config.apiURL().isNull(), api.isNull());
+        for (const auto &[json, show, page, interval, api] : cases) {
+            const Case current(json);
+            ZVConfigTestAccess::reset();
+            QVERIFY(!config.params() && config.keepAliveInterval() == 0);
+            config.setParams(QJsonDocument::fromJson(json).object());
+            QCOMPARE(config.shouldShowRecommendation(), show);
+            QCOMPARE(config.UITagUrl().isValid() ? config.UITagUrl() : QUrl(), page);
+            QCOMPARE(config.keepAliveInterval(), interval);
+            QVERIFY(config.apiURL() == api && config.apiURL().isNull() == api.isNull());
+        }
     }
 
     void firstIntervalStays()
     {
         auto &config = ZVConfig::shared();
         const auto configure = [&config](double interval) {
-            config.setParams(
-                {{"sdkConfig"_L1, QJsonObject{{"keepALiveInterval"_L1, interval}, {"apiUrl"_L1, "b"_L1}}}});
+            config.setParams({{"sdkConfig"_L1, QJsonObject{{"keepALiveInterval"_L1, interval}}}});
         };
         configure(30000);
         QCOMPARE(config.keepAliveInterval(), 30.0);
         config.setKeepAliveInterval(1800);
         configure(10000);
         QCOMPARE(config.keepAliveInterval(), 30.0);
-        QCOMPARE(config.apiURL(), u"b"_s);
-
         ZVConfigTestAccess::reset();
         config.setKeepAliveInterval(1800);
         config.setKeepAliveInterval(900);
@@ -227,29 +193,23 @@ private Q_SLOTS:
         QCOMPARE(config.keepAliveInterval(), 1800.0);
     }
 
-    void keepAliveInterval_data()
-    {
-        // 0: never again.
-        addColumns<QByteArray, int>({"value", "milliseconds"});
-        QTest::newRow("30 s") << QByteArray("30000") << 30000;
-        QTest::newRow("text") << QByteArray("\"1500\"") << 1500;
-        QTest::newRow("fraction") << QByteArray("0.6") << 1;
-        QTest::newRow("endless") << QByteArray("1e300") << 0;
-    }
     void keepAliveInterval()
     {
-        QFETCH(QByteArray, value);
-        QFETCH(int, milliseconds);
-        m_service->answer(ZVRetrieveInit,
-                          R"({"status":200,"sdkConfig":{"keepALiveInterval":@}})"_ba.replace("@", value));
-        m_service->storeIdentity();
-        m_service->initialize();
-        QVERIFY(engine().isKeepAliveRuns());
-        for (int i = 1; i <= 3; ++i) {
-            m_service->advance(milliseconds > 0 ? std::chrono::milliseconds(milliseconds - 1) : 24h);
-            QCOMPARE(m_service->sentCount(ZVKeepAlive), milliseconds > 0 ? i : 1);
-            m_service->advance(1ms);
-            QCOMPARE(m_service->sentCount(ZVKeepAlive), milliseconds > 0 ? i + 1 : 1);
+        for (const auto &[value, milliseconds] :
+             {std::pair("30000", 30000), {"\"1500\"", 1500}, {"0.6", 1}, {"1e300", 0}}) {
+            const Case current(value);
+            start();
+            m_service->answer(ZVRetrieveInit,
+                              R"({"status":200,"sdkConfig":{"keepALiveInterval":@}})"_ba.replace("@", value));
+            m_service->storeIdentity();
+            m_service->initialize();
+            const bool isEndless = milliseconds == 0;
+            for (int i = 1; i <= 3; ++i) {
+                m_service->advance(isEndless ? 24h : std::chrono::milliseconds(milliseconds - 1));
+                QCOMPARE(m_service->sentCount(ZVKeepAlive), isEndless ? 1 : i);
+                m_service->advance(1ms);
+                QCOMPARE(m_service->sentCount(ZVKeepAlive), isEndless ? 1 : i + 1);
+            }
         }
     }
 
@@ -268,7 +228,178 @@ private Q_SLOTS:
         QCOMPARE(count(), last);
     }
 
+    void names()
+    {
+        m_service->openView();
+        heard().clear();
+        engine().playerEvent(u"play"_s, m_service->subscriber);
+        QVERIFY(heard().isEmpty()); // Never inside the call.
+        m_service->report({u"done"_s, u"ünknown"_s});
+        const QStringList expected{u"autoPlay"_s, u"done"_s, u"ünknown"_s};
+        QCOMPARE(heard(), expected);
+        for (const auto &event : expected)
+            QCOMPARE(m_service->log.count(u"events:: "_s + event), 1);
+    }
+
+    void clickClosesTheView()
+    {
+        m_service->openView();
+        const auto viewOf = [this](const QString &event) { return sent(event, "viewUUID"_L1).toString(); };
+        const auto view = engine().viewUUID();
+        m_service->report({u"recommendationClick"_s, u"progress"_s});
+        m_service->sendReady();
+        QVERIFY(engine().viewUUID() != view);
+        QCOMPARE(viewOf(u"recommendationClick"_s), view);
+        QCOMPARE(viewOf(u"progress"_s), engine().viewUUID());
+    }
+
+    void positions()
+    {
+        m_service->openPage();
+        m_service->subscriber->position = 3;
+        m_service->report({u"start"_s});
+        QCOMPARE(engine().stack().front().position, 3.0);
+        m_service->subscriber->position = 42; // The service hears where the player is when the view opens.
+        m_service->sendReady();
+        QCOMPARE(sent(u"start"_s, "position"_L1), QJsonValue(u"42"_s));
+        const auto position = [&](const std::shared_ptr<PlayerSubscriber> &subscriber) {
+            engine().playerEvent(u"seek"_s, subscriber);
+            m_service->settle();
+            return sent(u"seek"_s, "position"_L1).toString();
+        };
+        const auto other = std::make_shared<FakeSubscriber>();
+        other->position = 0.1 + 0.2;
+        QCOMPARE(position(other), u"0.3"_s);
+        QCOMPARE(position(nullptr), u"42"_s); // The current one.
+        engine().dismissZelvano();
+        QCOMPARE(position(nullptr), u"0"_s);
+    }
+
+    void endHandsOnTheNextVideo()
+    {
+        const std::tuple<const char *, bool, QString> cases[] = {
+            {R"([{"url":"x:1%20b.mp4"},{"url":"x:2"}])", true, u"x:1%20b.mp4"_s},
+            {"[]", true, {}},
+            {"[7]", true, {}},
+            {R"([{"title":"x"},{"url":"x:2"}])", true, {}},
+            {R"([{"url":{}}])", true, {}},
+            {"[{\"url\":\"http://[bad\"}]", true, {}},
+            {R"([{"url":"x:1"}])", false, {}}, // Not shown.
+        };
+        for (const auto &[videos, showUI, next] : cases) {
+            const Case current(videos);
+            start({.showUI = showUI});
+            m_service->answer(ZVReadyEvent,
+                              R"({"status":200,"data":{"viewUUID":"v","videos":@}})"_ba.replace("@", videos));
+            m_service->openPage();
+            m_service->report({u"end"_s});
+            QVERIFY(m_service->subscriber->nextVideos.isEmpty()); // No view yet.
+            engine().dismissZelvano();
+            engine().playerEventsHandler()->setCurrentSubscriber(m_service->subscriber);
+            engine().addListener(m_service->listener);
+            m_service->sendReady();
+            const auto other = std::make_shared<FakeSubscriber>();
+            engine().playerEvent(u"end"_s, other); // Whoever reports it: the current one goes on.
+            QVERIFY(other->nextVideos.isEmpty());
+            QCOMPARE(m_service->subscriber->nextVideos, QStringList{next});
+            QCOMPARE(m_service->subscriber->nextVideos.first().isNull(), next.isNull());
+        }
+    }
+
+    void listenersInOrder()
+    {
+        QStringList common;
+        const auto a = std::make_shared<RecordingListener>(u"a "_s), b = std::make_shared<RecordingListener>(u"b "_s);
+        a->common = b->common = &common;
+        engine().removeListener(m_service->listener);
+        for (const auto &listener : {std::shared_ptr<RecordingListener>(), a, b, a})
+            engine().addListener(listener);
+        QCOMPARE(engine().listeners().size(), 3U);
+        m_service->openView();
+        QCOMPARE(std::exchange(common, {}).join(u", "_s), u"a suggestions 8, b suggestions 8, a suggestions 8"_s);
+        engine().playerEvent(u"pause"_s, m_service->subscriber);
+        engine().addRecommendationView(m_service->subscriber);
+        engine().removeListener(a); // Every occurrence; what is on its way still arrives.
+        engine().playerEvent(u"seek"_s, m_service->subscriber);
+        engine().removeListener(nullptr);
+        m_service->settle();
+        QCOMPARE(common.join(u", "_s),
+                 u"a pause, b pause, a pause, a view 320x180, b view 320x180, a view 320x180, b seek"_s);
+        QVERIFY(heard().isEmpty());
+    }
+
+    void eachListenerHasItsOwnRecord()
+    {
+        const auto second = std::make_shared<RecordingListener>();
+        engine().addListener(second);
+        auto &mine = m_service->listener->recommendations;
+        m_service->listener->onCall = [&mine] { mine.back()->setVideoList(ZVVideoList()); };
+        engine().setRecommenationsSize(3);
+        m_service->openView();
+        QCOMPARE(second->heard, QStringList{u"suggestions 3"_s});
+        const auto own = engine().recommendations();
+        QVERIFY(own && own != second->recommendations.front() && own != mine.front());
+        QCOMPARE(own->videoList().size(), 3U);
+
+        engine().removeListener(second);
+        engine().removeListener(m_service->listener);
+        m_service->sendReady();
+        QCOMPARE(engine().recommendations(), own); // Replaced only where a listener is told.
+    }
+
+    void hiddenRecommendations()
+    {
+        start({.showUI = false});
+        m_service->openView();
+        engine().addRecommendationView(m_service->subscriber);
+        m_service->report({u"pause"_s});
+        QCOMPARE(heard(), QStringList{u"pause"_s});
+        QCOMPARE(m_service->arrived(u"page"_s).body.value("showUI"_L1), QJsonValue(u"false"_s));
+    }
+
+    void viewNeedsASize()
+    {
+        m_service->openView();
+        heard().clear();
+        for (const auto size : {QSizeF(0, 0), QSizeF(), QSizeF(0, 180), QSizeF(320, 0), QSizeF(0.5, 1)}) {
+            engine().addRecommendationView(m_service->subscriber);
+            m_service->subscriber->size = size; // Asked for when the listener is called.
+            m_service->settle();
+        }
+        QCOMPARE(heard(), QStringList{u"view 0.5x1"_s});
+    }
+
+    void dismissal()
+    {
+        m_service->openView();
+        m_service->report({u"recommendationClick"_s, u"play"_s});
+        heard().clear();
+        const auto handler = engine().playerEventsHandler();
+        m_service->fault(ZVReadyEvent, {.delay = std::chrono::milliseconds(20)});
+        engine().readyEvent(m_service->subscriber);
+        engine().dismissZelvano();
+        QCOMPARE(m_service->subscriber->dismissals, 1);
+        QVERIFY(engine().stack().empty() && engine().listeners().empty());
+        m_service->sentSince();
+        m_service->advance(std::chrono::minutes(10));
+        QVERIFY(heard().isEmpty() && m_service->sentSince().isEmpty()); // Neither a replay nor a keep-alive.
+        QVERIFY(!engine().viewUUID().isNull());
+
+        QVERIFY(engine().playerEventsHandler() != handler); // It can be used again.
+        QCOMPARE(engine().playerEventsHandler()->currentSubscriber(), nullptr);
+        QCOMPARE(engine().playerEventsHandler()->delegate().get(), &engine());
+        engine().addListener(m_service->listener);
+        m_service->report({u"pause"_s});
+        QCOMPARE(heard(), QStringList{u"pause"_s});
+    }
+
 private:
+    void start(const Settings &settings = {})
+    {
+        m_service.reset();
+        m_service = std::make_unique<EngineFixture>(settings);
+    }
+    QStringList &heard() { return m_service->listener->heard; }
     Zelvano &engine() { return *m_service->engine; }
     /// All but the user agent, the only one that is no text.
     QByteArrayList keys(const QString &call) const

@@ -23,17 +23,14 @@ private Q_SLOTS:
     void init() { m_ran.clear(); }
     void cleanup() { m_queue.useRealClock(); }
 
-    void postedTasksRunInOrder()
+    void neverInsideThePostingCall()
     {
         m_queue.post([this] {
-            m_ran.append(u"1"_s);
             m_queue.post(note(u"posted by 1"_s));
-            QCOMPARE(m_ran, QStringList{u"1"_s}); // Never inside the posting call.
+            m_ran.append(u"1"_s);
         });
-        m_queue.post(note(u"2"_s));
         QVERIFY(m_ran.isEmpty());
-        const QStringList expected{u"1"_s, u"2"_s, u"posted by 1"_s};
-        QTRY_COMPARE(m_ran, expected);
+        QTRY_COMPARE(m_ran, QStringList({u"1"_s, u"posted by 1"_s}));
     }
 
     void delayedTasksRunAtTheirMoment()
@@ -54,12 +51,10 @@ private Q_SLOTS:
         m_queue.advance(99ms);
         QCOMPARE(m_ran, QStringList{u"negative@0"_s});
         m_queue.advance(201ms);
-        const QStringList expected{u"negative@0"_s, u"a@100"_s, u"posted by a@100"_s,    u"a+0@100"_s,
-                                   u"a+50@150"_s,   u"c@300"_s, u"d, as late as c@300"_s};
-        QCOMPARE(m_ran, expected);
-        QCOMPARE(m_queue.now() - start, 300ms);
         QTest::qWait(5); // The clock stands still: real time brings nothing.
-        QCOMPARE(m_ran.size(), expected.size());
+        QCOMPARE(m_queue.now() - start, 300ms);
+        QCOMPARE(m_ran.join(u", "_s), u"negative@0, a@100, posted by a@100, a+0@100, a+50@150, c@300, "
+                                      "d, as late as c@300"_s);
         m_queue.advance(1ms);
         QCOMPARE(m_ran.last(), u"late@301"_s);
     }
@@ -115,17 +110,14 @@ private Q_SLOTS:
 
     void repetitionDoesNotStarveTheEventLoop()
     {
-        enum class Kind { Posts, ZeroDelays, ZeroDelaysOnTheTestClock };
-        for (const auto kind : {Kind::Posts, Kind::ZeroDelays, Kind::ZeroDelaysOnTheTestClock}) {
-            if (kind == Kind::ZeroDelaysOnTheTestClock)
-                m_queue.useTestClock();
+        for (const bool posts : {true, false}) {
             constexpr int enough = 100000;
             int runs = 0;
             bool otherRan = false;
             std::function<void()> repeat = [&] {
                 if (otherRan || ++runs == enough)
                     return;
-                if (kind == Kind::Posts)
+                if (posts)
                     m_queue.post(repeat);
                 else
                     m_queue.performAfterDelay(this, 0ms, repeat);
@@ -164,27 +156,13 @@ private Q_SLOTS:
             QVERIFY(std::ranges::is_sorted(list));
     }
 
-    void removedObservers()
-    {
-        NotificationCenter center;
-        const int other = 0;
-        for (const auto name : {"a"_L1, "a"_L1, "b"_L1})
-            center.addObserver(this, name, hear(name));
-        center.addObserver(&other, u"a"_s, hear(u"other a"_s));
-        center.removeObserver(this, u"a"_s);
-        center.post({u"a"_s, {}, {}});
-        center.post({u"b"_s, {}, {}});
-        const QStringList expected{u"other a"_s, u"b"_s};
-        QCOMPARE(m_ran, expected);
-        center.removeObserver(this);
-        center.post({u"b"_s, {}, {}});
-        QCOMPARE(m_ran, expected);
-    }
-
     void observersThatChangeWhilePosting()
     {
         NotificationCenter center;
         const int first = 0, second = 0, third = 0;
+        for (const auto name : {"n"_L1, "n"_L1, "other"_L1})
+            center.addObserver(this, name, hear(name));
+        center.removeObserver(this, u"n"_s); // Both, and by that name alone.
         center.addObserver(&first, u"n"_s, [&](const Notification &) {
             m_ran.append(u"first"_s);
             center.removeObserver(&first);
@@ -195,8 +173,9 @@ private Q_SLOTS:
         });
         center.addObserver(&second, u"n"_s, hear(u"second"_s));
         center.addObserver(&third, u"n"_s, hear(u"third"_s));
-        center.post({u"n"_s, {}, {}});
-        const QStringList expected{u"first"_s, u"third"_s, u"added"_s, u"back in first"_s, u"third"_s};
+        for (const auto &name : {u"n"_s, u"other"_s})
+            center.post({name, {}, {}});
+        const QStringList expected{u"first"_s, u"third"_s, u"added"_s, u"back in first"_s, u"third"_s, u"other"_s};
         QCOMPARE(m_ran, expected);
     }
 

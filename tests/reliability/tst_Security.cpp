@@ -1,8 +1,6 @@
 #include "EngineFixture.h"
-#include "UrlLoad.h"
 
 #include <QProcess>
-#include <QRegularExpression>
 
 #include <cstdarg>
 
@@ -60,41 +58,34 @@ private Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
     void cleanup() { trusted.clear(); }
 
-    void certificatesAndRedirects_data()
-    {
-        addColumns<QString, bool, QByteArray, int>({"host", "isTrusted", "target", "error"});
-        const auto row = [](const char *name, const QString &host, bool isTrusted, const char *target, UrlError error) {
-            QTest::newRow(name) << host << isTrusted << QByteArray(target) << int(error);
-        };
-        const auto named = u"localhost"_s;
-        row("trusted", named, true, "", UrlError());
-        row("unknown", named, false, "", UrlError::SecureConnectionFailed);
-        row("of another host", u"127.0.0.1"_s, true, "", UrlError::SecureConnectionFailed);
-        row("redirect to https", named, true, "/answer", UrlError());
-        row("redirect to http", named, true, "http://", UrlError::BadAnswer);
-        row("redirect to a file", named, true, "file:///etc/hostname", UrlError::BadAnswer);
-    }
-
     void certificatesAndRedirects()
     {
-        QFETCH(QString, host);
-        QFETCH(bool, isTrusted);
-        QFETCH(QByteArray, target);
-        RawServer plain(always(httpAnswer("{}")));
-        QProcess server;
-        QVERIFY(start(server));
-        if (isTrusted)
-            trusted = m_folder.filePath(u"cert.pem"_s).toUtf8();
-        serve("answer", httpAnswer("{}"));
-        const auto location = target == "http://" ? plain.url("/answer").toEncoded() : target;
-        serve("moved", httpRedirect("302", location + "\r\nConnection: close"));
-        const auto path = target.isEmpty() ? u"answer"_s : u"moved"_s;
-        auto request = urlGet(QUrl(u"https://%1:%2/%3"_s.arg(host).arg(m_port).arg(path)));
-        request.setHeader("x-api-key", "secret");
-        QTEST(UrlLoad(request).resume().result().errorCode(), "error");
-        QCOMPARE(plain.accepted(), 0);
-        server.kill();
-        server.waitForFinished();
+        const auto named = u"localhost"_s;
+        const std::tuple<const char *, QString, bool, QByteArray, UrlError> cases[] = {
+            {"trusted", named, true, "", UrlError()},
+            {"unknown", named, false, "", UrlError::SecureConnectionFailed},
+            {"of another host", u"127.0.0.1"_s, true, "", UrlError::SecureConnectionFailed},
+            {"redirect to https", named, true, "/answer", UrlError()},
+            {"redirect to http", named, true, "http://", UrlError::BadAnswer},
+            {"redirect to a file", named, true, "file:///etc/hostname", UrlError::BadAnswer},
+        };
+        for (const auto &[name, host, isTrusted, target, error] : cases) {
+            const Case current(name);
+            RawServer plain(always(httpAnswer("{}")));
+            QProcess server;
+            QVERIFY(start(server));
+            trusted = isTrusted ? m_folder.filePath(u"cert.pem"_s).toUtf8() : QByteArray();
+            serve("answer", httpAnswer("{}"));
+            const auto location = target == "http://" ? plain.url("/answer").toEncoded() : target;
+            serve("moved", httpRedirect("302", location + "\r\nConnection: close"));
+            const auto path = target.isEmpty() ? u"answer"_s : u"moved"_s;
+            auto request = urlGet(QUrl(u"https://%1:%2/%3"_s.arg(host).arg(m_port).arg(path)));
+            request.setHeader("x-api-key", "secret");
+            QCOMPARE(UrlLoad(request).resume().result().errorCode(), int(error));
+            QCOMPARE(plain.accepted(), 0);
+            server.kill();
+            server.waitForFinished();
+        }
     }
 
     /// Key, page and ids come from the host, the service and the player; none of them leaves its place.

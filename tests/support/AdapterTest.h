@@ -8,7 +8,6 @@
 
 #include <QMap>
 #include <QRegularExpression>
-#include <QTest>
 
 #include <thread>
 
@@ -89,28 +88,30 @@ protected:
         }
     }
 
-    static void addNextVideos()
+    void setNextVideos(const QString &before)
     {
-        addColumns<QString, QString, QStringList>({"url", "playing", "logged"});
-        const auto url = QStringLiteral("http://videos.example/2%20b.mp4?x=%C3%A4"), stays = QStringLiteral("x:1");
+        const auto good = QStringLiteral("http://videos.example/2%20b.mp4?x=%C3%A4"), stays = QStringLiteral("x:1");
         const auto given = QStringLiteral("video-url: "), bad = QStringLiteral("http://[bad");
         const auto kept = QStringLiteral("Error: the next video has no valid URL, the video stays");
-        QTest::newRow("URL") << url << url << QStringList{given + url};
-        QTest::newRow("null") << QString() << stays << QStringList();
-        QTest::newRow("empty") << QStringLiteral("") << stays << QStringList{given, kept};
-        QTest::newRow("no URL") << bad << stays << QStringList{given + bad, kept};
-    }
-    void setNextVideo()
-    {
-        QFETCH(QString, url);
-        m_engine->take();
-        const LogCollector log;
-        std::thread([&] { m_adapter->setNextVideo(url); }).join();
-        QCOMPARE(m_engine->take(), QStringList()); // Later, on the main queue.
-        zelvano::MainQueue::shared().advance(std::chrono::milliseconds(0));
-        QVERIFY(m_engine->take().contains(zelvano::PlayerEvent::Play));
-        QTEST(log.lines(), "logged");
-        QTEST(m_adapter->videoId(), "playing");
+        const std::tuple<QString, QString, QStringList> cases[] = {
+            {good, good, {given + good}},
+            {QString(), stays, {}},
+            {QStringLiteral(""), stays, {given, kept}},
+            {bad, stays, {given + bad, kept}},
+        };
+        for (const auto &row : cases) {
+            const Case current(std::get<0>(row).toLatin1());
+            create(false);
+            perform(before);
+            m_engine->take();
+            const LogCollector log;
+            std::thread([&] { m_adapter->setNextVideo(std::get<0>(row)); }).join();
+            QCOMPARE(m_engine->take(), QStringList()); // Later, on the main queue.
+            zelvano::MainQueue::shared().advance(std::chrono::milliseconds(0));
+            QVERIFY(m_engine->take().contains(zelvano::PlayerEvent::Play));
+            QCOMPARE(log.lines(), std::get<2>(row));
+            QCOMPARE(m_adapter->videoId(), std::get<1>(row));
+        }
     }
 
     std::shared_ptr<PlayerType> m_player;

@@ -6,11 +6,6 @@
 #include "WebPage.h"
 #include "ZelvanoViewController.h"
 
-#include <QRegularExpression>
-
-#include <functional>
-#include <memory>
-
 /// Keeps what a controller tells.
 class ControllerHost : public zelvano::ZelvanoViewControllerDelegate
 {

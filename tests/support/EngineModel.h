@@ -36,29 +36,45 @@ public:
     void clearFaults() { m_faults.clear(); }
     void expireChannels() { m_channels.clear(); }
 
-    // Steps.
+    // Steps of the host's; each is over with takeAnswers().
     void initialize()
     {
         if (hasUser())
             openChannel();
         else
             call(zelvano::ZVRetrieveUserIdAPI, &EngineModel::identityDidArrive);
-        takeAnswers();
     }
-    void setPage()
+    void sendPage()
     {
-        sendPage();
-        takeAnswers();
+        if (hasUser() && m_isConfigured)
+            call(zelvano::ZVPageEvent, &EngineModel::pageDidAnswer);
+        else
+            isPageOwed = true;
     }
-    void ready()
+    void sendReady()
     {
-        sendReady();
-        takeAnswers();
+        isReadyOwed = page < 0;
+        if (!isReadyOwed)
+            call(zelvano::ZVReadyEvent, &EngineModel::readyDidAnswer);
     }
-    void event(const QString &name)
+    void report(QString name)
     {
-        report(name);
-        takeAnswers();
+        using namespace zelvano;
+        if (view < 0) {
+            queue.append(name);
+        } else {
+            if (name == PlayerEvent::Play && !isSelectedByUser) {
+                isSelectedByUser = true;
+                name = PlayerEvent::AutoPlay;
+            } else if (name == PlayerEvent::End && m_hasPlayer) {
+                nextVideos.append(videos > 0);
+            }
+            call(name == PlayerEvent::Done ? QString(PlayerEvent::Progress) : name, nullptr);
+            if (name == PlayerEvent::RecommendationClick)
+                view = -1;
+        }
+        if (m_isHeard)
+            heard.append(name);
     }
     void advance(std::chrono::milliseconds time)
     {
@@ -67,7 +83,6 @@ public:
             due.reset();
             keepAlive();
         }
-        takeAnswers();
     }
     void stop() { due.reset(); }
     void dismiss()
@@ -76,6 +91,11 @@ public:
         queue.clear();
         m_isHeard = m_hasPlayer = false;
     }
+    void takeAnswers()
+    {
+        for (; !m_answers.empty(); m_answers.pop_front())
+            m_answers.front()();
+    }
     /// Until the next keep-alive; nothing while none waits.
     std::optional<std::chrono::milliseconds> untilKeepAlive() const
     {
@@ -83,7 +103,6 @@ public:
     }
 
     bool hasUser() const { return !m_user.isNull(); }
-    bool isIntervalKnown() const { return isKeepAliveRunning; }
 
     QStringList sent;
     qsizetype unreachable = 0; ///< Of those, what the service never saw.
@@ -113,12 +132,6 @@ private:
                 (this->*reaction)(answer, index);
         });
     }
-    void takeAnswers()
-    {
-        for (; !m_answers.empty(); m_answers.pop_front())
-            m_answers.front()();
-    }
-
     Answer answerTo(const QString &name)
     {
         if (isRoadBroken) {
@@ -170,13 +183,6 @@ private:
             due = m_now + std::chrono::seconds(30);
     }
 
-    void sendPage()
-    {
-        if (hasUser() && m_isConfigured)
-            call(zelvano::ZVPageEvent, &EngineModel::pageDidAnswer);
-        else
-            isPageOwed = true;
-    }
     void pageDidAnswer(const Answer &answer, qsizetype index)
     {
         if (answer.kind == Answer::Kind::Ok) {
@@ -191,12 +197,6 @@ private:
         }
     }
 
-    void sendReady()
-    {
-        isReadyOwed = page < 0;
-        if (!isReadyOwed)
-            call(zelvano::ZVReadyEvent, &EngineModel::readyDidAnswer);
-    }
     void readyDidAnswer(const Answer &answer, qsizetype index)
     {
         if (answer.kind == Answer::Kind::Ok) {
@@ -213,26 +213,6 @@ private:
             isPageOwed = isReadyOwed = true;
             openChannel();
         }
-    }
-
-    void report(QString name)
-    {
-        using namespace zelvano;
-        if (view < 0) {
-            queue.append(name);
-        } else {
-            if (name == PlayerEvent::Play && !isSelectedByUser) {
-                isSelectedByUser = true;
-                name = PlayerEvent::AutoPlay;
-            } else if (name == PlayerEvent::End && m_hasPlayer) {
-                nextVideos.append(videos > 0);
-            }
-            call(name == PlayerEvent::Done ? QString(PlayerEvent::Progress) : name, nullptr);
-            if (name == PlayerEvent::RecommendationClick)
-                view = -1;
-        }
-        if (m_isHeard)
-            heard.append(name);
     }
 
     QMap<QString, std::deque<std::optional<Answer>>> m_faults;

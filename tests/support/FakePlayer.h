@@ -2,14 +2,11 @@
 
 #include "AVPlayerViewController.h"
 #include "NotificationCenter.h"
-#include "PlayerSubscriber.h"
 #include "RecordingSubscription.h"
 
 #include <QSizeF>
-#include <QStringList>
 
 #include <atomic>
-#include <utility>
 
 /// A player that does what it is told, and nothing by itself: its time stands still between two calls.
 class FakePlayer : public zelvano::AVPlayer

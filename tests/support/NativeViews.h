@@ -86,13 +86,9 @@ public:
     /// The address of a picture, the only one under this name.
     QUrl picture(const QString &name, const QByteArray &body, std::chrono::milliseconds delay = {})
     {
-        zelvano::sandbox::Fault answer;
-        answer.kind = zelvano::sandbox::Fault::Kind::Body;
-        answer.body = body;
-        answer.delay = delay;
-        answer.times = -1;
         const auto path = QStringLiteral("/pictures/") + name;
-        sandbox.addFault(path, {}, answer);
+        const auto kind = zelvano::sandbox::Fault::Kind::Body;
+        sandbox.addFault(path, {}, {.kind = kind, .delay = delay, .body = body, .times = -1});
         return sandbox.url(path);
     }
     /// Videos with one and the same picture.

@@ -4,11 +4,7 @@
 #include "NativeViews.h"
 #include "ZVTopRecommendationView.h"
 
-#include <QQmlComponent>
-#include <QQmlEngine>
 #include <QQmlExpression>
-
-#include <memory>
 
 #ifdef ZELVANO_STATIC_QML
 #include <QQmlExtensionPlugin>
@@ -93,9 +89,8 @@ struct QmlHost
     }
     QString keyOf(const QString &call) const
     {
-        const auto headers = service.arrived(call).headers;
-        const auto key = headers.find("x-api-key");
-        return key == headers.end() ? QString() : QString::fromUtf8(key->second);
+        auto headers = service.arrived(call).headers;
+        return QString::fromUtf8(headers["x-api-key"]);
     }
     /// Sessions so far: each opens the channel.
     qsizetype sessions()

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QUrl>
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <functional>
@@ -29,19 +30,19 @@ public:
         /// Head and body of the next request; empty when the client has gone.
         QByteArray readRequest()
         {
-            QByteArray request = take([](const QByteArray &seen) -> qsizetype {
-                const qsizetype headEnd = seen.indexOf("\r\n\r\n");
-                if (headEnd < 0)
-                    return 0;
-                const qsizetype at = seen.indexOf("Content-Length: ");
-                const qsizetype value = at < 0 ? -1 : at + qsizetype(qstrlen("Content-Length: "));
-                const auto length =
-                    at < 0 || at > headEnd ? 0 : seen.mid(value, seen.indexOf('\r', value) - value).toInt();
-                return headEnd + 4 + length;
-            });
-            if (!request.isEmpty())
-                m_server.note(request);
-            return request;
+            static const QByteArray key = "Content-Length: ";
+            do {
+                const qsizetype head = m_seen.indexOf("\r\n\r\n");
+                const qsizetype at = m_seen.first(std::max(head, qsizetype(0))).indexOf(key);
+                const auto body = at < 0 ? 0 : m_seen.mid(at + key.size(), 10).split('\r').first().toInt();
+                if (head >= 0 && m_seen.size() >= head + 4 + body) {
+                    const auto request = m_seen.first(head + 4 + body);
+                    m_seen.remove(0, request.size());
+                    m_server.note(request);
+                    return request;
+                }
+            } while (receive());
+            return {};
         }
 
         bool write(const QByteArray &bytes)
@@ -67,30 +68,25 @@ public:
         /// Until the client has closed, or the server ends.
         void awaitClose()
         {
-            take([](const QByteArray &) { return 0; });
+            while (receive())
+                m_seen.clear();
         }
 
         /// True when the server ends before `time` has passed.
-        bool pause(std::chrono::milliseconds time) { return m_server.awaitEnd(time); }
+        bool pause(std::chrono::milliseconds time)
+        {
+            return m_server.await([this] { return m_server.m_isEnding; }, time);
+        }
 
     private:
         friend class RawServer;
 
-        template<typename Length> QByteArray take(Length &&wanted)
+        bool receive()
         {
             char bytes[16384];
-            for (;;) {
-                const qsizetype length = wanted(m_seen);
-                if (length > 0 && m_seen.size() >= length) {
-                    const QByteArray whole = m_seen.left(length);
-                    m_seen.remove(0, length);
-                    return whole;
-                }
-                const auto some = recv(m_socket, bytes, sizeof(bytes), 0);
-                if (some <= 0)
-                    return {};
-                m_seen.append(bytes, some);
-            }
+            const auto some = recv(m_socket, bytes, sizeof(bytes), 0);
+            m_seen.append(bytes, std::max(some, ssize_t(0)));
+            return some > 0;
         }
 
         RawServer &m_server;
@@ -134,8 +130,7 @@ public:
         close(m_listener);
     }
 
-    RawServer(const RawServer &) = delete;
-    RawServer &operator=(const RawServer &) = delete;
+    Q_DISABLE_COPY_MOVE(RawServer)
 
     QByteArray hostAndPort() const { return "127.0.0.1:" + QByteArray::number(m_port); }
     QUrl url(const QByteArray &path = "/", bool isSecure = false) const
@@ -153,14 +148,11 @@ public:
 
     bool awaitConnections(int count)
     {
-        std::unique_lock lock(m_mutex);
-        return m_changed.wait_for(lock, std::chrono::seconds(10), [&] { return m_accepted >= count; });
+        return await([&] { return m_accepted >= count; });
     }
-
     bool awaitRequests(size_t count)
     {
-        std::unique_lock lock(m_mutex);
-        return m_changed.wait_for(lock, std::chrono::seconds(10), [&] { return m_requests.size() >= count; });
+        return await([&] { return m_requests.size() >= count; });
     }
 
 private:
@@ -188,17 +180,16 @@ private:
 
     void note(const QByteArray &request)
     {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_requests.push_back(request);
-        }
+        const std::lock_guard lock(m_mutex);
+        m_requests.push_back(request);
         m_changed.notify_all();
     }
 
-    bool awaitEnd(std::chrono::milliseconds time)
+    template<typename Predicate>
+    bool await(Predicate predicate, std::chrono::milliseconds longest = std::chrono::seconds(10))
     {
         std::unique_lock lock(m_mutex);
-        return m_changed.wait_for(lock, time, [this] { return m_isEnding; });
+        return m_changed.wait_for(lock, longest, predicate);
     }
 
     const Script m_script;

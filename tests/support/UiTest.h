@@ -2,11 +2,15 @@
 
 #include "MainQueue.h"
 
+#include <QAccessible>
 #include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QLoggingCategory>
+#include <QMetaEnum>
 #include <QPointingDevice>
+#include <QQmlComponent>
+#include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
@@ -65,6 +69,28 @@ inline bool flushMainQueue()
 inline QPoint centreOf(const QQuickItem *item)
 {
     return item->mapToScene({item->width() / 2, item->height() / 2}).toPoint();
+}
+
+/// What a screen reader is told of an item: its role and its name.
+inline QString spoken(QObject *item)
+{
+    const auto *interface = QAccessible::queryAccessibleInterface(item);
+    const auto *role = QMetaEnum::fromType<QAccessible::Role>().valueToKey(interface->role());
+    return QLatin1StringView(role) + QStringLiteral(": ") + interface->text(QAccessible::Name);
+}
+
+inline void pressByScreenReader(QObject *item)
+{
+    QAccessible::queryAccessibleInterface(item)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+}
+
+/// An item of the host's that mirrors all that is in it.
+inline std::unique_ptr<QQuickItem> mirroringItem(QQmlEngine &engine)
+{
+    QQmlComponent component(&engine);
+    component.setData("import QtQuick\nItem { LayoutMirroring.enabled: true; LayoutMirroring.childrenInherit: true }",
+                      {});
+    return std::unique_ptr<QQuickItem>(qobject_cast<QQuickItem *>(component.create()));
 }
 
 /// An item of the host's that takes all input it gets, and counts it.

@@ -4,7 +4,6 @@
 #include "RawServer.h"
 #include "UrlSession.h"
 
-#include <atomic>
 #include <future>
 
 /// How a transfer ended.
@@ -73,6 +72,13 @@ inline zelvano::UrlRequest urlPost(const QUrl &url, const QByteArray &body)
     request.method = "POST";
     request.body = body;
     return request;
+}
+
+/// Completions run one after another: behind this one, those of all calls before it have run, and are released.
+inline void passCompletions()
+{
+    if (UrlLoad(urlGet({})).resume().result().errorCode() != int(zelvano::UrlError::BadUrl))
+        qFatal("completions do not run");
 }
 
 /// Requests of "0", "1", "2"... below the URL, in that order.

@@ -4,7 +4,6 @@
 #include "ZVTopRecommendationView.h"
 
 #include <QJSEngine>
-#include <QQmlEngine>
 #include <QUrl>
 
 /// A page as an address, so that it needs no server.

@@ -55,6 +55,7 @@ class tst_CategoryView : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void cleanup() { QGuiApplication::setLayoutDirection(Qt::LayoutDirectionAuto); }
     void factory()
     {
         const auto view = [](qint64 type) { return ZVRecommendationViewFactory::recommendationViewForType(type); };
@@ -66,16 +67,15 @@ private Q_SLOTS:
     void rows()
     {
         Stage stage;
-        QVERIFY(stage.fill(2, threeCategories));
+        QVERIFY(stage.fill(2, {u"FORYOU"_s, QString(10000, u'C'), u"مستحسن"_s}));
         const auto recommendation = stage.view->recommendations();
         const auto categories = recommendation->categories();
         QCOMPARE(categories.size(), 3);
         for (qint64 i = 0; i < 3; ++i) {
             const auto *row = stage.row(i);
-            QCOMPARE(row->category(), categories[i]);
             QCOMPARE(row->categoryLabel()->property("text").toString(), categories[i]);
             QCOMPARE(row->recommendations(), *recommendation->videosForCategory(categories[i]));
-            QCOMPARE(row->width(), 400.0);
+            QVERIFY(row->width() == 400 && row->categoryLabel()->width() <= 400 && row->categoryLabel()->height() < 40);
             for (const auto *cell : stage.videosOf(i)->shownCells()) { // Nobody numbers these or fetches for them.
                 QCOMPARE(textOf(cell, u"valueLabel"_s), u"0"_s);
                 QCOMPARE(outletOf(cell, u"iconImageView"_s)->opacity(), 0.0);
@@ -84,18 +84,6 @@ private Q_SLOTS:
         QCOMPARE(stage.hits(), 0);
         stage.view->setRecommendations(nullptr);
         QVERIFY(stage.waitForItems(0));
-    }
-
-    void oddVideos()
-    {
-        Stage stage;
-        auto videos = stage.videos(1, {u""_s, u"مستحسن"_s, QString(10000, u'C')});
-        videos.append(videoJson(9)); // Without a category.
-        QVERIFY(stage.show(videos, 3) && stage.rowsAreLaidOut());
-        for (const auto *row : stage.rows()) {
-            QVERIFY(row->categoryLabel()->width() <= 400 && row->categoryLabel()->height() < 40);
-            QCOMPARE(row->videosCollectionView()->itemCount(), 1);
-        }
     }
 
     void tapReports()
@@ -111,11 +99,9 @@ private Q_SLOTS:
         tap(stage.window, Pointer::Touch, centreOf(videos->cellForRow(1)));
         QVERIFY(stage.waitForPicks(1));
         QCOMPARE(stage.picks->videos, ZVVideoList{stage.row(0)->recommendations()[1]});
-
-        const auto other = std::make_shared<Picks>();
-        stage.view->setDelegate(other);
+        stage.view->setDelegate(nullptr);
         tap(stage.window, Pointer::Touch, centreOf(stage.videosOf(1)->cellForRow(0)));
-        QVERIFY(waitUntil([&] { return !other->videos.empty(); }));
+        QVERIFY(flushMainQueue());
         QCOMPARE(stage.picks->videos.size(), 1U);
     }
 
@@ -162,17 +148,53 @@ private Q_SLOTS:
     {
         Stage stage;
         stage.view->setLoadsThumbnails(true);
-        auto videos = stage.videos(3, {u"A"_s});
+        auto videos = stage.videos(1, {u"A"_s});
         videos.prepend(videoJson(10, stage.picture(u"none"_s, "<html>"), u"A"_s));
-        videos.prepend(videoJson(11, QUrl(u"http://127.0.0.1:1/"_s), u"A"_s));
         QVERIFY(stage.show(videos, 1) && stage.rowsAreLaidOut());
         const auto shown = stage.row(0)->recommendations();
-        QVERIFY(waitUntil([&] { return !shown[2]->image().isNull(); }));
-        QVERIFY(waitUntil([&] { return stage.log.beginningWith(u"Image Fetch Error "_s).size() == 1; }));
-        QVERIFY(shown[0]->image().isNull() && shown[1]->image().isNull());
+        QVERIFY(waitUntil([&] { return !shown[1]->image().isNull(); }));
         stage.view->setLoadsThumbnails(true); // Shown anew, but not asked for again.
         QVERIFY(stage.waitForItems(1) && stage.rowsAreLaidOut() && flushMainQueue());
         QCOMPARE(stage.sandbox.hits(u"/pictures/none"_s), 1);
+    }
+
+    void screenReader()
+    {
+        Stage stage;
+        QVERIFY(stage.fill(2, {u"FORYOU"_s, u"MOSTVIEWED"_s}));
+        QCOMPARE(spoken(stage.items()), u"List: Recommended videos by category"_s);
+        QCOMPARE(spoken(stage.cell(0)->childItems().first()), u"Grouping: FORYOU"_s);
+        auto *const cell = stage.videosOf(0)->cellForRow(1)->childItems().first();
+        QCOMPARE(spoken(cell), u"ListItem: Video 2, 1:02, For you"_s);
+        pressByScreenReader(cell);
+        QVERIFY(stage.waitForPicks(1));
+        QCOMPARE(stage.picks->videos.front()->title(), u"Video 2"_s);
+    }
+
+    /// A row begins at the right, whatever its length, and is scrolled by the keyboard to the left.
+    void mirroredCategories()
+    {
+        for (const int count : {1, 40}) {
+            QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+            Stage stage;
+            QVERIFY(stage.fill(count, {u"FORYOU"_s}));
+            auto *const videos = stage.videosOf(0);
+            const auto right = [&](qint64 number) {
+                const auto *cell = videos->cellForRow(number);
+                return cell ? cell->mapRectToItem(stage.items(), QRectF({}, cell->size())).right() : -1;
+            };
+            constexpr double edge = 400 - 16;
+            QVERIFY(waitUntil([&] { return qFuzzyCompare(right(0), edge); }));
+            stage.items()->setWidth(480);
+            QVERIFY2(waitUntil([&] { return qFuzzyCompare(right(0), edge + 80); }), "after a change of the width, too");
+
+            stage.items()->forceActiveFocus(Qt::TabFocusReason);
+            stage.key(Qt::Key_End);
+            QCOMPARE(videos->currentRow(), count - 1);
+            QVERIFY(videos->cellForRow(count - 1));
+            stage.key(Qt::Key_Home);
+            QCOMPARE(right(0), edge + 80);
+        }
     }
 
     void keyboard()
@@ -193,13 +215,14 @@ private Q_SLOTS:
         stage.key(Qt::Key_Tab);
         QVERIFY(stage.items()->hasActiveFocus() && stage.rowsAreLaidOut());
         QCOMPARE(marked(), QStringList{u"0.0"_s});
-        std::vector<std::pair<Qt::Key, QString>> steps{
-            {Qt::Key_Right, u"0.1"_s},    {Qt::Key_Right, u"0.2"_s},  {Qt::Key_Down, u"1.0"_s}, {Qt::Key_End, u"1.5"_s},
-            {Qt::Key_Up, u"0.2"_s},       {Qt::Key_Home, u"0.0"_s},   {Qt::Key_Left, u"0.0"_s}, {Qt::Key_Up, u"0.0"_s},
-            {Qt::Key_PageDown, u"2.0"_s}, {Qt::Key_PageUp, u"0.0"_s},
-        };
-        for (int row = 1; row <= 9; ++row)
-            steps.emplace_back(Qt::Key_Down, row == 1 ? u"1.5"_s : u"%1.0"_s.arg(row)); // Each row keeps its place.
+        const std::pair<Qt::Key, QString> steps[] =
+            {
+                {Qt::Key_Right, u"0.1"_s},  {Qt::Key_Right, u"0.2"_s}, {Qt::Key_Down, u"1.0"_s},
+                {Qt::Key_End, u"1.5"_s},    {Qt::Key_Up, u"0.2"_s},    {Qt::Key_Home, u"0.0"_s},
+                {Qt::Key_Left, u"0.0"_s},   {Qt::Key_Up, u"0.0"_s},    {Qt::Key_PageDown, u"2.0"_s},
+                {Qt::Key_PageUp, u"0.0"_s}, {Qt::Key_Down, u"1.5"_s}, // Each row keeps its place.
+                {Qt::Key_Down, u"2.0"_s},   {Qt::Key_Down, u"3.0"_s},  {Qt::Key_Down, u"4.0"_s},
+            };
         for (const auto &[key, place] : steps) {
             stage.key(key);
             QVERIFY(stage.rowsAreLaidOut());
@@ -208,7 +231,7 @@ private Q_SLOTS:
         QVERIFY(stage.offset() > 0);
         stage.key(Qt::Key_Return);
         QVERIFY(stage.waitForPicks(1));
-        QCOMPARE(stage.picks->videos[0], stage.row(9)->recommendations()[0]);
+        QCOMPARE(stage.picks->videos[0], stage.row(4)->recommendations()[0]);
     }
 };
 

@@ -107,7 +107,6 @@ struct Players
     QStringList avTold, movieTold;
 };
 
-const QStringList playedOn{u"item"_s, u"rate 1"_s, u"ready"_s};
 const QStringList anotherMovieTold{u"state 0"_s, u"finish 0"_s, u"playable"_s, u"state 1"_s};
 
 } // namespace
@@ -132,8 +131,7 @@ private Q_SLOTS:
         QVERIFY(!players.av->currentItem());
         QVERIFY(players.loads(first));
         const auto item = players.av->currentItem();
-        QCOMPARE(item->asset().URL(), first);
-        QCOMPARE(players.movie->contentURL(), first);
+        QVERIFY(item->asset().URL() == first && players.movie->contentURL() == first);
         QCOMPARE(item->duration() * 1000, static_cast<double>(players.media->duration()));
         QCOMPARE(players.movie->duration(), item->duration());
         QList<double> ticks;
@@ -146,11 +144,8 @@ private Q_SLOTS:
         players.movie->play();
         players.movie->stop();
         QVERIFY(players.tells(u"finish 0"_s));
-        QTRY_COMPARE(players.avTold,
-                     (QStringList{u"item"_s, u"ready"_s, u"rate 1"_s, u"rate 0"_s, u"rate 1"_s, u"rate 0"_s}));
-        QCOMPARE(players.movieTold,
-                 (QStringList{u"playable"_s, u"state 1"_s, u"state 2"_s, u"state 1"_s, u"state 0"_s, u"finish 0"_s}));
-        QCOMPARE(players.av->currentItem(), item);
+        QTRY_COMPARE(players.avTold.join(u", "_s), u"item, ready, rate 1, rate 0, rate 1, rate 0"_s);
+        QCOMPARE(players.movieTold.join(u", "_s), u"playable, state 1, state 2, state 1, state 0, finish 0"_s);
     }
 
     void attachedToWhatPlaysAlready()
@@ -220,43 +215,54 @@ private Q_SLOTS:
             QVERIFY(players.tells(u"jump 6"_s));
             players.forget();
             const auto item = AVPlayerItem::create(AVURLAsset(second));
-            QUrl sourceWhenTold;
             connect(players.av.get(), &AVPlayer::currentItemChanged, &players.sink,
-                    [&] { sourceWhenTold = players.media->source(); });
+                    [&] { QCOMPARE(players.media->source(), first); }); // Told before it loads: it can be observed.
             players.av->replaceCurrentItemWithPlayerItem(item);
-            QCOMPARE(sourceWhenTold, first); // Told before it loads, so that the item can be observed.
             QCOMPARE(players.media->source(), second);
             QVERIFY(players.av->currentTime() < 1);
             // It plays once it is loaded: told so before, the backend may stand still for good.
             QVERIFY(players.media->mediaStatus() != QMediaPlayer::LoadingMedia ||
                     players.media->playbackState() == QMediaPlayer::StoppedState);
             QVERIFY(players.tells(u"ready"_s));
-            if (playing) {
+            if (playing)
                 QVERIFY(players.plays(0.3) && players.av->currentTime() < 3);
-                QCOMPARE(players.movieTold, anotherMovieTold); // As if the host had done it.
-            }
             // The rate lasts across the change, and is told for the new item.
-            QCOMPARE(players.avTold, playing ? playedOn : (QStringList{u"item"_s, u"ready"_s}));
+            QCOMPARE(players.avTold.join(u", "_s), playing ? u"item, rate 1, ready"_s : u"item, ready"_s);
             QCOMPARE(players.av->rate() != 0, playing);
             QCOMPARE(players.av->currentItem(), item);
         }
     }
 
+    /// Be it the same; by the movie player's owner, or by the media player's.
     void anotherMovie()
     {
-        for (const auto &next : {second, first}) {
+        for (const auto &[next, byHost] : {std::pair(second, false), {first, false}, {second, true}}) {
             Players players;
             QVERIFY(players.starts(first, 0.3));
             const QSignalSpy contents(players.movie.get(), &MPMoviePlayerController::contentURLChanged);
+            players.media->setPosition(6000);
+            QVERIFY(players.plays(6));
             players.forget();
-            players.movie->stop();
-            players.movie->setContentURL(next);
-            players.movie->play();
-            QVERIFY(players.tells(u"state 1"_s));
+            if (byHost) {
+                players.media->setSource(next);
+                QCOMPARE(players.av->currentItem()->asset().URL(), next);
+                QVERIFY(players.tells(u"ready"_s) && players.tells(u"playable"_s) && players.tells(u"rate 0"_s));
+                players.media->play();
+            } else {
+                players.movie->stop();
+                players.movie->setContentURL(next);
+                players.movie->play();
+            }
+            QVERIFY(players.tells(u"state 1"_s) && players.plays(0.2));
             QCOMPARE(contents.size(), 1);
             QCOMPARE(players.media->source(), next);
-            QVERIFY(players.avTold.contains(u"item"_s)); // Loaded anew, be it the same.
             QCOMPARE(players.movieTold, anotherMovieTold);
+            players.avTold.removeAll(u"rate 0"_s); // Before the item or behind it, as the backend likes.
+            players.avTold.sort();
+            players.avTold.removeDuplicates(); // The same again is no item for a moment.
+            QCOMPARE(players.avTold.join(u", "_s), u"item, rate 1, ready"_s);
+            players.media->setSource(QUrl());
+            QVERIFY(!players.av->currentItem() && players.movie->contentURL().isEmpty());
         }
     }
 
@@ -268,33 +274,15 @@ private Q_SLOTS:
         players.media->setSource(second);
         players.av->play();
         QVERIFY(players.tells(u"ready"_s) && players.plays(0.2));
-        QCOMPARE(players.avTold, playedOn); // No rate of 0, which would be a pause.
-    }
-
-    void hostChangesTheSource()
-    {
-        Players players;
-        QVERIFY(players.starts(first, 0.1));
-        players.media->setPosition(6000);
-        QVERIFY(players.plays(6));
-        players.forget();
-        players.media->setSource(second);
-        QCOMPARE(players.av->currentItem()->asset().URL(), second);
-        QVERIFY(players.tells(u"ready"_s) && players.tells(u"playable"_s) && players.tells(u"rate 0"_s));
-        players.media->play();
-        QVERIFY(players.plays(0.2));
-        players.avTold.removeOne(u"rate 0"_s); // Before the item or behind it, as the backend likes.
-        QCOMPARE(players.avTold, (QStringList{u"item"_s, u"ready"_s, u"rate 1"_s}));
-        QCOMPARE(players.movieTold, anotherMovieTold);
-        players.media->setSource(QUrl());
-        QVERIFY(!players.av->currentItem() && players.movie->contentURL().isEmpty());
+        QCOMPARE(players.avTold.join(u", "_s), u"item, rate 1, ready"_s); // No rate of 0, which would be a pause.
     }
 
     void exit()
     {
         for (const bool playing : {true, false}) {
             Players players;
-            QVERIFY(playing ? players.starts(first, 0.1) : players.loads(first));
+            players.movie->setShouldAutoplay(playing);
+            QVERIFY(players.loads(first) && (!playing || players.tells(u"state 1"_s)));
             const auto screen = std::make_shared<MPMoviePlayerViewController>(players.movie);
             const QSignalSpy dismissed(screen.get(), &MPMoviePlayerViewController::dismissed);
             players.movie->exit();
@@ -302,14 +290,6 @@ private Q_SLOTS:
             QCOMPARE(players.movieTold.filter(u"finish"_s), QStringList{u"finish 2"_s});
             QCOMPARE(dismissed.size(), 1);
         }
-    }
-
-    void autoplay()
-    {
-        Players players;
-        players.movie->setShouldAutoplay(true);
-        QVERIFY(players.loads(first));
-        QVERIFY(players.tells(u"state 1"_s));
     }
 
     void failure()
@@ -348,19 +328,18 @@ private Q_SLOTS:
         const auto player = QtMPMoviePlayerController::create(&media, &window.below);
         QStringList told;
         auto &center = NotificationCenter::defaultCenter();
-        center.addObserver(this, MPMoviePlayerWillEnterFullscreenNotification,
-                           [&](auto &&) { told.append(u"enter"_s); });
-        center.addObserver(this, MPMoviePlayerWillExitFullscreenNotification,
-                           [&](auto &&) { told.append(u"leave %1"_s.arg(window.below.width())); });
+        for (const auto &name :
+             {MPMoviePlayerWillEnterFullscreenNotification, MPMoviePlayerWillExitFullscreenNotification})
+            center.addObserver(this, name, [&](auto &&) { told.append(QString::number(window.below.width())); });
         const QSignalSpy changes(player.get(), &QtMPMoviePlayerController::fullscreenChanged);
         player->setFullscreen(true);
         QVERIFY(waitUntil([&] { return player->isFullscreen(); }));
         QCoreApplication::processEvents();       // The window system confirms it.
         window.setVisibility(QWindow::Windowed); // Whoever takes it back.
-        QCOMPARE(told, QStringList{u"enter"_s});
+        QCOMPARE(told.size(), 1);
         window.below.setWidth(321);
         QVERIFY(waitUntil([&] { return told.size() == 2; }));
-        QCOMPARE(told.last(), u"leave 321"_s);
+        QCOMPARE(told.last(), u"321"_s);
         QCOMPARE(changes.size(), 2);
         center.removeObserver(this);
     }
@@ -369,25 +348,19 @@ private Q_SLOTS:
     {
         QQuickItem screen;
         const auto controller = QtAVPlayerViewController::create(nullptr, &screen);
-        QSignalSpy frames(controller.get(), &Player::frameChanged);
-        QSignalSpy framesOfPlayer(controller->player().get(), &Player::frameChanged);
+        const QSignalSpy frames(controller.get(), &Player::frameChanged);
+        const QSignalSpy framesOfPlayer(controller->player().get(), &Player::frameChanged);
         screen.setSize({100, 50}); // Its first place is no change.
         QTest::qWait(0);
-        QCOMPARE(frames.size(), 0);
         screen.setPosition({10, 20});
         screen.setSize({300, 200});
         QCOMPARE(frames.size(), 0);
         QTRY_COMPARE(frames.size(), 1);
-        QCOMPARE(framesOfPlayer.size(), 1);
         screen.setX(50);
         screen.setX(10); // There and back.
         screen.setScale(2);
-        screen.setHeight(201);
-        QTRY_COMPARE(frames.size(), 2);
-        screen.setX(50);
-        screen.setX(10);
         QCoreApplication::processEvents();
-        QCOMPARE(frames.size(), 2);
+        QVERIFY(frames.size() == 1 && framesOfPlayer.size() == 1);
     }
 };
 

@@ -8,7 +8,6 @@
 #include <QMediaPlayer>
 #include <QProcess>
 
-#include <algorithm>
 #include <string_view>
 
 using namespace Qt::StringLiterals;
@@ -78,16 +77,14 @@ struct Scene : ControllerSession
 
     void end(const QString &part)
     {
-        if (part == "player"_L1)
-            player.reset();
-        else if (part == "engine"_L1 && ownEngine)
-            std::exchange(ownEngine, nullptr)->dismissZelvano();
-        else if (part == "controller"_L1)
-            controller.reset();
-        else if (part == "views"_L1)
-            views.clear();
-        else if (part == "window"_L1)
-            window.reset();
+        const std::map<QString, std::function<void()>> ends{
+            {u"player"_s, [this] { player.reset(); }},
+            {u"engine"_s, [this] { ownEngine ? std::exchange(ownEngine, nullptr)->dismissZelvano() : void(); }},
+            {u"controller"_s, [this] { controller.reset(); }},
+            {u"views"_s, [this] { views.clear(); }},
+            {u"window"_s, [this] { window.reset(); }},
+        };
+        ends.at(part)();
     }
     void endAll()
     {
@@ -131,45 +128,38 @@ class tst_Teardown : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void anyOrder_data()
+    void anyOrder()
     {
-        QTest::addColumn<QStringList>("order");
-        QTest::addColumn<Fault::Kind>("network");
         auto order = parts;
         for (const auto &first : parts) {
-            QTest::addRow("%s first, late answers", qPrintable(first)) << order << Fault::Kind::Delay;
-            QTest::addRow("%s first, no answers", qPrintable(first)) << order << Fault::Kind::Silence;
+            for (const auto network : {Fault::Kind::Delay, Fault::Kind::Silence}) {
+                const Case current(first.toLatin1() +
+                                   (network == Fault::Kind::Delay ? ", late answers" : ", no answers"));
+                Scene scene(network);
+                const auto hasEnded = scene.watch();
+                for (const auto &part : order) {
+                    scene.end(part);
+                    if (network == Fault::Kind::Silence)
+                        QCoreApplication::processEvents();
+                    else
+                        scene.service.settle(); // What is answered finds what is left.
+                }
+                scene.endAll();
+                QVERIFY(waitUntil(hasEnded));
+                QCOMPARE(scene.service.log.count(u"dealloc"_s), 1);
+            }
             std::rotate(order.begin(), order.begin() + 1, order.end());
         }
     }
 
-    void anyOrder()
-    {
-        QFETCH(const QStringList, order);
-        QFETCH(const Fault::Kind, network);
-        Scene scene(network);
-        const auto hasEnded = scene.watch();
-        for (const auto &part : order) {
-            scene.end(part);
-            if (network == Fault::Kind::Silence)
-                QCoreApplication::processEvents();
-            else
-                scene.service.settle(); // What is answered finds what is left.
-        }
-        scene.endAll();
-        QVERIFY(waitUntil(hasEnded));
-        QCOMPARE(scene.service.log.count(u"dealloc"_s), 1);
-    }
-
     void insideACall_data()
     {
-        QTest::addColumn<QString>("call");
-        QTest::addColumn<bool>("drops"); // Or dismisses.
+        addColumns<QString, bool>({"call", "drops"}); // Or dismisses.
         for (const auto *call :
              {"selection", "selection by the page", "selection by the page, without event loop",
               "selection in the list", "selection in the categories", "done", "native list", "plug-in", "rotation"}) {
-            QTest::addRow("%s, dismiss", call) << QString::fromLatin1(call) << false;
-            QTest::addRow("%s, drop", call) << QString::fromLatin1(call) << true;
+            for (const bool drops : {false, true})
+                QTest::addRow("%s, %s", call, drops ? "drop" : "dismiss") << QString::fromLatin1(call) << drops;
         }
     }
 
@@ -250,9 +240,7 @@ private Q_SLOTS:
         qsizetype descriptors = 0;
         for (int round = 0; round <= 100; ++round) {
             session.begin();
-            const std::weak_ptr<ZelvanoViewController> controller(session.controller->weak_from_this());
-            const std::weak_ptr<Zelvano> engine(session.engine());
-            const QPointer<QObject> overlay(session.overlay());
+            const QList<QPointer<QObject>> parts{session.controller.get(), session.engine().get(), session.overlay()};
             session.controller->setPlayer(QtAVPlayerViewController::create(&player, &session.playerView), u"page"_s);
             if (round % 10 == 0)
                 session.overlay()->setUrl(listeningPage());
@@ -261,7 +249,7 @@ private Q_SLOTS:
             session.show();
             session.controller.reset();
             session.service.settle();
-            QVERIFY(waitUntil([&] { return controller.expired() && engine.expired() && !overlay; }));
+            QVERIFY(waitUntil([&] { return !parts[0] && !parts[1] && !parts[2]; }));
             const std::vector<qsizetype> left{session.window->contentItem()->childItems().size(),
                                               session.playerView.children().size(), player.children().size(),
                                               qApp->children().size()};

@@ -2,8 +2,6 @@
 #include "Device.h"
 #include "ZVListView.h"
 
-#include <QJsonDocument>
-
 using namespace Qt::StringLiterals;
 using namespace zelvano;
 
@@ -69,16 +67,6 @@ private Q_SLOTS:
         QCOMPARE(session.overlay()->parentItem(), session.window->contentItem());
     }
 
-    void showingBeforeThePageIsReady()
-    {
-        Session session;
-        session.show();
-        QCOMPARE(session.service.log.count(u"Error: webView is not ready"_s), 1);
-        QVERIFY(!session.isShown() && !session.overlay()->parentItem());
-        QVERIFY(!session.controller->playerView());
-        QCOMPARE(session.reported(u"impression"_s), 0);
-    }
-
     void impressionOncePerRecommendation()
     {
         Session session;
@@ -95,7 +83,6 @@ private Q_SLOTS:
                 session.show();
                 QCOMPARE(session.reported(u"impression"_s), round);
             }
-            QVERIFY(!session.controller->shouldSendImpression());
         }
     }
 
@@ -113,7 +100,6 @@ private Q_SLOTS:
         for (const auto &state : {u"play"_s, u"autoPlay"_s}) {
             session.playerIs(state);
             QVERIFY(!session.isShown() && session.overlay()->parentItem()); // It stays in the window.
-            session.playerIs(u"seek"_s);
             session.playerIs(u"pause"_s);
             session.show(); // No state keeps it from being shown again.
             QVERIFY(session.isShown());
@@ -134,8 +120,8 @@ private Q_SLOTS:
         session.host->onDone = [&] { QCOMPARE(session.controller->delegate(), session.host); };
         session.playerIs(u"done"_s);
         QCOMPARE(session.host->done, 1);
-        QVERIFY(!session.controller->delegate());
-        QVERIFY(!session.controller->player() && !session.controller->playerView());
+        const auto &controller = session.controller;
+        QVERIFY(!controller->delegate() && !controller->player() && !controller->playerView());
         QVERIFY(!overlay || (!overlay->parentItem() && !overlay->isVisible()));
         QVERIFY(engine->listeners().empty());
         QCOMPARE(session.subscriber->dismissals, 1);
@@ -152,6 +138,8 @@ private Q_SLOTS:
     void callsAfterDismissCreateNothing()
     {
         Session session;
+        session.show(); // The page is not ready.
+        QVERIFY(!session.overlay()->parentItem() && !session.controller->playerView());
         session.service.settle();
         const auto before = session.service.sent();
         session.controller->dismiss();
@@ -163,7 +151,7 @@ private Q_SLOTS:
         QVERIFY(flushMainQueue());
         session.service.settle();
         QCOMPARE(session.service.sent(), before);
-        QCOMPARE(session.service.log.count(u"Error: webView is not ready"_s), 1);
+        QCOMPARE(session.service.log.count(u"Error: webView is not ready"_s), 2);
         QCOMPARE(session.host->done, 1);
         QVERIFY(session.overlay()->jsonSuggestions().isNull()); // Made only now.
     }
@@ -175,14 +163,12 @@ private Q_SLOTS:
         session.beReady();
         session.show();
         session.host->onSelect = [&] {
-            QVERIFY(!session.engine()->selectionByUser());
-            QVERIFY(session.isShown());
+            QVERIFY(!session.engine()->selectionByUser() && session.isShown());
             QVERIFY(session.subscriber->nextVideos.isEmpty());
         };
         session.pick(2);
         QCOMPARE(session.host->selected, QStringList{u"video-2"_s}); // Counted in the full list.
-        QVERIFY(session.engine()->selectionByUser());
-        QVERIFY(!session.isShown());
+        QVERIFY(session.engine()->selectionByUser() && !session.isShown());
         QCOMPARE(session.subscriber->nextVideos, QStringList{u"http://videos.example/2.mp4"_s});
 
         session.controller->setDelegate({});
@@ -196,17 +182,13 @@ private Q_SLOTS:
         Session session;
         session.beReady();
         session.show();
-        int picks = 0;
-        const auto pickInVain = [&](int position) {
-            session.pick(position);
-            QCOMPARE(session.service.log.beginningWith(u"Error: the layout page picked"_s).size(), ++picks);
-        };
-        pickInVain(0); // Before any list.
+        session.pick(0); // Before any list.
         for (const int videos : {0, 3}) {
             session.recommend(videos);
             for (const int position : {-1, videos, 2147483647})
-                pickInVain(position);
+                session.pick(position);
         }
+        QCOMPARE(session.service.log.beginningWith(u"Error: the layout page picked"_s).size(), 7);
         QVERIFY(session.host->selected.isEmpty() && session.subscriber->nextVideos.isEmpty());
         QVERIFY(!session.engine()->selectionByUser() && session.isShown());
     }
@@ -215,22 +197,18 @@ private Q_SLOTS:
     {
         Session session;
         const auto list = ZVListView::create();
-        session.recommend(5); // Nobody to give it to.
-        QVERIFY(flushMainQueue());
         session.controller->setRecommendationView(list);
         // Without the overlay's first; what the rest would be of one video is its whole list.
-        for (const auto &[count, first, last] : {std::tuple(3, 1, 2), {2, 1, 1}, {1, 0, 0}, {0, 0, -1}}) {
+        for (const auto &[count, expected] :
+             {std::pair(3, "video-1 video-2 "), {2, "video-1 "}, {1, "video-0 "}, {0, ""}}) {
             const auto before = list->recommendations();
             session.recommend(count);
             QCOMPARE(list->recommendations(), before);
             QVERIFY(flushMainQueue());
-            QStringList expected, ids;
-            for (int number = first; number <= last; ++number)
-                expected.append(u"video-%1"_s.arg(number));
+            QString ids;
             for (const auto &video : list->recommendations()->videoList())
-                ids.append(video->videoId());
-            QCOMPARE(ids, expected);
-            QCOMPARE(session.controller->videoList().size(), static_cast<std::size_t>(count));
+                ids += video->videoId() + u' ';
+            QCOMPARE(ids, QLatin1StringView(expected));
         }
         session.controller->didSelecteRecommendation(std::make_shared<ZVVideoParams>(videoJson(1)));
         QCOMPARE(session.host->selected, QStringList{u"video-1"_s});
@@ -249,11 +227,10 @@ private Q_SLOTS:
         session.recommend(2, std::make_shared<QObject>());
         session.recommend(2);
         QVERIFY(plugIn.heard.empty());
-        const std::vector<std::tuple<UIDeviceOrientation, int, int>> cases{
-            {UIDeviceOrientation::Portrait, 1, 0},      {UIDeviceOrientation::Portrait, 2, 1},
-            {UIDeviceOrientation::LandscapeLeft, 6, 0}, {UIDeviceOrientation::LandscapeRight, 7, 6},
-            {UIDeviceOrientation::FaceUp, 7, 6},        {UIDeviceOrientation::PortraitUpsideDown, 2, 1},
-            {UIDeviceOrientation::Unknown, 2, 0},
+        const std::tuple<UIDeviceOrientation, int, int> cases[] = {
+            {UIDeviceOrientation::Portrait, 1, 0},           {UIDeviceOrientation::Portrait, 2, 1},
+            {UIDeviceOrientation::LandscapeLeft, 6, 0},      {UIDeviceOrientation::FaceUp, 7, 6},
+            {UIDeviceOrientation::PortraitUpsideDown, 2, 1}, {UIDeviceOrientation::Unknown, 2, 0},
         };
         for (const auto &[orientation, videos, posted] : cases) { // Videos in the text; with 0 nothing is posted.
             Device::current().setOrientation(orientation);
@@ -263,27 +240,24 @@ private Q_SLOTS:
             QCOMPARE(posted > 0 ? plugIn.videos() : 0, posted);
             QVERIFY(posted == 0 || plugIn.player() == player.get());
         }
+        Device::current().setOrientation(UIDeviceOrientation::FaceDown);
+        QVERIFY(plugIn.heard.empty()); // Too few for this way of holding it.
+        session.recommend(7);
+        Device::current().setOrientation(UIDeviceOrientation::FaceUp);
+        QVERIFY(plugIn.heard.size() == 1 && plugIn.player() == player.get());
     }
 
     void rotationPosts()
     {
         Session session;
         const PlugIn plugIn;
-        Device::current().setOrientation(UIDeviceOrientation::LandscapeLeft);
+        const auto turn = [](UIDeviceOrientation way) { Device::current().setOrientation(way); };
+        turn(UIDeviceOrientation::LandscapeLeft);
         session.recommend(6);
-        Device::current().setOrientation(UIDeviceOrientation::LandscapeRight);
+        turn(UIDeviceOrientation::LandscapeRight);
         QVERIFY(plugIn.heard.empty()); // Nothing to tell at first, then too few for this way of holding it.
-        Device::current().setOrientation(UIDeviceOrientation::Portrait);
-        QCOMPARE(plugIn.heard.size(), 1U);
-        QVERIFY(!plugIn.player());
-        QCOMPARE(plugIn.videos(), 1);
-        session.recommend(8);
-        const auto player = std::make_shared<QObject>();
-        session.addPlayer(player);
-        Device::current().setOrientation(UIDeviceOrientation::FaceDown);
-        QCOMPARE(plugIn.heard.size(), 2U);
-        QCOMPARE(plugIn.player(), player.get());
-        QCOMPARE(plugIn.videos(), 6);
+        turn(UIDeviceOrientation::Portrait);
+        QVERIFY(plugIn.heard.size() == 1 && !plugIn.player() && plugIn.videos() == 1);
     }
 
     void addPlayerIsNoOperation()
@@ -305,48 +279,35 @@ private Q_SLOTS:
     {
         Session session;
         session.beReady();
-        const auto contentOfShown = [&] {
+        const auto windowOfShown = [&] {
             session.show();
-            return session.overlay()->parentItem();
+            return session.overlay()->window();
         };
         {
             QQuickWindow second;
             Application::shared().setKeyWindow(&second);
-            QCOMPARE(contentOfShown(), second.contentItem());
-            Application::shared().setKeyWindow(session.window.get());
-            QCOMPARE(contentOfShown(), session.window->contentItem());
-            Application::shared().setKeyWindow(&second);
-            QCOMPARE(contentOfShown(), second.contentItem());
+            QCOMPARE(windowOfShown(), &second);
         }
-        QVERIFY(!session.overlay()->parentItem());                 // Its window has gone, and the overlay lives on.
-        QCOMPARE(contentOfShown(), session.window->contentItem()); // No key window: the first.
-        QVERIFY(session.window->appear());
-        QWindow noQuickWindow;
-        Application::shared().setKeyWindow(&noQuickWindow);
-        QCOMPARE(contentOfShown(), session.window->contentItem());
+        QVERIFY(!session.overlay()->parentItem());       // Its window has gone, and the overlay lives on.
+        QCOMPARE(windowOfShown(), session.window.get()); // No key window: the first.
         QVERIFY(session.overlay()->z() > 1000);
     }
 
     void takenOffTheScreen()
     {
         Session session;
-        const PlugIn plugIn;
         const auto list = ZVListView::create();
         list->setDelegate(session.controller);
         list->view()->setParentItem(session.window->contentItem());
         session.controller->setRecommendationView(list);
         session.beReady();
-        session.recommend(8);
         session.show();
         const auto *const overlay = session.overlay();
         session.controller->removeZelvanoRecommendations();
-        QCOMPARE(session.overlay(), overlay);
-        QVERIFY(!overlay->parentItem() && !overlay->isHidden());
+        QVERIFY(session.overlay() == overlay && !overlay->parentItem() && !overlay->isHidden());
         QVERIFY(!list->view()->parentItem() && !list->delegate());
         QCOMPARE(session.controller->recommendationView(), list);
         QCOMPARE(session.engine()->listeners().size(), 1U);
-        Device::current().setOrientation(UIDeviceOrientation::LandscapeLeft);
-        QVERIFY(plugIn.heard.empty());
         ZelvanoViewController::create(u"key"_s)->removeZelvanoRecommendations(); // With nothing to work on.
     }
 };
