@@ -85,7 +85,7 @@ QByteArray body(const Dictionary &dictionary)
     rapidjson::StringBuffer buffer;
     Writer writer(buffer);
     writeObject(writer, dictionary);
-    const QByteArray text(buffer.GetString(), qsizetype(buffer.GetSize()));
+    QByteArray text(buffer.GetString(), qsizetype(buffer.GetSize()));
     qCInfo(bodyLogCategory).noquote() << QString::fromUtf8(text);
     return text;
 }

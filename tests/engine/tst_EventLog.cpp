@@ -36,6 +36,7 @@ private Q_SLOTS:
         const QAbstractItemModelTester tester(&log, QAbstractItemModelTester::FailureReportingMode::QtTest);
         service.storeIdentity();
         log.watch(service.engine);
+        log.watch(service.engine); // No second listener.
         service.openView();
         service.subscriber->position = 12.5;
         service.engine->playerEvent(u"pause"_s, service.subscriber);

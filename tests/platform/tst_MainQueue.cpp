@@ -14,6 +14,10 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace zelvano;
 
+namespace {
+bool ranForFirstApplication = false;
+} // namespace
+
 /// What the main thread runs later, and the notifications that it hears.
 class tst_MainQueue : public QObject
 {
@@ -179,6 +183,31 @@ private Q_SLOTS:
         QCOMPARE(m_ran, expected);
     }
 
+    void observerThatTakesAnotherAway()
+    {
+        struct Observer
+        {
+            ~Observer() { NotificationCenter::defaultCenter().removeObserver(this); }
+        };
+        auto &center = NotificationCenter::defaultCenter();
+        auto owned = std::make_unique<Observer>();
+        center.addObserver(owned.get(), u"a"_s, hear(u"owned"_s));
+        center.addObserver(this, u"a"_s, [owner = std::shared_ptr<Observer>(std::move(owned))](auto &&) {});
+        center.addObserver(&m_ran, u"a"_s, hear(u"other"_s));
+        center.removeObserver(this);
+        center.post({u"a"_s, {}, {}});
+        center.removeObserver(&m_ran);
+        QCOMPARE(m_ran, QStringList{u"other"_s});
+    }
+
+    /// The task of main() waited for the event loop of an application that never ran.
+    void secondApplication()
+    {
+        bool ran = false;
+        m_queue.post([&ran] { ran = true; });
+        QTRY_VERIFY(ran && ranForFirstApplication);
+    }
+
     void notificationFromAnotherThread()
     {
         auto &center = NotificationCenter::defaultCenter();
@@ -210,5 +239,15 @@ private:
     QStringList m_ran;
 };
 
-QTEST_GUILESS_MAIN(tst_MainQueue)
+int main(int argc, char **argv)
+{
+    {
+        const QCoreApplication first(argc, argv);
+        MainQueue::shared().post([] { ranForFirstApplication = true; });
+    }
+    const QCoreApplication second(argc, argv);
+    tst_MainQueue test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_MainQueue.moc"

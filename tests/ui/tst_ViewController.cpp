@@ -65,6 +65,33 @@ private Q_SLOTS:
         }
         QVERIFY(session.isShown());
         QCOMPARE(session.overlay()->parentItem(), session.window->contentItem());
+
+        session.playerView.setSize({400, 300});
+        session.show({16, 9});
+        session.playerView.setSize({200, 100}); // A window that was turned or resized is laid out later.
+        QTRY_COMPARE(session.overlay()->frame().size(), QSizeF(160, 90));
+        session.overlay()->setHidden(true);
+        session.playerView.setSize({400, 300});
+        QVERIFY(flushMainQueue());
+        QCOMPARE(session.overlay()->frame().size(), QSizeF(160, 90));
+    }
+
+    /// The overlay that goes gives the focus back.
+    void dismissedByWhoGetsTheFocus()
+    {
+        Session session;
+        session.beReady();
+        QVERIFY(session.window->appear());
+        session.window->below.forceActiveFocus();
+        session.show();
+        session.overlay()->forceActiveFocus();
+        QVERIFY(session.overlay()->hasActiveFocus());
+        const QObject whileItLasts;
+        connect(&session.window->below, &QQuickItem::activeFocusChanged, &whileItLasts,
+                [&session] { session.controller->dismiss(); });
+        session.controller->dismiss();
+        QVERIFY(session.window->below.hasActiveFocus());
+        QCOMPARE(session.host->done, 1);
     }
 
     void impressionOncePerRecommendation()
@@ -170,6 +197,12 @@ private Q_SLOTS:
         QCOMPARE(session.host->selected, QStringList{u"video-2"_s}); // Counted in the full list.
         QVERIFY(session.engine()->selectionByUser() && !session.isShown());
         QCOMPARE(session.subscriber->nextVideos, QStringList{u"http://videos.example/2.mp4"_s});
+
+        auto videos = videosJson(2);
+        videos.prepend(u"no video"_s); // The page gets none of it, so that it counts as the host does.
+        session.controller->shared_from_this()->suggestionsDidFetched(nullptr, nullptr, recommendationOf(videos));
+        const auto shown = QJsonDocument::fromJson(session.overlay()->jsonSuggestions().toUtf8()).array();
+        QCOMPARE(shown, videosJson(2));
 
         session.controller->setDelegate({});
         session.pick(0);
