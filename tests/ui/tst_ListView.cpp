@@ -229,7 +229,6 @@ private Q_SLOTS:
             }
             return rows;
         };
-        QVERIFY(marked().isEmpty());
         stage.window.below.setFocus(false);
         stage.key(Qt::Key_Tab);
         QVERIFY(stage.items()->hasActiveFocus());
