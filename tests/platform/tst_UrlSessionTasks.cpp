@@ -119,7 +119,6 @@ private Q_SLOTS:
             {"closed at once", closed, UrlError::ConnectionLost},
             {"closed before the handshake", closed, UrlError::SecureConnectionFailed},
             {"no handshake", noHandshake, UrlError::SecureConnectionFailed},
-            {"closed before the answer", once(""), UrlError::ConnectionLost},
             {"closed within the head", once(Ok + "Content-Le"), UrlError::ConnectionLost},
             {"closed within the body", once(Ok + "Content-Length: 10\r\n\r\nabc"), UrlError::ConnectionLost},
             {"closed within a chunk", once(chunked + "9\r\nabc"), UrlError::ConnectionLost},

@@ -58,7 +58,6 @@ private Q_SLOTS:
         const auto movie = std::make_shared<FakeMoviePlayer>();
         const std::tuple<const char *, std::shared_ptr<QObject>, Kind, bool> cases[] = {
             {"none", nullptr, Kind::None, false},
-            {"unknown class", std::make_shared<QObject>(), Kind::None, false},
             {"name that ends like one", std::make_shared<host::MyAVPlayer>(), Kind::None, false},
             {"same name, not ours", std::make_shared<host::AVPlayer>(), Kind::AV, false},
             {"derived without a name", std::make_shared<FakePlayer>(), Kind::AV, true},

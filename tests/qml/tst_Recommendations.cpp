@@ -282,7 +282,7 @@ private Q_SLOTS:
         QCOMPARE(host.run(u"recs.currentSource"_s), host.run(u"window.first"_s)); // The host's business.
         const auto url = host.run(u"recs.videos[1].url"_s).toString(); // The next recommendation brings others.
         host.run(u"list.recommendations.playNext(recs.videos[1])"_s);
-        QVERIFY(host.waitFor(plays.arg(url)));
+        QVERIFY(host.waitFor(plays.arg(url)) && host.waitFor(u"heard.includes('play')"_s)); // And not "autoPlay".
     }
 
     void viewsComeAndGo()

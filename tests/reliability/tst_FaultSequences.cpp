@@ -56,7 +56,6 @@ const std::vector<ServiceFault> &badAnswers()
                   withoutIds),
         bodyFault(ids + config, withIds),
         bodyFault(ids + R"(,"sdkConfig":{"keepALiveInterval":"30000 ms","showUI":1,"apiUrl":{}}})", shown),
-        bodyFault(R"([{"status":200}])", useless),
         bodyFault(R"({"data":{"userId":"u","pageUUID":"p","viewUUID":"v"}})", useless),
         bodyFault(R"({"status":{"status":200}})", useless),
         bodyFault(R"({"status":"406 gone"})", gone),

@@ -194,8 +194,9 @@ private Q_SLOTS:
 
     void navigations()
     {
-        using Selected = QList<qint64>;
-        const std::tuple<const char *, bool, Selected> cases[] = {
+        const auto beyond = "zelvano://index?" + QByteArray(5000, '9');
+        const std::tuple<QByteArray, bool, QList<qint64>> cases[] = {
+            {beyond, false, {2147483647}},
             {"zelvano://ready", false, {}},
             {"zelvano://already/index?2&ready", false, {}},
             {"zelvano://index?2", false, {2}},
