@@ -90,10 +90,12 @@ struct MainQueue::Private : QObject
 
     bool event(QEvent *event) override
     {
-        if (event->type() == drainEvent)
+        if (event->type() == drainEvent) {
+            const QMutexLocker lock(&mutex);
             static_cast<WakeUp *>(event)->arrive();
-        else if (event->type() != QEvent::Timer)
+        } else if (event->type() != QEvent::Timer) {
             return QObject::event(event);
+        }
         runPosted();
         runDelayed();
         prepareNextWakeUp();
