@@ -162,13 +162,22 @@ void ZVItemView::publishContentSize()
     Q_EMIT contentSizeChanged();
 }
 
-/// Cells around the viewport come with a later frame than those in it that had to be made.
 void ZVItemView::updateCells()
 {
-    if (width() <= 0 || height() <= 0) {
+    if (width() > 0 && height() > 0)
+        fillViewport();
+    else
         recycleOutside(0, 0); // Nothing is seen, and without an extent all items would stand in one place.
-        return;
+    for (const auto &waiting : std::as_const(m_reusable)) {
+        for (auto *const cell : waiting)
+            cell->setVisible(false);
     }
+    markCurrent();
+}
+
+/// Cells around the viewport come with a later frame than those in it that had to be made.
+void ZVItemView::fillViewport()
+{
     const double margin = extent() * marginShare;
     const auto [firstSeen, endSeen] = m_layout.rowsBetween(offset(), offset() + extent());
     const auto [first, end] = m_layout.rowsBetween(offset() - margin, offset() + extent() + margin);
@@ -183,11 +192,6 @@ void ZVItemView::updateCells()
         updateRows(first, firstSeen, isDataStale);
         updateRows(std::max(first, endSeen), end, isDataStale);
     }
-    for (const auto &waiting : std::as_const(m_reusable)) {
-        for (auto *const cell : waiting)
-            cell->setVisible(false);
-    }
-    markCurrent();
 }
 
 void ZVItemView::updateRows(qint64 first, qint64 end, bool isDataStale)

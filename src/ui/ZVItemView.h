@@ -108,6 +108,7 @@ private:
     void placeItems();
     void publishContentSize();
     void updateCells();
+    void fillViewport();
     void updateRows(qint64 first, qint64 end, bool isDataStale);
     void recycleOutside(qint64 first, qint64 end);
     void showRow(qint64 row);

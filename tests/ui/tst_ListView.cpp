@@ -102,6 +102,10 @@ private Q_SLOTS:
         stage.view->setRecommendations(nullptr);
         QVERIFY(flushMainQueue());
         QCOMPARE(stage.view->videoCells().size(), 4U);
+
+        stage.items()->setWidth(0); // All would stand in one line of no height.
+        stage.items()->layoutIfNeeded();
+        QVERIFY(stage.items()->shownCells().empty());
     }
 
     /// A body that is no picture is dropped without a word, so that its video stays away; with an error it comes.
