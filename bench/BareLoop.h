@@ -1,7 +1,7 @@
 #pragma once
 
 #include "UrlCurl.h"
-#include "UrlSession.h"
+#include <ZelvanoUI/UrlSession.h>
 
 #include <vector>
 

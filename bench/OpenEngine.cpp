@@ -1,9 +1,9 @@
 #include "OpenEngine.h"
 
-#include "PlayerEvents.h"
-#include "UserDefaults.h"
 #include "Waiting.h"
 #include "ZVAPIObject.h"
+#include <ZelvanoUI/PlayerEvents.h>
+#include <ZelvanoUI/UserDefaults.h>
 
 #include <QLoggingCategory>
 

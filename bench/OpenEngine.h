@@ -1,8 +1,8 @@
 #pragma once
 
 #include "FakePlayer.h"
-#include "UrlSession.h"
-#include "Zelvano.h"
+#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/Zelvano.h>
 
 #include <QTemporaryDir>
 

@@ -3,15 +3,15 @@
 // page, the web engine and the engine's calls are real; the player only says that it plays and pauses. Prints one line
 // of JSON: scripts/bench.sh runs it several times, for the page's first showing.
 
-#include "Application.h"
 #include "FakePlayer.h"
-#include "Sandbox.h"
-#include "UrlSession.h"
-#include "UserDefaults.h"
 #include "Window.h"
 #include "ZVAPIObject.h"
 #include "ZVImageView.h"
-#include "ZelvanoViewController.h"
+#include <ZelvanoUI/Application.h>
+#include <ZelvanoUI/Sandbox.h>
+#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/UserDefaults.h>
+#include <ZelvanoUI/ZelvanoViewController.h>
 
 #include <QGuiApplication>
 #include <QLoggingCategory>

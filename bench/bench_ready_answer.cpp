@@ -3,7 +3,7 @@
 
 #include "Utilities.h"
 #include "ZVAPIResponse.h"
-#include "ZVRecommendation.h"
+#include <ZelvanoUI/ZVRecommendation.h>
 
 #include <benchmark/benchmark.h>
 

@@ -4,10 +4,10 @@
 #include "AnswerServer.h"
 #include "FakePlayer.h"
 #include "Resources.h"
-#include "UrlSession.h"
-#include "UserDefaults.h"
 #include "Waiting.h"
-#include "Zelvano.h"
+#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/UserDefaults.h>
+#include <ZelvanoUI/Zelvano.h>
 
 #include <QDir>
 #include <QFile>

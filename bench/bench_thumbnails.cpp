@@ -6,8 +6,8 @@
 #include "Resources.h"
 #include "UrlCurl.h"
 #include "Window.h"
-#include "ZVImagesFetcher.h"
-#include "ZVListView.h"
+#include <ZelvanoUI/ZVImagesFetcher.h>
+#include <ZelvanoUI/ZVListView.h>
 
 #include <benchmark/benchmark.h>
 

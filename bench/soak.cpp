@@ -4,13 +4,13 @@
 
 #include "AnswerServer.h"
 #include "FakePlayer.h"
-#include "MainQueue.h"
 #include "Process.h"
 #include "Resources.h"
-#include "UrlSession.h"
-#include "UserDefaults.h"
 #include "Waiting.h"
-#include "Zelvano.h"
+#include <ZelvanoUI/MainQueue.h>
+#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/UserDefaults.h>
+#include <ZelvanoUI/Zelvano.h>
 
 #include <QLoggingCategory>
 #include <QTemporaryDir>

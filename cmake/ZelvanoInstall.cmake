@@ -21,82 +21,15 @@ function(zelvano_install_program target component)
     endif()
 endfunction()
 
-# zelvano_public_headers(<out> <header of one library>...)
+# zelvano_install_library(<library> [COMPONENT <component>] REQUIRES <pkg-config module>...)
 #
-# A header is public when it exports something, or has no source file (interfaces, constants, templates), or when a
-# public header includes it. One that is exported for the other library or the tests alone says "Internal" in its first
-# line. Configuring fails when a public header includes such a one, or libcurl: it would compile here and at no host's.
-function(zelvano_public_headers out)
-    set(public)
-    foreach(header IN LISTS ARGN)
-        cmake_path(REPLACE_EXTENSION header LAST_ONLY cpp OUTPUT_VARIABLE source)
-        file(READ "${header}" text)
-        if(NOT text MATCHES "^// Internal" AND (text MATCHES "ZELVANO[A-Z]+_EXPORT" OR NOT EXISTS "${source}"))
-            list(APPEND public "${header}")
-        endif()
-    endforeach()
-
-    get_property(others GLOBAL PROPERTY ZELVANO_PUBLIC_HEADER_NAMES)
-    set(waiting ${public})
-    while(waiting)
-        list(POP_FRONT waiting header)
-        file(STRINGS "${header}" includes REGEX "^#include (\"|<curl/)")
-        foreach(include IN LISTS includes)
-            string(REGEX REPLACE "^#include [\"<](.*)[\">].*" "\\1" name "${include}")
-            set(included ${ARGN})
-            list(FILTER included INCLUDE REGEX "/${name}$")
-            if(included IN_LIST public OR name IN_LIST others OR name MATCHES "^zelvano[a-z]+_export\\.h$")
-                continue()
-            endif()
-            set(first_line "// Internal")
-            if(included)
-                file(STRINGS "${included}" first_line LIMIT_COUNT 1)
-            endif()
-            if(first_line MATCHES "^// Internal")
-                message(FATAL_ERROR "${header} is public and includes ${name}, which is not")
-            endif()
-            list(APPEND public "${included}")
-            list(APPEND waiting "${included}")
-        endforeach()
-    endwhile()
-
-    foreach(header IN LISTS public)
-        cmake_path(GET header FILENAME name)
-        set_property(GLOBAL APPEND PROPERTY ZELVANO_PUBLIC_HEADER_NAMES "${name}")
-    endforeach()
-    set(${out} ${public} PARENT_SCOPE)
-endfunction()
-
-# zelvano_install_library(<library> [COMPONENT <component>] FOLDERS <object library>... REQUIRES <pkg-config module>...)
-#
-# The library, its public headers, its exported target and its pkg-config file. In the build tree, too, hosts include
-# <ZelvanoUI/Name.h>: forwarding headers see to it.
+# The library, its public headers, its exported target and its pkg-config file.
 function(zelvano_install_library target)
-    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "COMPONENT" "FOLDERS;REQUIRES")
-    set(headers)
-    foreach(folder IN LISTS ARG_FOLDERS)
-        get_target_property(sources ${folder} SOURCES)
-        get_target_property(directory ${folder} SOURCE_DIR)
-        list(FILTER sources INCLUDE REGEX "\\.h$")
-        foreach(source IN LISTS sources)
-            cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY "${directory}")
-            list(APPEND headers "${source}")
-        endforeach()
-    endforeach()
-    zelvano_public_headers(public ${headers})
-
-    string(TOLOWER ${target} lower)
-    foreach(header IN LISTS public)
-        cmake_path(GET header FILENAME name)
-        file(CONFIGURE OUTPUT "${ZELVANO_GENERATED_DIR}/ZelvanoUI/${name}" CONTENT "#include \"${header}\"\n")
-    endforeach()
-
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "COMPONENT" "REQUIRES")
     zelvano_install_rpath(${target} "${CMAKE_INSTALL_LIBDIR}")
     if(NOT ZELVANO_INSTALL)
         return()
     endif()
-    install(FILES ${public} "${ZELVANO_GENERATED_DIR}/${lower}_export.h"
-        DESTINATION "${ZELVANO_INSTALL_HEADERDIR}" COMPONENT development)
     zelvano_install_exported(${target} COMPONENT "${ARG_COMPONENT}" ${target})
     install(EXPORT ${target} NAMESPACE ZelvanoUI:: FILE ${target}Targets.cmake
         DESTINATION "${ZELVANO_INSTALL_CMAKEDIR}" COMPONENT development)
@@ -119,7 +52,7 @@ function(zelvano_install_exported library)
             LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT ${ARG_COMPONENT} NAMELINK_COMPONENT development
             ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
             OBJECTS DESTINATION "${CMAKE_INSTALL_LIBDIR}/ZelvanoUI" COMPONENT development
-            INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+            FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT development)
     endif()
 endfunction()
 
@@ -138,7 +71,7 @@ endfunction()
 
 # The version header, and what find_package(ZelvanoUI) reads. A minor version may break hosts while the major is 0.
 function(zelvano_install_package)
-    install(FILES "${ZELVANO_GENERATED_DIR}/zelvano_version.h"
+    install(FILES "${ZELVANO_GENERATED_DIR}/ZelvanoUI/zelvano_version.h"
         DESTINATION "${ZELVANO_INSTALL_HEADERDIR}" COMPONENT development)
     configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/ZelvanoUIConfig.cmake.in"
         "${CMAKE_CURRENT_BINARY_DIR}/ZelvanoUIConfig.cmake"

@@ -1,7 +1,8 @@
 # How every target of the project is compiled, and how a folder of src/ becomes an object library, and these a library.
 
-# Headers that are made while configuring.
-set(ZELVANO_GENERATED_DIR "${PROJECT_BINARY_DIR}/src/include")
+# The public headers, and those that are made while configuring.
+set(ZELVANO_HEADER_DIR "${PROJECT_SOURCE_DIR}/include")
+set(ZELVANO_GENERATED_DIR "${PROJECT_BINARY_DIR}/include")
 
 if(PROJECT_IS_TOP_LEVEL)
     find_program(ZELVANO_CCACHE ccache)
@@ -35,29 +36,72 @@ function(zelvano_compile_options target)
     endif()
 endfunction()
 
-# zelvano_folder(<target> <library> LINKS <targets this folder may include from>... [FILES <file>...])
+# zelvano_folder(<target> <library> [HEADERS <public header>...] LINKS <targets this folder may include from>...
+#                [PRIVATE_LINKS <targets that this folder alone may include from>...] [FILES <file>...] [EXCEPT <file>...])
 #
-# All sources of the calling folder, or those given, as one object library of <library>. Headers are included by
-# their bare name, and only the folders linked here are on the include path: a wrong include does not compile.
+# All sources of the calling folder, or FILES, as one object library of <library>. HEADERS are its part of
+# include/ZelvanoUI. Private headers are included by their bare name, and only the folders linked here are on the include
+# path: a wrong include does not compile. A public header of a folder that is not linked fails the configure step.
 function(zelvano_folder target library)
-    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "LINKS;FILES;EXCEPT")
+    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "HEADERS;LINKS;PRIVATE_LINKS;FILES;EXCEPT")
     if(ARG_FILES)
-        set(files ${ARG_FILES})
+        list(TRANSFORM ARG_FILES PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/" OUTPUT_VARIABLE files)
     else()
         file(GLOB files CONFIGURE_DEPENDS *.cpp *.h)
         list(TRANSFORM ARG_EXCEPT PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
         list(REMOVE_ITEM files ${ARG_EXCEPT})
     endif()
-    add_library(${target} OBJECT ${files})
+    list(TRANSFORM ARG_HEADERS PREPEND "${ZELVANO_HEADER_DIR}/ZelvanoUI/" OUTPUT_VARIABLE headers)
+    add_library(${target} OBJECT ${files} ${headers})
     zelvano_compile_options(${target})
     target_compile_definitions(${target} PRIVATE ${library}_EXPORTS)
-    target_include_directories(${target} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}" "${ZELVANO_GENERATED_DIR}")
-    target_link_libraries(${target} PUBLIC ${ARG_LINKS})
+    target_include_directories(${target} PUBLIC
+        "${CMAKE_CURRENT_SOURCE_DIR}" "${ZELVANO_HEADER_DIR}" "${ZELVANO_GENERATED_DIR}")
+    target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS})
+
+    set(allowed ${ARG_HEADERS})
+    foreach(link IN LISTS ARG_LINKS ARG_PRIVATE_LINKS)
+        if(link MATCHES "^zelvano_")
+            get_target_property(reachable ${link} ZELVANO_REACHABLE_HEADERS)
+            list(APPEND allowed ${reachable})
+        endif()
+    endforeach()
+    list(REMOVE_DUPLICATES allowed)
+    set_target_properties(${target} PROPERTIES
+        ZELVANO_HEADERS "${headers}" ZELVANO_REACHABLE_HEADERS "${allowed}")
+    zelvano_check_includes(${target} "${allowed}" ${files} ${headers})
 endfunction()
 
-# One library out of object libraries: it carries their code, their include paths and what they link.
+# Fails unless every public header that the files include is among those allowed.
+function(zelvano_check_includes target allowed)
+    foreach(file IN LISTS ARGN)
+        file(STRINGS "${file}" includes REGEX "^#include <ZelvanoUI/")
+        foreach(include IN LISTS includes)
+            string(REGEX REPLACE "^#include <ZelvanoUI/(.*)>.*" "\\1" name "${include}")
+            if(NOT name IN_LIST allowed AND NOT name MATCHES "^zelvano[a-z]*_(export|version)\\.h$")
+                message(FATAL_ERROR "${file} includes ${name}: ${target} links no folder that has it")
+            endif()
+        endforeach()
+    endforeach()
+endfunction()
+
+# Fails unless every header in include/ZelvanoUI belongs to a folder of a library.
+function(zelvano_check_headers_registered)
+    if(NOT ZELVANO_WITH_UI OR NOT ZELVANO_WITH_SANDBOX)
+        return()
+    endif()
+    file(GLOB on_disk CONFIGURE_DEPENDS "${ZELVANO_HEADER_DIR}/ZelvanoUI/*.h")
+    get_property(registered GLOBAL PROPERTY ZELVANO_PUBLIC_HEADERS)
+    list(REMOVE_ITEM on_disk ${registered})
+    if(on_disk)
+        message(FATAL_ERROR "These public headers belong to no folder: ${on_disk}")
+    endif()
+endfunction()
+
+# One library out of object libraries: their code and their public headers.
 # Its file is in the install component COMPONENT, runtime by default.
 # LINKS reach hosts, REQUIRES are the same as pkg-config knows them; PRIVATE_LINKS reach hosts of a static build only.
+# <target>Internals is for the project's own programs: the private headers as well.
 function(zelvano_library target alias)
     cmake_parse_arguments(PARSE_ARGV 2 ARG "" "COMPONENT" "FOLDERS;LINKS;PRIVATE_LINKS;REQUIRES")
     if(ZELVANO_SHARED)
@@ -68,16 +112,25 @@ function(zelvano_library target alias)
     add_library(ZelvanoUI::${alias} ALIAS ${target})
     zelvano_compile_options(${target})
     set_target_properties(${target} PROPERTIES
-        EXPORT_NAME ${alias}
+        EXPORT_NAME ${alias} AUTOMOC OFF VERIFY_INTERFACE_HEADER_SETS ON
         VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
     string(TOLOWER ${target} lower)
-    generate_export_header(${target} EXPORT_FILE_NAME "${ZELVANO_GENERATED_DIR}/${lower}_export.h")
+    set(export_header "${ZELVANO_GENERATED_DIR}/ZelvanoUI/${lower}_export.h")
+    generate_export_header(${target} EXPORT_FILE_NAME "${export_header}")
+    add_library(${target}Internals INTERFACE)
+    target_link_libraries(${target}Internals INTERFACE ${target})
+    set(headers)
     foreach(folder IN LISTS ARG_FOLDERS)
         target_sources(${target} PRIVATE $<TARGET_OBJECTS:${folder}>)
-        target_include_directories(${target} PUBLIC
-            $<BUILD_INTERFACE:$<TARGET_PROPERTY:${folder},INTERFACE_INCLUDE_DIRECTORIES>>)
+        target_include_directories(${target}Internals INTERFACE
+            $<TARGET_PROPERTY:${folder},INTERFACE_INCLUDE_DIRECTORIES>)
+        get_target_property(folder_headers ${folder} ZELVANO_HEADERS)
+        list(APPEND headers ${folder_headers})
     endforeach()
+    set_property(GLOBAL APPEND PROPERTY ZELVANO_PUBLIC_HEADERS ${headers})
+    target_sources(${target} PUBLIC FILE_SET HEADERS
+        BASE_DIRS "${ZELVANO_HEADER_DIR}" "${ZELVANO_GENERATED_DIR}" FILES ${headers} "${export_header}")
     target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS})
     target_compile_features(${target} PUBLIC cxx_std_20)
-    zelvano_install_library(${target} COMPONENT "${ARG_COMPONENT}" FOLDERS ${ARG_FOLDERS} REQUIRES ${ARG_REQUIRES})
+    zelvano_install_library(${target} COMPONENT "${ARG_COMPONENT}" REQUIRES ${ARG_REQUIRES})
 endfunction()

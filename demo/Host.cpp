@@ -1,11 +1,11 @@
 #include "Host.h"
 
-#include "Application.h"
-#include "Device.h"
-#include "PlayerEvents.h"
 #include "PluginFeed.h"
-#include "UserDefaults.h"
 #include "ZVAPIObject.h"
+#include <ZelvanoUI/Application.h>
+#include <ZelvanoUI/Device.h>
+#include <ZelvanoUI/PlayerEvents.h>
+#include <ZelvanoUI/UserDefaults.h>
 
 #include <algorithm>
 #include <cstdio>

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "Deck.h"
-#include "EventLog.h"
 #include "NativeView.h"
 #include "Options.h"
-#include "Sandbox.h"
 #include "Witness.h"
-#include "ZelvanoViewController.h"
+#include <ZelvanoUI/EventLog.h>
+#include <ZelvanoUI/Sandbox.h>
+#include <ZelvanoUI/ZelvanoViewController.h>
 
 #include <QObject>
 #include <QQuickWindow>

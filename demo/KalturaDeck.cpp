@@ -1,8 +1,8 @@
 #include "KalturaDeck.h"
 
-#include "NotificationCenter.h"
-#include "PlayerEvents.h"
 #include "Witness.h"
+#include <ZelvanoUI/NotificationCenter.h>
+#include <ZelvanoUI/PlayerEvents.h>
 
 #include <cmath>
 #include <utility>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Deck.h"
-#include "QtKPViewController.h"
+#include <ZelvanoUI/QtKPViewController.h>
 
 namespace zelvano {
 struct Notification;

@@ -1,9 +1,9 @@
 #include "MediaDeck.h"
 
-#include "QtAVPlayer.h"
-#include "QtAVPlayerViewController.h"
-#include "QtMPMoviePlayerViewController.h"
 #include "Witness.h"
+#include <ZelvanoUI/QtAVPlayer.h>
+#include <ZelvanoUI/QtAVPlayerViewController.h>
+#include <ZelvanoUI/QtMPMoviePlayerViewController.h>
 
 namespace demo {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Deck.h"
-#include "QtMPMoviePlayerController.h"
+#include <ZelvanoUI/QtMPMoviePlayerController.h>
 
 namespace demo {
 

@@ -1,8 +1,8 @@
 #include "NativeView.h"
 
-#include "ZVCategoryView.h"
 #include "ZVRecommendationTableViewCell.h"
-#include "ZVRecommendationViewFactory.h"
+#include <ZelvanoUI/ZVCategoryView.h>
+#include <ZelvanoUI/ZVRecommendationViewFactory.h>
 
 namespace demo {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZVRecommendationView.h"
+#include <ZelvanoUI/ZVRecommendationView.h>
 
 #include <QPointer>
 #include <QQuickItem>

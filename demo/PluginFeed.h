@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZelvanoViewController.h"
+#include <ZelvanoUI/ZelvanoViewController.h>
 
 #include <memory>
 

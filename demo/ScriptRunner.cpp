@@ -1,9 +1,9 @@
 #include "ScriptRunner.h"
 
-#include "EventLog.h"
 #include "Host.h"
 #include "Input.h"
 #include "ZVTopRecommendationContentView.h"
+#include <ZelvanoUI/EventLog.h>
 
 #include <QDir>
 #include <QHash>

@@ -1,8 +1,8 @@
 #include "Witness.h"
 
-#include "EventLog.h"
-#include "MPMoviePlayerController.h"
-#include "ZVVideoParams.h"
+#include <ZelvanoUI/EventLog.h>
+#include <ZelvanoUI/MPMoviePlayerController.h>
+#include <ZelvanoUI/ZVVideoParams.h>
 
 #include <QJsonArray>
 #include <QQuickItem>

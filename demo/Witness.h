@@ -1,9 +1,9 @@
 #pragma once
 
-#include "AVPlayer.h"
-#include "KPViewController.h"
-#include "NotificationCenter.h"
-#include "ZelvanoViewController.h"
+#include <ZelvanoUI/AVPlayer.h>
+#include <ZelvanoUI/KPViewController.h>
+#include <ZelvanoUI/NotificationCenter.h>
+#include <ZelvanoUI/ZelvanoViewController.h>
 
 #include <QPointer>
 

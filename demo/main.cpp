@@ -1,9 +1,9 @@
 #include "EventFilter.h"
-#include "EventLog.h"
 #include "Host.h"
 #include "Options.h"
 #include "ScriptRunner.h"
 #include "StallProbe.h"
+#include <ZelvanoUI/EventLog.h>
 
 #include <QFile>
 #include <QJsonDocument>

@@ -2,8 +2,8 @@
 #include "Fuzzing.h"
 #include "JsonReading.h"
 #include "Utilities.h"
-#include "ZVRecommendation.h"
-#include "Zelvano.h"
+#include <ZelvanoUI/ZVRecommendation.h>
+#include <ZelvanoUI/Zelvano.h>
 
 #include <QJsonDocument>
 

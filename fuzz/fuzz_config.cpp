@@ -2,7 +2,7 @@
 #include "ConfigAccess.h"
 #include "Fuzzing.h"
 #include "Utilities.h"
-#include "Zelvano.h"
+#include <ZelvanoUI/Zelvano.h>
 
 #include <QJsonDocument>
 

@@ -1,4 +1,4 @@
-#include "Sandbox.h"
+#include <ZelvanoUI/Sandbox.h>
 
 #include "HttpServer.h"
 #include "Service.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Sandbox.h"
+#include <ZelvanoUI/Sandbox.h>
 
 #include <QJsonArray>
 

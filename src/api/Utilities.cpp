@@ -3,7 +3,7 @@
 #include "JsonReading.h"
 #include "Logging.h"
 #include "ZVAPIObject.h"
-#include "ZVConfig.h"
+#include <ZelvanoUI/ZVConfig.h>
 
 #include <QJsonDocument>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Error.h"
-#include "UrlSession.h"
-#include "zelvanocore_export.h"
+#include <ZelvanoUI/Error.h>
+#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QByteArray>
 #include <QJsonArray>

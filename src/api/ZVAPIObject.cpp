@@ -1,8 +1,8 @@
 #include "ZVAPIObject.h"
 
-#include "Bundle.h"
-#include "Device.h"
 #include "Utilities.h"
+#include <ZelvanoUI/Bundle.h>
+#include <ZelvanoUI/Device.h>
 
 #include <QMutex>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "UrlSession.h"
 #include "Utilities.h"
 #include "ZVAPIResponse.h"
-#include "zelvanocore_export.h"
+#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QJsonObject>
 #include <QLatin1StringView>

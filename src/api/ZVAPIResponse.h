@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Error.h"
-#include "zelvanocore_export.h"
+#include <ZelvanoUI/Error.h>
+#include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QByteArray>
 #include <QJsonObject>

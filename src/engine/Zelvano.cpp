@@ -1,14 +1,14 @@
-#include "Zelvano.h"
+#include <ZelvanoUI/Zelvano.h>
 
-#include "Device.h"
 #include "JsonReading.h"
 #include "Logging.h"
-#include "MainQueue.h"
-#include "MainThread.h"
-#include "PlayerEvents.h"
-#include "UserDefaults.h"
 #include "Utilities.h"
 #include "ZVAPIObject.h"
+#include <ZelvanoUI/Device.h>
+#include <ZelvanoUI/MainQueue.h>
+#include <ZelvanoUI/MainThread.h>
+#include <ZelvanoUI/PlayerEvents.h>
+#include <ZelvanoUI/UserDefaults.h>
 
 #include <algorithm>
 #include <chrono>

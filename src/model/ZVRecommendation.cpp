@@ -1,4 +1,4 @@
-#include "ZVRecommendation.h"
+#include <ZelvanoUI/ZVRecommendation.h>
 
 #include "JsonReading.h"
 #include "Logging.h"

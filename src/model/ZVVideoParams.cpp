@@ -1,4 +1,4 @@
-#include "ZVVideoParams.h"
+#include <ZelvanoUI/ZVVideoParams.h>
 
 #include "JsonReading.h"
 

@@ -1,6 +1,6 @@
 #include "PlatformPlayerSubscriber.h"
 
-#include "PlayerSubscription.h"
+#include <ZelvanoUI/PlayerSubscription.h>
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "NotificationCenter.h"
-#include "PlayerSubscriber.h"
-#include "zelvanocore_export.h"
+#include <ZelvanoUI/NotificationCenter.h>
+#include <ZelvanoUI/PlayerSubscriber.h>
+#include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QLatin1StringView>
 #include <QMutex>

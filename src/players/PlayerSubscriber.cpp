@@ -1,6 +1,6 @@
-#include "PlayerSubscriber.h"
+#include <ZelvanoUI/PlayerSubscriber.h>
 
-#include "PlayerSubscription.h"
+#include <ZelvanoUI/PlayerSubscription.h>
 
 namespace zelvano {
 

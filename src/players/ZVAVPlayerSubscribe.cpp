@@ -1,12 +1,12 @@
 #include "ZVAVPlayerSubscribe.h"
 
-#include "Device.h"
 #include "Logging.h"
-#include "MainQueue.h"
-#include "MainThread.h"
-#include "NotificationCenter.h"
-#include "PlayerEvents.h"
-#include "PlayerSubscription.h"
+#include <ZelvanoUI/Device.h>
+#include <ZelvanoUI/MainQueue.h>
+#include <ZelvanoUI/MainThread.h>
+#include <ZelvanoUI/NotificationCenter.h>
+#include <ZelvanoUI/PlayerEvents.h>
+#include <ZelvanoUI/PlayerSubscription.h>
 
 #include <QString>
 

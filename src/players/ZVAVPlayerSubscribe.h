@@ -1,9 +1,9 @@
 #pragma once
 
-#include "AVPlayerViewController.h"
 #include "Observation.h"
 #include "PlatformPlayerSubscriber.h"
-#include "zelvanocore_export.h"
+#include <ZelvanoUI/AVPlayerViewController.h>
+#include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QUrl>
 

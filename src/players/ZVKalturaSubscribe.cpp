@@ -1,11 +1,11 @@
 #include "ZVKalturaSubscribe.h"
 
 #include "ClassName.h"
-#include "KPHandler.h"
-#include "MainQueue.h"
-#include "MainThread.h"
-#include "NotificationCenter.h"
-#include "PlayerEvents.h"
+#include <ZelvanoUI/KPHandler.h>
+#include <ZelvanoUI/MainQueue.h>
+#include <ZelvanoUI/MainThread.h>
+#include <ZelvanoUI/NotificationCenter.h>
+#include <ZelvanoUI/PlayerEvents.h>
 
 #include <QRectF>
 

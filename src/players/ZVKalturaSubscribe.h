@@ -1,7 +1,7 @@
 #pragma once
 
-#include "PlayerSubscriber.h"
-#include "zelvanocore_export.h"
+#include <ZelvanoUI/PlayerSubscriber.h>
+#include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QMutex>
 #include <QPointer>

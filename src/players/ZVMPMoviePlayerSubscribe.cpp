@@ -1,11 +1,11 @@
 #include "ZVMPMoviePlayerSubscribe.h"
 
-#include "Application.h"
 #include "Logging.h"
-#include "MainQueue.h"
-#include "MainThread.h"
-#include "PlayerEvents.h"
-#include "PlayerSubscription.h"
+#include <ZelvanoUI/Application.h>
+#include <ZelvanoUI/MainQueue.h>
+#include <ZelvanoUI/MainThread.h>
+#include <ZelvanoUI/PlayerEvents.h>
+#include <ZelvanoUI/PlayerSubscription.h>
 
 #include <algorithm>
 #include <chrono>

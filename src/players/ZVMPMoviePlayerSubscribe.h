@@ -1,9 +1,9 @@
 #pragma once
 
-#include "MPMoviePlayerViewController.h"
 #include "Observation.h"
 #include "PlatformPlayerSubscriber.h"
-#include "zelvanocore_export.h"
+#include <ZelvanoUI/MPMoviePlayerViewController.h>
+#include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QUrl>
 

@@ -1,4 +1,4 @@
-#include "ZVPlayerEvents.h"
+#include <ZelvanoUI/ZVPlayerEvents.h>
 
 #include "ClassName.h"
 #include "ZVAVPlayerSubscribe.h"

@@ -1,6 +1,6 @@
 #include "EventFilter.h"
 
-#include "EventLog.h"
+#include <ZelvanoUI/EventLog.h>
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "RecommendationItem.h"
 
-#include "ZVCategoryView.h"
-#include "ZVRecommendationViewFactory.h"
+#include <ZelvanoUI/ZVCategoryView.h>
+#include <ZelvanoUI/ZVRecommendationViewFactory.h>
 
 namespace zelvano {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Recommendations.h"
-#include "ZVRecommendationView.h"
+#include <ZelvanoUI/ZVRecommendationView.h>
 
 #include <QPointer>
 #include <QQuickItem>

@@ -1,16 +1,16 @@
 #include "Recommendations.h"
 
-#include "MainQueue.h"
-#include "NotificationCenter.h"
-#include "PlayerEvents.h"
-#include "QtAVPlayer.h"
-#include "QtAVPlayerViewController.h"
-#include "QtMPMoviePlayerController.h"
-#include "QtMPMoviePlayerViewController.h"
 #include "RecommendationItem.h"
-#include "UrlSession.h"
 #include "ZVAPIObject.h"
-#include "ZelvanoViewController.h"
+#include <ZelvanoUI/MainQueue.h>
+#include <ZelvanoUI/NotificationCenter.h>
+#include <ZelvanoUI/PlayerEvents.h>
+#include <ZelvanoUI/QtAVPlayer.h>
+#include <ZelvanoUI/QtAVPlayerViewController.h>
+#include <ZelvanoUI/QtMPMoviePlayerController.h>
+#include <ZelvanoUI/QtMPMoviePlayerViewController.h>
+#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/ZelvanoViewController.h>
 
 #include <QQmlInfo>
 

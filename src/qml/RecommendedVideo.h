@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZVVideoParams.h"
+#include <ZelvanoUI/ZVVideoParams.h>
 
 #include <QMetaType>
 #include <QString>

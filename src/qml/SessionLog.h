@@ -1,7 +1,7 @@
 #pragma once
 
-#include "EventLog.h"
 #include "Recommendations.h"
+#include <ZelvanoUI/EventLog.h>
 
 #include <QPointer>
 #include <qqmlintegration.h>

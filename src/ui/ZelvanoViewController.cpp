@@ -1,13 +1,13 @@
-#include "ZelvanoViewController.h"
+#include <ZelvanoUI/ZelvanoViewController.h>
 
-#include "Application.h"
-#include "Device.h"
 #include "Logging.h"
-#include "MainQueue.h"
-#include "MainThread.h"
-#include "NotificationCenter.h"
 #include "Utilities.h"
 #include "VideoView.h"
+#include <ZelvanoUI/Application.h>
+#include <ZelvanoUI/Device.h>
+#include <ZelvanoUI/MainQueue.h>
+#include <ZelvanoUI/MainThread.h>
+#include <ZelvanoUI/NotificationCenter.h>
 
 #include <QJsonDocument>
 #include <QQuickWindow>

@@ -1,7 +1,7 @@
-#include "Bundle.h"
-#include "Device.h"
 #include "EngineFixture.h"
 #include "Utilities.h"
+#include <ZelvanoUI/Bundle.h>
+#include <ZelvanoUI/Device.h>
 
 using namespace Qt::StringLiterals;
 using namespace zelvano;

@@ -1,6 +1,6 @@
 #include "Columns.h"
 #include "LogCollector.h"
-#include "ZVRecommendation.h"
+#include <ZelvanoUI/ZVRecommendation.h>
 
 #include <QJsonDocument>
 

@@ -1,6 +1,6 @@
 #include "AdapterTest.h"
-#include "Device.h"
 #include "ZVAVPlayerSubscribe.h"
+#include <ZelvanoUI/Device.h>
 
 using namespace Qt::StringLiterals;
 using namespace zelvano;

@@ -1,7 +1,7 @@
 #include "AdapterTest.h"
 #include "FakeKalturaPlayer.h"
 #include "ZVKalturaSubscribe.h"
-#include "ZVPlayerEvents.h"
+#include <ZelvanoUI/ZVPlayerEvents.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;

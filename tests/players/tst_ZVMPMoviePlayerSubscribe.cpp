@@ -1,7 +1,7 @@
 #include "AdapterTest.h"
-#include "Application.h"
 #include "FakeMoviePlayer.h"
 #include "ZVMPMoviePlayerSubscribe.h"
+#include <ZelvanoUI/Application.h>
 
 #include <QSignalSpy>
 

@@ -4,7 +4,7 @@
 #include "ZVAVPlayerSubscribe.h"
 #include "ZVKalturaSubscribe.h"
 #include "ZVMPMoviePlayerSubscribe.h"
-#include "ZVPlayerEvents.h"
+#include <ZelvanoUI/ZVPlayerEvents.h>
 
 #include <QRegularExpression>
 

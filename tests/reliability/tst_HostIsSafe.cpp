@@ -1,5 +1,5 @@
 #include "EngineFixture.h"
-#include "PlayerEvents.h"
+#include <ZelvanoUI/PlayerEvents.h>
 
 #include <QDir>
 #include <QTemporaryFile>

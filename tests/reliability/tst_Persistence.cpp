@@ -1,8 +1,8 @@
 #include "Columns.h"
 #include "LogCollector.h"
 #include "Process.h"
-#include "UserDefaults.h"
-#include "Zelvano.h"
+#include <ZelvanoUI/UserDefaults.h>
+#include <ZelvanoUI/Zelvano.h>
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -1,6 +1,6 @@
 #include "EngineFixture.h"
-#include "PlayerEvents.h"
 #include "Process.h"
+#include <ZelvanoUI/PlayerEvents.h>
 
 #include <QElapsedTimer>
 #include <QRandomGenerator>

@@ -1,5 +1,5 @@
-#include "Sandbox.h"
 #include "UrlLoad.h"
+#include <ZelvanoUI/Sandbox.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -3,8 +3,8 @@
 #include "Columns.h"
 #include "FakePlayer.h"
 #include "LogCollector.h"
-#include "MainQueue.h"
-#include "PlayerEvents.h"
+#include <ZelvanoUI/MainQueue.h>
+#include <ZelvanoUI/PlayerEvents.h>
 
 #include <QMap>
 #include <QRegularExpression>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZVConfig.h"
+#include <ZelvanoUI/ZVConfig.h>
 
 namespace zelvano {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Application.h"
 #include "EngineFixture.h"
 #include "NativeViews.h"
 #include "WebPage.h"
-#include "ZelvanoViewController.h"
+#include <ZelvanoUI/Application.h>
+#include <ZelvanoUI/ZelvanoViewController.h>
 
 /// Keeps what a controller tells.
 class ControllerHost : public zelvano::ZelvanoViewControllerDelegate

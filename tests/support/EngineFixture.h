@@ -3,12 +3,12 @@
 #include "ConfigAccess.h"
 #include "FakePlayer.h"
 #include "LogCollector.h"
-#include "MainQueue.h"
-#include "Sandbox.h"
 #include "UrlLoad.h"
-#include "UserDefaults.h"
 #include "ZVAPIObject.h"
-#include "Zelvano.h"
+#include <ZelvanoUI/MainQueue.h>
+#include <ZelvanoUI/Sandbox.h>
+#include <ZelvanoUI/UserDefaults.h>
+#include <ZelvanoUI/Zelvano.h>
 
 #include <QDeadlineTimer>
 #include <QJsonDocument>

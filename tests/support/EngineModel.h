@@ -1,7 +1,7 @@
 #pragma once
 
-#include "PlayerEvents.h"
-#include "Zelvano.h"
+#include <ZelvanoUI/PlayerEvents.h>
+#include <ZelvanoUI/Zelvano.h>
 
 #include <QMap>
 #include <QSet>

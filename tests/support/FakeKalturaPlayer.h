@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KPViewController.h"
+#include <ZelvanoUI/KPViewController.h>
 
 #include <QRectF>
 #include <QStringList>

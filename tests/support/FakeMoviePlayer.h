@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MPMoviePlayerViewController.h"
+#include <ZelvanoUI/MPMoviePlayerViewController.h>
 
 /// A movie player that does what it is told, and nothing by itself.
 class FakeMoviePlayer : public zelvano::MPMoviePlayerController

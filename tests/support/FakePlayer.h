@@ -1,8 +1,8 @@
 #pragma once
 
-#include "AVPlayerViewController.h"
-#include "NotificationCenter.h"
 #include "RecordingSubscription.h"
+#include <ZelvanoUI/AVPlayerViewController.h>
+#include <ZelvanoUI/NotificationCenter.h>
 
 #include <QSizeF>
 

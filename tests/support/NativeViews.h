@@ -2,13 +2,13 @@
 
 #include "LogCollector.h"
 #include "Pictures.h"
-#include "Sandbox.h"
 #include "UiTest.h"
-#include "ZVImagesFetcher.h"
 #include "ZVItemView.h"
 #include "ZVItemViewCell.h"
-#include "ZVRecommendation.h"
-#include "ZVRecommendationView.h"
+#include <ZelvanoUI/Sandbox.h>
+#include <ZelvanoUI/ZVImagesFetcher.h>
+#include <ZelvanoUI/ZVRecommendation.h>
+#include <ZelvanoUI/ZVRecommendationView.h>
 
 #include <QJsonArray>
 #include <QJsonObject>

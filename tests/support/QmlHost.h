@@ -2,7 +2,7 @@
 
 #include "EngineFixture.h"
 #include "NativeViews.h"
-#include "ZVTopRecommendationView.h"
+#include <ZelvanoUI/ZVTopRecommendationView.h>
 
 #include <QQmlExpression>
 

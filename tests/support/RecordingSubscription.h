@@ -1,7 +1,7 @@
 #pragma once
 
-#include "PlayerSubscriber.h"
-#include "PlayerSubscription.h"
+#include <ZelvanoUI/PlayerSubscriber.h>
+#include <ZelvanoUI/PlayerSubscription.h>
 
 #include <QStringList>
 

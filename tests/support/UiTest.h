@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MainQueue.h"
+#include <ZelvanoUI/MainQueue.h>
 
 #include <QAccessible>
 #include <QDeadlineTimer>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "UiTest.h"
-#include "ZVTopRecommendationView.h"
+#include <ZelvanoUI/ZVTopRecommendationView.h>
 
 #include <QJSEngine>
 #include <QUrl>

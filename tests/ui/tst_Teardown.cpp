@@ -1,9 +1,9 @@
 #include "ControllerSession.h"
-#include "Device.h"
 #include "Process.h"
-#include "QtAVPlayerViewController.h"
-#include "ZVCategoryView.h"
-#include "ZVListView.h"
+#include <ZelvanoUI/Device.h>
+#include <ZelvanoUI/QtAVPlayerViewController.h>
+#include <ZelvanoUI/ZVCategoryView.h>
+#include <ZelvanoUI/ZVListView.h>
 
 #include <QMediaPlayer>
 #include <QProcess>

@@ -1,6 +1,6 @@
 #include "ControllerSession.h"
-#include "Device.h"
-#include "ZVListView.h"
+#include <ZelvanoUI/Device.h>
+#include <ZelvanoUI/ZVListView.h>
 
 using namespace Qt::StringLiterals;
 using namespace zelvano;

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <ZelvanoUI/AVPlayer.h>
+
+#include <memory>
+
+namespace zelvano {
+
+/// A screen part that shows a player. ZelvanoUI::UI brings one over a VideoOutput; a host may derive its own,
+/// and creates it with makeMainThreadShared().
+class ZELVANOCORE_EXPORT AVPlayerViewController : public Player
+{
+    Q_OBJECT
+
+public:
+    AVPlayerViewController();
+    ~AVPlayerViewController() override;
+
+    /// Null when it shows none. Any thread.
+    virtual std::shared_ptr<AVPlayer> player() const = 0;
+};
+
+} // namespace zelvano

@@ -1,0 +1,105 @@
+#include <ZelvanoUI/Bundle.h>
+
+#include "JsonReading.h"
+#include "Logging.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QHash>
+#include <QJsonDocument>
+#include <QMutex>
+
+namespace zelvano {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct LoadedBundles
+{
+    QMutex mutex;
+    QHash<QString, Bundle> byIdentifier;
+};
+
+LoadedBundles &loadedBundles()
+{
+    static auto *const bundles = new LoadedBundles;
+    return *bundles;
+}
+
+} // namespace
+
+Bundle::Bundle(QString path, QJsonObject info) : m_path(std::move(path)), m_info(std::move(info)) {}
+
+std::optional<Bundle> Bundle::atPath(const QString &path)
+{
+    QFile info(path + "/Info.json"_L1);
+    if (!info.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const auto document = QJsonDocument::fromJson(info.readAll());
+    if (!document.isObject()) {
+        ZV_LOG("Error reading bundle: " << info.fileName() << " holds no JSON object");
+        return std::nullopt;
+    }
+    return Bundle(path, document.object());
+}
+
+void Bundle::load(const Bundle &bundle)
+{
+    auto &bundles = loadedBundles();
+    const QMutexLocker lock(&bundles.mutex);
+    bundles.byIdentifier.insert(bundle.infoValue(u"CFBundleIdentifier"_s), bundle);
+}
+
+std::optional<Bundle> Bundle::withIdentifier(const QString &identifier)
+{
+    auto &bundles = loadedBundles();
+    const QMutexLocker lock(&bundles.mutex);
+    const auto found = bundles.byIdentifier.constFind(identifier);
+    return found == bundles.byIdentifier.cend() ? std::nullopt : std::optional(*found);
+}
+
+std::optional<Bundle> Bundle::inMainBundle(const QString &resource, const QString &extension)
+{
+    const auto name = u'/' + resource + u'.' + extension;
+    if (QCoreApplication::instance()) {
+        if (auto beside = atPath(QCoreApplication::applicationDirPath() + name))
+            return beside;
+    }
+    return atPath(u':' + name);
+}
+
+QString Bundle::mainBundleName()
+{
+    return QCoreApplication::applicationName();
+}
+
+QString Bundle::infoValue(const QString &key) const
+{
+    return json::stringValue(m_info.value(key));
+}
+
+QUrl Bundle::resource(const QString &name, const QString &extension) const
+{
+    const auto file = m_path + u'/' + name + u'.' + extension;
+    if (!QFile::exists(file))
+        return {};
+    return file.startsWith(u':') ? QUrl("qrc"_L1 + file) : QUrl::fromLocalFile(file);
+}
+
+std::optional<Bundle> zelvanoBundle()
+{
+    if (auto loaded = Bundle::withIdentifier(u"ZelvanoUI"_s))
+        return loaded;
+    static const auto inMainBundle = [] { // Looked for once: every request asks.
+        auto bundle = Bundle::inMainBundle(u"ZelvanoUIResources"_s, u"bundle"_s);
+        if (!bundle)
+            ZV_LOG(
+                "Error: resource bundle ZelvanoUIResources.bundle not found: link the library with its resources, or "
+                "put the folder beside the executable");
+        return bundle;
+    }();
+    return inMainBundle;
+}
+
+} // namespace zelvano

@@ -1,0 +1,63 @@
+#include "InterfaceResource.h"
+
+#include "Logging.h"
+#include <ZelvanoUI/Bundle.h>
+
+#include <QQmlComponent>
+#include <QQmlEngine>
+
+#include <tuple>
+
+namespace zelvano {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::shared_ptr<QQmlEngine> sharedEngine()
+{
+    static std::weak_ptr<QQmlEngine> last;
+    auto engine = last.lock();
+    if (!engine) {
+        engine = std::make_shared<QQmlEngine>();
+        last = engine;
+    }
+    return engine;
+}
+
+std::unique_ptr<QQuickItem> load(QQmlEngine &engine, const QString &name, QObject *owner)
+{
+    const auto bundle = zelvanoBundle();
+    const auto url = bundle ? bundle->resource(name, u"qml"_s) : QUrl();
+    if (url.isEmpty()) {
+        ZV_LOG("Error: interface resource " << name << " not found");
+        return nullptr;
+    }
+    QQmlComponent component(&engine, url);
+    std::unique_ptr<QObject> object;
+    if (component.isReady()) // Asked to create from a broken file, Qt would crash.
+        object.reset(component.createWithInitialProperties({{u"owner"_s, QVariant::fromValue(owner)}}));
+    if (auto *item = qobject_cast<QQuickItem *>(object.get())) {
+        std::ignore = object.release(); // Known under its own class from here on.
+        QQmlEngine::setObjectOwnership(item, QQmlEngine::CppOwnership);
+        return std::unique_ptr<QQuickItem>(item);
+    }
+    ZV_LOG("Error: interface resource " << name << " cannot be loaded: " << component.errorString().simplified());
+    return nullptr;
+}
+
+} // namespace
+
+InterfaceResource::InterfaceResource(const QString &name, QObject *owner)
+    : m_engine(sharedEngine()), m_root(load(*m_engine, name, owner))
+{
+}
+
+InterfaceResource::~InterfaceResource() = default;
+
+QQuickItem *InterfaceResource::outlet(const QString &objectName) const
+{
+    return m_root ? m_root->findChild<QQuickItem *>(objectName) : nullptr;
+}
+
+} // namespace zelvano

@@ -1,0 +1,64 @@
+#include <ZelvanoUI/ZVImagesFetcher.h>
+
+#include "ImageDecoding.h"
+#include <ZelvanoUI/UrlSession.h>
+
+#include <utility>
+
+namespace zelvano {
+
+namespace {
+
+QString keyOf(const QUrl &url)
+{
+    return url.toString(QUrl::FullyEncoded);
+}
+
+void imageDidLoad(const QString &key, const QByteArray &bytes, ZVImagesFetcher::Completion completion)
+{
+    decodeImageLater(bytes, [key, bytes, completion = std::move(completion)](const QImage &image) {
+        if (!image.isNull())
+            ZVImagesFetcher::cachedImages().store(key, bytes, [&] { completion(image, std::nullopt); });
+    });
+}
+
+void download(const QUrl &url, const QString &key, ZVImagesFetcher::Completion completion)
+{
+    UrlRequest request;
+    request.url = url;
+    UrlSession::dataTask(request, [key, completion = std::move(completion)](const auto &data, const auto &,
+                                                                            const auto &error) mutable {
+        if (error)
+            completion({}, error);
+        else if (!data.isEmpty())
+            imageDidLoad(key, data, std::move(completion));
+    })->resume();
+}
+
+} // namespace
+
+ImagesCache &ZVImagesFetcher::cachedImages()
+{
+    static auto *const cache = new ImagesCache; // Downloads may still end while static objects are destroyed.
+    return *cache;
+}
+
+void ZVImagesFetcher::fetchImageAtURL(const QUrl &url, Completion completion)
+{
+    const auto key = keyOf(url);
+    if (const auto bytes = cachedImages().bytes(key); !bytes.isEmpty())
+        completion(decodedImage(bytes), std::nullopt);
+    else
+        download(url, key, std::move(completion));
+}
+
+void ZVImagesFetcher::fetchImageInBackground(const QUrl &url, Completion completion)
+{
+    const auto key = keyOf(url);
+    if (const auto bytes = cachedImages().bytes(key); !bytes.isEmpty())
+        decodeImageLater(bytes, [completion = std::move(completion)](const auto &image) { completion(image, {}); });
+    else
+        download(url, key, std::move(completion));
+}
+
+} // namespace zelvano

@@ -1,0 +1,8 @@
+#include <ZelvanoUI/AVPlayerViewController.h>
+
+namespace zelvano {
+
+AVPlayerViewController::AVPlayerViewController() = default;
+AVPlayerViewController::~AVPlayerViewController() = default;
+
+} // namespace zelvano

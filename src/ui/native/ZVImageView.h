@@ -1,0 +1,35 @@
+#pragma once
+
+#include <ZelvanoUI/zelvanoui_export.h>
+
+#include <QImage>
+#include <QQuickPaintedItem>
+
+namespace zelvano {
+
+/// A picture that fills its item, cut at two sides where the shapes differ; round corners. Drawn once, in the pixels of
+/// the screen. It needs no shaders, so that it looks the same without a GPU.
+class ZELVANOUI_EXPORT ZVImageView : public QQuickPaintedItem
+{
+    Q_OBJECT
+    /// Null shows nothing.
+    Q_PROPERTY(QImage image READ image WRITE setImage NOTIFY imageChanged FINAL)
+    /// Points.
+    Q_PROPERTY(double radius MEMBER m_radius FINAL)
+
+public:
+    ZVImageView();
+    ~ZVImageView() override;
+
+    QImage image() const { return m_image; }
+    void setImage(const QImage &image);
+    Q_SIGNAL void imageChanged();
+
+    void paint(QPainter *painter) override;
+
+private:
+    QImage m_image;
+    double m_radius = 0;
+};
+
+} // namespace zelvano

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "ZVCollectionViewDataSource.h"
+#include "ZVItemView.h"
+#include <ZelvanoUI/zelvanoui_export.h>
+
+namespace zelvano {
+
+class ZVTableView;
+
+/// Tells a table view what its rows are. Main thread.
+class ZELVANOUI_EXPORT ZVTableViewDataSource
+{
+public:
+    virtual ~ZVTableViewDataSource() = default;
+
+    virtual qint64 numberOfRowsInSection(ZVTableView *view, qint64 section) = 0;
+    /// A cell from the view's dequeueReusableCell(), filled; null leaves the place empty.
+    virtual ZVItemViewCell *cellForRowAtIndexPath(ZVTableView *view, const IndexPath &path) = 0;
+};
+
+/// Rows of one height, as wide as the view, one below the other; one section. Main thread.
+class ZELVANOUI_EXPORT ZVTableView : public ZVItemView
+{
+    Q_OBJECT
+    /// Points.
+    Q_PROPERTY(double rowHeight MEMBER m_rowHeight FINAL)
+
+public:
+    ZVTableView();
+    ~ZVTableView() override;
+
+    /// Not owned; null takes it away.
+    void setDataSource(ZVTableViewDataSource *source);
+
+protected:
+    qint64 countItems() override;
+    QSizeF sizeOfItem(qint64 row) override;
+    ZVFlowLayout::Metrics metrics() override;
+    ZVItemViewCell *cellForItem(qint64 row) override;
+    void selectItem(qint64) override {}
+
+private:
+    double m_rowHeight = 44;
+    ZVTableViewDataSource *m_source = nullptr;
+};
+
+} // namespace zelvano

@@ -1,0 +1,132 @@
+#include "ZVVideoCollectionViewCell.h"
+
+#include "InterfaceResource.h"
+#include "JsonReading.h"
+#include "Logging.h"
+#include "ZVInterfaceTypes.h"
+#include <ZelvanoUI/ZVVideoParams.h>
+
+#include <QFont>
+#include <QPropertyAnimation>
+
+#include <algorithm>
+#include <limits>
+
+namespace zelvano {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto fadeDuration = 500;  // Milliseconds.
+constexpr double titleShare = 0.05; // Of the cell's width.
+constexpr double badgeRadius = 10.0;
+
+void setText(QQuickItem *label, const QString &text)
+{
+    if (label)
+        label->setProperty("text", text);
+}
+
+} // namespace
+
+ZVVideoCollectionViewCell::ZVVideoCollectionViewCell() = default;
+ZVVideoCollectionViewCell::~ZVVideoCollectionViewCell() = default;
+
+ZVVideoCollectionViewCell *ZVVideoCollectionViewCell::create()
+{
+    std::unique_ptr<ZVVideoCollectionViewCell> cell(new ZVVideoCollectionViewCell);
+    return cell->load() ? cell.release() : nullptr;
+}
+
+bool ZVVideoCollectionViewCell::load()
+{
+    registerInterfaceTypes();
+    if (!loadContent(u"ZVVideoCollectionViewCell"_s))
+        return false;
+    m_titleLable = outlet(u"titleLable"_s);
+    m_durationLabel = outlet(u"durationLabel"_s);
+    m_valueLabel = outlet(u"valueLabel"_s);
+    m_valueHolderView = outlet(u"valueHolderView"_s);
+    m_iconImageView = qobject_cast<ZVImageView *>(outlet(u"iconImageView"_s));
+    setClip(false);
+    m_shadowOffset = size() * double(shadowWidthPercent);
+    m_shadowRadius = width() * double(shadowWidthPercent);
+    m_shadowOpacity = 0.8;
+    setClip(true); // Last: the shadow is meant to end at the cell's edge.
+    if (m_valueHolderView)
+        m_valueHolderView->setProperty("radius", badgeRadius);
+    return true;
+}
+
+void ZVVideoCollectionViewCell::setParams(const std::shared_ptr<ZVVideoParams> &params)
+{
+    if (!params)
+        return;
+    const auto image = params->image();
+    if (m_iconImageView) {
+        m_iconImageView->setImage(image);
+        if (!image.isNull() && m_iconImageView->opacity() == 0)
+            fadeIn();
+    }
+    setText(m_titleLable, params->title());
+    fitTitle();
+    setText(m_durationLabel, secToTime(params->durationSec()));
+    if (m_valueHolderView)
+        m_valueHolderView->setProperty("color", colorForCategory(params->category()));
+    if (m_category != params->category()) {
+        m_category = params->category();
+        Q_EMIT categoryChanged();
+    }
+    setText(m_valueLabel, QString::number(params->index())); // Not the percentage: the badge counts the list.
+}
+
+void ZVVideoCollectionViewCell::fadeIn()
+{
+    if (m_iconImageView->findChild<QPropertyAnimation *>())
+        return; // It has begun, and its first frame is still to come.
+    auto *const animation = new QPropertyAnimation(m_iconImageView, "opacity", m_iconImageView);
+    animation->setDuration(fadeDuration);
+    animation->setEndValue(1.0);
+    animation->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+void ZVVideoCollectionViewCell::fitTitle()
+{
+    if (!m_titleLable)
+        return;
+    auto font = m_titleLable->property("font").value<QFont>();
+    font.setPixelSize(std::max(1, qRound(titleShare * width())));
+    m_titleLable->setProperty("font", font);
+}
+
+QString ZVVideoCollectionViewCell::secToTime(const QJsonValue &seconds)
+{
+    if (seconds.isNull()) {
+        ZV_LOG("Error(secToTime):: duration is <null>");
+        return {};
+    }
+    const auto whole = static_cast<int>(std::clamp<qint64>(
+        json::integerValue(seconds), std::numeric_limits<qint32>::min(), std::numeric_limits<qint32>::max()));
+    return QString::asprintf("%d:%02d", whole / 60, whole % 60);
+}
+
+QColor ZVVideoCollectionViewCell::colorForCategory(const QString &category)
+{
+    constexpr float alpha = 0.55F;
+    if (category == "FORYOU"_L1)
+        return QColor::fromRgbF(1.0F, 0.0F, 0.0F, alpha);
+    if (category == "MOSTVIEWED"_L1)
+        return QColor::fromRgbF(0.0F, 1.0F, 0.0F, alpha);
+    if (category == "MOSTRECENT"_L1)
+        return QColor::fromRgbF(0.5F, 0.5F, 0.5F, alpha);
+    return QColor(0, 0, 0, 0);
+}
+
+void ZVVideoCollectionViewCell::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)
+{
+    ZVItemViewCell::geometryChange(newGeometry, oldGeometry);
+    fitTitle();
+}
+
+} // namespace zelvano

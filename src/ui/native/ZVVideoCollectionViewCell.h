@@ -1,0 +1,86 @@
+#pragma once
+
+#include "ZVImageView.h"
+#include "ZVItemViewCell.h"
+#include <ZelvanoUI/zelvanoui_export.h>
+
+#include <QColor>
+#include <QJsonValue>
+#include <QSizeF>
+
+#include <memory>
+
+namespace zelvano {
+
+class ZVVideoParams;
+
+/// The cell's shadow, as a share of its size.
+inline constexpr float shadowWidthPercent = 0.03F;
+/// For hosts; the library does not use it.
+inline constexpr float textHeightPercent = 0.15F;
+
+/// One recommended video: thumbnail, title, length, and a badge in the colour of its category. Main thread.
+class ZELVANOUI_EXPORT ZVVideoCollectionViewCell : public ZVItemViewCell
+{
+    Q_OBJECT
+    /// The video's, as the service names it; null when it names none.
+    Q_PROPERTY(QString category READ category NOTIFY categoryChanged FINAL)
+    Q_PROPERTY(QSizeF shadowOffset READ shadowOffset CONSTANT FINAL)
+    Q_PROPERTY(double shadowRadius READ shadowRadius CONSTANT FINAL)
+    Q_PROPERTY(double shadowOpacity READ shadowOpacity CONSTANT FINAL)
+
+public:
+    /// Null without its interface resource.
+    static ZVVideoCollectionViewCell *create();
+    ~ZVVideoCollectionViewCell() override;
+
+    /// Fills the cell; the video is not kept.
+    void setParams(const std::shared_ptr<ZVVideoParams> &params);
+    /// Always null.
+    std::shared_ptr<ZVVideoParams> params() const { return nullptr; }
+
+    QString category() const { return m_category; }
+    Q_SIGNAL void categoryChanged();
+
+    // The outlets; null when the interface resource lacks one.
+    QQuickItem *titleLable() const { return m_titleLable; }
+    QQuickItem *durationLabel() const { return m_durationLabel; }
+    QQuickItem *valueLabel() const { return m_valueLabel; }
+    QQuickItem *valueHolderView() const { return m_valueHolderView; }
+    ZVImageView *iconImageView() const { return m_iconImageView; }
+    void setIconImageView(ZVImageView *view) { m_iconImageView = view; }
+
+    // Points; seen only where a host turns the clipping off.
+    QSizeF shadowOffset() const { return m_shadowOffset; }
+    double shadowRadius() const { return m_shadowRadius; }
+    double shadowOpacity() const { return m_shadowOpacity; }
+
+    /// "61:05": minutes and seconds, without hours. An absent value counts as 0; null, after a log line, gives a null
+    /// text.
+    static QString secToTime(const QJsonValue &seconds);
+    /// Transparent for an unknown code; letter case counts.
+    static QColor colorForCategory(const QString &category);
+
+protected:
+    void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;
+
+private:
+    ZVVideoCollectionViewCell();
+
+    bool load();
+    void fadeIn();
+    void fitTitle();
+
+    QString m_category;
+
+    QPointer<QQuickItem> m_titleLable;
+    QPointer<QQuickItem> m_durationLabel;
+    QPointer<QQuickItem> m_valueLabel;
+    QPointer<QQuickItem> m_valueHolderView;
+    QPointer<ZVImageView> m_iconImageView;
+    QSizeF m_shadowOffset;
+    double m_shadowRadius = 0;
+    double m_shadowOpacity = 0;
+};
+
+} // namespace zelvano

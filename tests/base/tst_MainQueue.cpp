@@ -1,0 +1,253 @@
+#include <ZelvanoUI/MainQueue.h>
+#include <ZelvanoUI/NotificationCenter.h>
+
+#include <QStringList>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+
+#include <atomic>
+#include <map>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace zelvano;
+
+namespace {
+bool ranForFirstApplication = false;
+} // namespace
+
+/// What the main thread runs later, and the notifications that it hears.
+class tst_MainQueue : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_ran.clear(); }
+    void cleanup() { m_queue.useRealClock(); }
+
+    void neverInsideThePostingCall()
+    {
+        m_queue.post([this] {
+            m_queue.post(note(u"posted by 1"_s));
+            m_ran.append(u"1"_s);
+        });
+        QVERIFY(m_ran.isEmpty());
+        QTRY_COMPARE(m_ran, QStringList({u"1"_s, u"posted by 1"_s}));
+    }
+
+    void delayedTasksRunAtTheirMoment()
+    {
+        m_queue.useTestClock();
+        const auto start = m_queue.now();
+        m_queue.performAfterDelay(this, 300ms, noteMoment(u"c"_s, start));
+        m_queue.performAfterDelay(this, 100ms, [this, start] {
+            noteMoment(u"a"_s, start)();
+            m_queue.post(noteMoment(u"posted by a"_s, start));
+            m_queue.performAfterDelay(this, 50ms, noteMoment(u"a+50"_s, start));
+            m_queue.performAfterDelay(this, 0ms, noteMoment(u"a+0"_s, start));
+        });
+        m_queue.performAfterDelay(nullptr, 300ms, noteMoment(u"d, as late as c"_s, start));
+        m_queue.performAfterDelay(this, -5ms, noteMoment(u"negative"_s, start));
+        m_queue.performAfterDelay(this, 301ms, noteMoment(u"late"_s, start));
+
+        m_queue.advance(99ms);
+        QCOMPARE(m_ran, QStringList{u"negative@0"_s});
+        m_queue.advance(201ms);
+        QTest::qWait(5); // The clock stands still: real time brings nothing.
+        QCOMPARE(m_queue.now() - start, 300ms);
+        QCOMPARE(m_ran.join(u", "_s), u"negative@0, a@100, posted by a@100, a+0@100, a+50@150, c@300, "
+                                      "d, as late as c@300"_s);
+        m_queue.advance(1ms);
+        QCOMPARE(m_ran.last(), u"late@301"_s);
+    }
+
+    void cancelFromWithinATask()
+    {
+        m_queue.useTestClock();
+        const int own = 0, other = 0;
+        m_queue.performAfterDelay(&own, 10ms, [&] {
+            m_ran.append(u"first"_s);
+            m_queue.cancelPreviousPerformRequests(&own); // The one that is due at the same moment, too; not itself.
+            m_queue.performAfterDelay(&own, 10ms, note(u"scheduled afterwards"_s));
+        });
+        m_queue.performAfterDelay(&own, 10ms, note(u"cancelled"_s));
+        m_queue.performAfterDelay(&own, 30ms, note(u"cancelled"_s));
+        m_queue.performAfterDelay(&other, 10ms, note(u"of another target"_s));
+        m_queue.advance(1h);
+        const QStringList expected{u"first"_s, u"of another target"_s, u"scheduled afterwards"_s};
+        QCOMPARE(m_ran, expected);
+    }
+
+    /// What a task owns goes with it, and may call the queue as it goes: after a run, and after a cancellation.
+    void ownedByATask()
+    {
+        m_queue.useTestClock();
+        const auto owned = [this](const QString &what) {
+            return std::shared_ptr<void>(nullptr, [this, what](void *) {
+                m_queue.cancelPreviousPerformRequests(&m_ran);
+                m_ran.append(what);
+            });
+        };
+        m_queue.post([o = owned(u"posted"_s)] {});
+        m_queue.performAfterDelay(this, 0ms, [o = owned(u"delayed"_s)] {});
+        m_queue.advance(0ms);
+        m_queue.performAfterDelay(this, 10ms, [o = owned(u"cancelled"_s)] {});
+        m_queue.cancelPreviousPerformRequests(this);
+        const QStringList expected{u"posted"_s, u"delayed"_s, u"cancelled"_s};
+        QCOMPARE(m_ran, expected);
+    }
+
+    void realClockKeepsTheOrder()
+    {
+        const auto start = m_queue.now();
+        m_queue.performAfterDelay(this, 40ms, note(u"40"_s));
+        m_queue.performAfterDelay(this, 10ms, note(u"10"_s));
+        m_queue.performAfterDelay(this, 1h, note(u"never"_s));
+        m_queue.performAfterDelay(this, 0ms, note(u"0"_s));
+        const QStringList expected{u"0"_s, u"10"_s, u"40"_s};
+        QTRY_COMPARE(m_ran, expected);
+        QVERIFY(m_queue.now() - start >= 40ms);
+        m_queue.cancelPreviousPerformRequests(this);
+    }
+
+    void repetitionDoesNotStarveTheEventLoop()
+    {
+        for (const bool posts : {true, false}) {
+            constexpr int enough = 100000;
+            int runs = 0;
+            bool otherRan = false;
+            std::function<void()> repeat = [&] {
+                if (otherRan || ++runs == enough)
+                    return;
+                if (posts)
+                    m_queue.post(repeat);
+                else
+                    m_queue.performAfterDelay(this, 0ms, repeat);
+            };
+            repeat();
+            QTimer::singleShot(0, this, [&] { otherRan = true; });
+            QTRY_VERIFY(otherRan);
+            QVERIFY2(runs > 1 && runs < enough, qPrintable(QString::number(runs)));
+            m_queue.cancelPreviousPerformRequests(this);
+            QCoreApplication::processEvents(); // The last one that was posted.
+        }
+    }
+
+    /// Posted and delayed ones keep an order each.
+    void postsFromThreads()
+    {
+        constexpr int each = 1000;
+        std::map<std::pair<int, bool>, QList<int>> ran;
+        std::atomic<int> onOtherThreads = 0;
+        const auto fill = [&](int thread) {
+            for (int i = 0; i < each; ++i) {
+                m_queue.post([&ran, thread, i] { ran[{thread, false}].append(i); });
+                m_queue.performAfterDelay(&ran, 0ms, [&, thread, i] {
+                    ran[{thread, true}].append(i);
+                    onOtherThreads += MainQueue::isMainThread() ? 0 : 1;
+                });
+            }
+        };
+        std::thread first(fill, 1), second(fill, 2);
+        const auto isFull = [](const auto &entry) { return entry.second.size() == each; };
+        QTRY_VERIFY(ran.size() == 4 && std::ranges::all_of(ran, isFull));
+        first.join();
+        second.join();
+        QCOMPARE(onOtherThreads.load(), 0);
+        for (const auto &[what, list] : ran)
+            QVERIFY(std::ranges::is_sorted(list));
+    }
+
+    void observersThatChangeWhilePosting()
+    {
+        NotificationCenter center;
+        const int first = 0, second = 0, third = 0;
+        for (const auto name : {"n"_L1, "n"_L1, "other"_L1})
+            center.addObserver(this, name, hear(name));
+        center.removeObserver(this, u"n"_s); // Both, and by that name alone.
+        center.addObserver(&first, u"n"_s, [&](const Notification &) {
+            m_ran.append(u"first"_s);
+            center.removeObserver(&first);
+            center.removeObserver(&second);
+            center.addObserver(&first, u"n"_s, hear(u"added"_s));
+            center.post({u"n"_s, {}, {}}); // Inside the delivery: those that stand now.
+            m_ran.append(u"back in first"_s);
+        });
+        center.addObserver(&second, u"n"_s, hear(u"second"_s));
+        center.addObserver(&third, u"n"_s, hear(u"third"_s));
+        for (const auto &name : {u"n"_s, u"other"_s})
+            center.post({name, {}, {}});
+        const QStringList expected{u"first"_s, u"third"_s, u"added"_s, u"back in first"_s, u"third"_s, u"other"_s};
+        QCOMPARE(m_ran, expected);
+    }
+
+    void observerThatTakesAnotherAway()
+    {
+        struct Observer
+        {
+            ~Observer() { NotificationCenter::defaultCenter().removeObserver(this); }
+        };
+        auto &center = NotificationCenter::defaultCenter();
+        auto owned = std::make_unique<Observer>();
+        center.addObserver(owned.get(), u"a"_s, hear(u"owned"_s));
+        center.addObserver(this, u"a"_s, [owner = std::shared_ptr<Observer>(std::move(owned))](auto &&) {});
+        center.addObserver(&m_ran, u"a"_s, hear(u"other"_s));
+        center.removeObserver(this);
+        center.post({u"a"_s, {}, {}});
+        center.removeObserver(&m_ran);
+        QCOMPARE(m_ran, QStringList{u"other"_s});
+    }
+
+    /// The task of main() waited for the event loop of an application that never ran.
+    void secondApplication()
+    {
+        bool ran = false;
+        m_queue.post([&ran] { ran = true; });
+        QTRY_VERIFY(ran && ranForFirstApplication);
+    }
+
+    void notificationFromAnotherThread()
+    {
+        auto &center = NotificationCenter::defaultCenter();
+        center.addObserver(this, u"n"_s, [this](const Notification &notification) {
+            QVERIFY(MainQueue::isMainThread());
+            m_ran.append(notification.userInfo.value(u"key"_s).toString());
+        });
+        std::thread([&] { center.post({u"n"_s, {}, {{u"key"_s, u"value"_s}}}); }).join();
+        QVERIFY(m_ran.isEmpty());
+        QTRY_COMPARE(m_ran, QStringList{u"value"_s});
+        center.removeObserver(this);
+    }
+
+private:
+    MainQueue::Task note(const QString &what)
+    {
+        return [this, what] { m_ran.append(what); };
+    }
+    NotificationCenter::Handler hear(const QString &what)
+    {
+        return [this, what](const Notification &) { m_ran.append(what); };
+    }
+    MainQueue::Task noteMoment(const QString &what, MainQueue::Duration start)
+    {
+        return [this, what, start] { m_ran.append(u"%1@%2"_s.arg(what).arg((m_queue.now() - start).count())); };
+    }
+
+    MainQueue &m_queue = MainQueue::shared();
+    QStringList m_ran;
+};
+
+int main(int argc, char **argv)
+{
+    {
+        const QCoreApplication first(argc, argv);
+        MainQueue::shared().post([] { ranForFirstApplication = true; });
+    }
+    const QCoreApplication second(argc, argv);
+    tst_MainQueue test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_MainQueue.moc"

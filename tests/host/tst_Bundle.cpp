@@ -1,0 +1,60 @@
+#include "LogCollector.h"
+#include <ZelvanoUI/Bundle.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using zelvano::Bundle;
+
+class tst_Bundle : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void brokenInfo()
+    {
+        for (const QByteArray info : {"[]", "{", "", "7"}) {
+            const LogCollector log;
+            QVERIFY(!Bundle::atPath(write(m_folder.filePath(u"broken.bundle"_s), info)));
+            QCOMPARE(log.lines().size(), 1);
+        }
+        const auto bundle = Bundle::atPath(write(m_folder.path(), R"({"CFBundleShortVersionString":7})"));
+        QVERIFY(bundle && bundle->infoValue(u"CFBundleShortVersionString"_s).isNull()); // A number is no version text.
+    }
+
+    void besideTheExecutable()
+    {
+        QVERIFY(!Bundle::inMainBundle(u"NoSuchResources"_s, u"bundle"_s));
+        const auto compiledIn = Bundle::inMainBundle(u"ZelvanoUIResources"_s, u"bundle"_s);
+        QVERIFY(compiledIn);
+        QCOMPARE(compiledIn->infoValue(u"CFBundleIdentifier"_s), u"ZelvanoUI"_s);
+
+        const QTemporaryDir host(QCoreApplication::applicationDirPath() + "/tst_BundleXXXXXX"_L1);
+        const auto name = QDir(host.path()).dirName() + "/Host"_L1;
+        const auto folder = write(host.filePath(u"Host.bundle"_s), R"({"CFBundleShortVersionString":"9.9"})");
+        QVERIFY(QFile::copy(folder + "/Info.json"_L1, folder + "/View.qml"_L1));
+        const auto beside = Bundle::inMainBundle(name, u"bundle"_s);
+        QVERIFY(beside);
+        QCOMPARE(beside->infoValue(u"CFBundleShortVersionString"_s), u"9.9"_s);
+        QCOMPARE(beside->resource(u"View"_s, u"qml"_s), QUrl::fromLocalFile(folder + "/View.qml"_L1));
+        QVERIFY(!beside->resource(u"Other"_s, u"qml"_s).isValid());
+        Bundle::load(*Bundle::atPath(write(m_folder.filePath(u"own"_s), R"({"CFBundleIdentifier":"ZelvanoUI"})")));
+        QCOMPARE(zelvano::zelvanoBundle()->path(), m_folder.filePath(u"own"_s));
+    }
+
+private:
+    static QString write(const QString &folder, const QByteArray &info)
+    {
+        QDir().mkpath(folder);
+        QFile file(folder + "/Info.json"_L1);
+        return file.open(QIODevice::WriteOnly) && file.write(info) == info.size() ? folder : QString();
+    }
+
+    const QTemporaryDir m_folder;
+};
+
+QTEST_GUILESS_MAIN(tst_Bundle)
+#include "tst_Bundle.moc"

@@ -1,0 +1,187 @@
+#include "Columns.h"
+#include "Pictures.h"
+#include <ZelvanoUI/Sandbox.h>
+#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/ZVImagesFetcher.h>
+
+#include <atomic>
+#include <future>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace zelvano;
+using Kind = sandbox::Fault::Kind;
+
+namespace {
+
+/// What a fetch came to. The completion holds the promise: it is broken when the completion is dropped without a call.
+struct Result
+{
+    QImage image;
+    std::optional<Error> error;
+    std::thread::id thread;
+};
+
+std::future<Result> fetch(const QUrl &url)
+{
+    const auto promise = std::make_shared<std::promise<Result>>();
+    auto future = promise->get_future();
+    ZVImagesFetcher::fetchImageAtURL(url, [promise](const QImage &image, const std::optional<Error> &error) {
+        promise->set_value({image, error, std::this_thread::get_id()});
+    });
+    return future;
+}
+
+/// Nothing when the completion was dropped. Fails where neither happens.
+std::optional<Result> resultOf(std::future<Result> future)
+{
+    if (future.wait_for(20s) != std::future_status::ready)
+        qFatal("the completion was neither called nor dropped");
+    try {
+        return future.get();
+    } catch (const std::future_error &) {
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+class tst_ZVImagesFetcher : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_sandbox.start()); }
+    void init()
+    {
+        m_sandbox.clearFaults();
+        ZVImagesFetcher::cachedImages().removeAll();
+    }
+
+    void formats()
+    {
+        const QSize size(30, 20), largest(4096, 4096);
+        const std::pair<QByteArray, QSize> cases[] = {{pictureFile(size), size},
+                                                      {pictureFile(size, "JPG"), size},
+                                                      {pictureFile(size, "WEBP"), size},
+                                                      {gifFile(), {1, 1}},
+                                                      {pictureFile(largest, "PNG", QImage::Format_Mono), largest}};
+        for (const auto &[file, expected] : cases) {
+            init();
+            const auto url = serve(u"/thumbnails/picture"_s, file); // Neither name nor content type tell the format.
+            const auto result = resultOf(fetch(url));
+            QVERIFY2(result && !result->error, file.first(4).constData());
+            QCOMPARE(result->image.size(), expected);
+            QVERIFY(result->thread != std::this_thread::get_id());
+            QCOMPARE(ZVImagesFetcher::cachedImages().bytes(url.toString()), file);
+        }
+    }
+
+    void noPictures()
+    {
+        const std::pair<const char *, QByteArray> cases[] = {
+            {"0 bytes", ""},
+            {"BMP", pictureFile({8, 8}, "BMP")},
+            {"truncated PNG", pictureFile({64, 64}).chopped(30)},
+            {"head of a WebP", QByteArray("RIFF\0\0\0\0WEBP", 12)},
+            {"too large", pictureFile({4097, 4096}, "PNG", QImage::Format_Mono)},
+            {"GIF of a pixel on a screen of 65535 by 511", gifFile().replace(6, 4, QByteArray::fromHex("ffffff01"))},
+        };
+        for (const auto &[name, body] : cases) {
+            const Case current(name);
+            init();
+            const auto url = serve(u"/thumbnails/none"_s, body, -1);
+            const auto before = m_sandbox.hits(url.path());
+            QVERIFY(!resultOf(fetch(url)) && !resultOf(fetch(url))); // Downloaded again.
+            QCOMPARE(ZVImagesFetcher::cachedImages().count(), 0);
+            QCOMPARE(m_sandbox.hits(url.path()), before + 2);
+        }
+    }
+
+    void errors()
+    {
+        fault(u"/thumbnails/2.jpg"_s, {Kind::CutWithinAnswer});
+        const std::pair<QUrl, UrlError> errors[] = {
+            {QUrl(), UrlError::BadUrl},
+            {QUrl(u"file:///etc/hostname"_s), UrlError::BadUrl},
+            {m_sandbox.url(u"/thumbnails/2.jpg"_s), UrlError::ConnectionLost},
+            {QUrl(u"http://127.0.0.1:1/1.jpg"_s), UrlError::CannotConnect},
+        };
+        for (const auto &[url, error] : errors) {
+            const auto result = resultOf(fetch(url));
+            QVERIFY(result && result->error && result->image.isNull());
+            QCOMPARE(result->error->code, int(error));
+            QVERIFY(result->thread != std::this_thread::get_id());
+            QCOMPARE(ZVImagesFetcher::cachedImages().count(), 0);
+        }
+    }
+
+    void hitsComeAtOnce()
+    {
+        const auto url = m_sandbox.url(u"/thumbnails/1.jpg"_s);
+        const auto before = m_sandbox.hits(url.path());
+        fault(url.path(), {Kind::HttpStatus, 404}); // Whatever that says.
+        const auto first = resultOf(fetch(url));
+        auto again = fetch(url);
+        QCOMPARE(again.wait_for(0s), std::future_status::ready);
+        const auto second = resultOf(std::move(again));
+        QCOMPARE(second->thread, std::this_thread::get_id());
+        QCOMPARE(second->image, first->image);
+        QVERIFY(!second->image.isNull() && second->image.cacheKey() != first->image.cacheKey()); // Decoded again.
+        QCOMPARE(m_sandbox.hits(url.path()), before + 1);
+
+        auto other = url;
+        other.setQuery(u"v=2"_s);
+        QVERIFY(resultOf(fetch(other)));
+        QCOMPARE(m_sandbox.hits(url.path()), before + 2);
+        QCOMPARE(ZVImagesFetcher::cachedImages().count(), 2);
+    }
+
+    void twoAtOnceBothDownload()
+    {
+        const auto url = m_sandbox.url(u"/thumbnails/4.jpg"_s);
+        fault(url.path(), {.delay = 50ms, .times = 2});
+        auto one = fetch(url), other = fetch(url);
+        QVERIFY(resultOf(std::move(one)) && resultOf(std::move(other)));
+        QCOMPARE(m_sandbox.hits(url.path()), 2);
+        QCOMPARE(ZVImagesFetcher::cachedImages().count(), 1);
+    }
+
+    /// While one completion takes its time, look-ups go on everywhere, and no other download's completion begins.
+    void completionsRunUnderTheLock()
+    {
+        const auto url = m_sandbox.url(u"/thumbnails/7.jpg"_s);
+        const auto other = m_sandbox.url(u"/thumbnails/8.jpg"_s);
+        std::promise<void> began, mayEnd;
+        std::atomic<bool> ended = false;
+        ZVImagesFetcher::fetchImageAtURL(url, [&](const QImage &, const auto &) {
+            fetch(url).get(); // A hit inside a completion.
+            ZVImagesFetcher::cachedImages().store(u"mine"_s, gifFile());
+            began.set_value();
+            mayEnd.get_future().wait();
+            ended = true;
+        });
+        QCOMPARE(began.get_future().wait_for(20s), std::future_status::ready);
+        QVERIFY(resultOf(fetch(url)) && !ended);
+        std::promise<bool> otherSaw;
+        ZVImagesFetcher::fetchImageAtURL(other, [&](const QImage &, const auto &) { otherSaw.set_value(ended); });
+        auto saw = otherSaw.get_future();
+        QVERIFY(!ZVImagesFetcher::cachedImages().bytes(u"mine"_s).isEmpty());
+        mayEnd.set_value();
+        QCOMPARE(saw.wait_for(20s), std::future_status::ready);
+        QVERIFY(saw.get());
+    }
+
+private:
+    QUrl serve(const QString &path, const QByteArray &body, int times = 1)
+    {
+        fault(path, {.kind = Kind::Body, .body = body, .times = times});
+        return m_sandbox.url(path);
+    }
+    void fault(const QString &path, const sandbox::Fault &fault) { m_sandbox.addFault(path, {}, fault); }
+
+    sandbox::Sandbox m_sandbox;
+};
+
+QTEST_GUILESS_MAIN(tst_ZVImagesFetcher)
+#include "tst_ZVImagesFetcher.moc"

@@ -1,0 +1,239 @@
+#include "NativeViews.h"
+#include "ZVRecommendationTableViewCell.h"
+#include <ZelvanoUI/ZVCategoryView.h>
+#include <ZelvanoUI/ZVListView.h>
+#include <ZelvanoUI/ZVRecommendationViewFactory.h>
+
+using namespace Qt::StringLiterals;
+using namespace zelvano;
+
+namespace {
+
+/// A table of categories in a window.
+struct Stage : NativeStage<ZVCategoryView>
+{
+    Stage() : NativeStage({400, 480}) {}
+
+    bool fill(int count, const QStringList &categories)
+    {
+        return show(videos(count, categories), categories.size()) && rowsAreLaidOut();
+    }
+    bool rowsAreLaidOut()
+    {
+        for (auto *row : rows())
+            row->videosCollectionView()->layoutIfNeeded();
+        return !rows().empty();
+    }
+    ZVRecommendationTableViewCell *row(qint64 number) const
+    {
+        return qobject_cast<ZVRecommendationTableViewCell *>(cell(number));
+    }
+    ZVItemView *videosOf(qint64 number) const { return row(number)->videosCollectionView(); }
+    std::vector<ZVRecommendationTableViewCell *> rows() const
+    {
+        std::vector<ZVRecommendationTableViewCell *> rows;
+        for (auto *cell : items()->shownCells())
+            rows.push_back(qobject_cast<ZVRecommendationTableViewCell *>(cell));
+        return rows;
+    }
+};
+
+const QStringList threeCategories{u"FORYOU"_s, u"MOSTRECENT"_s, u"MOSTVIEWED"_s};
+
+QStringList manyCategories(int count)
+{
+    QStringList names;
+    for (int i = 0; i < count; ++i)
+        names.append(u"CATEGORY %1"_s.arg(i, 3, 10, QChar(u'0')));
+    return names;
+}
+
+} // namespace
+
+class tst_CategoryView : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cleanup() { QGuiApplication::setLayoutDirection(Qt::LayoutDirectionAuto); }
+    void factory()
+    {
+        const auto view = [](qint64 type) { return ZVRecommendationViewFactory::recommendationViewForType(type); };
+        QVERIFY(std::dynamic_pointer_cast<ZVListView>(view(0)));
+        QVERIFY(std::dynamic_pointer_cast<ZVCategoryView>(view(1)));
+        QVERIFY(!view(2) && !view(-1));
+    }
+
+    void rows()
+    {
+        Stage stage;
+        QVERIFY(stage.fill(2, {u"FORYOU"_s, QString(10000, u'C'), u"مستحسن"_s}));
+        const auto recommendation = stage.view->recommendations();
+        const auto categories = recommendation->categories();
+        QCOMPARE(categories.size(), 3);
+        for (qint64 i = 0; i < 3; ++i) {
+            const auto *row = stage.row(i);
+            QCOMPARE(row->categoryLabel()->property("text").toString(), categories[i]);
+            QCOMPARE(row->recommendations(), *recommendation->videosForCategory(categories[i]));
+            QVERIFY(row->width() == 400 && row->categoryLabel()->width() <= 400 && row->categoryLabel()->height() < 40);
+            for (const auto *cell : stage.videosOf(i)->shownCells()) { // Nobody numbers these or fetches for them.
+                QCOMPARE(textOf(cell, u"valueLabel"_s), u"0"_s);
+                QCOMPARE(outletOf(cell, u"iconImageView"_s)->opacity(), 0.0);
+            }
+        }
+        QCOMPARE(stage.hits(), 0);
+        stage.view->setRecommendations(nullptr);
+        QVERIFY(stage.waitForItems(0));
+    }
+
+    void tapReports()
+    {
+        Stage stage;
+        QVERIFY(stage.fill(8, threeCategories));
+        auto *const videos = stage.videosOf(0);
+        drag(stage.window, Pointer::Touch, centreOf(videos->cellForRow(0)), {-160, 0}); // Only this row moves.
+        QVERIFY(waitUntil([&] { return videos->scroller()->property("contentX").toDouble() > 0; }));
+        QVERIFY(waitUntil([&] { return !videos->scroller()->property("moving").toBool(); }));
+        QCOMPARE(stage.offset(), 0.0);
+        videos->scrollToRow(1);
+        tap(stage.window, Pointer::Touch, centreOf(videos->cellForRow(1)));
+        QVERIFY(stage.waitForPicks(1));
+        QCOMPARE(stage.picks->videos, ZVVideoList{stage.row(0)->recommendations()[1]});
+        stage.view->setDelegate(nullptr);
+        tap(stage.window, Pointer::Touch, centreOf(stage.videosOf(1)->cellForRow(0)));
+        QVERIFY(flushMainQueue());
+        QCOMPARE(stage.picks->videos.size(), 1U);
+    }
+
+    /// Rows and cells are reused, and carry nothing of their former content over.
+    void manyRows()
+    {
+        Stage stage;
+        const auto names = manyCategories(100);
+        QVERIFY(stage.fill(20, names));
+        stage.videosOf(0)->scrollToRow(19);
+        turnWheel(stage.window, centreOf(stage.row(1))); // Which leaves the wheel to the table.
+        QVERIFY(waitUntil([&] { return stage.offset() > 0; }));
+        for (const qint64 number : {30, 60, 99, 45, 0}) {
+            stage.items()->scrollToRow(number);
+            QVERIFY(stage.rowsAreLaidOut());
+            QCOMPARE(stage.row(number)->category(), names[number]);
+            QCOMPARE(stage.videosOf(number)->scroller()->property("contentX").toDouble(), -16.0);
+            QCOMPARE(textOf(stage.videosOf(number)->cellForRow(0), u"titleLable"_s),
+                     stage.row(number)->recommendations()[0]->title());
+        }
+        QVERIFY(stage.items()->cellCount() <= 3 * 3); // Screenfuls, and rows of 188 in a screen of 480.
+        for (const auto *row : stage.rows())
+            QVERIFY(row->videosCollectionView()->cellCount() <= 3 * 3);
+    }
+
+    /// Those near the viewport and no others, each once.
+    void loadsThumbnails()
+    {
+        Stage stage;
+        QVERIFY(!stage.view->loadsThumbnails());
+        stage.view->setLoadsThumbnails(true);
+        QVERIFY(stage.fill(25, manyCategories(40)));
+        const auto videos = stage.row(0)->recommendations();
+        QVERIFY(waitUntil([&] { return !videos[0]->image().isNull(); }));
+        QVERIFY(
+            waitUntil([&] { return outletOf(stage.videosOf(0)->cellForRow(0), u"iconImageView"_s)->opacity() == 1; }));
+        QVERIFY(stage.hits() > 0 && stage.hits() <= 5 * 5);
+        QVERIFY(videos[24]->image().isNull());
+        stage.videosOf(0)->scrollToRow(24);
+        QVERIFY(waitUntil([&] { return !videos[24]->image().isNull(); }));
+    }
+
+    void failingThumbnails()
+    {
+        Stage stage;
+        stage.view->setLoadsThumbnails(true);
+        auto videos = stage.videos(1, {u"A"_s});
+        videos.prepend(videoJson(10, stage.picture(u"none"_s, "<html>"), u"A"_s));
+        QVERIFY(stage.show(videos, 1) && stage.rowsAreLaidOut());
+        const auto shown = stage.row(0)->recommendations();
+        QVERIFY(waitUntil([&] { return !shown[1]->image().isNull(); }));
+        stage.view->setLoadsThumbnails(true); // Shown anew, but not asked for again.
+        QVERIFY(stage.waitForItems(1) && stage.rowsAreLaidOut() && flushMainQueue());
+        QCOMPARE(stage.sandbox.hits(u"/pictures/none"_s), 1);
+    }
+
+    void screenReader()
+    {
+        Stage stage;
+        QVERIFY(stage.fill(2, {u"FORYOU"_s, u"MOSTVIEWED"_s}));
+        QCOMPARE(spoken(stage.items()), u"List: Recommended videos by category"_s);
+        QCOMPARE(spoken(stage.cell(0)->childItems().first()), u"Grouping: FORYOU"_s);
+        auto *const cell = stage.videosOf(0)->cellForRow(1)->childItems().first();
+        QCOMPARE(spoken(cell), u"ListItem: Video 2, 1:02, For you"_s);
+        pressByScreenReader(cell);
+        QVERIFY(stage.waitForPicks(1));
+        QCOMPARE(stage.picks->videos.front()->title(), u"Video 2"_s);
+    }
+
+    /// A row begins at the right, whatever its length, and is scrolled by the keyboard to the left.
+    void mirroredCategories()
+    {
+        for (const int count : {1, 40}) {
+            QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+            Stage stage;
+            QVERIFY(stage.fill(count, {u"FORYOU"_s}));
+            auto *const videos = stage.videosOf(0);
+            const auto right = [&](qint64 number) {
+                const auto *cell = videos->cellForRow(number);
+                return cell ? cell->mapRectToItem(stage.items(), QRectF({}, cell->size())).right() : -1;
+            };
+            constexpr double edge = 400 - 16;
+            QVERIFY(waitUntil([&] { return qFuzzyCompare(right(0), edge); }));
+            stage.items()->setWidth(480);
+            QVERIFY2(waitUntil([&] { return qFuzzyCompare(right(0), edge + 80); }), "after a change of the width, too");
+
+            stage.items()->forceActiveFocus(Qt::TabFocusReason);
+            stage.key(Qt::Key_End);
+            QCOMPARE(videos->currentRow(), count - 1);
+            QVERIFY(videos->cellForRow(count - 1));
+            stage.key(Qt::Key_Home);
+            QCOMPARE(right(0), edge + 80);
+        }
+    }
+
+    void keyboard()
+    {
+        Stage stage;
+        QVERIFY(stage.fill(6, manyCategories(10)));
+        const auto marked = [&] {
+            QStringList found;
+            for (const auto *row : stage.rows()) {
+                for (const auto *cell : row->videosCollectionView()->shownCells()) {
+                    if (cell->isCurrent())
+                        found.append(u"%1.%2"_s.arg(row->row()).arg(cell->row()));
+                }
+            }
+            return found;
+        };
+        stage.window.below.setFocus(false);
+        stage.key(Qt::Key_Tab);
+        QVERIFY(stage.items()->hasActiveFocus() && stage.rowsAreLaidOut());
+        QCOMPARE(marked(), QStringList{u"0.0"_s});
+        const std::pair<Qt::Key, QString> steps[] =
+            {
+                {Qt::Key_Right, u"0.1"_s},  {Qt::Key_Right, u"0.2"_s}, {Qt::Key_Down, u"1.0"_s},
+                {Qt::Key_End, u"1.5"_s},    {Qt::Key_Up, u"0.2"_s},    {Qt::Key_Home, u"0.0"_s},
+                {Qt::Key_Left, u"0.0"_s},   {Qt::Key_Up, u"0.0"_s},    {Qt::Key_PageDown, u"2.0"_s},
+                {Qt::Key_PageUp, u"0.0"_s}, {Qt::Key_Down, u"1.5"_s}, // Each row keeps its place.
+                {Qt::Key_Down, u"2.0"_s},   {Qt::Key_Down, u"3.0"_s},  {Qt::Key_Down, u"4.0"_s},
+            };
+        for (const auto &[key, place] : steps) {
+            stage.key(key);
+            QVERIFY(stage.rowsAreLaidOut());
+            QCOMPARE(marked(), QStringList{place});
+        }
+        QVERIFY(stage.offset() > 0);
+        stage.key(Qt::Key_Return);
+        QVERIFY(stage.waitForPicks(1));
+        QCOMPARE(stage.picks->videos[0], stage.row(4)->recommendations()[0]);
+    }
+};
+
+UI_TEST_MAIN(tst_CategoryView)
+#include "tst_CategoryView.moc"

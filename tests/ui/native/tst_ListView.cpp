@@ -1,0 +1,357 @@
+#include "NativeViews.h"
+#include "ZVCollectionView.h"
+#include "ZVVideoCollectionViewCell.h"
+#include <ZelvanoUI/ZVListView.h>
+
+#include <QPainter>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace zelvano;
+
+namespace {
+
+using Stage = NativeStage<ZVListView>;
+
+std::shared_ptr<ZVVideoParams> video(const QJsonObject &params, bool hasImage = false)
+{
+    const auto video = std::make_shared<ZVVideoParams>(params);
+    if (hasImage)
+        video->setImage(QImage(32, 18, QImage::Format_RGB32));
+    return video;
+}
+
+std::unique_ptr<ZVVideoCollectionViewCell> newCell()
+{
+    return std::unique_ptr<ZVVideoCollectionViewCell>(ZVVideoCollectionViewCell::create());
+}
+
+} // namespace
+
+/// The list, and the cells that it and the rows of categories show.
+class tst_ListView : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cleanup() { QGuiApplication::setLayoutDirection(Qt::LayoutDirectionAuto); }
+    void arrivalOrderThenServiceOrder()
+    {
+        Stage stage;
+        QVERIFY(stage.window.appear());
+        QCOMPARE(stage.view->inset(), 0.0);
+        const auto file = pictureFile({200, 100});
+        const auto recommendation = recommendationOf({videoJson(0, stage.picture(u"0"_s, file, 500ms)),
+                                                      videoJson(1, stage.picture(u"1"_s, file, 1000ms)),
+                                                      videoJson(2, stage.picture(u"2"_s, file))});
+        stage.view->setRecommendations(recommendation);
+        QVERIFY(stage.waitForItems(1));
+        QCOMPARE(stage.titles(), QStringList{u"Video 2"_s});
+        // By row: hosts of the unsorted list rely on the recommendation's order.
+        stage.cell(0)->activate();
+        QVERIFY(stage.waitForPicks(1));
+        QCOMPARE(stage.picks->videos[0], recommendation->videoList()[0]);
+        QVERIFY(stage.waitForItems(2));
+        QCOMPARE(stage.titles(), (QStringList{u"Video 2"_s, u"Video 0"_s}));
+        QVERIFY(stage.waitForItems(3));
+        QCOMPARE(stage.titles(), (QStringList{u"Video 0"_s, u"Video 1"_s, u"Video 2"_s}));
+
+        QVERIFY(qAbs(stage.view->inset() - 11.2) < 0.001);
+        for (const auto &video : recommendation->videoList()) { // The records are the recommendation's own.
+            QVERIFY(qAbs(video->size().width() - 143.2) < 0.001);
+            QCOMPARE(video->size().height(), video->size().width()); // The cell comes before the image does.
+            QVERIFY(waitUntil([&] { return !video->image().isNull(); }));
+        }
+        QCOMPARE(stage.cell(2)->position(), QPointF(11, 166)); // Whole pixels.
+        QVERIFY(waitUntil([&] { return outletOf(stage.cell(2), u"iconImageView"_s)->opacity() == 1; }));
+        for (const qint64 row : {3, -1})
+            stage.view->didSelectItemAtIndexPath(nullptr, {row});
+        QCOMPARE(stage.picks->videos.size(), 1U);
+    }
+
+    void shapeOfKnownImages()
+    {
+        Stage stage;
+        const auto recommendation = recommendationOf(videosJson(3));
+        const auto wide = recommendation->videoList()[0];
+        wide->setImage(QImage(200, 100, QImage::Format_RGB32));
+        stage.view->setRecommendations(recommendation);
+        for (const auto &video : recommendation->videoList())
+            stage.view->insertNewRecommendation(video);
+        QVERIFY(qAbs(wide->size().height() - 71.6) < 0.001);
+        stage.items()->layoutIfNeeded();
+        QVERIFY(stage.cell(2)->y() > 143); // Below the higher of the two.
+        for (const qint64 row : {0, 1, 2})
+            QCOMPARE(textOf(stage.cell(row), u"valueLabel"_s), QString::number(row));
+        stage.items()->setWidth(640);
+        QVERIFY(qAbs(wide->size().width() - 286.4) < 0.001 && qAbs(wide->size().height() - 143.2) < 0.001);
+    }
+
+    void furtherRecommendations()
+    {
+        Stage stage;
+        QVERIFY(stage.fill(3));
+        const int hits = stage.hits();
+        auto videos = stage.videos(3);
+        stage.view->setRecommendations(recommendationOf(videos));
+        QVERIFY(flushMainQueue());
+        QCOMPARE(stage.view->videoCells().size(), 3U);
+        videos.prepend(videoJson(7, stage.picture(u"new"_s, gifFile())));
+        QVERIFY(stage.show(videos, 4));
+        QCOMPARE(stage.hits(), hits);
+        stage.view->setRecommendations(nullptr);
+        QVERIFY(flushMainQueue());
+        QCOMPARE(stage.view->videoCells().size(), 4U);
+
+        stage.items()->setWidth(0); // All would stand in one line of no height.
+        stage.items()->layoutIfNeeded();
+        QVERIFY(stage.items()->shownCells().empty());
+    }
+
+    /// A body that is no picture is dropped without a word, so that its video stays away; with an error it comes.
+    void badPictures()
+    {
+        Stage stage;
+        QVERIFY(stage.show({videoJson(0, stage.picture(u"bad"_s, "<!DOCTYPE html><p>Gone")),
+                            videoJson(1, QUrl(u"file:///etc/hostname"_s)),
+                            videoJson(2, stage.picture(u"good"_s, gifFile()))}, // Asked for last.
+                           2));
+        // Told by the delivery thread, and maybe after the cell has come in.
+        QVERIFY(waitUntil([&] { return stage.log.beginningWith(u"Image Fetch Error "_s).size() == 1; }));
+        QCOMPARE(stage.titles(), (QStringList{u"Video 1"_s, u"Video 2"_s}));
+        for (const auto &video : stage.view->videoCells())
+            QCOMPARE(video->size().height(), video->size().width());
+    }
+
+    void oddVideos()
+    {
+        Stage stage;
+        const auto url = stage.picture(u"odd"_s, gifFile());
+        const QStringList titles{QString(10000, u'W'), u"مقطع فيديو قصير عن البحر"_s,
+                                 u"👩‍👩‍👧‍👦🎬🌊"_s, u"<b>\n\n&amp;</b>"_s};
+        QJsonArray videos{videoJson(1, url), videoJson(1, url), QJsonObject()}; // The same id, and none.
+        for (const auto &title : titles)
+            videos.prepend(QJsonObject{{"title"_L1, title}, {"imageUrl"_L1, url.toString()}});
+        videos.append(QJsonObject{{"durationSec"_L1, {}}, {"imageUrl"_L1, 7}, {"title"_L1, QJsonArray{}}});
+        QVERIFY(stage.show(videos, videos.size()));
+        stage.items()->layoutIfNeeded();
+        for (const auto *cell : stage.items()->shownCells()) {
+            const auto *label = outletOf(cell, u"titleLable"_s);
+            QVERIFY(QRectF({}, cell->size()).contains(label->mapRectToItem(cell, {{}, label->size()})));
+        }
+        QCOMPARE(stage.titles().first(titles.size()), QStringList(titles.rbegin(), titles.rend()));
+        QVERIFY(stage.log.count(u"Error(secToTime):: duration is <null>"_s) > 0);
+        // Now that such videos have cells, another without an id is known, and so is one with this id.
+        stage.view->setRecommendations(recommendationOf({QJsonObject(), videoJson(1, url)}));
+        QVERIFY(flushMainQueue());
+        QCOMPARE(stage.view->videoCells().size(), std::size_t(videos.size()));
+    }
+
+    void tapReports()
+    {
+        for (const auto pointer : {Pointer::Mouse, Pointer::Touch}) {
+            Stage stage;
+            QVERIFY(stage.fill(10));
+            tap(stage.window, pointer, centreOf(stage.cell(3)));
+            QVERIFY(stage.waitForPicks(1));
+            QCOMPARE(stage.picks->videos[0], stage.view->recommendations()->videoList()[3]);
+            QCOMPARE(stage.window.below.presses + stage.window.below.touches, 0);
+
+            drag(stage.window, pointer, centreOf(stage.cell(2)), {0, -120}); // Scrolls, and picks nothing.
+            QVERIFY(waitUntil([&] { return stage.offset() > 0 && stage.isAtRest(); }));
+            QCOMPARE(stage.picks->videos.size(), 1U);
+        }
+    }
+
+    void pressThatHaltsAFlick()
+    {
+        Stage stage;
+        QVERIFY(stage.fill(300));                         // More than are asked for at once; cells are reused.
+        QVERIFY(stage.items()->cellCount() <= 3 * 2 * 4); // Screenfuls, columns, and lines of 154 in a screen of 480.
+        QMetaObject::invokeMethod(stage.items()->scroller(), "flick", Q_ARG(qreal, 0), Q_ARG(qreal, -1500));
+        QVERIFY(waitUntil([&] { return stage.offset() > 50; }));
+        const auto tapInTheMiddle = [&] {
+            const auto isBelowTheTop = [](auto *cell) { return centreOf(cell).y() > 100; }; // Others stand outside.
+            const auto cells = stage.items()->shownCells();
+            tap(stage.window, Pointer::Touch, centreOf(*std::ranges::find_if(cells, isBelowTheTop)));
+        };
+        tapInTheMiddle();
+        QVERIFY(waitUntil([&] { return stage.isAtRest(); }));
+        QVERIFY(flushMainQueue());
+        QVERIFY(stage.picks->videos.empty());
+        tapInTheMiddle();
+        QVERIFY(stage.waitForPicks(1));
+    }
+
+    void screenReader()
+    {
+        Stage stage;
+        QVERIFY(stage.show(stage.videos(1, {u"FORYOU"_s, u"MOSTVIEWED"_s, u"MOSTRECENT"_s, u"Cats"_s, QString()}), 5));
+        QStringList all{spoken(stage.items())};
+        for (const auto *cell : stage.items()->shownCells())
+            all.append(spoken(cell->childItems().first()));
+        QCOMPARE(all, (QStringList{u"List: Recommended videos"_s, u"ListItem: Video 0, 1:00, For you"_s,
+                                   u"ListItem: Video 1, 1:01, Most viewed"_s, u"ListItem: Video 2, 1:02, Most recent"_s,
+                                   u"ListItem: Video 3, 1:03, Cats"_s, u"ListItem: Video 4, 1:04"_s}));
+        auto *const cell = QAccessible::queryAccessibleInterface(stage.cell(0)->childItems().first());
+        QVERIFY(cell->state().focusable && !cell->state().focused);
+        stage.items()->forceActiveFocus(Qt::TabFocusReason);
+        QVERIFY2(cell->state().focused, "the keyboard is on the list's current cell");
+    }
+
+    void mirroredList()
+    {
+        for (const bool byApplication : {true, false}) {
+            QGuiApplication::setLayoutDirection(byApplication ? Qt::RightToLeft : Qt::LeftToRight);
+            QQmlEngine engine;
+            const auto host = mirroringItem(engine);
+            Stage stage;
+            if (!byApplication) {
+                host->setParentItem(stage.window.contentItem());
+                stage.items()->setParentItem(host.get());
+            }
+            QVERIFY(stage.fill(3));
+            const auto left = [&](qint64 row) { return stage.cell(row)->x(); };
+            QVERIFY(waitUntil([&] { return left(0) > left(1); }));
+            QCOMPARE(left(2), left(0));
+            const auto *badge = outletOf(stage.cell(0), u"valueHolderView"_s);
+            QVERIFY2(badge->x() > stage.cell(0)->width() / 2, "the cells are mirrored, too");
+
+            stage.items()->forceActiveFocus(Qt::TabFocusReason);
+            stage.key(Qt::Key_Left);
+            QCOMPARE(stage.items()->currentRow(), 1);
+            stage.key(Qt::Key_Right);
+            QCOMPARE(stage.items()->currentRow(), 0);
+        }
+    }
+
+    void keyboard()
+    {
+        Stage stage;
+        QVERIFY(stage.fill(40));
+        const auto marked = [&] {
+            QList<qint64> rows;
+            for (const auto *cell : stage.items()->shownCells()) {
+                if (cell->isCurrent())
+                    rows.append(cell->row());
+            }
+            return rows;
+        };
+        stage.window.below.setFocus(false);
+        stage.key(Qt::Key_Tab);
+        QVERIFY(stage.items()->hasActiveFocus());
+        QCOMPARE(marked(), QList<qint64>{0});
+        const std::vector<std::pair<Qt::Key, qint64>> steps{
+            {Qt::Key_Right, 1}, {Qt::Key_Down, 3},  {Qt::Key_Left, 2}, {Qt::Key_Up, 0},       {Qt::Key_Up, 0},
+            {Qt::Key_End, 39},  {Qt::Key_Down, 39}, {Qt::Key_Home, 0}, {Qt::Key_PageDown, 6}, {Qt::Key_PageUp, 0},
+        };
+        for (const auto &[key, row] : steps) {
+            stage.key(key);
+            QCOMPARE(marked(), QList<qint64>{row});
+        }
+        for (const auto key : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Enter})
+            stage.key(key);
+        QVERIFY(stage.waitForPicks(3));
+        stage.window.below.forceActiveFocus();
+        QCOMPARE(marked(), QList<qint64>());
+    }
+
+    void secToTime()
+    {
+        const std::pair<QJsonValue, const char *> cases[] = {
+            {59, "0:59"},           {60, "1:00"},
+            {3725, "62:05"},        {61.9, "1:01"},
+            {-61, "-1:-1"},         {u"61"_s, "1:01"},
+            {u"an hour"_s, "0:00"}, {QJsonObject(), "0:00"},
+            {1e300, "35791394:07"}, {QJsonValue(QJsonValue::Undefined), "0:00"},
+        };
+        const LogCollector log;
+        for (const auto &[seconds, text] : cases)
+            QCOMPARE(ZVVideoCollectionViewCell::secToTime(seconds), QLatin1StringView(text));
+        QCOMPARE(log.lines(), QStringList());
+        QVERIFY(ZVVideoCollectionViewCell::secToTime(QJsonValue::Null).isNull());
+        QCOMPARE(log.lines(), QStringList{u"Error(secToTime):: duration is <null>"_s});
+    }
+
+    void cell()
+    {
+        const auto cell = newCell();
+        QVERIFY(cell->clip()); // Its shadow ends at the edge.
+        QCOMPARE(cell->shadowRadius(), cell->width() * double(shadowWidthPercent));
+        const auto params =
+            video({{"title"_L1, u"<b>A title</b>"_s}, {"durationSec"_L1, 61}, {"category"_L1, u"FORYOU"_s}});
+        params->setIndex(12);
+        cell->setSize({400, 300});
+        cell->setParams(params);
+        QStringList texts;
+        for (const auto &outlet : {u"titleLable"_s, u"durationLabel"_s, u"valueLabel"_s})
+            texts.append(textOf(cell.get(), outlet));
+        QCOMPARE(texts, (QStringList{u"<b>A title</b>"_s, u"1:01"_s, u"12"_s}));
+        QCOMPARE(cell->titleLable()->property("textFormat").toInt(), int(Qt::PlainText));
+        QCOMPARE(cell->valueHolderView()->property("color").value<QColor>(), QColor::fromRgbF(1, 0, 0, 0.55F));
+        QCOMPARE(ZVVideoCollectionViewCell::colorForCategory(u"foryou"_s), QColor(0, 0, 0, 0));
+        QVERIFY(!cell->params());
+        const auto fontSize = [&] { return cell->titleLable()->property("font").value<QFont>().pixelSize(); };
+        QCOMPARE(fontSize(), 20);
+        cell->setWidth(200);
+        QCOMPARE(fontSize(), 10);
+    }
+
+    void fadesInOnce()
+    {
+        const auto cell = newCell();
+        auto *const picture = cell->iconImageView();
+        QCOMPARE(picture->opacity(), 0.0);
+        cell->setParams(video({}));
+        QVERIFY(picture->image().isNull());
+        QVERIFY(!picture->findChild<QAbstractAnimation *>());
+
+        cell->setParams(video({}, true));
+        const auto *fade = picture->findChild<QAbstractAnimation *>();
+        QVERIFY(fade && fade->duration() == 500);
+        QVERIFY(picture->opacity() < 1);
+        QVERIFY(waitUntil([&] { return picture->opacity() == 1 && !picture->findChild<QAbstractAnimation *>(); }));
+
+        cell->setParams(video({})); // Nothing of the former video is left but the opacity.
+        QVERIFY(picture->image().isNull());
+        QVERIFY(textOf(cell.get(), u"titleLable"_s).isEmpty());
+        cell->setParams(video({}, true));
+        QCOMPARE(picture->opacity(), 1.0);
+        QVERIFY(!picture->findChild<QAbstractAnimation *>());
+    }
+
+    void missingOutlets()
+    {
+        const auto cell = newCell();
+        delete cell->iconImageView();
+        delete cell->valueHolderView();
+        cell->setParams(video({{"title"_L1, u"x"_s}}, true));
+        cell->setParams(nullptr);
+        cell->setSize({10, 10});
+        QVERIFY(!cell->iconImageView() && !cell->valueLabel());
+    }
+
+    /// The middle of the picture shows in the cell's shape, and in the pixels of the screen.
+    void drawing()
+    {
+        HostWindow window({100, 100});
+        QVERIFY(window.appear());
+        QImage image(300, 100, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        QPainter(&image).fillRect(100, 0, 100, 100, Qt::blue);
+        ZVImageView view;
+        view.setParentItem(window.contentItem());
+        view.setSize({100, 100});
+        view.setProperty("radius", 20);
+        view.setImage(image);
+        const auto shot = window.grabWindow();
+        for (const auto &at : {QPoint(50, 50), QPoint(2, 50), QPoint(97, 50), QPoint(50, 2)})
+            QCOMPARE(shot.pixelColor(at), QColor(Qt::blue));
+        QCOMPARE(shot.pixelColor(1, 1), window.color()); // Round corners.
+        view.setImage({});
+        QCOMPARE(window.grabWindow().pixelColor(50, 50), window.color());
+    }
+};
+
+UI_TEST_MAIN(tst_ListView)
+#include "tst_ListView.moc"

@@ -1,0 +1,436 @@
+#include "Columns.h"
+#include "LogCollector.h"
+#include "WebPage.h"
+#include "ZVTopRecommendationContentView.h"
+#include <ZelvanoUI/Bundle.h>
+#include <ZelvanoUI/Sandbox.h>
+
+#include <QDesktopServices>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QScopeGuard>
+#include <QTemporaryDir>
+
+using namespace Qt::StringLiterals;
+using zelvano::ZVTopRecommendationView;
+
+namespace {
+
+constexpr QRectF firstFrame{20, 64, 300, 200};
+
+class Owner : public zelvano::ZVTopRecommendationViewDelegate
+{
+public:
+    void didSelecteRecommendation(ZVTopRecommendationView *, qint64 index) override { selected.append(index); }
+    void viewDidDismiss(ZVTopRecommendationView *) override { ++dismissals; }
+    void recommendationViewDidLoad() override
+    {
+        ++showings;
+        if (onShowing)
+            onShowing();
+    }
+
+    QList<qint64> selected;
+    int showings = 0;
+    int dismissals = 0;
+    std::function<void()> onShowing;
+};
+
+/// An overlay with its owner, in no window.
+struct Overlay
+{
+    const std::shared_ptr<Owner> owner = std::make_shared<Owner>();
+    std::unique_ptr<ZVTopRecommendationView> view = std::make_unique<ZVTopRecommendationView>(firstFrame);
+
+    Overlay() { view->setDelegate(owner); }
+    bool load(const QUrl &url)
+    {
+        view->setUrl(url);
+        return waitUntil([this] { return view->isReady(); });
+    }
+    /// Everything that the page asked for before is over when this comes back.
+    bool pageAnswers()
+    {
+        const auto before = owner->selected.size();
+        evaluate(*view, u"location.href = 'zelvano://index?77'"_s);
+        return waitUntil([&] { return owner->selected.size() > before && owner->selected.last() == 77; });
+    }
+    /// What the page was given so far, as JSON.
+    QString got() { return evaluate(*view, u"JSON.stringify(got)"_s).toString(); }
+};
+
+/// The same over a host's window.
+struct Stage : Overlay
+{
+    HostWindow window;
+    QQuickItem superview;
+
+    explicit Stage(const QRectF &frame = firstFrame, double superviewWidth = 800)
+    {
+        superview.setParentItem(window.contentItem());
+        superview.setSize({superviewWidth, 600});
+        view->setFrame(frame);
+        view->setParentItem(&superview);
+    }
+    ~Stage() { view.reset(); }
+    bool appear(const QUrl &url)
+    {
+        if (!window.appear() || !load(url))
+            return false;
+        view->setHidden(false);
+        return waitForPicture(*view);
+    }
+    QPoint at(double x, double y) const { return view->mapToScene({x, y}).toPoint(); }
+    QQuickItem *dismissControl() const
+    {
+        return reinterpret_cast<QQuickItem *>(view->contentView())->findChild<QQuickItem *>(u"dismiss"_s);
+    }
+    bool hides()
+    {
+        return waitUntil([this] { return view->isHidden(); });
+    }
+};
+
+} // namespace
+
+class tst_TopRecommendationView : public QObject
+{
+    Q_OBJECT
+
+    zelvano::sandbox::Sandbox sandbox;
+    QList<QUrl> opened; ///< What the system would start another program for.
+
+public:
+    Q_SLOT void open(const QUrl &address) { opened.append(address); }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(sandbox.start());
+        for (const auto &scheme : {u"mailto"_s, u"tel"_s, u"file"_s, u"http"_s, u"chrome"_s})
+            QDesktopServices::setUrlHandler(scheme, this, "open");
+    }
+    /// A host's own bundle may lack anything: the overlay is empty then, and the video plays on.
+    void withoutItsInterface()
+    {
+        const auto use = [](const QString &path) { zelvano::Bundle::load(*zelvano::Bundle::atPath(path)); };
+        const auto own = qScopeGuard([&] { use(u":/ZelvanoUIResources.bundle"_s); });
+        const QTemporaryDir folder;
+        const auto write = [&](const QString &name, const QByteArray &text) {
+            QFile file(folder.filePath(name));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+        };
+        write(u"Info.json"_s, "{\"CFBundleIdentifier\": \"ZelvanoUI\"}");
+        const char *const withoutWebView = "import QtQuick\nItem { property var owner }";
+        for (const char *text : {"", "import QtQuick\nItem { nothing: }",
+                                 "import QtQml\nQtObject { property var owner }", withoutWebView}) {
+            if (*text)
+                write(u"ZVTopRecommendationView.qml"_s, text);
+            use(folder.path());
+            const LogCollector log;
+            Stage stage;
+            QCOMPARE(log.lines().size(), text == withoutWebView ? 0 : 1);
+            QVERIFY(!stage.view->webView() && !stage.view->contentView());
+            stage.view->setUrl(sandbox.url(u"/layout/"_s));
+            stage.view->setJsonSuggestions(u"[]"_s);
+            stage.view->setHidden(false);
+            stage.view->setFrame({0, 0, 10, 10});
+            stage.view->didSwipe(1);
+            QVERIFY(stage.hides() && !stage.view->isReady());
+            stage.view->setDelegate(nullptr);
+        }
+    }
+
+    void loadsOneUrlOnly()
+    {
+        Overlay overlay;
+        overlay.view->setUrl(QUrl());
+        QVERIFY(overlay.load(sandbox.url(u"/layout/"_s)));
+        overlay.view->setUrl(sandbox.url(u"/second"_s));
+        QVERIFY(overlay.pageAnswers());
+        QCOMPARE(overlay.view->webView()->property("url").toUrl(), sandbox.url(u"/layout/"_s));
+        QCOMPARE(sandbox.hits(u"/second"_s), 0);
+    }
+
+    void suggestionsReachThePage()
+    {
+        Overlay overlay;
+        QVERIFY(overlay.load(listeningPage()));
+        QCOMPARE(overlay.got(), u"[null]"_s); // Nothing was set: the page is told of an absent object.
+        overlay.view->setJsonSuggestions(u"[1]"_s);
+        overlay.view->setJsonSuggestions(u"[{\"a\": 2}]"_s);
+        QVERIFY(flushMainQueue());
+        QCOMPARE(overlay.got(), u"[null,[{\"a\":2}],[{\"a\":2}]]"_s); // Pushed for each call, as it is by then.
+        evaluate(*overlay.view, u"got = []; location.href = 'zelvano://ready?again'"_s);
+        QVERIFY(waitForPage(*overlay.view, u"got.length"_s));
+        QCOMPARE(overlay.got(), u"[[{\"a\":2}]]"_s);
+        overlay.view->setJsonSuggestions(u"[3]"_s);
+        overlay.view.reset(); // With the push pending.
+        QVERIFY(flushMainQueue());
+    }
+
+    void anyTextIsJsonForThePage()
+    {
+        const QStringList texts{
+            u"\"'`\\ \\\" ${got} '); alert(1); ("_s,
+            u"</script><script>got = 'taken'</script><!--"_s,
+            u"a\u2028b\u2029c\r\nd\u0085"_s,
+            u"\x01\x1f\x7f\t\b"_s + QChar(u'\0') + u"end"_s,
+            u"\U0001F600 \u0645\u0631\u062d\u0628\u0627 \u202e right to left"_s,
+            u"\u00e4\"\\"_s.repeated(200000),
+        };
+        Overlay overlay;
+        QVERIFY(overlay.load(listeningPage()));
+        QJsonArray videos;
+        for (const auto &text : texts)
+            videos.append(QJsonObject{{u"title"_s, text}, {text.left(50), true}});
+        overlay.view->setJsonSuggestions(QString::fromUtf8(QJsonDocument(videos).toJson()));
+        QVERIFY(flushMainQueue());
+        const auto arrived = QJsonDocument::fromJson(overlay.got().toUtf8()).array().at(1).toArray();
+        for (qsizetype i = 0; i < videos.size(); ++i)
+            QVERIFY2(arrived.at(i) == videos.at(i), qPrintable(texts[i].left(50)));
+    }
+
+    void navigations()
+    {
+        const auto beyond = "zelvano://index?" + QByteArray(5000, '9');
+        const std::tuple<QByteArray, bool, QList<qint64>> cases[] = {
+            {beyond, false, {2147483647}},
+            {"zelvano://ready", false, {}},
+            {"zelvano://already/index?2&ready", false, {}},
+            {"zelvano://index?2", false, {2}},
+            {"zelvano://video/reindexed?5", false, {5}},
+            {"ZELVANO://index?2", false, {2}},
+            {"zelvano://index?abc", false, {0}},
+            {"zelvano://index?", false, {0}},
+            {"zelvano://index?12abc3", false, {12}},
+            {"zelvano://index?3?4", false, {3}},
+            {"zelvano://index?+7", false, {7}},
+            {"zelvano://index?-1", false, {-1}},
+            {"zelvano://index?99999999999", false, {2147483647}},
+            {"zelvano://index?-99999999999", false, {-2147483648}},
+            {"zelvano://index", false, {}},
+            {"zelvano://index/2", false, {}},
+            {"zelvano://other?2", false, {}},
+            {"http://127.0.0.1/index?2", true, {}},
+            {"zelvano-x://index?2", true, {}},
+            {"http://127.0.0.1/?zelvano://ready", true, {}},
+            {"zelvano:index?2", true, {}},
+            {"", true, {}},
+        };
+        for (const auto &[text, loads, selected] : cases) {
+            const Case current(text);
+            const auto address = QString::fromLatin1(text);
+            const LogCollector log;
+            Overlay overlay;
+            overlay.view->setIsFirstLoad(false);
+            QCOMPARE(overlay.view->shouldStartLoadWithRequest(QUrl(address)), loads);
+            QCOMPARE(overlay.view->isReady(), !loads && address.contains("ready"_L1));
+            QCOMPARE(overlay.owner->selected, selected);
+            QCOMPARE(overlay.view->isFirstLoad(), !selected.isEmpty());
+            const bool isDropped = address.startsWith("zelvano://index"_L1) && !address.contains(u'?');
+            QCOMPARE(log.lines().size(), isDropped ? 1 : 0);
+        }
+    }
+
+    void pageSendsCommands()
+    {
+        Overlay overlay;
+        QVERIFY(overlay.load(listeningPage()));
+        for (const auto &script :
+             {u"location.href = 'zelvano://index?6'"_s, u"location.assign('zelvano://index?6')"_s,
+              u"location.replace('ZELVANO://index?6')"_s, u"window.open('zelvano://index?6', '_self')"_s,
+              u"const a = document.createElement('a'); a.href = 'zelvano://index?6'; a.click()"_s}) {
+            overlay.owner->selected.clear();
+            evaluate(*overlay.view, script);
+            QVERIFY2(waitUntil([&] { return overlay.owner->selected == QList<qint64>{6}; }), qPrintable(script));
+        }
+        overlay.owner->selected.clear();
+        evaluate(*overlay.view, u"location.href = 'zelvano://other?2'; location.href = 'other://index?2'"_s);
+        QVERIFY(overlay.pageAnswers());
+        QCOMPARE(overlay.owner->selected, QList<qint64>{77});
+        QCOMPARE(overlay.got(), u"[null]"_s); // Still the same page.
+    }
+
+    void showingTellsTheOwnerFirst()
+    {
+        Stage stage;
+        bool wasHidden = false;
+        stage.owner->onShowing = [&] { wasHidden = stage.view->isHidden() && !stage.view->isVisible(); };
+        for (int showing = 1; showing <= 2; ++showing) {
+            stage.view->setHidden(false);
+            QVERIFY(stage.view->isVisible() && wasHidden == (showing == 1));
+            QCOMPARE(stage.owner->showings, showing);
+        }
+        stage.view->setHidden(true);
+        QVERIFY(!stage.view->isVisible());
+        stage.view->setParentItem(nullptr);
+        stage.view->setParentItem(&stage.superview);
+        QCOMPARE(stage.owner->showings, 2);
+        QVERIFY(stage.view->isHidden());
+    }
+
+    void tapInThePage()
+    {
+        for (const auto pointer : {Pointer::Mouse, Pointer::Touch}) {
+            Stage stage({100, 50, 640, 360});
+            stage.view->setJsonSuggestions(u"[{}, {}, {\"title\": \"Video\", \"durationSec\": 12}, {}]"_s);
+            QVERIFY(stage.appear(sandbox.url(u"/layout/"_s)));
+            QVERIFY(waitForPage(*stage.view, u"document.querySelectorAll('[data-index]').length === 4"_s));
+            tap(stage.window, pointer, centreOfVideo(*stage.view, 2));
+            QVERIFY(waitUntil([&] { return !stage.owner->selected.isEmpty(); }));
+            QCOMPARE(stage.owner->selected, QList<qint64>{2});
+            QVERIFY(!stage.view->isHidden());
+            QCOMPARE(stage.window.below.presses + stage.window.below.touches, 0);
+        }
+    }
+
+    void swipe()
+    {
+        for (const auto pointer : {Pointer::Mouse, Pointer::Touch}) {
+            for (const bool toTheRight : {true, false}) {
+                Stage stage(firstFrame, 375);
+                QVERIFY(stage.appear(listeningPage()));
+                drag(stage.window, pointer, stage.at(150, 100), {toTheRight ? 120 : -120, 10});
+                QVERIFY(!stage.view->isHidden()); // It moves out first.
+                QVERIFY(stage.hides());
+                QCOMPARE(stage.view->frame(), QRectF(toTheRight ? 675 : -300, 64, 300, 200));
+                QVERIFY(stage.owner->selected.isEmpty() && stage.owner->dismissals == 0);
+            }
+        }
+    }
+
+    void dismissControl()
+    {
+        Stage stage;
+        QQmlEngine engine;
+        const auto mirroring = mirroringItem(engine);
+        mirroring->setParentItem(stage.window.contentItem());
+        stage.superview.setParentItem(mirroring.get());
+        QVERIFY(
+            stage.appear(listeningPage(u"<style>body { margin: 0 }</style><button style='width: 100%; height: 100vh'"
+                                       " onclick=\"location.href = 'zelvano://index?1'\">x</button>"_s)));
+        auto *const control = stage.dismissControl();
+        QCOMPARE(control->x() + control->width(), 300.0); // Not mirrored.
+        QCOMPARE(spoken(control), u"Button: Close recommendations"_s);
+        QVERIFY(spoken(control->parentItem()).endsWith(": Recommended videos"_L1) && control->activeFocusOnTab());
+        tap(stage.window, Pointer::Mouse, centreOf(control));
+        QVERIFY(stage.hides());
+        QVERIFY(stage.pageAnswers());
+        QCOMPARE(stage.owner->selected, QList<qint64>{77}); // Not through to the page.
+        stage.view->setHidden(false);
+        pressByScreenReader(control);
+        QVERIFY(stage.hides());
+        for (const auto key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter}) {
+            stage.view->setHidden(false);
+            control->forceActiveFocus();
+            QTest::keyClick(&stage.window, key);
+            QVERIFY(stage.view->isHidden());
+            QCOMPARE(stage.window.activeFocusItem(), &stage.window.below);
+        }
+        QVERIFY(stage.view->frame() == firstFrame && stage.owner->dismissals == 0);
+    }
+
+    /// The focus goes back to who had it; showing takes nothing.
+    void escape()
+    {
+        Stage stage;
+        QQuickItem other(stage.window.contentItem());
+        QVERIFY(stage.appear(listeningPage(u"<input style='width: 200px; height: 150px'>"_s)));
+        other.forceActiveFocus();
+        for (const auto &focus : {QString(), u"document.body.focus()"_s, u"tap"_s}) {
+            stage.view->setHidden(false);
+            QCOMPARE(stage.window.activeFocusItem(), &other);
+            if (focus == "tap"_L1) {
+                tap(stage.window, Pointer::Touch, stage.at(100, 80));
+                QVERIFY(waitUntil([&] { return stage.view->hasActiveFocus(); }));
+                QVERIFY(waitForPage(*stage.view, u"document.activeElement === document.querySelector('input')"_s));
+            } else if (!focus.isNull()) {
+                stage.view->webView()->forceActiveFocus();
+                evaluate(*stage.view, focus);
+            }
+            QTest::keyClick(&stage.window, Qt::Key_Escape);
+            QVERIFY2(stage.hides(), qPrintable(focus));
+            QCOMPARE(stage.window.activeFocusItem(), &other);
+        }
+        stage.window.below.forceActiveFocus();
+        QTest::keyClick(&stage.window, Qt::Key_Escape); // Hidden, it leaves the key to the host.
+        QCOMPARE(stage.window.below.keys, QList<int>{Qt::Key_Escape});
+        stage.view->setHidden(false);
+        stage.view->webView()->forceActiveFocus();
+        stage.view->setDelegate(nullptr);
+        QCOMPARE(stage.window.activeFocusItem(), &stage.window.below);
+    }
+
+    void clearedDelegateTakesThePageDown()
+    {
+        Stage stage;
+        QVERIFY(stage.appear(
+            listeningPage(u"<script>setInterval(() => { location.href = 'zelvano://index?1'; }, 1)</script>"_s)));
+        QVERIFY(waitUntil([&] { return !stage.owner->selected.isEmpty(); }));
+        const QPointer<QQuickItem> page(stage.view->webView());
+        stage.view->setDelegate(nullptr);
+        QVERIFY(!stage.view->webView() && stage.view->childItems().isEmpty() && (!page || !page->window()));
+        QCOMPARE(stage.view->delegate(), stage.owner);
+
+        const auto heard = stage.owner->selected.size();
+        stage.view->setHidden(true);
+        stage.view->setHidden(false);
+        QCOMPARE(stage.owner->showings, 2);
+        stage.view->setJsonSuggestions(u"[]"_s);
+        stage.view->setDelegate(nullptr);
+        stage.view->didSwipe(1);
+        QVERIFY(stage.hides()); // A quarter of a second, in which the page would have spoken often.
+        QCOMPARE(stage.owner->selected.size(), heard);
+    }
+
+    void hostilePage_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::newRow("window")
+            << u"window.open('about:blank'); window.open('http://127.0.0.1/', 'x', 'width=90,height=90')"_s;
+        QTest::newRow("dialogs") << u"alert('a'); confirm('b'); prompt('c'); print()"_s;
+        QTest::newRow("mail") << u"location.href = 'mailto:a@b.example?subject=x'"_s;
+        QTest::newRow("file") << u"location.href = 'file:///etc/passwd'"_s;
+        QTest::newRow("browser's pages") << u"location.href = 'chrome://settings'"_s;
+        QTest::newRow("telephone")
+            << u"const f = document.createElement('iframe'); f.src = 'tel:1'; document.body.append(f)"_s;
+        const auto link = u"const a = document.createElement('a'); %1; a.click()"_s;
+        QTest::newRow("download") << link.arg(u"a.download = 'file'; a.href = 'data:application/octet-stream,x'"_s);
+        QTest::newRow("download of a page")
+            << link.arg(u"a.download = 'file.html'; a.href = URL.createObjectURL(new Blob(['x']))"_s);
+        QTest::newRow("new window link") << link.arg(u"a.target = '_blank'; a.href = 'data:text/html,x'"_s);
+        QTest::newRow("permissions")
+            << u"navigator.geolocation?.getCurrentPosition(() => {}); Notification.requestPermission();"
+               "navigator.mediaDevices?.getUserMedia({audio: true, video: true}).catch(() => {})"_s;
+        QTest::newRow("focus") << u"window.focus(); document.body.tabIndex = 0; document.body.focus()"_s;
+        QTest::newRow("close") << u"window.close()"_s;
+    }
+
+    void hostilePage()
+    {
+        QFETCH(const QString, script);
+        const QTemporaryDir downloads;
+        Stage stage;
+        QVERIFY(stage.appear(listeningPage()));
+        auto *profile = stage.view->webView()->property("profile").value<QObject *>();
+        QVERIFY(profile && profile->setProperty("downloadPath", downloads.path()));
+        const auto windows = QGuiApplication::allWindows();
+        const auto page = stage.view->webView()->property("url");
+
+        evaluate(*stage.view, script);
+        QVERIFY(stage.pageAnswers());
+        QCOMPARE(stage.owner->selected, QList<qint64>{77});
+        QCOMPARE(QGuiApplication::allWindows(), windows);
+        QCOMPARE(stage.view->webView()->property("url"), page);
+        QVERIFY(QDir(downloads.path()).isEmpty());
+        QCOMPARE(opened, QList<QUrl>());
+        QVERIFY(stage.window.visibility() == QWindow::Windowed);
+        QCOMPARE(stage.window.activeFocusItem(), &stage.window.below);
+        QVERIFY(!stage.view->isHidden());
+    }
+};
+
+UI_TEST_MAIN(tst_TopRecommendationView)
+#include "tst_TopRecommendationView.moc"
