@@ -30,6 +30,7 @@ public:
     void setTransitionQuery(std::function<bool()> query);
 
 private:
+    template<class T> friend T &immortal();
     Application() = default;
 
     QPointer<QWindow> m_keyWindow;

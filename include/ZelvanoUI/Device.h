@@ -58,6 +58,7 @@ public:
     void setOrientation(UIDeviceOrientation orientation);
 
 private:
+    template<class T> friend T &immortal();
     Device();
     ~Device() = delete;
 

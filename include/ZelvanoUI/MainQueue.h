@@ -41,6 +41,7 @@ public:
     Duration now() const;
 
 private:
+    template<class T> friend T &immortal();
     MainQueue();
     ~MainQueue() = delete;
 

@@ -31,6 +31,7 @@ public:
     UserDefaults &operator=(const UserDefaults &) = delete;
 
 private:
+    template<class T> friend T &immortal();
     UserDefaults();
     ~UserDefaults() = delete;
 

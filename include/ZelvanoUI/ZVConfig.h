@@ -35,6 +35,7 @@ public:
     void setKeepAliveInterval(double seconds);
 
 private:
+    template<class T> friend T &immortal();
     friend class ZVConfigTestAccess;
     ZVConfig() = default;
     ~ZVConfig() = delete;

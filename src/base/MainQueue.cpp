@@ -1,5 +1,7 @@
 #include <ZelvanoUI/MainQueue.h>
 
+#include "Immortal.h"
+
 #include <QBasicTimer>
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -164,9 +166,7 @@ MainQueue::MainQueue() : d(std::make_unique<Private>()) {}
 
 MainQueue &MainQueue::shared()
 {
-    // Never destroyed: objects that end with the process may still post.
-    static auto *const queue = new MainQueue;
-    return *queue;
+    return immortal<MainQueue>();
 }
 
 bool MainQueue::isMainThread()

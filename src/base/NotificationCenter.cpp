@@ -1,5 +1,6 @@
 #include <ZelvanoUI/NotificationCenter.h>
 
+#include "Immortal.h"
 #include <ZelvanoUI/MainQueue.h>
 
 #include <utility>
@@ -22,9 +23,7 @@ struct NotificationCenter::Entry
 
 NotificationCenter &NotificationCenter::defaultCenter()
 {
-    // Never destroyed: observers that end with the process still take themselves out.
-    static auto *const center = new NotificationCenter;
-    return *center;
+    return immortal<NotificationCenter>();
 }
 
 void NotificationCenter::addObserver(const void *observer, const QString &name, Handler handler, const QVariant &sender)

@@ -1,5 +1,7 @@
 #include <ZelvanoUI/Application.h>
 
+#include "Immortal.h"
+
 #include <QGuiApplication>
 
 #include <utility>
@@ -8,8 +10,7 @@ namespace zelvano {
 
 Application &Application::shared()
 {
-    static auto *const application = new Application;
-    return *application;
+    return immortal<Application>();
 }
 
 QWindow *Application::keyWindow() const

@@ -1,5 +1,6 @@
 #include <ZelvanoUI/Bundle.h>
 
+#include "Immortal.h"
 #include "JsonReading.h"
 #include "Logging.h"
 
@@ -21,12 +22,6 @@ struct LoadedBundles
     QHash<QString, Bundle> byIdentifier;
 };
 
-LoadedBundles &loadedBundles()
-{
-    static auto *const bundles = new LoadedBundles;
-    return *bundles;
-}
-
 } // namespace
 
 Bundle::Bundle(QString path, QJsonObject info) : m_path(std::move(path)), m_info(std::move(info)) {}
@@ -46,14 +41,14 @@ std::optional<Bundle> Bundle::atPath(const QString &path)
 
 void Bundle::load(const Bundle &bundle)
 {
-    auto &bundles = loadedBundles();
+    auto &bundles = immortal<LoadedBundles>();
     const QMutexLocker lock(&bundles.mutex);
     bundles.byIdentifier.insert(bundle.infoValue(u"CFBundleIdentifier"_s), bundle);
 }
 
 std::optional<Bundle> Bundle::withIdentifier(const QString &identifier)
 {
-    auto &bundles = loadedBundles();
+    auto &bundles = immortal<LoadedBundles>();
     const QMutexLocker lock(&bundles.mutex);
     const auto found = bundles.byIdentifier.constFind(identifier);
     return found == bundles.byIdentifier.cend() ? std::nullopt : std::optional(*found);

@@ -1,5 +1,6 @@
 #include <ZelvanoUI/Device.h>
 
+#include "Immortal.h"
 #include <ZelvanoUI/NotificationCenter.h>
 
 #include <QGuiApplication>
@@ -50,9 +51,7 @@ Device::Device() : m_systemVersion(QSysInfo::productVersion())
 
 Device &Device::current()
 {
-    // Never destroyed: a request may be built while the process ends.
-    static auto *const device = new Device;
-    return *device;
+    return immortal<Device>();
 }
 
 void Device::followScreen()

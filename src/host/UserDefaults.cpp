@@ -1,5 +1,6 @@
 #include <ZelvanoUI/UserDefaults.h>
 
+#include "Immortal.h"
 #include "Logging.h"
 
 #include <QDeadlineTimer>
@@ -90,9 +91,7 @@ UserDefaults::UserDefaults() : d(new Private) {}
 
 UserDefaults &UserDefaults::standard()
 {
-    // Never destroyed: an answer may come in while the process ends.
-    static auto *const defaults = new UserDefaults;
-    return *defaults;
+    return immortal<UserDefaults>();
 }
 
 QString UserDefaults::stringForKey(const QString &key) const

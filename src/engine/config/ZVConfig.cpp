@@ -1,5 +1,6 @@
 #include <ZelvanoUI/ZVConfig.h>
 
+#include "Immortal.h"
 #include "JsonReading.h"
 
 #include <QJsonArray>
@@ -10,9 +11,7 @@ using namespace Qt::StringLiterals;
 
 ZVConfig &ZVConfig::shared()
 {
-    // Never destroyed: an answer may come in while the process ends.
-    static auto *const config = new ZVConfig;
-    return *config;
+    return immortal<ZVConfig>();
 }
 
 std::optional<QJsonObject> ZVConfig::params() const

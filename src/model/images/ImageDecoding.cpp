@@ -1,5 +1,7 @@
 #include "ImageDecoding.h"
 
+#include "Immortal.h"
+
 #include <QBuffer>
 #include <QCoreApplication>
 #include <QImageReader>
@@ -43,10 +45,10 @@ QSize sizeOf(const QImageReader &reader, const QByteArray &bytes)
 class DecodingPool
 {
 public:
-    static DecodingPool &shared()
+    DecodingPool()
     {
-        static auto *const pool = new DecodingPool; // Downloads may still end while static objects are destroyed.
-        return *pool;
+        m_pool.setObjectName(QStringLiteral("zelvano::DecodingPool"));
+        qAddPostRoutine([] { immortal<DecodingPool>().end(); });
     }
 
     void add(std::function<void()> job)
@@ -59,12 +61,6 @@ public:
     }
 
 private:
-    DecodingPool()
-    {
-        m_pool.setObjectName(QStringLiteral("zelvano::DecodingPool"));
-        qAddPostRoutine([] { shared().end(); });
-    }
-
     /// The application ends, and nobody waits for the pictures that have not begun.
     void end()
     {
@@ -117,7 +113,7 @@ QImage decodedImage(const QByteArray &bytes)
 
 void decodeImageLater(const QByteArray &bytes, std::function<void(const QImage &image)> completion)
 {
-    DecodingPool::shared().add([bytes, completion = std::move(completion)] { completion(decodedImage(bytes)); });
+    immortal<DecodingPool>().add([bytes, completion = std::move(completion)] { completion(decodedImage(bytes)); });
 }
 
 } // namespace zelvano

@@ -1,6 +1,7 @@
 #include <ZelvanoUI/ZVImagesFetcher.h>
 
 #include "ImageDecoding.h"
+#include "Immortal.h"
 #include <ZelvanoUI/UrlSession.h>
 
 #include <utility>
@@ -39,8 +40,7 @@ void download(const QUrl &url, const QString &key, ZVImagesFetcher::Completion c
 
 ImagesCache &ZVImagesFetcher::cachedImages()
 {
-    static auto *const cache = new ImagesCache; // Downloads may still end while static objects are destroyed.
-    return *cache;
+    return immortal<ImagesCache>();
 }
 
 void ZVImagesFetcher::fetchImageAtURL(const QUrl &url, Completion completion)
