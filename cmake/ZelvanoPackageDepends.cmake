@@ -14,7 +14,7 @@ endmacro()
 
 # The modules that the QML files of a folder, or a module, import.
 macro(zelvano_add_qml_depends component folder)
-    execute_process(COMMAND "${source}/scripts/qml-depends.sh" "${folder}"
+    execute_process(COMMAND "${source}/cmake/qml-depends.sh" "${folder}"
         OUTPUT_VARIABLE packages OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     string(REPLACE "\n" ";" packages "${packages}")
     zelvano_add_depends(${component} ${packages})

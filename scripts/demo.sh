@@ -32,7 +32,7 @@ if [ "$status" -ne 0 ]; then
   tail -n 5 "$out/stderr.log" >&2
   exit "$status"
 fi
-[ ! -f "$out/trace.jsonl" ] || scripts/timeline.sh "$out/trace.jsonl"
+[ ! -f "$out/trace.jsonl" ] || demo/timeline.sh "$out/trace.jsonl"
 echo
 echo "Screenshots: $(ls "$out"/*.png | tr '\n' ' ')"
 echo "Trace:       $out/trace.jsonl"

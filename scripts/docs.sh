@@ -4,6 +4,6 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/snippets.py "$@"
+docs/snippets.py "$@"
 scripts/api.sh "$@"
 echo "The reference is build/docs/html/index.html."

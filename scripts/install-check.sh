@@ -212,7 +212,7 @@ check_declared() {
 }
 
 check_qml_declared() {
-  comm -13 <(package_depends "$1" | sort -u) <(scripts/qml-depends.sh "$2") >"$work/missing"
+  comm -13 <(package_depends "$1" | sort -u) <(cmake/qml-depends.sh "$2") >"$work/missing"
   [ ! -s "$work/missing" ] || fail "$1 imports QML modules and does not depend on $(xargs <"$work/missing")"
 }
 

@@ -3,7 +3,7 @@
 # imported, by its .qml files, by its qmldir, or by a module that they import. Fails when an import of the folder's own
 # is owned by no package.
 set -euo pipefail
-folder=${1:?usage: scripts/qml-depends.sh FOLDER}
+folder=${1:?usage: cmake/qml-depends.sh FOLDER}
 
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
