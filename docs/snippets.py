@@ -61,7 +61,7 @@ def main():
         text = document.read_text()
         renewed = BLOCK.sub(lambda found: found[1] + part_of(found[2], found[3]) + found[5], text)
         if renewed != text and check:
-            faults.append(f"{document.relative_to(root)}: its code is not the examples': docs/snippets.py renews it")
+            faults.append(f"{document.relative_to(root)}: its code is not the examples': scripts/docs.sh renews it")
         elif renewed != text:
             document.write_text(renewed)
         faults += broken_links(document, renewed)

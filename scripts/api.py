@@ -192,7 +192,7 @@ def qml_file(path):
 def main():
     folder, description = (pathlib.Path(argument) for argument in sys.argv[1:])
     headers, bare = cpp(folder)
-    print("The public interface: what hosts see of each header, then the QML types. Made by scripts/api.sh.")
+    print("The public interface: what hosts see of each header, then the QML types. Made by scripts/docs.sh.")
     for header in sorted(headers):
         print(f"\n{header}")
         for _, lines in sorted(headers[header]):
