@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds and runs the demo: a window where there is a display, else a scripted session under Xvfb that leaves its
-# screenshots and its trace in demo-output/. Arguments go to the demo; see --help.
+# Builds and runs the demo: in a window where there is a display, otherwise a scripted session under Xvfb that leaves
+# screenshots and a trace in demo-output/. Arguments go to the demo; see --help.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
@@ -24,7 +24,7 @@ chmod 700 "$runtime"
 script=demo/session.script
 case " $* " in *" --player kaltura "* | *" --player=kaltura "*) script=demo/kaltura.script ;; esac
 status=0
-# The web and media engines report on themselves at length; what the demo itself says on stderr comes last.
+# The web and media engines write much to stderr. The demo's own error comes last.
 XDG_RUNTIME_DIR=$runtime xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' \
   "$demo" --script "$script" --screenshots "$out" --trace "$out/trace.jsonl" \
   --defaults "$out/defaults.ini" "$@" 2>"$out/stderr.log" || status=$?
@@ -32,7 +32,7 @@ if [ "$status" -ne 0 ]; then
   tail -n 5 "$out/stderr.log" >&2
   exit "$status"
 fi
-[ ! -f "$out/trace.jsonl" ] || demo/timeline.sh "$out/trace.jsonl"
+[ ! -f "$out/trace.jsonl" ] || demo/timeline.py "$out/trace.jsonl"
 echo
 echo "Screenshots: $(ls "$out"/*.png | tr '\n' ' ')"
 echo "Trace:       $out/trace.jsonl"

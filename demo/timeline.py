@@ -1,12 +1,11 @@
-#!/usr/bin/env bash
-# Prints a demo's trace as a person reads it: time, thread, kind, and the heart of each occurrence.
-set -euo pipefail
-python3 - "$1" <<'PYTHON'
+#!/usr/bin/env python3
+"""timeline.py TRACE: prints a demo's trace for reading: time, thread, kind and the main value of each entry."""
 import json
 import sys
 
-shown = {
-    "request": lambda e: f'{e["method"]} {e["url"]} {e.get("body", {}).get("type", "")} {e.get("body", {}).get("position", "")}',
+SHOWN = {
+    "request": lambda e: f'{e["method"]} {e["url"]} {e.get("body", {}).get("type", "")} '
+                         f'{e.get("body", {}).get("position", "")}',
     "listener": lambda e: f'{e["what"]} {e.get("state", "")}{", ".join(e.get("videos", []))}',
     "delegate": lambda e: f'{e["what"]} {e.get("title", "")}',
     "overlay": lambda e: f'{e["what"]} {e.get("frame", "")}{e.get("value", "")}',
@@ -15,8 +14,8 @@ shown = {
     "script": lambda e: f'{e["what"]} {e["value"]}',
     "summary": lambda e: ", ".join(f"{k} {v}" for k, v in e.items() if k not in ("ms", "kind", "thread")),
 }
+
 for line in open(sys.argv[1]):
     entry = json.loads(line)
-    if entry["kind"] in shown:
-        print(f'{entry["ms"]:7d} ms  {entry["thread"]:7}  {entry["kind"]:12}  {shown[entry["kind"]](entry).rstrip()}')
-PYTHON
+    if entry["kind"] in SHOWN:
+        print(f'{entry["ms"]:7d} ms  {entry["thread"]:7}  {entry["kind"]:12}  {SHOWN[entry["kind"]](entry).rstrip()}')
