@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
-# Prints the Debian packages that a folder of .qml files, or a QML module, needs, one a line: those that own the modules
-# imported, by its .qml files, by its qmldir, or by a module that they import. Fails when an import of the folder's own
-# is owned by no package.
+# Prints the Debian packages that a folder of .qml files, or a QML module, needs, one on each line. These packages own the
+# modules that the .qml files and the qmldir import, directly or through another module. Fails when no package owns a
+# direct import.
 set -euo pipefail
 folder=${1:?usage: cmake/qml-depends.sh FOLDER}
 
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
 find "$folder" -name '*.qml' -exec cp -t "$copy" {} +
-# What a module written in C++ imports stands in its qmldir alone.
+# A module written in C++ lists its imports only in its qmldir.
 {
   find "$folder" -name qmldir -exec sed -nE 's/^(depends|import) ([A-Za-z.]+).*/import \2/p' {} +
   echo 'QtObject {}'
@@ -33,9 +33,9 @@ while read -r module path; do
       if [ "$path" != - ]; then
         dpkg -S "$path/qmldir" | sed 's/:.*//'
       elif grep -qE "^import $module( |;|\$)" "$copy"/*.qml; then
-        echo "qml-depends.sh: $folder imports $module, which no installed package owns" >&2
+        echo "qml-depends.sh: no installed package owns $module, which $folder imports" >&2
         exit 1
-      fi # Else an import of a module of Qt's: its package declares what it needs.
+      fi # Otherwise a module of Qt imports it, and its package declares the dependency.
       ;;
   esac
 done <<<"$scanned" | sort -u

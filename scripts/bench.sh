@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
-# Runs the benchmarks and writes their tables into docs/performance.md. With --short it runs them once, writes nothing,
-# and fails when a figure is ten times from what is wanted.
-# All load goes to 127.0.0.1.
+# Runs the benchmarks and writes their tables into docs/performance.md. With --short it runs each once, writes nothing
+# and fails when a figure is ten times worse than its target. All load goes to 127.0.0.1.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 short=false
@@ -12,7 +11,7 @@ case "${1:-}" in
 esac
 
 preset=release
-$short && preset=package # As fast, and CI has built it for the packages.
+$short && preset=package # Equally optimised, and CI has already built it for the packages.
 build=build/$preset
 scripts/setup.sh
 cmake --preset "$preset" >/dev/null
@@ -20,8 +19,8 @@ cmake --build --preset "$preset" --target zelvano_bench zelvano-demo
 results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
 
-# run PROGRAM OPTION...: repetitions of different benchmarks take turns, so that a change of the machine's mood hits
-# them alike.
+# run PROGRAM OPTION...: interleaves the repetitions of different benchmarks, so that a slow phase of the machine affects
+# all of them.
 run() {
   local program=$1
   shift
@@ -29,14 +28,14 @@ run() {
     --benchmark_counters_tabular=true --benchmark_out="$results/$program.json" --benchmark_out_format=json "$@"
 }
 
-# line PROGRAM TIMES: each in a process of its own, which prints a line.
+# line PROGRAM TIMES: runs the program TIMES times; each run prints one line.
 line() {
   for _ in $(seq "$2"); do
     timeout 60 "$build/bench/$1" | tee -a "$results/$1.jsonl"
   done
 }
 
-# stalls SCRIPT TIMES: a session of the demo on a screen of its own, without its screenshots, which take their time.
+# stalls SCRIPT TIMES: runs a demo session under Xvfb. It leaves out screenshots, because they stall the main thread.
 stalls() {
   sed '/^screenshot /d' "$1" >"$results/session.script"
   for i in $(seq "$2"); do
@@ -47,7 +46,7 @@ stalls() {
   done
 }
 
-# The views draw into memory: what is measured is not the screen.
+# The views draw into memory, so that the figures exclude the screen.
 export QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software
 [ "$(id -u)" -ne 0 ] || export QTWEBENGINE_DISABLE_SANDBOX=1 # Chromium refuses to run as root with its sandbox on.
 

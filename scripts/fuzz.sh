@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs each fuzzer for so many seconds, 20 unless told, or ten million inputs if these are tried sooner. What it learns
-# stays in build/fuzz; an input that fails is written to build/fuzz/found, and belongs into fuzz/corpus with the fix.
+# fuzz.sh [SECONDS]: runs each fuzzer for SECONDS, 20 by default, or for ten million inputs. New inputs stay in
+# build/fuzz/learnt. A failing input is written to build/fuzz/found: add it to fuzz/corpus together with the fix.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-20}

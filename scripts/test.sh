@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds everything and passes the tests. Arguments go to ctest, "-R Zelvano" say.
+# Builds everything and runs the tests. Arguments go to ctest, for example "-R Zelvano".
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
