@@ -2,6 +2,7 @@
 
 #include "ZVAPIResponse.h"
 #include <ZelvanoUI/PlayerSubscription.h>
+#include <ZelvanoUI/Protocol.h>
 #include <ZelvanoUI/ZVConfig.h>
 #include <ZelvanoUI/ZVPlayerEvents.h>
 #include <ZelvanoUI/ZVRecommendation.h>
@@ -17,23 +18,6 @@
 #include <vector>
 
 namespace zelvano {
-
-// Paths of the service's calls.
-inline constexpr QLatin1StringView ZVRetrieveUserIdAPI{"users/id"};
-inline constexpr QLatin1StringView ZVRetrieveInit{"channels/init/zelvano"};
-inline constexpr QLatin1StringView ZVReadyEventAPI{"events"};
-inline constexpr QLatin1StringView ZVKeepAlive{"keepalive"};
-// Types of the two events that open a recommendation view.
-inline constexpr QLatin1StringView ZVPageEvent{"page"};
-inline constexpr QLatin1StringView ZVReadyEvent{"ready"};
-// Keys of requests and of the user defaults.
-inline constexpr QLatin1StringView ZVUserIdKey{"userId"};
-inline constexpr QLatin1StringView ZVUserUUIDKey{"userUUID"};
-inline constexpr QLatin1StringView ZVVideoIdKey{"videoId"};
-inline constexpr QLatin1StringView ZVPageUUID{"pageUUID"};
-// Where the identity stands in the service's answer.
-inline constexpr QLatin1StringView UserIdKeyPath{"data.userId"};
-inline constexpr QLatin1StringView UserUUIDKeyPath{"data.userUUID"};
 
 /// The engine: one session with the recommendation service. It is given the API key and the player, reports what the
 /// player does and tells its listeners what the service recommends.

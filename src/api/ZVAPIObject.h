@@ -2,29 +2,19 @@
 
 #include "Utilities.h"
 #include "ZVAPIResponse.h"
+#include <ZelvanoUI/Protocol.h>
 #include <ZelvanoUI/UrlSession.h>
 #include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QJsonObject>
-#include <QLatin1StringView>
 #include <QString>
 
-#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
 
 namespace zelvano {
-
-/// Base URLs of the service. Only production's is used, until the channel initialisation names another.
-inline constexpr QLatin1StringView API_URL_PROD{"http://api.zelvano.example/"};
-inline constexpr QLatin1StringView API_URL_STG{"http://api.staging.zelvano.example/"};
-inline constexpr QLatin1StringView API_URL_DEV{"http://api.dev.zelvano.example/"};
-inline constexpr QLatin1StringView API_URL_LOCAL{"http://localhost:8080/"};
-
-inline constexpr std::array deviceTypes{QLatin1StringView("tablet"), QLatin1StringView("mobile")};
-inline constexpr std::array osTypes{QLatin1StringView("Android"), QLatin1StringView("iOS")};
 
 /// One call to the recommendation service: filled through its setters, sent by giving it a completion.
 ///
