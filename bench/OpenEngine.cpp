@@ -3,6 +3,7 @@
 #include "Waiting.h"
 #include "ZVAPIObject.h"
 #include <ZelvanoUI/PlayerEvents.h>
+#include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/UserDefaults.h>
 
 #include <QLoggingCategory>
@@ -10,8 +11,6 @@
 namespace zelvano::bench {
 
 namespace {
-
-constexpr auto production = "api.zelvano.example:80";
 
 class SilentListener : public ZelvanoPrivateDelegate
 {
@@ -50,7 +49,7 @@ OpenEngine::OpenEngine(quint16 port) : m_event(PlayerEvent::Progress)
     defaults.setFilePath(m_folder.filePath(QStringLiteral("defaults.ini")));
     defaults.setString(QStringLiteral("user-1"), ZVUserIdKey);
     defaults.setString(QStringLiteral("uuid-1"), ZVUserUUIDKey);
-    UrlSession::connectTo(production, "127.0.0.1:" + QByteArray::number(port));
+    useService(QStringLiteral("127.0.0.1:%1").arg(port));
 
     m_subscriber->position = 83.4125;
     m_engine = Zelvano::create();
@@ -67,7 +66,7 @@ OpenEngine::~OpenEngine()
     m_engine->stop();
     drain();
     m_engine.reset();
-    UrlSession::connectTo(production, {});
+    useService({});
 }
 
 void OpenEngine::drain()

@@ -51,7 +51,7 @@ public:
     OneConnection()
     {
         UrlRequest request;
-        request.url = QUrl(QStringLiteral("http://api.zelvano.example/hold"));
+        request.url = QUrl(API_URL_PROD + QStringLiteral("hold"));
         for (int i = 1; i < mostConnections; ++i) {
             m_held.push_back(UrlSession::dataTask(request, {}));
             m_held.back()->resume();

@@ -9,7 +9,7 @@
 #include "ZVImageView.h"
 #include <ZelvanoUI/Application.h>
 #include <ZelvanoUI/Sandbox.h>
-#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/UserDefaults.h>
 #include <ZelvanoUI/ZelvanoViewController.h>
 
@@ -95,7 +95,7 @@ int main(int argc, char **argv)
         qFatal("no port for the service");
     const QTemporaryDir folder;
     UserDefaults::standard().setFilePath(folder.filePath(u"defaults.ini"_s));
-    UrlSession::connectTo("api.zelvano.example:80", service.url().authority().toLatin1());
+    useService(service.url().authority());
 
     Window window;
     QQuickItem screen;

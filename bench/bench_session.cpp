@@ -5,7 +5,7 @@
 #include "FakePlayer.h"
 #include "Resources.h"
 #include "Waiting.h"
-#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/UserDefaults.h>
 #include <ZelvanoUI/Zelvano.h>
 
@@ -74,7 +74,7 @@ int main(int argc, char **argv)
     QLoggingCategory::setFilterRules(QStringLiteral("zelvano*=false"));
     const QTemporaryDir folder;
     UserDefaults::standard().setFilePath(folder.filePath(QStringLiteral("defaults.ini")));
-    UrlSession::connectTo("api.zelvano.example:80", "127.0.0.1:" + QByteArray::number(server.port()));
+    useService(QStringLiteral("127.0.0.1:%1").arg(server.port()));
     const auto subscriber = std::make_shared<FakeSubscriber>();
 
     // From nothing, without an identity, to the answer that brings the recommendations.

@@ -8,7 +8,7 @@
 #include "Resources.h"
 #include "Waiting.h"
 #include <ZelvanoUI/MainQueue.h>
-#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/UserDefaults.h>
 #include <ZelvanoUI/Zelvano.h>
 
@@ -115,7 +115,7 @@ int main(int argc, char **argv)
     const int viewings = std::max(samples, argc > 1 ? QByteArray(argv[1]).toInt() : 1000);
     const QTemporaryDir folder;
     UserDefaults::standard().setFilePath(folder.filePath(QStringLiteral("defaults.ini")));
-    UrlSession::connectTo("api.zelvano.example:80", "127.0.0.1:" + QByteArray::number(server.port()));
+    useService(QStringLiteral("127.0.0.1:%1").arg(server.port()));
     MainQueue::shared().useTestClock();
 
     const auto listener = std::make_shared<EventCount>();

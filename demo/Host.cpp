@@ -1,10 +1,10 @@
 #include "Host.h"
 
 #include "PluginFeed.h"
-#include "ZVAPIObject.h"
 #include <ZelvanoUI/Application.h>
 #include <ZelvanoUI/Device.h>
 #include <ZelvanoUI/PlayerEvents.h>
+#include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/UserDefaults.h>
 
 #include <algorithm>
@@ -42,9 +42,7 @@ bool Host::reachService()
         m_service = u"127.0.0.1:%1"_s.arg(m_sandbox.port());
     }
     // From here on what the library sends to production arrives at this service.
-    const QUrl production(API_URL_PROD);
-    const auto host = u"%1:%2"_s.arg(production.host()).arg(production.port(80));
-    UrlSession::connectTo(host.toUtf8(), m_service.toUtf8());
+    useService(m_service);
     return true;
 }
 

@@ -125,7 +125,9 @@ target_link_libraries(in-process PRIVATE ZelvanoUI::Core ZelvanoUI::Sandbox)
 CMAKE
   cat >"$work/examples/in-process/main.cpp" <<CPP
 #include <ZelvanoUI/Sandbox.h>
-#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/Protocol.h>
+#include <ZelvanoUI/Service.h>
+#include <ZelvanoUI/ZVImagesFetcher.h>
 #include <QCoreApplication>
 #include <cstdlib>
 int main(int argc, char **argv)
@@ -135,12 +137,11 @@ int main(int argc, char **argv)
     sandbox.setScenario(zelvano::sandbox::Scenario::OneVideo);
     if (!sandbox.start())
         return 2;
-    zelvano::UrlSession::connectTo("api.zelvano.example:80", sandbox.url().authority().toUtf8());
-    zelvano::UrlRequest request;
-    request.url = QUrl(QStringLiteral("http://api.zelvano.example/thumbnails/1.jpg"));
-    zelvano::UrlSession::dataTask(request, [](const QByteArray &picture, auto &&...) {
-        std::_Exit(picture.isEmpty() ? 3 : 0);
-    })->resume();
+    zelvano::useService(sandbox.url().authority());
+    const QUrl url(zelvano::API_URL_PROD + QStringLiteral("thumbnails/1.jpg"));
+    zelvano::ZVImagesFetcher::fetchImageAtURL(url, [](const QImage &image, const auto &) {
+        std::_Exit(image.isNull() ? 3 : 0);
+    });
     return QCoreApplication::exec();
 }
 CPP

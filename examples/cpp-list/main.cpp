@@ -1,6 +1,6 @@
 // A C++ host with the native list beside the player: what the viewer picks there plays next.
 #include <ZelvanoUI/QtAVPlayerViewController.h>
-#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/ZVRecommendationViewFactory.h>
 #include <ZelvanoUI/ZelvanoViewController.h>
 
@@ -33,7 +33,7 @@ int main(int argc, char **argv)
     parser.addOption({u"quit-after"_s, u"End after <seconds>."_s, u"seconds"_s, u"3600"_s});
     parser.process(application);
     const QString service = parser.value(u"service"_s);
-    zelvano::UrlSession::connectTo("api.zelvano.example:80", service.toLatin1());
+    zelvano::useService(service);
 
     QQmlApplicationEngine engine(QUrl(u"qrc:/Main.qml"_s));
     const QObject *window = engine.rootObjects().value(0);

@@ -1,6 +1,6 @@
 // A C++ host: recommendations come over the video when it is paused, and a pick plays the video that was picked.
 #include <ZelvanoUI/QtAVPlayerViewController.h>
-#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/ZelvanoViewController.h>
 
 #include <QCommandLineParser>
@@ -25,7 +25,7 @@ int main(int argc, char **argv)
     parser.process(application);
     const QString service = parser.value(u"service"_s);
     // [sandbox]
-    zelvano::UrlSession::connectTo("api.zelvano.example:80", service.toLatin1());
+    zelvano::useService(service);
     // [sandbox]
 
     QQmlApplicationEngine engine(QUrl(u"qrc:/Main.qml"_s));

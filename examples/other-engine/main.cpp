@@ -3,7 +3,7 @@
 #include "ClockPlayer.h"
 
 #include <ZelvanoUI/MainThread.h>
-#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/Zelvano.h>
 
 #include <QCommandLineParser>
@@ -23,7 +23,7 @@ int main(int argc, char **argv)
     parser.addOption({u"service"_s, u"Talk to the sandbox at <host:port>."_s, u"host:port"_s, u"127.0.0.1:8080"_s});
     parser.addOption({u"quit-after"_s, u"End after <seconds>."_s, u"seconds"_s, u"8"_s});
     parser.process(application);
-    zelvano::UrlSession::connectTo("api.zelvano.example:80", parser.value(u"service"_s).toLatin1());
+    zelvano::useService(parser.value(u"service"_s));
 
     const auto player = zelvano::makeMainThreadShared<ClockPlayer>();
     const zelvano::AVURLAsset medium(QUrl(u"clock://some-medium"_s));

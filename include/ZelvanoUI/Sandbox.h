@@ -107,7 +107,7 @@ public:
     void stop();
     /// 0 while stopped.
     quint16 port() const;
-    /// Of a path, or of the service: its authority() is what UrlSession::connectTo() and the QML elements take.
+    /// Of a path, or of the service: its authority() is what useService() and the QML elements take.
     QUrl url(const QString &path = {}) const;
 
     /// In place of the settings and faults there were. Holds for what is asked from now on.

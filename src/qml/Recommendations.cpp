@@ -1,7 +1,6 @@
 #include "Recommendations.h"
 
 #include "RecommendationItem.h"
-#include "ZVAPIObject.h"
 #include <ZelvanoUI/MainQueue.h>
 #include <ZelvanoUI/NotificationCenter.h>
 #include <ZelvanoUI/PlayerEvents.h>
@@ -9,7 +8,7 @@
 #include <ZelvanoUI/QtAVPlayerViewController.h>
 #include <ZelvanoUI/QtMPMoviePlayerController.h>
 #include <ZelvanoUI/QtMPMoviePlayerViewController.h>
-#include <ZelvanoUI/UrlSession.h>
+#include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/ZelvanoViewController.h>
 
 #include <QQmlInfo>
@@ -271,16 +270,14 @@ std::shared_ptr<Zelvano> Recommendations::engine() const
 /// The library's address of the service stays as it is; only the connection goes elsewhere.
 void Recommendations::routeService()
 {
-    const auto hostAndPort = [](const QUrl &url) { return u"%1:%2"_s.arg(url.host()).arg(url.port(80)).toUtf8(); };
-    const auto production = hostAndPort(QUrl(API_URL_PROD));
     const auto address = QUrl::fromUserInput(m_serviceAddress);
     if (!address.host().isEmpty()) {
-        UrlSession::connectTo(production, hostAndPort(address));
+        useService(u"%1:%2"_s.arg(address.host()).arg(address.port(80)));
         m_isRouted = true;
     } else if (!m_serviceAddress.isEmpty()) {
         qmlInfo(this) << "serviceAddress is no \"host:port\", it is left out of account";
     } else if (std::exchange(m_isRouted, false)) {
-        UrlSession::connectTo(production, {});
+        useService({});
     }
 }
 

@@ -25,10 +25,9 @@ private Q_SLOTS:
         const auto threads = countOfOwn(u"task"_s);
         const auto descriptors = countOfOwn(u"fd"_s);
         std::vector<qint64> microseconds;
-        const auto host = isSecure ? "api.zelvano.example:443" : "api.zelvano.example:80";
-        if (isSecure)
-            ZVConfig::shared().setParams(
-                {{u"sdkConfig"_s, QJsonObject{{u"apiUrl"_s, u"https://api.zelvano.example"_s}}}});
+        const auto host = isSecure ? "service.test:443" : "service.test:80";
+        const auto address = isSecure ? u"https://service.test"_s : u"http://service.test"_s;
+        ZVConfig::shared().setParams({{u"sdkConfig"_s, QJsonObject{{u"apiUrl"_s, address}}}});
         {
             RawServer network(script);
             UrlSession::connectTo(host, network.hostAndPort());

@@ -471,7 +471,7 @@ private:
         m_steps.append(u"(road: %1)"_s.arg(&fault - roadFaults().data()));
         m_road = fault ? std::make_unique<RawServer>(fault) : nullptr;
         // Refused by a port that was closed again.
-        m_service->connectTo(m_road ? m_road->hostAndPort() : RawServer(silence()).hostAndPort());
+        useService(QString::fromLatin1(m_road ? m_road->hostAndPort() : RawServer(silence()).hostAndPort()));
         m_model->isRoadBroken = true;
     }
     void repairRoad()
@@ -479,7 +479,7 @@ private:
         if (m_road)
             m_brokenRequests.splice(m_brokenRequests.end(), m_road->requests());
         m_road.reset();
-        m_service->connectTo("127.0.0.1:" + QByteArray::number(m_service->sandbox.port()));
+        useService(m_service->sandbox.url().authority());
         m_model->isRoadBroken = false;
     }
 

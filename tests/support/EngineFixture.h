@@ -7,6 +7,7 @@
 #include "ZVAPIObject.h"
 #include <ZelvanoUI/MainQueue.h>
 #include <ZelvanoUI/Sandbox.h>
+#include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/UserDefaults.h>
 #include <ZelvanoUI/Zelvano.h>
 
@@ -145,7 +146,7 @@ public:
         const bool started = sandbox.start();
         Q_ASSERT(started && m_folder.isValid());
         zelvano::UrlSession::addTrafficObserver(traffic);
-        connectTo("127.0.0.1:" + QByteArray::number(sandbox.port()));
+        zelvano::useService(sandbox.url().authority());
         zelvano::ZVConfigTestAccess::reset();
         defaults().setFilePath(m_folder.filePath(QStringLiteral("defaults.ini")));
         queue().useTestClock();
@@ -162,7 +163,7 @@ public:
         settle();
         queue().useRealClock();
         zelvano::UrlSession::removeTrafficObserver(traffic);
-        connectTo({});
+        zelvano::useService({});
         defaults().setFilePath({});
     }
     Q_DISABLE_COPY_MOVE(EngineFixture)
@@ -210,12 +211,6 @@ public:
     }
     /// Leaves the current subscriber as it is: nobody knows this kind of player.
     void setPage() { engine->setPlayer(std::make_shared<QObject>(), QStringLiteral("page")); }
-
-    /// Has the calls go elsewhere.
-    static void connectTo(const QByteArray &hostAndPort)
-    {
-        zelvano::UrlSession::connectTo("api.zelvano.example:80", hostAndPort);
-    }
 
     /// Waits until no call is under way and the main queue is empty. The clock stands still.
     void settle()
