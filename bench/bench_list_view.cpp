@@ -2,11 +2,11 @@
 // memory; each against a bare pooled view of Qt's with the same picture, in the same run. And what it costs to fill
 // it up to the cells on the screen, and to group as many into the category view.
 
+#include "MainQueue.h"
 #include "Pictures.h"
 #include "Resources.h"
 #include "Window.h"
 #include "ZVVideoCollectionViewCell.h"
-#include <ZelvanoUI/MainQueue.h>
 #include <ZelvanoUI/ZVCategoryView.h>
 #include <ZelvanoUI/ZVImagesFetcher.h>
 #include <ZelvanoUI/ZVListView.h>

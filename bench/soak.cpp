@@ -4,10 +4,10 @@
 
 #include "AnswerServer.h"
 #include "FakePlayer.h"
+#include "MainQueueTestClock.h"
 #include "Process.h"
 #include "Resources.h"
 #include "Waiting.h"
-#include <ZelvanoUI/MainQueue.h>
 #include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/UserDefaults.h>
 #include <ZelvanoUI/Zelvano.h>
@@ -79,11 +79,11 @@ void view(const std::shared_ptr<EventCount> &listener)
         player->play();
         for (int tick = 0; tick < 5; ++tick) {
             player->setTime(3 * round + tick * 0.2);
-            MainQueue::shared().advance(200ms);
+            MainQueueTestClock::advance(200ms);
         }
         player->jumpTo(3 * round + 2);
         player->pause();
-        MainQueue::shared().advance(1s);
+        MainQueueTestClock::advance(1s);
     }
     player->reachEnd();
     bench::wait("the answers", bench::allCallsEnded);
@@ -116,7 +116,7 @@ int main(int argc, char **argv)
     const QTemporaryDir folder;
     UserDefaults::standard().setFilePath(folder.filePath(QStringLiteral("defaults.ini")));
     useService(QStringLiteral("127.0.0.1:%1").arg(server.port()));
-    MainQueue::shared().useTestClock();
+    MainQueueTestClock::start();
 
     const auto listener = std::make_shared<EventCount>();
     std::vector<Sample> found;

@@ -1,25 +1,25 @@
 #pragma once
 
-#include <ZelvanoUI/MainQueue.h>
+#include <ZelvanoUI/zelvanocore_export.h>
 
 #include <memory>
 #include <utility>
 
 namespace zelvano {
 
-/// Deletes on the main thread, whichever thread let go of the last reference: at once there, posted from elsewhere.
+/// Calls destroy(object) on the main thread: immediately when called there, otherwise later.
+ZELVANOCORE_EXPORT void destroyOnMainThread(void *object, void (*destroy)(void *));
+
+/// Deletes on the main thread, whichever thread drops the last reference.
 struct MainThreadDeleter
 {
     template<class T> void operator()(T *object) const
     {
-        if (MainQueue::isMainThread())
-            delete object;
-        else
-            MainQueue::shared().post([object] { delete object; });
+        destroyOnMainThread(object, [](void *it) { delete static_cast<T *>(it); });
     }
 };
 
-/// A shared object whose destructor runs on the main thread.
+/// A shared object. Its destructor runs on the main thread.
 template<class T, class... Args> std::shared_ptr<T> makeMainThreadShared(Args &&...args)
 {
     return std::shared_ptr<T>(new T(std::forward<Args>(args)...), MainThreadDeleter{});

@@ -1,43 +1,27 @@
-#include <ZelvanoUI/MainQueue.h>
+#include "MainQueue.h"
 
 #include "Immortal.h"
 
-#include <QBasicTimer>
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QEvent>
-#include <QMutex>
 #include <QThread>
 
 #include <algorithm>
-#include <atomic>
-#include <deque>
 #include <limits>
-#include <map>
-#include <optional>
-#include <utility>
 #include <vector>
 
 namespace zelvano {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-struct DelayedTask
-{
-    const void *target;
-    MainQueue::Task task;
-};
-
-constexpr auto drainEvent = QEvent::User;
-
-/// An application object that ends drops what waits for its event loop: the next task, under the next application, has
-/// to wake the queue anew.
-class WakeUp : public QEvent
+/// An application object deletes pending events when it is destroyed. The destructor then lets the next task, under the
+/// next application object, post a new wake-up.
+class MainQueue::WakeUp : public QEvent
 {
 public:
-    explicit WakeUp(std::atomic<bool> &isPosted) : QEvent(drainEvent), m_isPosted(isPosted) {}
+    static constexpr auto type = QEvent::User;
+
+    explicit WakeUp(std::atomic<bool> &isPosted) : QEvent(type), m_isPosted(isPosted) {}
     ~WakeUp() override
     {
         if (!m_hasArrived)
@@ -56,113 +40,13 @@ private:
     bool m_hasArrived = false;
 };
 
-} // namespace
-
-/// Receives the wake-ups on the main thread. The mutex guards everything but the timer, which is the main thread's.
-struct MainQueue::Private : QObject
+MainQueue::MainQueue()
 {
-    /// When it is due, then the order in which it came.
-    using Key = std::pair<Duration, quint64>;
-
-    mutable QMutex mutex;
-    std::deque<Task> tasks;
-    std::map<Key, DelayedTask> delayed;
-    quint64 nextSequence = 0;
-    std::atomic<bool> wakeUpPosted = false;
-    std::optional<Duration> testTime;
-    QElapsedTimer clock;
-    QBasicTimer timer;
-
-    Private()
-    {
-        clock.start();
-        setObjectName("zelvano::MainQueue"_L1); // For hosts that measure what their events cost.
-        if (const auto *app = QCoreApplication::instance())
-            moveToThread(app->thread());
-    }
-
-    Duration time() const { return testTime ? *testTime : Duration(clock.elapsed()); }
-
-    /// With the mutex held.
-    void wakeUp()
-    {
-        if (!wakeUpPosted.exchange(true))
-            QCoreApplication::postEvent(this, new WakeUp(wakeUpPosted));
-    }
-
-    bool event(QEvent *event) override
-    {
-        if (event->type() == drainEvent) {
-            const QMutexLocker lock(&mutex);
-            static_cast<WakeUp *>(event)->arrive();
-        } else if (event->type() != QEvent::Timer) {
-            return QObject::event(event);
-        }
-        runPosted();
-        runDelayed();
-        prepareNextWakeUp();
-        return true;
-    }
-
-    /// Only the tasks that wait now: one that posts another must not keep the event loop from its other work.
-    void runPosted()
-    {
-        QMutexLocker lock(&mutex);
-        for (auto count = tasks.size(); count > 0 && !tasks.empty(); --count) {
-            auto task = std::move(tasks.front());
-            tasks.pop_front();
-            lock.unlock();
-            task();
-            task = nullptr; // Before the lock comes back: what the task owned may call in here as it goes.
-            lock.relock();
-        }
-    }
-
-    /// What is due, each taken out just before it runs, so that a task can still cancel a later one.
-    void runDelayed()
-    {
-        QMutexLocker lock(&mutex);
-        const Key end{time(), nextSequence};
-        while (!delayed.empty() && delayed.begin()->first < end) {
-            auto task = std::move(delayed.begin()->second.task);
-            delayed.erase(delayed.begin());
-            lock.unlock();
-            task();
-            task = nullptr;
-            lock.relock();
-        }
-    }
-
-    void prepareNextWakeUp()
-    {
-        const QMutexLocker lock(&mutex);
-        if (!tasks.empty())
-            wakeUp();
-        timer.stop();
-        if (delayed.empty() || testTime)
-            return;
-        constexpr Duration longest(std::numeric_limits<int>::max());
-        const auto wait = std::clamp(delayed.begin()->first.first - time(), Duration::zero(), longest);
-        timer.start(static_cast<int>(wait.count()), Qt::PreciseTimer, this);
-    }
-
-    /// Steps the test clock to the next delayed task's moment, or to the end when there is none before it.
-    bool stepTowards(Duration end)
-    {
-        const QMutexLocker lock(&mutex);
-        const bool found = !delayed.empty() && delayed.begin()->first.first <= end;
-        testTime = found ? std::max(*testTime, delayed.begin()->first.first) : end;
-        return found;
-    }
-
-    bool hasPosted() const
-    {
-        const QMutexLocker lock(&mutex);
-        return !tasks.empty();
-    }
-};
-
-MainQueue::MainQueue() : d(std::make_unique<Private>()) {}
+    m_clock.start();
+    setObjectName("zelvano::MainQueue"_L1); // For hosts that measure the cost of their events.
+    if (const auto *app = QCoreApplication::instance())
+        moveToThread(app->thread());
+}
 
 MainQueue &MainQueue::shared()
 {
@@ -177,66 +61,98 @@ bool MainQueue::isMainThread()
 
 void MainQueue::post(Task task)
 {
-    const QMutexLocker lock(&d->mutex);
-    d->tasks.push_back(std::move(task));
-    d->wakeUp();
+    const QMutexLocker lock(&m_mutex);
+    m_tasks.push_back(std::move(task));
+    wakeUp();
 }
 
 void MainQueue::performAfterDelay(const void *target, Duration delay, Task task)
 {
-    const QMutexLocker lock(&d->mutex);
-    const auto due = d->time() + std::max(delay, Duration::zero());
-    d->delayed.emplace(Private::Key{due, d->nextSequence++}, DelayedTask{target, std::move(task)});
-    d->wakeUp();
+    const QMutexLocker lock(&m_mutex);
+    const auto due = now() + std::max(delay, Duration::zero());
+    m_delayed.emplace(Key{due, m_nextSequence++}, DelayedTask{target, std::move(task)});
+    wakeUp();
 }
 
 void MainQueue::cancelPreviousPerformRequests(const void *target)
 {
-    std::vector<Task> dropped; // Destroyed after the lock is gone: a task may own what calls back in here.
-    const QMutexLocker lock(&d->mutex);
-    for (auto it = d->delayed.begin(); it != d->delayed.end();) {
-        if (it->second.target != target) {
-            ++it;
-            continue;
-        }
-        dropped.push_back(std::move(it->second.task));
-        it = d->delayed.erase(it);
-    }
+    std::vector<Task> dropped; // Destroyed after the lock is released: a task may own an object that calls the queue.
+    const QMutexLocker lock(&m_mutex);
+    std::erase_if(m_delayed, [&](auto &entry) {
+        const bool isTargets = entry.second.target == target;
+        if (isTargets)
+            dropped.push_back(std::move(entry.second.task));
+        return isTargets;
+    });
 }
 
-void MainQueue::useTestClock()
-{
-    const QMutexLocker lock(&d->mutex);
-    if (!d->testTime)
-        d->testTime = d->time();
-}
-
-void MainQueue::useRealClock()
-{
-    std::deque<Task> tasks;
-    std::map<Private::Key, DelayedTask> delayed;
-    const QMutexLocker lock(&d->mutex);
-    d->testTime.reset();
-    tasks.swap(d->tasks);
-    delayed.swap(d->delayed);
-}
-
-void MainQueue::advance(Duration duration)
-{
-    const auto end = now() + duration;
-    bool again = true;
-    while (again) {
-        while (d->hasPosted())
-            d->runPosted();
-        again = d->stepTowards(end);
-        d->runDelayed();
-    }
-}
-
+/// Call with the mutex locked.
 MainQueue::Duration MainQueue::now() const
 {
-    const QMutexLocker lock(&d->mutex);
-    return d->time();
+    return m_testTime ? *m_testTime : Duration(m_clock.elapsed());
+}
+
+/// Call with the mutex locked.
+void MainQueue::wakeUp()
+{
+    if (!m_wakeUpPosted.exchange(true))
+        QCoreApplication::postEvent(this, new WakeUp(m_wakeUpPosted));
+}
+
+bool MainQueue::event(QEvent *event)
+{
+    if (event->type() == WakeUp::type) {
+        const QMutexLocker lock(&m_mutex);
+        static_cast<WakeUp *>(event)->arrive();
+    } else if (event->type() != QEvent::Timer) {
+        return QObject::event(event);
+    }
+    runPosted();
+    runDelayed();
+    prepareNextWakeUp();
+    return true;
+}
+
+/// Runs only the tasks that wait now: a task that posts another must not starve the event loop.
+void MainQueue::runPosted()
+{
+    QMutexLocker lock(&m_mutex);
+    for (auto count = m_tasks.size(); count > 0 && !m_tasks.empty(); --count) {
+        auto task = std::move(m_tasks.front());
+        m_tasks.pop_front();
+        lock.unlock();
+        task();
+        task = nullptr; // Before the lock is taken again: the objects that it owns may call the queue.
+        lock.relock();
+    }
+}
+
+/// Takes each due task out just before it runs, so that a task can cancel a later one.
+void MainQueue::runDelayed()
+{
+    QMutexLocker lock(&m_mutex);
+    const Key end{now(), m_nextSequence};
+    while (!m_delayed.empty() && m_delayed.begin()->first < end) {
+        auto task = std::move(m_delayed.begin()->second.task);
+        m_delayed.erase(m_delayed.begin());
+        lock.unlock();
+        task();
+        task = nullptr;
+        lock.relock();
+    }
+}
+
+void MainQueue::prepareNextWakeUp()
+{
+    const QMutexLocker lock(&m_mutex);
+    if (!m_tasks.empty())
+        wakeUp();
+    m_timer.stop();
+    if (m_delayed.empty() || m_testTime)
+        return;
+    constexpr Duration longest(std::numeric_limits<int>::max());
+    const auto wait = std::clamp(m_delayed.begin()->first.first - now(), Duration::zero(), longest);
+    m_timer.start(static_cast<int>(wait.count()), Qt::PreciseTimer, this);
 }
 
 } // namespace zelvano

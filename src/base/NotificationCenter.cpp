@@ -1,7 +1,7 @@
 #include <ZelvanoUI/NotificationCenter.h>
 
 #include "Immortal.h"
-#include <ZelvanoUI/MainQueue.h>
+#include "MainQueue.h"
 
 #include <utility>
 

@@ -2,10 +2,10 @@
 
 #include "JsonReading.h"
 #include "Logging.h"
+#include "MainQueue.h"
 #include "Utilities.h"
 #include "ZVAPIObject.h"
 #include <ZelvanoUI/Device.h>
-#include <ZelvanoUI/MainQueue.h>
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/PlayerEvents.h>
 #include <ZelvanoUI/UserDefaults.h>

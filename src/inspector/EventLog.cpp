@@ -1,9 +1,9 @@
 #include <ZelvanoUI/EventLog.h>
 
+#include "MainQueue.h"
 #include <ZelvanoUI/AVPlayerItem.h>
 #include <ZelvanoUI/Device.h>
 #include <ZelvanoUI/MPMoviePlayerController.h>
-#include <ZelvanoUI/MainQueue.h>
 #include <ZelvanoUI/NotificationCenter.h>
 #include <ZelvanoUI/PlayerEvents.h>
 #include <ZelvanoUI/UrlSession.h>

@@ -1,8 +1,8 @@
 #include "ZVAVPlayerSubscribe.h"
 
 #include "Logging.h"
+#include "MainQueue.h"
 #include <ZelvanoUI/Device.h>
-#include <ZelvanoUI/MainQueue.h>
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/NotificationCenter.h>
 #include <ZelvanoUI/PlayerEvents.h>

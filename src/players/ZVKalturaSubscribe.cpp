@@ -1,8 +1,8 @@
 #include "ZVKalturaSubscribe.h"
 
 #include "ClassName.h"
+#include "MainQueue.h"
 #include <ZelvanoUI/KPHandler.h>
-#include <ZelvanoUI/MainQueue.h>
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/NotificationCenter.h>
 #include <ZelvanoUI/PlayerEvents.h>

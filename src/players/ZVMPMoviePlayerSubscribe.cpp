@@ -1,8 +1,8 @@
 #include "ZVMPMoviePlayerSubscribe.h"
 
 #include "Logging.h"
+#include "MainQueue.h"
 #include <ZelvanoUI/Application.h>
-#include <ZelvanoUI/MainQueue.h>
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/PlayerEvents.h>
 #include <ZelvanoUI/PlayerSubscription.h>

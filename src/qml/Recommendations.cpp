@@ -1,7 +1,7 @@
 #include "Recommendations.h"
 
+#include "MainQueue.h"
 #include "RecommendationItem.h"
-#include <ZelvanoUI/MainQueue.h>
 #include <ZelvanoUI/NotificationCenter.h>
 #include <ZelvanoUI/PlayerEvents.h>
 #include <ZelvanoUI/QtAVPlayer.h>

@@ -1,11 +1,11 @@
 #include <ZelvanoUI/ZelvanoViewController.h>
 
 #include "Logging.h"
+#include "MainQueue.h"
 #include "Utilities.h"
 #include "VideoView.h"
 #include <ZelvanoUI/Application.h>
 #include <ZelvanoUI/Device.h>
-#include <ZelvanoUI/MainQueue.h>
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/NotificationCenter.h>
 

@@ -1,4 +1,4 @@
-#include <ZelvanoUI/MainQueue.h>
+#include "MainQueueTestClock.h"
 #include <ZelvanoUI/NotificationCenter.h>
 
 #include <QStringList>
@@ -25,7 +25,7 @@ class tst_MainQueue : public QObject
 
 private Q_SLOTS:
     void init() { m_ran.clear(); }
-    void cleanup() { m_queue.useRealClock(); }
+    void cleanup() { MainQueueTestClock::stop(); }
 
     void neverInsideThePostingCall()
     {
@@ -39,8 +39,8 @@ private Q_SLOTS:
 
     void delayedTasksRunAtTheirMoment()
     {
-        m_queue.useTestClock();
-        const auto start = m_queue.now();
+        MainQueueTestClock::start();
+        const auto start = MainQueueTestClock::now();
         m_queue.performAfterDelay(this, 300ms, noteMoment(u"c"_s, start));
         m_queue.performAfterDelay(this, 100ms, [this, start] {
             noteMoment(u"a"_s, start)();
@@ -52,20 +52,20 @@ private Q_SLOTS:
         m_queue.performAfterDelay(this, -5ms, noteMoment(u"negative"_s, start));
         m_queue.performAfterDelay(this, 301ms, noteMoment(u"late"_s, start));
 
-        m_queue.advance(99ms);
+        MainQueueTestClock::advance(99ms);
         QCOMPARE(m_ran, QStringList{u"negative@0"_s});
-        m_queue.advance(201ms);
+        MainQueueTestClock::advance(201ms);
         QTest::qWait(5); // The clock stands still: real time brings nothing.
-        QCOMPARE(m_queue.now() - start, 300ms);
+        QCOMPARE(MainQueueTestClock::now() - start, 300ms);
         QCOMPARE(m_ran.join(u", "_s), u"negative@0, a@100, posted by a@100, a+0@100, a+50@150, c@300, "
                                       "d, as late as c@300"_s);
-        m_queue.advance(1ms);
+        MainQueueTestClock::advance(1ms);
         QCOMPARE(m_ran.last(), u"late@301"_s);
     }
 
     void cancelFromWithinATask()
     {
-        m_queue.useTestClock();
+        MainQueueTestClock::start();
         const int own = 0, other = 0;
         m_queue.performAfterDelay(&own, 10ms, [&] {
             m_ran.append(u"first"_s);
@@ -75,7 +75,7 @@ private Q_SLOTS:
         m_queue.performAfterDelay(&own, 10ms, note(u"cancelled"_s));
         m_queue.performAfterDelay(&own, 30ms, note(u"cancelled"_s));
         m_queue.performAfterDelay(&other, 10ms, note(u"of another target"_s));
-        m_queue.advance(1h);
+        MainQueueTestClock::advance(1h);
         const QStringList expected{u"first"_s, u"of another target"_s, u"scheduled afterwards"_s};
         QCOMPARE(m_ran, expected);
     }
@@ -83,7 +83,7 @@ private Q_SLOTS:
     /// What a task owns goes with it, and may call the queue as it goes: after a run, and after a cancellation.
     void ownedByATask()
     {
-        m_queue.useTestClock();
+        MainQueueTestClock::start();
         const auto owned = [this](const QString &what) {
             return std::shared_ptr<void>(nullptr, [this, what](void *) {
                 m_queue.cancelPreviousPerformRequests(&m_ran);
@@ -92,7 +92,7 @@ private Q_SLOTS:
         };
         m_queue.post([o = owned(u"posted"_s)] {});
         m_queue.performAfterDelay(this, 0ms, [o = owned(u"delayed"_s)] {});
-        m_queue.advance(0ms);
+        MainQueueTestClock::advance(0ms);
         m_queue.performAfterDelay(this, 10ms, [o = owned(u"cancelled"_s)] {});
         m_queue.cancelPreviousPerformRequests(this);
         const QStringList expected{u"posted"_s, u"delayed"_s, u"cancelled"_s};
@@ -101,14 +101,14 @@ private Q_SLOTS:
 
     void realClockKeepsTheOrder()
     {
-        const auto start = m_queue.now();
+        const auto start = MainQueueTestClock::now();
         m_queue.performAfterDelay(this, 40ms, note(u"40"_s));
         m_queue.performAfterDelay(this, 10ms, note(u"10"_s));
         m_queue.performAfterDelay(this, 1h, note(u"never"_s));
         m_queue.performAfterDelay(this, 0ms, note(u"0"_s));
         const QStringList expected{u"0"_s, u"10"_s, u"40"_s};
         QTRY_COMPARE(m_ran, expected);
-        QVERIFY(m_queue.now() - start >= 40ms);
+        QVERIFY(MainQueueTestClock::now() - start >= 40ms);
         m_queue.cancelPreviousPerformRequests(this);
     }
 
@@ -232,7 +232,9 @@ private:
     }
     MainQueue::Task noteMoment(const QString &what, MainQueue::Duration start)
     {
-        return [this, what, start] { m_ran.append(u"%1@%2"_s.arg(what).arg((m_queue.now() - start).count())); };
+        return [this, what, start] {
+            m_ran.append(u"%1@%2"_s.arg(what).arg((MainQueueTestClock::now() - start).count()));
+        };
     }
 
     MainQueue &m_queue = MainQueue::shared();

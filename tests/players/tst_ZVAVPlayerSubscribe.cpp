@@ -36,7 +36,7 @@ private Q_SLOTS:
         Device::current().setOrientation(UIDeviceOrientation::Portrait);
         begin();
     }
-    void cleanup() { MainQueue::shared().useRealClock(); }
+    void cleanup() { MainQueueTestClock::stop(); }
 
     void events_data()
     {

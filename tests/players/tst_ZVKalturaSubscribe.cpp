@@ -45,12 +45,12 @@ private Q_SLOTS:
     {
         begin();
         post({{ZelvanoDataKey, u"[]"_s}});
-        MainQueue::shared().advance(0ms);
+        MainQueueTestClock::advance(0ms);
         QCOMPARE(m_player->notifications, QStringList());
         QMetaType::registerNormalizedTypedef("zelvano::ZelvanoViewController*", QMetaType::fromType<QObject *>());
     }
     void init() { begin(); }
-    void cleanup() { MainQueue::shared().useRealClock(); }
+    void cleanup() { MainQueueTestClock::stop(); }
 
     void states_data()
     {
@@ -128,16 +128,16 @@ private Q_SLOTS:
         QCOMPARE(m_player->notifications, QStringList()); // Later, on the main queue.
         m_adapter->dismissSubscriber();
         post({{u"other"_s, u"[1]"_s}});
-        MainQueue::shared().advance(0ms);
+        MainQueueTestClock::advance(0ms);
         const QStringList sent{u"zelvanoData [1]"_s, u"zelvanoData (none)"_s};
         QCOMPARE(m_player->notifications, sent);
         post(text);
         m_player.reset();
-        MainQueue::shared().advance(0ms);
+        MainQueueTestClock::advance(0ms);
         create(true);
         perform(u"drop"_s);
         post(text);
-        MainQueue::shared().advance(0ms);
+        MainQueueTestClock::advance(0ms);
         QCOMPARE(m_player->notifications, QStringList());
     }
 

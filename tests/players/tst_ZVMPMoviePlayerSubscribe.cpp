@@ -45,7 +45,7 @@ private Q_SLOTS:
     {
         m_adapter.reset();
         Application::shared().setTransitionQuery(nullptr);
-        MainQueue::shared().useRealClock();
+        MainQueueTestClock::stop();
     }
 
     void events_data()

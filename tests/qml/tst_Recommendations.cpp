@@ -256,7 +256,7 @@ private Q_SLOTS:
             host.waitFor(u"media.position > %1"_s.arg(position + 100));
             host.run(u"media.pause()"_s);
             QCoreApplication::processEvents();
-            host.service.queue().advance(500ms);
+            zelvano::MainQueueTestClock::advance(500ms);
             return host.overlay() != nullptr;
         });
         QVERIFY(isShown && host.overlay()->isVisible());

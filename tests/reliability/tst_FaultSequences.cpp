@@ -359,7 +359,7 @@ private:
             // To the keep-alive's very moment, so that its answer comes at no other; or to beyond one that must not
             // come.
             const auto time = m_model->untilKeepAlive().value_or(60s);
-            EngineFixture::queue().advance(time);
+            MainQueueTestClock::advance(time);
             m_model->advance(time);
         } else if (name == "stop"_L1) {
             engine.stop();
@@ -386,7 +386,7 @@ private:
         else if (m_model->silent > 0)
             endSilentCalls();
         passCompletions();
-        EngineFixture::queue().advance(0ms);
+        MainQueueTestClock::advance(0ms);
     }
     void endSilentCalls()
     {

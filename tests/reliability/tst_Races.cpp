@@ -55,7 +55,7 @@ private Q_SLOTS:
                     m_shared.push_back(host.engine);
                 }
                 if (steps % 64 == 0)
-                    EngineFixture::queue().advance(1s);
+                    MainQueueTestClock::advance(1s);
                 QCoreApplication::processEvents();
             }
             m_isOver = true;

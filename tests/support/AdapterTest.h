@@ -3,7 +3,7 @@
 #include "Columns.h"
 #include "FakePlayer.h"
 #include "LogCollector.h"
-#include <ZelvanoUI/MainQueue.h>
+#include "MainQueueTestClock.h"
 #include <ZelvanoUI/PlayerEvents.h>
 
 #include <QMap>
@@ -22,7 +22,7 @@ protected:
     void begin()
     {
         QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
-        zelvano::MainQueue::shared().useTestClock();
+        zelvano::MainQueueTestClock::start();
         create(false);
     }
     void watch(const std::shared_ptr<QObject> &host)
@@ -107,7 +107,7 @@ protected:
             const LogCollector log;
             std::thread([&] { m_adapter->setNextVideo(std::get<0>(row)); }).join();
             QCOMPARE(m_engine->take(), QStringList()); // Later, on the main queue.
-            zelvano::MainQueue::shared().advance(std::chrono::milliseconds(0));
+            zelvano::MainQueueTestClock::advance(std::chrono::milliseconds(0));
             QVERIFY(m_engine->take().contains(zelvano::PlayerEvent::Play));
             QCOMPARE(log.lines(), std::get<2>(row));
             QCOMPARE(m_adapter->videoId(), std::get<1>(row));
@@ -120,7 +120,7 @@ protected:
     QList<bool> m_hosts{false, true}; ///< Whether the player is in a controller.
     Actions m_actions{
         {QStringLiteral("wait"),
-         [](auto &how) { zelvano::MainQueue::shared().advance(std::chrono::milliseconds(how.toInt())); }},
+         [](auto &how) { zelvano::MainQueueTestClock::advance(std::chrono::milliseconds(how.toInt())); }},
         {QStringLiteral("click"), [](auto &how) { click(QUrl(how)); }},
         {QStringLiteral("next"), [this](auto &how) { m_adapter->setNextVideo(how); }},
         {QStringLiteral("dismiss"), [this](auto &) { m_adapter->dismissSubscriber(); }},

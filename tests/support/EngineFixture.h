@@ -3,9 +3,9 @@
 #include "ConfigAccess.h"
 #include "FakePlayer.h"
 #include "LogCollector.h"
+#include "MainQueueTestClock.h"
 #include "UrlLoad.h"
 #include "ZVAPIObject.h"
-#include <ZelvanoUI/MainQueue.h>
 #include <ZelvanoUI/Sandbox.h>
 #include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/UserDefaults.h>
@@ -149,7 +149,7 @@ public:
         zelvano::useService(sandbox.url().authority());
         zelvano::ZVConfigTestAccess::reset();
         defaults().setFilePath(m_folder.filePath(QStringLiteral("defaults.ini")));
-        queue().useTestClock();
+        zelvano::MainQueueTestClock::start();
         engine = zelvano::Zelvano::create();
         engine->addListener(listener);
         engine->playerEventsHandler()->setCurrentSubscriber(subscriber);
@@ -161,7 +161,7 @@ public:
         engine.reset();
         zelvano::ZVAPIObject::stopAllSessions();
         settle();
-        queue().useRealClock();
+        zelvano::MainQueueTestClock::stop();
         zelvano::UrlSession::removeTrafficObserver(traffic);
         zelvano::useService({});
         defaults().setFilePath({});
@@ -169,7 +169,6 @@ public:
     Q_DISABLE_COPY_MOVE(EngineFixture)
 
     static zelvano::UserDefaults &defaults() { return zelvano::UserDefaults::standard(); }
-    static zelvano::MainQueue &queue() { return zelvano::MainQueue::shared(); }
 
     void storeIdentity()
     {
@@ -220,7 +219,7 @@ public:
             before = sent().size();
             traffic->await(before, 0);
             passCompletions();
-            queue().advance(std::chrono::milliseconds(0));
+            zelvano::MainQueueTestClock::advance(std::chrono::milliseconds(0));
         }
     }
     /// One event after another.
@@ -233,7 +232,7 @@ public:
     }
     void advance(std::chrono::milliseconds time)
     {
-        queue().advance(time);
+        zelvano::MainQueueTestClock::advance(time);
         settle();
     }
 

@@ -53,7 +53,7 @@ struct QmlHost
     template<class Predicate> bool wait(Predicate predicate)
     {
         return waitUntil([&] {
-            service.queue().advance(std::chrono::milliseconds(0));
+            zelvano::MainQueueTestClock::advance(std::chrono::milliseconds(0));
             return predicate();
         });
     }

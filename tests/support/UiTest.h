@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZelvanoUI/MainQueue.h>
+#include "MainQueue.h"
 
 #include <QAccessible>
 #include <QDeadlineTimer>

@@ -1,6 +1,6 @@
 #include <ZelvanoUI/AVPlayer.h>
 
-#include <ZelvanoUI/MainQueue.h>
+#include "MainQueue.h"
 
 #include <QPointer>
 

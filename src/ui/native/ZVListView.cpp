@@ -2,9 +2,9 @@
 
 #include "InterfaceResource.h"
 #include "Logging.h"
+#include "MainQueue.h"
 #include "ZVInterfaceTypes.h"
 #include "ZVVideoCollectionViewCell.h"
-#include <ZelvanoUI/MainQueue.h>
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/ZVImagesFetcher.h>
 

@@ -3,9 +3,9 @@
 #include "InterfaceResource.h"
 #include "LayoutCommand.h"
 #include "Logging.h"
+#include "MainQueue.h"
 #include "WebEngine.h"
 #include "ZVTopRecommendationContentView.h"
-#include <ZelvanoUI/MainQueue.h>
 
 #include <QPropertyAnimation>
 #include <QQmlEngine>

@@ -1,6 +1,7 @@
 #include "Columns.h"
 #include "FakePlayer.h"
-#include <ZelvanoUI/MainQueue.h>
+#include "MainQueue.h"
+#include "MainQueueTestClock.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -13,12 +14,12 @@ class tst_AVPlayer : public QObject
 private Q_SLOTS:
     void init()
     {
-        MainQueue::shared().useTestClock();
-        m_start = MainQueue::shared().now();
+        MainQueueTestClock::start();
+        m_start = MainQueueTestClock::now();
         m_player = std::make_shared<FakePlayer>();
     }
 
-    void cleanup() { MainQueue::shared().useRealClock(); }
+    void cleanup() { MainQueueTestClock::stop(); }
 
     void ticks()
     {
@@ -93,13 +94,13 @@ private:
     AVPlayer::TimeObserver note(const QString &what)
     {
         return [this, what](double seconds) {
-            const auto moment = (MainQueue::shared().now() - m_start).count();
+            const auto moment = (MainQueueTestClock::now() - m_start).count();
             m_ticks.append(u"%1 %2@%3"_s.arg(what).arg(seconds).arg(moment));
         };
     }
     QStringList advance(std::chrono::milliseconds time)
     {
-        MainQueue::shared().advance(time);
+        MainQueueTestClock::advance(time);
         return std::exchange(m_ticks, {});
     }
 

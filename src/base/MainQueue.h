@@ -1,0 +1,74 @@
+#pragma once
+
+#include <ZelvanoUI/zelvanocore_export.h>
+
+#include <QBasicTimer>
+#include <QElapsedTimer>
+#include <QMutex>
+#include <QObject>
+
+#include <atomic>
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <map>
+#include <optional>
+#include <utility>
+
+namespace zelvano {
+
+/// Runs tasks on the main thread: posted ones in FIFO order, delayed ones when they fall due.
+///
+/// The Qt event loop of the application object's thread drives it. Tasks may be posted before that object exists.
+class ZELVANOCORE_EXPORT MainQueue : private QObject
+{
+public:
+    using Task = std::function<void()>;
+    using Duration = std::chrono::milliseconds;
+
+    static MainQueue &shared();
+    /// True on the application object's thread. Without an application object every thread counts as main.
+    static bool isMainThread();
+
+    /// Runs the task later, never inside this call. Any thread.
+    void post(Task task);
+
+    /// Runs the task after the delay unless it is cancelled first. A negative delay counts as 0. The target is a key
+    /// and is never dereferenced. Any thread.
+    void performAfterDelay(const void *target, Duration delay, Task task);
+    /// Drops every delayed task of this target that has not started. Any thread.
+    void cancelPreviousPerformRequests(const void *target);
+
+private:
+    template<class T> friend T &immortal();
+    friend class MainQueueTestClock;
+
+    class WakeUp;
+    struct DelayedTask
+    {
+        const void *target;
+        Task task;
+    };
+    /// The due time, then a sequence number: equal due times keep their order.
+    using Key = std::pair<Duration, quint64>;
+
+    MainQueue();
+
+    bool event(QEvent *event) override;
+    Duration now() const;
+    void wakeUp();
+    void runPosted();
+    void runDelayed();
+    void prepareNextWakeUp();
+
+    mutable QMutex m_mutex; ///< Guards every member but the timer, which only the main thread uses.
+    std::deque<Task> m_tasks;
+    std::map<Key, DelayedTask> m_delayed;
+    quint64 m_nextSequence = 0;
+    std::atomic<bool> m_wakeUpPosted = false;
+    std::optional<Duration> m_testTime; ///< Replaces the clock in tests.
+    QElapsedTimer m_clock;
+    QBasicTimer m_timer;
+};
+
+} // namespace zelvano
