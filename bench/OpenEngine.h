@@ -1,7 +1,7 @@
 #pragma once
 
 #include "FakePlayer.h"
-#include <ZelvanoUI/UrlSession.h>
+#include "Session.h"
 #include <ZelvanoUI/Zelvano.h>
 
 #include <QTemporaryDir>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Session.h"
 #include "ZVAPIObject.h"
-#include <ZelvanoUI/UrlSession.h>
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

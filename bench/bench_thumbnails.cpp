@@ -3,8 +3,8 @@
 // pool, in the same run; both have all cores.
 
 #include "AnswerServer.h"
+#include "Curl.h"
 #include "Resources.h"
-#include "UrlCurl.h"
 #include "Window.h"
 #include <ZelvanoUI/ZVImagesFetcher.h>
 #include <ZelvanoUI/ZVListView.h>

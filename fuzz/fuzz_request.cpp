@@ -1,7 +1,7 @@
 // What a host or a page hands in for a request: bodies stay JSON, headers stay in their lines, URLs in their place.
 #include "Fuzzing.h"
-#include "UrlHeaders.h"
-#include "UrlTransfer.h"
+#include "Headers.h"
+#include "Transfer.h"
 #include "Utilities.h"
 #include "ZVAPIObject.h"
 

@@ -1,8 +1,8 @@
 #include <ZelvanoUI/Service.h>
 
-#include "UrlQueues.h"
+#include "Queues.h"
+#include "Session.h"
 #include <ZelvanoUI/Protocol.h>
-#include <ZelvanoUI/UrlSession.h>
 
 namespace zelvano {
 

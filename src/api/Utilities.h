@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Session.h"
 #include <ZelvanoUI/Error.h>
-#include <ZelvanoUI/UrlSession.h>
 #include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QByteArray>

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Session.h"
 #include "Utilities.h"
 #include "ZVAPIResponse.h"
 #include <ZelvanoUI/Protocol.h>
-#include <ZelvanoUI/UrlSession.h>
 #include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QJsonObject>

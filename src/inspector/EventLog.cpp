@@ -1,12 +1,12 @@
 #include <ZelvanoUI/EventLog.h>
 
 #include "MainQueue.h"
+#include "Session.h"
 #include <ZelvanoUI/AVPlayerItem.h>
 #include <ZelvanoUI/Device.h>
 #include <ZelvanoUI/MPMoviePlayerController.h>
 #include <ZelvanoUI/NotificationCenter.h>
 #include <ZelvanoUI/PlayerEvents.h>
-#include <ZelvanoUI/UrlSession.h>
 #include <ZelvanoUI/ZVRecommendation.h>
 #include <ZelvanoUI/Zelvano.h>
 

@@ -99,7 +99,7 @@ ServiceFault randomServiceFault(QRandomGenerator &random, bool mayLackInterval)
     }
 }
 
-/// What no HTTP server would do; the call that meets it fails. More of it, on its own, has tst_UrlSessionTasks.
+/// What no HTTP server would do; the call that meets it fails. More of it, on its own, has tst_SessionTasks.
 /// Without a script the connection is refused.
 using RoadFault = RawServer::Script;
 

@@ -1,4 +1,4 @@
-#include "UrlLoad.h"
+#include "HttpLoad.h"
 #include <ZelvanoUI/Sandbox.h>
 
 #include <QJsonArray>

@@ -2,9 +2,9 @@
 
 #include "ConfigAccess.h"
 #include "FakePlayer.h"
+#include "HttpLoad.h"
 #include "LogCollector.h"
 #include "MainQueueTestClock.h"
-#include "UrlLoad.h"
 #include "ZVAPIObject.h"
 #include <ZelvanoUI/Sandbox.h>
 #include <ZelvanoUI/Service.h>

@@ -2,7 +2,7 @@
 
 #include "ImageDecoding.h"
 #include "Immortal.h"
-#include <ZelvanoUI/UrlSession.h>
+#include "Session.h"
 
 #include <utility>
 

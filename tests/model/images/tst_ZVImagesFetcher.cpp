@@ -1,7 +1,7 @@
 #include "Columns.h"
 #include "Pictures.h"
+#include "Session.h"
 #include <ZelvanoUI/Sandbox.h>
-#include <ZelvanoUI/UrlSession.h>
 #include <ZelvanoUI/ZVImagesFetcher.h>
 
 #include <atomic>

@@ -1,4 +1,4 @@
-#include "UrlQueues.h"
+#include "Queues.h"
 
 namespace zelvano {
 

@@ -1,4 +1,4 @@
-#include "UrlSockets.h"
+#include "Sockets.h"
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>

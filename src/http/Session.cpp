@@ -1,10 +1,10 @@
-#include <ZelvanoUI/UrlSession.h>
+#include "Session.h"
 
+#include "Headers.h"
+#include "Job.h"
 #include "Logging.h"
-#include "UrlHeaders.h"
-#include "UrlJob.h"
-#include "UrlRoutes.h"
-#include "UrlTraffic.h"
+#include "Routes.h"
+#include "Traffic.h"
 
 #include <algorithm>
 

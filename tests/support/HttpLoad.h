@@ -2,7 +2,7 @@
 
 #include "Columns.h"
 #include "RawServer.h"
-#include <ZelvanoUI/UrlSession.h>
+#include "Session.h"
 
 #include <future>
 

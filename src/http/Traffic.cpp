@@ -1,4 +1,4 @@
-#include "UrlTraffic.h"
+#include "Traffic.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,9 +1,9 @@
-#include "UrlTransfer.h"
+#include "Transfer.h"
 
-#include "UrlErrors.h"
-#include "UrlHeaders.h"
-#include "UrlQueues.h"
-#include "UrlRoutes.h"
+#include "Errors.h"
+#include "Headers.h"
+#include "Queues.h"
+#include "Routes.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "UrlCurl.h"
-#include "UrlJob.h"
-#include "UrlSockets.h"
+#include "Curl.h"
+#include "Job.h"
+#include "Sockets.h"
 
 #include <array>
 #include <chrono>

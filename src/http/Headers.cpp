@@ -1,4 +1,4 @@
-#include "UrlHeaders.h"
+#include "Headers.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "UrlService.h"
+#include "Threads.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
-#include "UrlRoutes.h"
+#include "Routes.h"
 
-#include "UrlQueues.h"
+#include "Queues.h"
 
 #include <map>
 #include <mutex>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "UrlDelivery.h"
-#include "UrlLoop.h"
+#include "Delivery.h"
+#include "Loop.h"
 
 namespace zelvano {
 

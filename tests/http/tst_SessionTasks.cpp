@@ -1,5 +1,5 @@
+#include "HttpLoad.h"
 #include "Process.h"
-#include "UrlLoad.h"
 
 #include <QRegularExpression>
 
@@ -76,7 +76,7 @@ private:
 /// One request and its answer, from a server that says exactly the given bytes: every outcome, what goes out, and what
 /// is refused. And many over time: connections, slots, cancelling,
 /// completions.
-class tst_UrlSessionTasks : public QObject
+class tst_SessionTasks : public QObject
 {
     Q_OBJECT
 
@@ -392,5 +392,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_UrlSessionTasks)
-#include "tst_UrlSessionTasks.moc"
+QTEST_APPLESS_MAIN(tst_SessionTasks)
+#include "tst_SessionTasks.moc"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZelvanoUI/UrlSession.h>
+#include "Session.h"
 
 namespace zelvano {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "UrlCurl.h"
-#include <ZelvanoUI/UrlSession.h>
+#include "Curl.h"
+#include "Session.h"
 
 namespace zelvano {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "UrlDelivery.h"
-#include "UrlQueues.h"
-#include "UrlTransfer.h"
+#include "Delivery.h"
+#include "Queues.h"
+#include "Transfer.h"
 
 namespace zelvano {
 

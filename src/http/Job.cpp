@@ -1,7 +1,7 @@
-#include "UrlJob.h"
+#include "Job.h"
 
-#include "UrlService.h"
-#include "UrlTraffic.h"
+#include "Threads.h"
+#include "Traffic.h"
 
 namespace zelvano {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UrlCurl.h"
+#include "Curl.h"
 
 #include <QByteArray>
 

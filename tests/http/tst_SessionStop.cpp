@@ -1,4 +1,4 @@
-#include "UrlLoad.h"
+#include "HttpLoad.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -35,7 +35,7 @@ extern "C" Q_DECL_EXPORT int getaddrinfo(const char *name, const char *service, 
 }
 
 /// The end of the two threads: prompt whatever the network does, every completion run, and not for ever.
-class tst_UrlSessionStop : public QObject
+class tst_SessionStop : public QObject
 {
     Q_OBJECT
 
@@ -125,8 +125,8 @@ int main(int count, char **arguments)
 {
     if (count == 3 && qstrcmp(arguments[1], "--child") == 0)
         return runChild(arguments[2]);
-    tst_UrlSessionStop test;
+    tst_SessionStop test;
     return QTest::qExec(&test, count, arguments);
 }
 
-#include "tst_UrlSessionStop.moc"
+#include "tst_SessionStop.moc"

@@ -1,6 +1,6 @@
-#include "UrlLoop.h"
+#include "Loop.h"
 
-#include "UrlErrors.h"
+#include "Errors.h"
 
 #include <algorithm>
 #include <csignal>

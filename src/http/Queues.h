@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UrlJob.h"
+#include "Job.h"
 
 #include <QByteArray>
 #include <QHash>

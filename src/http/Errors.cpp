@@ -1,4 +1,4 @@
-#include "UrlErrors.h"
+#include "Errors.h"
 
 namespace zelvano {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UrlJob.h"
+#include "Job.h"
 
 #include <condition_variable>
 #include <mutex>

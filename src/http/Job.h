@@ -1,7 +1,7 @@
 // Internal: not installed.
 #pragma once
 
-#include <ZelvanoUI/UrlSession.h>
+#include "Session.h"
 
 #include <atomic>
 #include <list>

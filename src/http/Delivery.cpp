@@ -1,4 +1,4 @@
-#include "UrlDelivery.h"
+#include "Delivery.h"
 
 #include <algorithm>
 #include <iterator>
