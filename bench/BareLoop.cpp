@@ -11,7 +11,7 @@ size_t discard(char *, size_t, size_t size, void *)
 
 } // namespace
 
-BareLoop::BareLoop(const UrlRequest &request, quint16 port, int connections)
+BareLoop::BareLoop(const http::Request &request, quint16 port, int connections)
     : m_request(request), m_multi(curl_multi_init())
 {
     append(m_headers, "Expect:");

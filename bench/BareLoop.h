@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Curl.h"
-#include "Session.h"
+#include "Request.h"
 
 #include <vector>
 
@@ -12,17 +12,17 @@ namespace zelvano::bench {
 class BareLoop
 {
 public:
-    BareLoop(const UrlRequest &request, quint16 port, int connections);
+    BareLoop(const http::Request &request, quint16 port, int connections);
 
     /// Posts the request that often and reads all answers.
     void post(int count);
 
 private:
-    const UrlRequest m_request;
-    UrlStringList m_headers;
-    UrlStringList m_routes;
-    std::vector<UrlEasyHandle> m_handles; // Before the multi handle, which goes first.
-    UrlMultiHandle m_multi;
+    const http::Request m_request;
+    http::StringList m_headers;
+    http::StringList m_routes;
+    std::vector<http::EasyHandle> m_handles; // Before the multi handle, which goes first.
+    http::MultiHandle m_multi;
 };
 
 } // namespace zelvano::bench

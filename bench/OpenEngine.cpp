@@ -1,5 +1,6 @@
 #include "OpenEngine.h"
 
+#include "Traffic.h"
 #include "Waiting.h"
 #include "ZVAPIObject.h"
 #include <ZelvanoUI/PlayerEvents.h>
@@ -28,16 +29,16 @@ public:
     }
 };
 
-class RequestCatcher : public UrlTrafficObserver
+class RequestCatcher : public http::TrafficObserver
 {
 public:
-    void requestWillStart(quint64, const UrlRequest &started) override { request = started; }
-    void requestDidEnd(quint64, const std::optional<UrlResponse> &, const QByteArray &,
+    void requestWillStart(quint64, const http::Request &started) override { request = started; }
+    void requestDidEnd(quint64, const std::optional<http::Response> &, const QByteArray &,
                        const std::optional<Error> &) override
     {
     }
 
-    UrlRequest request;
+    http::Request request;
 };
 
 } // namespace
@@ -76,14 +77,14 @@ void OpenEngine::drain()
     ZVAPIObject::stopAllSessions();
 }
 
-UrlRequest OpenEngine::eventRequest()
+http::Request OpenEngine::eventRequest()
 {
     drain();
     const auto catcher = std::make_shared<RequestCatcher>();
-    UrlSession::addTrafficObserver(catcher);
+    http::Traffic::addObserver(catcher);
     sendEvent();
     drain();
-    UrlSession::removeTrafficObserver(catcher);
+    http::Traffic::removeObserver(catcher);
     return catcher->request;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "FakePlayer.h"
-#include "Session.h"
+#include "Request.h"
 #include <ZelvanoUI/Zelvano.h>
 
 #include <QTemporaryDir>
@@ -24,7 +24,7 @@ public:
     void drain();
 
     /// The request that a player event goes out as, for others to compare with.
-    UrlRequest eventRequest();
+    http::Request eventRequest();
 
 private:
     const QTemporaryDir m_folder;

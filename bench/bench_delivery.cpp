@@ -7,6 +7,8 @@
 #include "Cores.h"
 #include "OpenEngine.h"
 #include "Resources.h"
+#include "Session.h"
+#include "Traffic.h"
 #include "Waiting.h"
 
 #include <benchmark/benchmark.h>
@@ -27,14 +29,14 @@ constexpr int eventsInRun = 10000;
 constexpr int eventsInBurst = 500; // Up to two bursts are in flight.
 
 /// Counts what was delivered. Called for each transfer, so it adds two uncontended locks to what is measured.
-class DeliveryCount : public UrlTrafficObserver
+class DeliveryCount : public http::TrafficObserver
 {
 public:
-    void requestWillStart(quint64, const UrlRequest &) override {}
-    void requestDidEnd(quint64, const std::optional<UrlResponse> &response, const QByteArray &,
+    void requestWillStart(quint64, const http::Request &) override {}
+    void requestDidEnd(quint64, const std::optional<http::Response> &response, const QByteArray &,
                        const std::optional<Error> &error) override
     {
-        if (error && error->code == static_cast<int>(UrlError::Cancelled))
+        if (error && error->code == static_cast<int>(http::ErrorCode::Cancelled))
             return; // A held request.
         if (error || response->status != 200)
             qFatal("an event was not delivered");
@@ -50,10 +52,10 @@ class OneConnection
 public:
     OneConnection()
     {
-        UrlRequest request;
+        http::Request request;
         request.url = QUrl(API_URL_PROD + QStringLiteral("hold"));
         for (int i = 1; i < mostConnections; ++i) {
-            m_held.push_back(UrlSession::dataTask(request, {}));
+            m_held.push_back(http::Session::dataTask(request, {}));
             m_held.back()->resume();
         }
     }
@@ -68,7 +70,7 @@ public:
     Q_DISABLE_COPY_MOVE(OneConnection)
 
 private:
-    std::vector<std::shared_ptr<UrlTask>> m_held;
+    std::vector<std::shared_ptr<http::Task>> m_held;
 };
 
 /// As a host does it: events from the main thread, whose event loop goes on in between.
@@ -116,7 +118,7 @@ int main(int argc, char **argv)
     OpenEngine engine(server.port());
     const auto request = engine.eventRequest();
     const auto count = std::make_shared<DeliveryCount>();
-    UrlSession::addTrafficObserver(count);
+    http::Traffic::addObserver(count);
 
     const auto delivery = [&](benchmark::State &state, BareLoop &bare) {
         for (auto _ : state) {
@@ -148,6 +150,6 @@ int main(int argc, char **argv)
     benchmark::RegisterBenchmark("six", six)->UseManualTime()->Iterations(1);
     benchmark::RegisterBenchmark("one", one)->UseManualTime()->Iterations(1);
     benchmark::RunSpecifiedBenchmarks();
-    UrlSession::removeTrafficObserver(count);
+    http::Traffic::removeObserver(count);
     return 0;
 }

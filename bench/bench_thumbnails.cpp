@@ -178,8 +178,8 @@ public:
 
 private:
     const quint16 m_port;
-    std::vector<UrlEasyHandle> m_handles; // Before the multi handle, which goes first.
-    UrlMultiHandle m_multi;
+    std::vector<http::EasyHandle> m_handles; // Before the multi handle, which goes first.
+    http::MultiHandle m_multi;
     std::vector<QByteArray> m_files = std::vector<QByteArray>(thumbnails);
     QThreadPool m_pool;
 };

@@ -53,7 +53,7 @@ void buildHead(FuzzedDataProvider &source)
         request.setHeader(name, text(source));
         request.headers.emplace_back(name, text(source)); // A host's own request need not come through the setter.
     }
-    const auto list = urlHeaderList(request, isForeign);
+    const auto list = http::headerList(request, isForeign);
     for (const auto *line = list.get(); line; line = line->next) {
         const QByteArray header(line->data);
         FUZZ_REQUIRE(header.contains(':') || header.endsWith(';'));
@@ -65,10 +65,10 @@ void buildHead(FuzzedDataProvider &source)
 
 void checkUrl(FuzzedDataProvider &source)
 {
-    UrlRequest request;
+    http::Request request;
     request.url = QUrl::fromEncoded(text(source));
     request.method = text(source);
-    if (urlProblem(request))
+    if (http::problemOf(request))
         return;
     for (const char c : request.method + request.url.toEncoded())
         FUZZ_REQUIRE(uchar(c) > 0x20 && uchar(c) < 0x7f);

@@ -7,7 +7,7 @@ namespace zelvano {
 /// Why an operation failed. A value; nothing in the library throws.
 struct Error
 {
-    /// Where the code comes from: UrlErrorDomain, JsonErrorDomain or a host's own.
+    /// Where the code comes from: "ZelvanoUrlError" for a transfer, "ZelvanoJsonError" for JSON text, or a host's own.
     QString domain;
     int code = 0;
     /// One line for the log, in English.

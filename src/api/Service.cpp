@@ -1,14 +1,14 @@
 #include <ZelvanoUI/Service.h>
 
-#include "Queues.h"
-#include "Session.h"
+#include "Host.h"
+#include "Routes.h"
 #include <ZelvanoUI/Protocol.h>
 
 namespace zelvano {
 
 void useService(const QString &hostAndPort)
 {
-    UrlSession::connectTo(urlHostAndPort(QUrl(API_URL_PROD)), hostAndPort.toUtf8());
+    http::Routes::set(http::hostAndPort(QUrl(API_URL_PROD)), hostAndPort.toUtf8());
 }
 
 } // namespace zelvano

@@ -134,9 +134,9 @@ QString toJSON(const QJsonArray &array)
     return QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact));
 }
 
-UrlRequest request(const QString &apiName)
+http::Request request(const QString &apiName)
 {
-    UrlRequest request;
+    http::Request request;
     request.url = urlOf(ZVConfig::shared().apiURL(), apiName);
     request.timeout = std::chrono::seconds(20);
     request.setHeader("Accept"_ba, "application/json"_ba);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Session.h"
+#include "Request.h"
 #include <ZelvanoUI/Error.h>
 #include <ZelvanoUI/zelvanocore_export.h>
 
@@ -48,6 +48,6 @@ ZELVANOCORE_EXPORT QString toJSON(const QJsonArray &array);
 
 /// A GET for the path below the service's base URL, the configured one or production's, that asks for JSON and times
 /// out after 20 seconds without progress. The path is appended as it stands.
-ZELVANOCORE_EXPORT UrlRequest request(const QString &apiName);
+ZELVANOCORE_EXPORT http::Request request(const QString &apiName);
 
 } // namespace zelvano

@@ -29,7 +29,7 @@ struct ClassState
 {
     QMutex mutex;
     QString domain = u""_s;
-    std::vector<std::shared_ptr<UrlTask>> tasks;
+    std::vector<std::shared_ptr<http::Task>> tasks;
     Client client;
     QJsonObject userAgent;
 };
@@ -222,14 +222,14 @@ void ZVAPIObject::setCompletion(Completion completion)
     callRequest(std::move(request), std::move(completion));
 }
 
-void ZVAPIObject::callRequest(UrlRequest request, Completion completion)
+void ZVAPIObject::callRequest(http::Request request, Completion completion)
 {
     auto handler = [self = shared_from_this(), completion = std::move(completion)](const QByteArray &data, const auto &,
                                                                                    const auto &error) {
         if (completion)
             completion(error ? ZVAPIResponse(*error) : ZVAPIResponse(data));
     };
-    const auto task = UrlSession::dataTask(std::move(request), std::move(handler));
+    const auto task = http::Session::dataTask(std::move(request), std::move(handler));
     {
         auto &state = classState();
         const QMutexLocker lock(&state.mutex);
@@ -252,7 +252,7 @@ void ZVAPIObject::setDomain(const QString &domain)
     state.domain = domain;
 }
 
-std::vector<std::shared_ptr<UrlTask>> ZVAPIObject::tasks()
+std::vector<std::shared_ptr<http::Task>> ZVAPIObject::tasks()
 {
     auto &state = classState();
     const QMutexLocker lock(&state.mutex);
@@ -261,7 +261,7 @@ std::vector<std::shared_ptr<UrlTask>> ZVAPIObject::tasks()
 
 void ZVAPIObject::stopAllSessions()
 {
-    std::vector<std::shared_ptr<UrlTask>> tasks;
+    std::vector<std::shared_ptr<http::Task>> tasks;
     {
         auto &state = classState();
         const QMutexLocker lock(&state.mutex);

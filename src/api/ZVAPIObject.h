@@ -93,14 +93,14 @@ public:
     void setCompletion(Completion completion);
     Completion completion() const { return {}; }
     /// Sends a prepared request as this call.
-    void callRequest(UrlRequest request, Completion completion);
+    void callRequest(http::Request request, Completion completion);
 
     /// A text of the process that takes no part in building URLs. Any thread.
     static QString domain();
     static void setDomain(const QString &domain);
 
     /// Handles of all calls that were sent since the last stopAllSessions(), the finished ones included. Any thread.
-    static std::vector<std::shared_ptr<UrlTask>> tasks();
+    static std::vector<std::shared_ptr<http::Task>> tasks();
     /// Cancels every one of them: their completions run with an error. Any thread.
     static void stopAllSessions();
 

@@ -1,25 +1,24 @@
-// Internal: not installed.
 #pragma once
 
 #include <curl/curl.h>
 
 #include <memory>
 
-namespace zelvano {
+namespace zelvano::http {
 
 /// Calls a libcurl clean-up function; stateless, so that an owner is as large as the pointer it owns.
-template<auto cleanUp> struct UrlCurlDeleter
+template<auto cleanUp> struct CurlDeleter
 {
     template<typename T> void operator()(T *handle) const { cleanUp(handle); }
 };
 
 // The move-only owners of what libcurl allocates.
-using UrlEasyHandle = std::unique_ptr<CURL, UrlCurlDeleter<curl_easy_cleanup>>;
-using UrlMultiHandle = std::unique_ptr<CURLM, UrlCurlDeleter<curl_multi_cleanup>>;
-using UrlShareHandle = std::unique_ptr<CURLSH, UrlCurlDeleter<curl_share_cleanup>>;
-using UrlStringList = std::unique_ptr<curl_slist, UrlCurlDeleter<curl_slist_free_all>>;
+using EasyHandle = std::unique_ptr<CURL, CurlDeleter<curl_easy_cleanup>>;
+using MultiHandle = std::unique_ptr<CURLM, CurlDeleter<curl_multi_cleanup>>;
+using ShareHandle = std::unique_ptr<CURLSH, CurlDeleter<curl_share_cleanup>>;
+using StringList = std::unique_ptr<curl_slist, CurlDeleter<curl_slist_free_all>>;
 
-inline void append(UrlStringList &list, const char *text)
+inline void append(StringList &list, const char *text)
 {
     // On failure libcurl returns null and leaves the list as it was.
     if (curl_slist *longer = curl_slist_append(list.get(), text)) {
@@ -28,4 +27,4 @@ inline void append(UrlStringList &list, const char *text)
     }
 }
 
-} // namespace zelvano
+} // namespace zelvano::http

@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <iterator>
 
-namespace zelvano {
+namespace zelvano::http {
 
-UrlDelivery::UrlDelivery()
+Delivery::Delivery()
 {
     m_thread = std::thread([this] { run(); });
 }
 
-UrlDelivery::~UrlDelivery()
+Delivery::~Delivery()
 {
     {
         const std::lock_guard lock(m_mutex);
@@ -24,7 +24,7 @@ UrlDelivery::~UrlDelivery()
         m_thread.join();
 }
 
-void UrlDelivery::deliver(std::vector<UrlOutcome> &batch)
+void Delivery::deliver(std::vector<Outcome> &batch)
 {
     if (batch.empty())
         return;
@@ -39,9 +39,9 @@ void UrlDelivery::deliver(std::vector<UrlOutcome> &batch)
         m_changed.notify_one();
 }
 
-void UrlDelivery::run()
+void Delivery::run()
 {
-    std::vector<UrlOutcome> batch;
+    std::vector<Outcome> batch;
     for (;;) {
         {
             std::unique_lock lock(m_mutex);
@@ -50,12 +50,12 @@ void UrlDelivery::run()
         }
         if (batch.empty())
             return;
-        for (UrlOutcome &waiting : batch) {
-            const UrlOutcome outcome = std::move(waiting);
+        for (Outcome &waiting : batch) {
+            const Outcome outcome = std::move(waiting);
             outcome.job->complete(outcome);
         }
         batch.clear();
     }
 }
 
-} // namespace zelvano
+} // namespace zelvano::http

@@ -7,28 +7,28 @@
 #include <thread>
 #include <vector>
 
-namespace zelvano {
+namespace zelvano::http {
 
 /// The delivery thread: runs completions one after another and releases their closures.
 /// Destroying it runs what is left and joins the thread.
-class UrlDelivery
+class Delivery
 {
 public:
-    UrlDelivery();
-    ~UrlDelivery();
-    Q_DISABLE_COPY_MOVE(UrlDelivery)
+    Delivery();
+    ~Delivery();
+    Q_DISABLE_COPY_MOVE(Delivery)
 
     /// Takes the whole batch and leaves it empty. Any thread.
-    void deliver(std::vector<UrlOutcome> &batch);
+    void deliver(std::vector<Outcome> &batch);
 
 private:
     void run();
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::vector<UrlOutcome> m_waiting;
+    std::vector<Outcome> m_waiting;
     bool m_isEnding = false;
     std::thread m_thread;
 };
 
-} // namespace zelvano
+} // namespace zelvano::http

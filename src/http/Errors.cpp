@@ -1,28 +1,28 @@
 #include "Errors.h"
 
-namespace zelvano {
+namespace zelvano::http {
 
-UrlError urlErrorFor(CURLcode code)
+ErrorCode errorCodeFor(CURLcode code)
 {
     switch (code) {
     case CURLE_URL_MALFORMAT:
-        return UrlError::BadUrl;
+        return ErrorCode::BadUrl;
     case CURLE_COULDNT_RESOLVE_HOST:
     case CURLE_COULDNT_RESOLVE_PROXY:
-        return UrlError::CannotFindHost;
+        return ErrorCode::CannotFindHost;
     case CURLE_COULDNT_CONNECT:
     case CURLE_PROXY:
     case CURLE_INTERFACE_FAILED:
-        return UrlError::CannotConnect;
+        return ErrorCode::CannotConnect;
     case CURLE_OPERATION_TIMEDOUT:
-        return UrlError::TimedOut;
+        return ErrorCode::TimedOut;
     case CURLE_PARTIAL_FILE:
     case CURLE_GOT_NOTHING:
     case CURLE_SEND_ERROR:
     case CURLE_RECV_ERROR:
     case CURLE_HTTP2:
     case CURLE_HTTP2_STREAM:
-        return UrlError::ConnectionLost;
+        return ErrorCode::ConnectionLost;
     case CURLE_SSL_CONNECT_ERROR:
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_CERTPROBLEM:
@@ -35,24 +35,24 @@ UrlError urlErrorFor(CURLcode code)
     case CURLE_SSL_CLIENTCERT:
     case CURLE_SSL_ENGINE_INITFAILED:
     case CURLE_USE_SSL_FAILED:
-        return UrlError::SecureConnectionFailed;
+        return ErrorCode::SecureConnectionFailed;
     case CURLE_TOO_MANY_REDIRECTS:
-        return UrlError::TooManyRedirects;
+        return ErrorCode::TooManyRedirects;
     case CURLE_FILESIZE_EXCEEDED:
-        return UrlError::AnswerTooLarge;
+        return ErrorCode::AnswerTooLarge;
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_BAD_CONTENT_ENCODING:
     // Our own URL is checked before: what is left is an answer that is not HTTP, or a redirect out of HTTP.
     case CURLE_UNSUPPORTED_PROTOCOL:
-        return UrlError::BadAnswer;
+        return ErrorCode::BadAnswer;
     default:
-        return UrlError::Unknown;
+        return ErrorCode::Unknown;
     }
 }
 
-Error makeUrlError(UrlError code, const char *description)
+Error makeError(ErrorCode code, const char *description)
 {
-    return {UrlErrorDomain, int(code), QString::fromUtf8(description).simplified()};
+    return {ErrorDomain, int(code), QString::fromUtf8(description).simplified()};
 }
 
-} // namespace zelvano
+} // namespace zelvano::http

@@ -1,15 +1,16 @@
 #pragma once
 
-#include "Session.h"
+#include "ErrorCode.h"
+#include <ZelvanoUI/Error.h>
 
 #include <curl/curl.h>
 
-namespace zelvano {
+namespace zelvano::http {
 
 /// The one place where libcurl's codes become ours.
-UrlError urlErrorFor(CURLcode code);
+ErrorCode errorCodeFor(CURLcode code);
 
 /// `description` is cut to one line.
-Error makeUrlError(UrlError code, const char *description);
+Error makeError(ErrorCode code, const char *description);
 
-} // namespace zelvano
+} // namespace zelvano::http

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-namespace zelvano {
+namespace zelvano::http {
 
-bool isUrlToken(const QByteArray &text)
+bool isToken(const QByteArray &text)
 {
     constexpr QByteArrayView marks = "!#$%&'*+-.^_`|~";
     const auto isLetterOrDigit = [](char c) {
@@ -14,20 +14,20 @@ bool isUrlToken(const QByteArray &text)
            std::all_of(text.begin(), text.end(), [&](char c) { return isLetterOrDigit(c) || marks.contains(c); });
 }
 
-bool isSafeUrlHeader(const QByteArray &name, const QByteArray &value)
+bool isSafeHeader(const QByteArray &name, const QByteArray &value)
 {
-    return isUrlToken(name) &&
+    return isToken(name) &&
            std::none_of(value.begin(), value.end(), [](char c) { return uchar(c) < 0x20 || c == 0x7f; });
 }
 
-UrlStringList urlHeaderList(const UrlRequest &request, bool isForeignHost)
+StringList headerList(const Request &request, bool isForeignHost)
 {
-    UrlStringList list;
+    StringList list;
     // A name without value keeps libcurl from adding its own.
     append(list, "Expect:");
     bool hasContentType = false;
     for (const auto &[name, value] : request.headers) {
-        if (!isSafeUrlHeader(name, value))
+        if (!isSafeHeader(name, value))
             continue;
         if (isForeignHost && name.left(2).compare("x-", Qt::CaseInsensitive) == 0)
             continue;
@@ -40,4 +40,4 @@ UrlStringList urlHeaderList(const UrlRequest &request, bool isForeignHost)
     return list;
 }
 
-} // namespace zelvano
+} // namespace zelvano::http

@@ -3,7 +3,7 @@
 #include "Threads.h"
 #include "Traffic.h"
 
-namespace zelvano {
+namespace zelvano::http {
 
 namespace {
 
@@ -15,41 +15,41 @@ quint64 nextId()
 
 } // namespace
 
-UrlJob::UrlJob(UrlRequest request, UrlSession::Completion completion)
+Job::Job(Request request, Session::Completion completion)
     : m_request(std::move(request)), m_completion(std::move(completion)), m_id(nextId())
 {
 }
 
-void UrlJob::resume()
+void Job::resume()
 {
     Stage expected = Stage::Created;
     if (!m_stage.compare_exchange_strong(expected, Stage::Resumed))
         return;
-    UrlTraffic::willStart(m_id, m_request);
-    UrlService::instance().submit(shared_from_this());
+    Traffic::willStart(m_id, m_request);
+    Threads::instance().submit(shared_from_this());
 }
 
-void UrlJob::cancel()
+void Job::cancel()
 {
     // Before resume the mark is enough: the loop looks at it when the job arrives.
     if (m_isCancelled.exchange(true) || m_stage.load() != Stage::Resumed)
         return;
-    UrlService::instance().cancel(shared_from_this());
+    Threads::instance().cancel(shared_from_this());
 }
 
-bool UrlJob::isFinished() const
+bool Job::isFinished() const
 {
     return m_stage.load() == Stage::Finished;
 }
 
-void UrlJob::complete(const UrlOutcome &outcome)
+void Job::complete(const Outcome &outcome)
 {
     m_request = {};
-    const UrlSession::Completion completion = std::exchange(m_completion, {});
+    const Session::Completion completion = std::exchange(m_completion, {});
     m_stage.store(Stage::Finished);
-    UrlTraffic::didEnd(m_id, outcome.response, outcome.data, outcome.error);
+    Traffic::didEnd(m_id, outcome.response, outcome.data, outcome.error);
     if (completion)
         completion(outcome.data, outcome.response, outcome.error);
 }
 
-} // namespace zelvano
+} // namespace zelvano::http

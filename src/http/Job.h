@@ -1,61 +1,51 @@
-// Internal: not installed.
 #pragma once
 
+#include "Outcome.h"
 #include "Session.h"
 
 #include <atomic>
 #include <list>
 
-namespace zelvano {
+namespace zelvano::http {
 
-class UrlJob;
-class UrlTransfer;
-struct UrlHost;
-
-/// How a transfer ended, on its way to the completion.
-struct UrlOutcome
-{
-    std::shared_ptr<UrlJob> job;
-    QByteArray data;
-    std::optional<UrlResponse> response;
-    std::optional<Error> error;
-};
+class Transfer;
+struct Host;
 
 /// The task behind the handle. Owned by the handle and, from resume to completion, by the loop; the request and the
 /// closure go when the completion has run, whatever the handle does.
-class UrlJob final : public UrlTask, public std::enable_shared_from_this<UrlJob>
+class Job final : public Task, public std::enable_shared_from_this<Job>
 {
 public:
-    UrlJob(UrlRequest request, UrlSession::Completion completion);
+    Job(Request request, Session::Completion completion);
 
     void resume() override;
     void cancel() override;
     bool isFinished() const override;
 
     /// Valid until the completion runs.
-    const UrlRequest &request() const { return m_request; }
+    const Request &request() const { return m_request; }
     bool isCancelled() const { return m_isCancelled.load(); }
 
     /// The single exit: delivery thread, once.
-    void complete(const UrlOutcome &outcome);
+    void complete(const Outcome &outcome);
 
     /// Where the loop keeps it. Networking thread only.
     struct Place
     {
-        UrlHost *host = nullptr;
-        UrlTransfer *transfer = nullptr; ///< Null unless it has a slot.
-        std::list<std::shared_ptr<UrlJob>>::iterator waiting;
+        Host *host = nullptr;
+        Transfer *transfer = nullptr; ///< Null unless it has a slot.
+        std::list<std::shared_ptr<Job>>::iterator waiting;
         bool isWaiting = false;
     } place;
 
 private:
     enum class Stage { Created, Resumed, Finished };
 
-    UrlRequest m_request;
-    UrlSession::Completion m_completion;
+    Request m_request;
+    Session::Completion m_completion;
     const quint64 m_id;
     std::atomic<Stage> m_stage = Stage::Created;
     std::atomic<bool> m_isCancelled = false;
 };
 
-} // namespace zelvano
+} // namespace zelvano::http

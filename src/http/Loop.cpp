@@ -6,7 +6,7 @@
 #include <csignal>
 #include <limits>
 
-namespace zelvano {
+namespace zelvano::http {
 
 namespace {
 
@@ -25,7 +25,7 @@ void blockSigpipe()
 
 } // namespace
 
-UrlLoop::UrlLoop(UrlDelivery &delivery) : m_delivery(delivery)
+Loop::Loop(Delivery &delivery) : m_delivery(delivery)
 {
     m_share.reset(curl_share_init());
     // A multi handle shares connections and DNS answers among its transfers, but not TLS sessions. One thread uses
@@ -36,23 +36,23 @@ UrlLoop::UrlLoop(UrlDelivery &delivery) : m_delivery(delivery)
     m_thread = std::thread([this] { run(); });
 }
 
-UrlLoop::~UrlLoop()
+Loop::~Loop()
 {
     post([](Inbox &inbox) { inbox.isEnding = true; });
     m_thread.join();
 }
 
-void UrlLoop::submit(std::shared_ptr<UrlJob> job)
+void Loop::submit(std::shared_ptr<Job> job)
 {
     post([&](Inbox &inbox) { inbox.submitted.push_back(std::move(job)); });
 }
 
-void UrlLoop::cancel(std::shared_ptr<UrlJob> job)
+void Loop::cancel(std::shared_ptr<Job> job)
 {
     post([&](Inbox &inbox) { inbox.cancelled.push_back(std::move(job)); });
 }
 
-template<typename Change> void UrlLoop::post(Change &&change)
+template<typename Change> void Loop::post(Change &&change)
 {
     const std::lock_guard lock(m_mutex);
     // Whoever filled the inbox has woken the loop already.
@@ -62,7 +62,7 @@ template<typename Change> void UrlLoop::post(Change &&change)
         curl_multi_wakeup(m_multi.get());
 }
 
-void UrlLoop::run()
+void Loop::run()
 {
     blockSigpipe();
     while (drainInbox()) {
@@ -78,7 +78,7 @@ void UrlLoop::run()
     m_share.reset();
 }
 
-bool UrlLoop::drainInbox()
+bool Loop::drainInbox()
 {
     {
         const std::lock_guard lock(m_mutex);
@@ -93,27 +93,27 @@ bool UrlLoop::drainInbox()
     return !m_drained.isEnding;
 }
 
-void UrlLoop::admit(const std::shared_ptr<UrlJob> &job)
+void Loop::admit(const std::shared_ptr<Job> &job)
 {
     if (job->isCancelled())
-        fail(job, UrlError::Cancelled, "cancelled");
-    else if (const char *problem = urlProblem(job->request()))
-        fail(job, UrlError::BadUrl, problem);
+        fail(job, ErrorCode::Cancelled, "cancelled");
+    else if (const char *problem = problemOf(job->request()))
+        fail(job, ErrorCode::BadUrl, problem);
     else
         m_queues.enqueue(job);
 }
 
-void UrlLoop::withdraw(UrlJob &job)
+void Loop::withdraw(Job &job)
 {
     if (job.place.isWaiting) {
         m_queues.withdraw(job);
-        fail(job.shared_from_this(), UrlError::Cancelled, "cancelled");
+        fail(job.shared_from_this(), ErrorCode::Cancelled, "cancelled");
     } else if (job.place.transfer) {
-        fail(*job.place.transfer, UrlError::Cancelled, "cancelled");
+        fail(*job.place.transfer, ErrorCode::Cancelled, "cancelled");
     }
 }
 
-void UrlLoop::work()
+void Loop::work()
 {
     int running = 0;
     do {
@@ -125,39 +125,39 @@ void UrlLoop::work()
     } while (m_queues.hasReady());
 }
 
-void UrlLoop::begin(const std::shared_ptr<UrlJob> &job)
+void Loop::begin(const std::shared_ptr<Job> &job)
 {
     if (job->isCancelled()) {
         m_queues.release(*job);
-        fail(job, UrlError::Cancelled, "cancelled");
+        fail(job, ErrorCode::Cancelled, "cancelled");
         return;
     }
     auto transfer = takeSpare();
-    UrlTransfer &started = *transfer;
+    Transfer &started = *transfer;
     started.begin(job);
-    started.place = m_active.emplace(UrlClock::now() + job->request().timeout, std::move(transfer));
+    started.place = m_active.emplace(Clock::now() + job->request().timeout, std::move(transfer));
     curl_multi_add_handle(m_multi.get(), started.easy());
 }
 
-void UrlLoop::collectFinished()
+void Loop::collectFinished()
 {
     int left = 0;
     while (const CURLMsg *message = curl_multi_info_read(m_multi.get(), &left)) {
         const CURLcode code = message->data.result;
-        UrlTransfer &transfer = *UrlTransfer::of(message->easy_handle);
+        Transfer &transfer = *Transfer::of(message->easy_handle);
         curl_multi_remove_handle(m_multi.get(), transfer.easy());
         finish(transfer, transfer.end(code));
     }
 }
 
-void UrlLoop::expireIdle()
+void Loop::expireIdle()
 {
-    const auto now = UrlClock::now();
+    const auto now = Clock::now();
     while (!m_active.empty() && m_active.begin()->first <= now) {
-        UrlTransfer &transfer = *m_active.begin()->second;
+        Transfer &transfer = *m_active.begin()->second;
         const auto deadline = transfer.deadline();
         if (deadline <= now) {
-            fail(transfer, UrlError::TimedOut, "no byte moved for too long");
+            fail(transfer, ErrorCode::TimedOut, "no byte moved for too long");
             continue;
         }
         auto node = m_active.extract(m_active.begin());
@@ -166,17 +166,17 @@ void UrlLoop::expireIdle()
     }
 }
 
-int UrlLoop::pollTimeout() const
+int Loop::pollTimeout() const
 {
     using namespace std::chrono;
     constexpr milliseconds longest(std::numeric_limits<int>::max());
     if (m_active.empty())
         return int(longest.count());
-    const auto left = ceil<milliseconds>(m_active.begin()->first - UrlClock::now());
+    const auto left = ceil<milliseconds>(m_active.begin()->first - Clock::now());
     return int(std::clamp(left, milliseconds(0), longest).count());
 }
 
-void UrlLoop::finish(UrlTransfer &transfer, UrlOutcome outcome)
+void Loop::finish(Transfer &transfer, Outcome outcome)
 {
     m_queues.release(*outcome.job);
     m_outcomes.push_back(std::move(outcome));
@@ -185,35 +185,35 @@ void UrlLoop::finish(UrlTransfer &transfer, UrlOutcome outcome)
         m_spare.push_back(std::move(node.mapped()));
 }
 
-void UrlLoop::fail(UrlTransfer &transfer, UrlError error, const char *description)
+void Loop::fail(Transfer &transfer, ErrorCode error, const char *description)
 {
     curl_multi_remove_handle(m_multi.get(), transfer.easy());
     finish(transfer, transfer.end(error, description));
 }
 
-void UrlLoop::fail(const std::shared_ptr<UrlJob> &job, UrlError error, const char *description)
+void Loop::fail(const std::shared_ptr<Job> &job, ErrorCode error, const char *description)
 {
-    UrlOutcome outcome;
+    Outcome outcome;
     outcome.job = job;
-    outcome.error = makeUrlError(error, description);
+    outcome.error = makeError(error, description);
     m_outcomes.push_back(std::move(outcome));
 }
 
-void UrlLoop::cancelAll()
+void Loop::cancelAll()
 {
     for (const auto &job : m_queues.takeAll())
-        fail(job, UrlError::Cancelled, "cancelled");
+        fail(job, ErrorCode::Cancelled, "cancelled");
     while (!m_active.empty())
-        fail(*m_active.begin()->second, UrlError::Cancelled, "cancelled");
+        fail(*m_active.begin()->second, ErrorCode::Cancelled, "cancelled");
 }
 
-std::unique_ptr<UrlTransfer> UrlLoop::takeSpare()
+std::unique_ptr<Transfer> Loop::takeSpare()
 {
     if (m_spare.empty())
-        return std::make_unique<UrlTransfer>(m_share.get(), m_sockets);
+        return std::make_unique<Transfer>(m_share.get(), m_sockets);
     auto transfer = std::move(m_spare.back());
     m_spare.pop_back();
     return transfer;
 }
 
-} // namespace zelvano
+} // namespace zelvano::http

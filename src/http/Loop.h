@@ -4,25 +4,25 @@
 #include "Queues.h"
 #include "Transfer.h"
 
-namespace zelvano {
+namespace zelvano::http {
 
 /// The networking thread and its libcurl multi handle. Destroying it cancels what is in flight or waits, hands all of
 /// that over to the delivery and joins the thread.
-class UrlLoop
+class Loop
 {
 public:
-    explicit UrlLoop(UrlDelivery &delivery);
-    ~UrlLoop();
-    Q_DISABLE_COPY_MOVE(UrlLoop)
+    explicit Loop(Delivery &delivery);
+    ~Loop();
+    Q_DISABLE_COPY_MOVE(Loop)
 
-    void submit(std::shared_ptr<UrlJob> job);
-    void cancel(std::shared_ptr<UrlJob> job);
+    void submit(std::shared_ptr<Job> job);
+    void cancel(std::shared_ptr<Job> job);
 
 private:
     struct Inbox
     {
-        std::vector<std::shared_ptr<UrlJob>> submitted;
-        std::vector<std::shared_ptr<UrlJob>> cancelled;
+        std::vector<std::shared_ptr<Job>> submitted;
+        std::vector<std::shared_ptr<Job>> cancelled;
         bool isEnding = false;
     };
 
@@ -31,32 +31,32 @@ private:
     // All below: networking thread only.
     void run();
     bool drainInbox();
-    void admit(const std::shared_ptr<UrlJob> &job);
-    void withdraw(UrlJob &job);
+    void admit(const std::shared_ptr<Job> &job);
+    void withdraw(Job &job);
     void work();
-    void begin(const std::shared_ptr<UrlJob> &job);
+    void begin(const std::shared_ptr<Job> &job);
     void collectFinished();
     void expireIdle();
     int pollTimeout() const;
-    void finish(UrlTransfer &transfer, UrlOutcome outcome);
-    void fail(UrlTransfer &transfer, UrlError error, const char *description);
-    void fail(const std::shared_ptr<UrlJob> &job, UrlError error, const char *description);
+    void finish(Transfer &transfer, Outcome outcome);
+    void fail(Transfer &transfer, ErrorCode error, const char *description);
+    void fail(const std::shared_ptr<Job> &job, ErrorCode error, const char *description);
     void cancelAll();
-    std::unique_ptr<UrlTransfer> takeSpare();
+    std::unique_ptr<Transfer> takeSpare();
 
-    UrlDelivery &m_delivery;
+    Delivery &m_delivery;
     std::mutex m_mutex;
     Inbox m_inbox;
     Inbox m_drained;
 
-    UrlShareHandle m_share;
-    UrlMultiHandle m_multi;
-    UrlSockets m_sockets;
-    UrlQueues m_queues;
-    UrlTransfers m_active;
-    std::vector<std::unique_ptr<UrlTransfer>> m_spare;
-    std::vector<UrlOutcome> m_outcomes;
+    ShareHandle m_share;
+    MultiHandle m_multi;
+    Sockets m_sockets;
+    Queues m_queues;
+    Transfers m_active;
+    std::vector<std::unique_ptr<Transfer>> m_spare;
+    std::vector<Outcome> m_outcomes;
     std::thread m_thread;
 };
 
-} // namespace zelvano
+} // namespace zelvano::http

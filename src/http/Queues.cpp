@@ -1,54 +1,48 @@
 #include "Queues.h"
 
-namespace zelvano {
+namespace zelvano::http {
 
-QByteArray urlHostAndPort(const QUrl &url)
+void Queues::enqueue(const std::shared_ptr<Job> &job)
 {
-    const int port = url.port(url.scheme() == QLatin1StringView("https") ? 443 : 80);
-    return url.host(QUrl::EncodeUnicode).toLatin1() + ':' + QByteArray::number(port);
-}
-
-void UrlQueues::enqueue(const std::shared_ptr<UrlJob> &job)
-{
-    UrlHost &host = hostOf(job->request().url);
+    Host &host = hostOf(job->request().url);
     job->place.host = &host;
     job->place.waiting = host.waiting.insert(host.waiting.end(), job);
     job->place.isWaiting = true;
     fillSlots(host);
 }
 
-UrlHost &UrlQueues::hostOf(const QUrl &url)
+Host &Queues::hostOf(const QUrl &url)
 {
     if (url != m_lastUrl) {
         m_lastUrl = url;
-        m_lastHostAndPort = urlHostAndPort(url);
+        m_lastHostAndPort = hostAndPort(url);
         m_lastKey = url.scheme().toLatin1() + ' ' + m_lastHostAndPort;
     }
-    UrlHost &host = m_hosts[m_lastKey];
+    Host &host = m_hosts[m_lastKey];
     host.key = m_lastKey;
     host.hostAndPort = m_lastHostAndPort;
     return host;
 }
 
-void UrlQueues::withdraw(UrlJob &job)
+void Queues::withdraw(Job &job)
 {
     // It is not the host's last one: a job only waits while others run.
     job.place.isWaiting = false;
     job.place.host->waiting.erase(job.place.waiting);
 }
 
-void UrlQueues::release(UrlJob &job)
+void Queues::release(Job &job)
 {
-    UrlHost &host = *std::exchange(job.place.host, nullptr);
+    Host &host = *std::exchange(job.place.host, nullptr);
     --host.active;
     fillSlots(host);
     if (host.active == 0)
         m_hosts.erase(QByteArray(host.key));
 }
 
-std::vector<std::shared_ptr<UrlJob>> UrlQueues::takeAll()
+std::vector<std::shared_ptr<Job>> Queues::takeAll()
 {
-    std::vector<std::shared_ptr<UrlJob>> all = takeReady();
+    std::vector<std::shared_ptr<Job>> all = takeReady();
     for (auto &[key, host] : m_hosts) {
         for (const auto &job : std::exchange(host.waiting, {})) {
             job->place.isWaiting = false;
@@ -58,7 +52,7 @@ std::vector<std::shared_ptr<UrlJob>> UrlQueues::takeAll()
     return all;
 }
 
-void UrlQueues::fillSlots(UrlHost &host)
+void Queues::fillSlots(Host &host)
 {
     while (host.active < SlotsPerHost && !host.waiting.empty()) {
         host.waiting.front()->place.isWaiting = false;
@@ -68,4 +62,4 @@ void UrlQueues::fillSlots(UrlHost &host)
     }
 }
 
-} // namespace zelvano
+} // namespace zelvano::http

@@ -1,11 +1,11 @@
 #include "Routes.h"
 
-#include "Queues.h"
+#include "Curl.h"
 
 #include <map>
 #include <mutex>
 
-namespace zelvano {
+namespace zelvano::http {
 
 namespace {
 
@@ -26,29 +26,29 @@ Table &table()
 
 } // namespace
 
-void UrlRoutes::set(const QByteArray &hostAndPort, const QByteArray &target)
+void Routes::set(const QByteArray &hostAndPort, const QByteArray &target)
 {
     const std::lock_guard lock(table().mutex);
     if (target.isEmpty())
         table().targets.erase(hostAndPort.toLower());
     else
         table().targets[hostAndPort.toLower()] = target;
-    UrlStringList list;
+    StringList list;
     for (const auto &[from, to] : table().targets)
         append(list, (from + ':' + to).constData());
     table().list = std::move(list);
 }
 
-std::shared_ptr<curl_slist> UrlRoutes::connectTo()
+std::shared_ptr<curl_slist> Routes::connectTo()
 {
     const std::lock_guard lock(table().mutex);
     return table().list;
 }
 
-bool UrlRoutes::isRouted(const QByteArray &hostAndPort)
+bool Routes::isRouted(const QByteArray &hostAndPort)
 {
     const std::lock_guard lock(table().mutex);
     return table().targets.contains(hostAndPort);
 }
 
-} // namespace zelvano
+} // namespace zelvano::http

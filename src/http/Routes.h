@@ -1,25 +1,28 @@
 #pragma once
 
-#include "Curl.h"
+#include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QByteArray>
 
 #include <memory>
 
-namespace zelvano {
+struct curl_slist;
 
-/// The development routes of the process: what is meant for one "host:port" goes to another. Any thread.
-class UrlRoutes
+namespace zelvano::http {
+
+/// The development routes of the process: a connection for one "host:port" goes to another. Any thread.
+class ZELVANOCORE_EXPORT Routes
 {
 public:
-    /// An empty target removes the route.
+    /// Applies to connections that are made later. URL and Host header stay as they are. An empty target removes the
+    /// route.
     static void set(const QByteArray &hostAndPort, const QByteArray &target);
 
-    /// All routes as CURLOPT_CONNECT_TO takes them, since a redirect may lead to any of them.
+    /// All routes for CURLOPT_CONNECT_TO: a redirect may lead to any of them.
     static std::shared_ptr<curl_slist> connectTo();
 
-    /// Written as urlHostAndPort writes it.
+    /// Takes the text that hostAndPort() returns.
     static bool isRouted(const QByteArray &hostAndPort);
 };
 
-} // namespace zelvano
+} // namespace zelvano::http

@@ -4,7 +4,7 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
-namespace zelvano {
+namespace zelvano::http {
 
 namespace {
 
@@ -20,7 +20,7 @@ int localPortOf(int socket)
 
 } // namespace
 
-int UrlSockets::socketFor(int localPort, int lastSeen)
+int Sockets::socketFor(int localPort, int lastSeen)
 {
     if (localPortOf(lastSeen) == localPort) {
         m_byPort[localPort] = lastSeen;
@@ -33,7 +33,7 @@ int UrlSockets::socketFor(int localPort, int lastSeen)
     return localPortOf(known->second) == localPort ? known->second : -1;
 }
 
-std::optional<std::chrono::milliseconds> UrlSockets::silence(int socket)
+std::optional<std::chrono::milliseconds> Sockets::silence(int socket)
 {
 #ifdef __linux__
     tcp_info info = {};
@@ -46,4 +46,4 @@ std::optional<std::chrono::milliseconds> UrlSockets::silence(int socket)
     return std::nullopt;
 }
 
-} // namespace zelvano
+} // namespace zelvano::http

@@ -4,11 +4,11 @@
 #include <optional>
 #include <unordered_map>
 
-namespace zelvano {
+namespace zelvano::http {
 
 /// Knows the sockets under the transfers, to ask the system when a byte last came in on one. libcurl shows a socket
 /// when it opens it; of a connection that it reuses it tells but the local port.
-class UrlSockets
+class Sockets
 {
 public:
     /// The socket of a connection: the one last seen, if it has that port, or the one remembered for it, or -1.
@@ -21,4 +21,4 @@ private:
     std::unordered_map<int, int> m_byPort;
 };
 
-} // namespace zelvano
+} // namespace zelvano::http

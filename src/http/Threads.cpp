@@ -2,13 +2,13 @@
 
 #include <QCoreApplication>
 
-namespace zelvano {
+namespace zelvano::http {
 
 namespace {
 
 void stopWithApplication()
 {
-    UrlService::instance().stop(false);
+    Threads::instance().stop(false);
 }
 
 struct Stopper
@@ -16,16 +16,16 @@ struct Stopper
     ~Stopper()
     {
         qRemovePostRoutine(stopWithApplication);
-        UrlService::instance().stop(true);
+        Threads::instance().stop(true);
     }
 };
 
 } // namespace
 
-UrlService &UrlService::instance()
+Threads &Threads::instance()
 {
     // Never destroyed, so that a task resumed by some other static object's destructor finds it closed.
-    static auto *const only = new UrlService;
+    static auto *const only = new Threads;
     // What is made last ends first: the TLS library registers its clean-up here, and must still be there when the
     // stopper closes connections.
     static const CURLcode libraries = curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -34,7 +34,7 @@ UrlService &UrlService::instance()
     return *only;
 }
 
-void UrlService::submit(std::shared_ptr<UrlJob> job)
+void Threads::submit(std::shared_ptr<Job> job)
 {
     const std::lock_guard lock(m_mutex);
     if (m_state == State::Closed)
@@ -50,14 +50,14 @@ void UrlService::submit(std::shared_ptr<UrlJob> job)
     m_loop->submit(std::move(job));
 }
 
-void UrlService::cancel(std::shared_ptr<UrlJob> job)
+void Threads::cancel(std::shared_ptr<Job> job)
 {
     const std::lock_guard lock(m_mutex);
     if (m_state == State::Running)
         m_loop->cancel(std::move(job));
 }
 
-void UrlService::stop(bool isForGood)
+void Threads::stop(bool isForGood)
 {
     {
         const std::lock_guard lock(m_mutex);
@@ -82,11 +82,11 @@ void UrlService::stop(bool isForGood)
         m_loop->submit(job);
 }
 
-void UrlService::start()
+void Threads::start()
 {
-    m_delivery = std::make_unique<UrlDelivery>();
-    m_loop = std::make_unique<UrlLoop>(*m_delivery);
+    m_delivery = std::make_unique<Delivery>();
+    m_loop = std::make_unique<Loop>(*m_delivery);
     m_state = State::Running;
 }
 
-} // namespace zelvano
+} // namespace zelvano::http

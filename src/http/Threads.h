@@ -3,17 +3,17 @@
 #include "Delivery.h"
 #include "Loop.h"
 
-namespace zelvano {
+namespace zelvano::http {
 
 /// The two threads of the process: started by the first job, stopped with the application object or, without one,
 /// with the static objects. Any thread.
-class UrlService
+class Threads
 {
 public:
-    static UrlService &instance();
+    static Threads &instance();
 
-    void submit(std::shared_ptr<UrlJob> job);
-    void cancel(std::shared_ptr<UrlJob> job);
+    void submit(std::shared_ptr<Job> job);
+    void cancel(std::shared_ptr<Job> job);
 
     /// Cancels what is in flight, runs its completions and joins both threads. A job submitted meanwhile starts them
     /// again; after a stop for good it is dropped.
@@ -22,14 +22,14 @@ public:
 private:
     enum class State { Stopped, Running, Stopping, Closed };
 
-    UrlService() = default;
+    Threads() = default;
     void start();
 
     std::mutex m_mutex;
     State m_state = State::Stopped;
-    std::unique_ptr<UrlDelivery> m_delivery;
-    std::unique_ptr<UrlLoop> m_loop;
-    std::vector<std::shared_ptr<UrlJob>> m_late;
+    std::unique_ptr<Delivery> m_delivery;
+    std::unique_ptr<Loop> m_loop;
+    std::vector<std::shared_ptr<Job>> m_late;
 };
 
-} // namespace zelvano
+} // namespace zelvano::http

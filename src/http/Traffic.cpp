@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace zelvano {
+namespace zelvano::http {
 
 namespace {
 
@@ -15,7 +15,7 @@ struct Watch
     std::atomic<bool> isOn = false;
     /// Recursive: an observer may itself resume a task, or take itself away.
     std::recursive_mutex mutex;
-    std::vector<std::shared_ptr<UrlTrafficObserver>> observers;
+    std::vector<std::shared_ptr<TrafficObserver>> observers;
 };
 
 Watch &watch()
@@ -39,29 +39,29 @@ template<typename Call> void tellObservers(Call &&call)
 
 } // namespace
 
-void UrlTraffic::addObserver(std::shared_ptr<UrlTrafficObserver> observer)
+void Traffic::addObserver(std::shared_ptr<TrafficObserver> observer)
 {
     const std::lock_guard lock(watch().mutex);
     watch().observers.push_back(std::move(observer));
     watch().isOn.store(true, std::memory_order_release);
 }
 
-void UrlTraffic::removeObserver(const std::shared_ptr<UrlTrafficObserver> &observer)
+void Traffic::removeObserver(const std::shared_ptr<TrafficObserver> &observer)
 {
     const std::lock_guard lock(watch().mutex);
     std::erase(watch().observers, observer);
     watch().isOn.store(!watch().observers.empty(), std::memory_order_release);
 }
 
-void UrlTraffic::willStart(quint64 id, const UrlRequest &request)
+void Traffic::willStart(quint64 id, const Request &request)
 {
-    tellObservers([&](UrlTrafficObserver &observer) { observer.requestWillStart(id, request); });
+    tellObservers([&](TrafficObserver &observer) { observer.requestWillStart(id, request); });
 }
 
-void UrlTraffic::didEnd(quint64 id, const std::optional<UrlResponse> &response, const QByteArray &data,
-                        const std::optional<Error> &error)
+void Traffic::didEnd(quint64 id, const std::optional<Response> &response, const QByteArray &data,
+                     const std::optional<Error> &error)
 {
-    tellObservers([&](UrlTrafficObserver &observer) { observer.requestDidEnd(id, response, data, error); });
+    tellObservers([&](TrafficObserver &observer) { observer.requestDidEnd(id, response, data, error); });
 }
 
-} // namespace zelvano
+} // namespace zelvano::http

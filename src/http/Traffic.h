@@ -1,18 +1,22 @@
 #pragma once
 
-#include "Session.h"
+#include "TrafficObserver.h"
 
-namespace zelvano {
+#include <memory>
 
-/// Holds the traffic observers and calls them, one call at a time. Without any a call costs one atomic load.
-class UrlTraffic
+namespace zelvano::http {
+
+/// Holds the traffic observers and calls them, one call at a time. Any thread. Without an observer a call costs one
+/// atomic load.
+class ZELVANOCORE_EXPORT Traffic
 {
 public:
-    static void addObserver(std::shared_ptr<UrlTrafficObserver> observer);
-    static void removeObserver(const std::shared_ptr<UrlTrafficObserver> &observer);
-    static void willStart(quint64 id, const UrlRequest &request);
-    static void didEnd(quint64 id, const std::optional<UrlResponse> &response, const QByteArray &data,
+    static void addObserver(std::shared_ptr<TrafficObserver> observer);
+    /// The observer is not called after this has returned.
+    static void removeObserver(const std::shared_ptr<TrafficObserver> &observer);
+    static void willStart(quint64 id, const Request &request);
+    static void didEnd(quint64 id, const std::optional<Response> &response, const QByteArray &data,
                        const std::optional<Error> &error);
 };
 
-} // namespace zelvano
+} // namespace zelvano::http

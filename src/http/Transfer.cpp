@@ -2,13 +2,13 @@
 
 #include "Errors.h"
 #include "Headers.h"
-#include "Queues.h"
+#include "Host.h"
 #include "Routes.h"
 
 #include <algorithm>
 #include <limits>
 
-namespace zelvano {
+namespace zelvano::http {
 
 namespace {
 
@@ -28,36 +28,36 @@ void keepAuthorities(CURL *easy)
 
 bool isSameHost(const QUrl &one, const QUrl &other)
 {
-    return one.scheme() == other.scheme() && urlHostAndPort(one) == urlHostAndPort(other);
+    return one.scheme() == other.scheme() && hostAndPort(one) == hostAndPort(other);
 }
 
 } // namespace
 
-const char *urlProblem(const UrlRequest &request)
+const char *problemOf(const Request &request)
 {
     const QString scheme = request.url.scheme();
     if (!request.url.isValid() || request.url.host().isEmpty())
         return "the URL is not valid";
     if (scheme != QLatin1StringView("https") && scheme != QLatin1StringView("http"))
         return "the URL is not one of HTTP";
-    if (!isUrlToken(request.method))
+    if (!isToken(request.method))
         return "the method is not one of HTTP";
     return nullptr;
 }
 
-UrlTransfer::UrlTransfer(CURLSH *share, UrlSockets &sockets) : m_sockets(sockets), m_easy(curl_easy_init())
+Transfer::Transfer(CURLSH *share, Sockets &sockets) : m_sockets(sockets), m_easy(curl_easy_init())
 {
     setConstantOptions(share);
 }
 
-UrlTransfer *UrlTransfer::of(CURL *easy)
+Transfer *Transfer::of(CURL *easy)
 {
-    UrlTransfer *self = nullptr;
+    Transfer *self = nullptr;
     curl_easy_getinfo(easy, CURLINFO_PRIVATE, &self);
     return self;
 }
 
-void UrlTransfer::setConstantOptions(CURLSH *share)
+void Transfer::setConstantOptions(CURLSH *share)
 {
     CURL *const easy = m_easy.get();
     curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
@@ -93,25 +93,24 @@ void UrlTransfer::setConstantOptions(CURLSH *share)
 }
 
 // Every option set from here on is set for every job: nothing of one reaches the next.
-void UrlTransfer::begin(std::shared_ptr<UrlJob> job)
+void Transfer::begin(std::shared_ptr<Job> job)
 {
     m_job = std::move(job);
     m_job->place.transfer = this;
-    const UrlRequest &request = m_job->request();
+    const Request &request = m_job->request();
     CURL *const easy = m_easy.get();
     const bool isSecure = request.url.scheme() == QLatin1StringView("https");
-    m_routes = UrlRoutes::connectTo();
+    m_routes = Routes::connectTo();
     curl_easy_setopt(easy, CURLOPT_URL, request.url.toEncoded(QUrl::RemoveFragment).constData());
     curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, isSecure ? "https" : "http,https");
     curl_easy_setopt(easy, CURLOPT_CONNECT_TO, m_routes.get());
-    curl_easy_setopt(easy, CURLOPT_PROXY,
-                     m_routes && UrlRoutes::isRouted(m_job->place.host->hostAndPort) ? "" : nullptr);
+    curl_easy_setopt(easy, CURLOPT_PROXY, m_routes && Routes::isRouted(m_job->place.host->hostAndPort) ? "" : nullptr);
     setMethod(request);
     setHeaders(false);
     touch();
 }
 
-void UrlTransfer::setMethod(const UrlRequest &request)
+void Transfer::setMethod(const Request &request)
 {
     CURL *const easy = m_easy.get();
     const bool isPost = request.method == "POST";
@@ -132,24 +131,24 @@ void UrlTransfer::setMethod(const UrlRequest &request)
     curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, isUsual ? nullptr : request.method.constData());
 }
 
-void UrlTransfer::setHeaders(bool isForeignHost)
+void Transfer::setHeaders(bool isForeignHost)
 {
     const auto &source = m_job->request().headers;
     if (m_headers && isForeignHost == m_headersAreForeign && source == m_headersSource)
         return; // Set already, and still right.
-    UrlStringList headers = urlHeaderList(m_job->request(), isForeignHost);
+    StringList headers = headerList(m_job->request(), isForeignHost);
     curl_easy_setopt(m_easy.get(), CURLOPT_HTTPHEADER, headers.get());
     m_headers = std::move(headers);
     m_headersSource = source;
     m_headersAreForeign = isForeignHost;
 }
 
-UrlOutcome UrlTransfer::end(CURLcode code)
+Outcome Transfer::end(CURLcode code)
 {
     // libcurl takes a head that the connection cut short for a whole answer.
     if (code == CURLE_OK && !m_isHeadWhole)
-        return end(UrlError::ConnectionLost, "the connection ended within the head of the answer");
-    UrlOutcome outcome;
+        return end(ErrorCode::ConnectionLost, "the connection ended within the head of the answer");
+    Outcome outcome;
     if (code == CURLE_OK) {
         outcome.response = response();
         outcome.data = std::move(m_data);
@@ -161,30 +160,30 @@ UrlOutcome UrlTransfer::end(CURLcode code)
     return outcome;
 }
 
-UrlOutcome UrlTransfer::end(UrlError error, const char *description)
+Outcome Transfer::end(ErrorCode error, const char *description)
 {
-    UrlOutcome outcome;
-    outcome.error = makeUrlError(error, description);
+    Outcome outcome;
+    outcome.error = makeError(error, description);
     outcome.job = m_job;
     clear();
     return outcome;
 }
 
-Error UrlTransfer::errorFor(CURLcode code) const
+Error Transfer::errorFor(CURLcode code) const
 {
     if (m_isTooLarge)
-        return makeUrlError(UrlError::AnswerTooLarge, "the answer is too large");
+        return makeError(ErrorCode::AnswerTooLarge, "the answer is too large");
     if (m_wouldRepeat)
-        return makeUrlError(UrlError::ConnectionLost, "the connection ended before an answer came");
+        return makeError(ErrorCode::ConnectionLost, "the connection ended before an answer came");
     const char *const text = m_errorText[0] ? m_errorText.data() : curl_easy_strerror(code);
-    UrlError error = urlErrorFor(code);
+    ErrorCode error = errorCodeFor(code);
     // The request went out, and only the connection for a second attempt failed.
-    if (m_isUnanswered && (error == UrlError::CannotConnect || error == UrlError::CannotFindHost))
-        error = UrlError::ConnectionLost;
-    return makeUrlError(error, text);
+    if (m_isUnanswered && (error == ErrorCode::CannotConnect || error == ErrorCode::CannotFindHost))
+        error = ErrorCode::ConnectionLost;
+    return makeError(error, text);
 }
 
-UrlResponse UrlTransfer::response() const
+Response Transfer::response() const
 {
     long status = 0;
     long redirects = 0;
@@ -197,7 +196,7 @@ UrlResponse UrlTransfer::response() const
     return {int(status), QUrl::fromEncoded(url)};
 }
 
-void UrlTransfer::clear()
+void Transfer::clear()
 {
     curl_easy_setopt(m_easy.get(), CURLOPT_POSTFIELDS, nullptr);
     m_job->place.transfer = nullptr;
@@ -209,18 +208,18 @@ void UrlTransfer::clear()
     m_errorText[0] = 0;
 }
 
-UrlClock::time_point UrlTransfer::deadline() const
+Clock::time_point Transfer::deadline() const
 {
-    UrlClock::time_point last = m_lastMove;
+    Clock::time_point last = m_lastMove;
     // libcurl reports a head line by line and a handshake not at all; the socket knows about every byte.
     if (!m_job->place.host->isMultiplexed) {
-        if (const auto silence = UrlSockets::silence(m_socket))
-            last = std::max(last, UrlClock::now() - *silence);
+        if (const auto silence = Sockets::silence(m_socket))
+            last = std::max(last, Clock::now() - *silence);
     }
     return last + m_job->request().timeout;
 }
 
-bool UrlTransfer::hasLeftHost() const
+bool Transfer::hasLeftHost() const
 {
     const char *url = nullptr;
     curl_easy_getinfo(m_easy.get(), CURLINFO_EFFECTIVE_URL, &url);
@@ -229,7 +228,7 @@ bool UrlTransfer::hasLeftHost() const
 
 // libcurl sends a request again when a reused connection ends without a word. The service might have acted on the
 // first one, so the second never leaves; a redirect is recognised by the answer before it.
-bool UrlTransfer::requestGoesOut(int localPort)
+bool Transfer::requestGoesOut(int localPort)
 {
     if (m_isUnanswered) {
         m_wouldRepeat = true;
@@ -243,7 +242,7 @@ bool UrlTransfer::requestGoesOut(int localPort)
     return true;
 }
 
-bool UrlTransfer::takeHead(const char *line, size_t size)
+bool Transfer::takeHead(const char *line, size_t size)
 {
     m_isUnanswered = false;
     // Each head begins with a status line and ends with an empty one; lines after that are a body's trailers.
@@ -263,7 +262,7 @@ bool UrlTransfer::takeHead(const char *line, size_t size)
     return !m_isTooLarge;
 }
 
-bool UrlTransfer::takeBody(const char *bytes, size_t size)
+bool Transfer::takeBody(const char *bytes, size_t size)
 {
     m_isTooLarge = m_data.size() + qint64(size) > LargestAnswer;
     if (!m_isTooLarge)
@@ -271,7 +270,7 @@ bool UrlTransfer::takeBody(const char *bytes, size_t size)
     return !m_isTooLarge;
 }
 
-bool UrlTransfer::takeProgress(qint64 received, qint64 sent)
+bool Transfer::takeProgress(qint64 received, qint64 sent)
 {
     if (received == m_received && sent == m_sent)
         return true;
@@ -283,30 +282,30 @@ bool UrlTransfer::takeProgress(qint64 received, qint64 sent)
     return !m_isTooLarge;
 }
 
-int UrlTransfer::onSocket(void *self, curl_socket_t socket, curlsocktype)
+int Transfer::onSocket(void *self, curl_socket_t socket, curlsocktype)
 {
-    static_cast<UrlTransfer *>(self)->m_socket = socket;
+    static_cast<Transfer *>(self)->m_socket = socket;
     return CURL_SOCKOPT_OK;
 }
 
-int UrlTransfer::onRequest(void *self, char *, char *, int, int localPort)
+int Transfer::onRequest(void *self, char *, char *, int, int localPort)
 {
-    return static_cast<UrlTransfer *>(self)->requestGoesOut(localPort) ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+    return static_cast<Transfer *>(self)->requestGoesOut(localPort) ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
-size_t UrlTransfer::onHead(char *line, size_t, size_t size, void *self)
+size_t Transfer::onHead(char *line, size_t, size_t size, void *self)
 {
-    return static_cast<UrlTransfer *>(self)->takeHead(line, size) ? size : 0;
+    return static_cast<Transfer *>(self)->takeHead(line, size) ? size : 0;
 }
 
-size_t UrlTransfer::onBody(char *bytes, size_t, size_t size, void *self)
+size_t Transfer::onBody(char *bytes, size_t, size_t size, void *self)
 {
-    return static_cast<UrlTransfer *>(self)->takeBody(bytes, size) ? size : 0;
+    return static_cast<Transfer *>(self)->takeBody(bytes, size) ? size : 0;
 }
 
-int UrlTransfer::onProgress(void *self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent)
+int Transfer::onProgress(void *self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent)
 {
-    return static_cast<UrlTransfer *>(self)->takeProgress(received, sent) ? 0 : 1;
+    return static_cast<Transfer *>(self)->takeProgress(received, sent) ? 0 : 1;
 }
 
-} // namespace zelvano
+} // namespace zelvano::http

@@ -8,55 +8,55 @@
 #include <chrono>
 #include <map>
 
-namespace zelvano {
+namespace zelvano::http {
 
-using UrlClock = std::chrono::steady_clock;
-class UrlTransfer;
+using Clock = std::chrono::steady_clock;
+class Transfer;
 
 /// The transfers that have a slot, by the time at which they may have stood still too long.
-using UrlTransfers = std::multimap<UrlClock::time_point, std::unique_ptr<UrlTransfer>>;
+using Transfers = std::multimap<Clock::time_point, std::unique_ptr<Transfer>>;
 
 /// One easy handle and all that hangs on it: the job it works for, header lines, routes, the answer so far.
 /// Made once, used for one job after another. Stays where it is, since libcurl knows its address; its owner moves.
 /// Networking thread only.
-class UrlTransfer
+class Transfer
 {
 public:
     static constexpr qint64 LargestAnswer = qint64{64} * 1024 * 1024;
     static constexpr qint64 LargestHead = qint64{256} * 1024;
 
-    UrlTransfer(CURLSH *share, UrlSockets &sockets);
-    Q_DISABLE_COPY_MOVE(UrlTransfer)
+    Transfer(CURLSH *share, Sockets &sockets);
+    Q_DISABLE_COPY_MOVE(Transfer)
 
-    static UrlTransfer *of(CURL *easy);
+    static Transfer *of(CURL *easy);
     CURL *easy() const { return m_easy.get(); }
-    const std::shared_ptr<UrlJob> &job() const { return m_job; }
+    const std::shared_ptr<Job> &job() const { return m_job; }
 
-    /// Takes a job whose request urlProblem() accepted. From now on its time runs.
-    void begin(std::shared_ptr<UrlJob> job);
+    /// Takes a job whose request problemOf() accepted. From now on its time runs.
+    void begin(std::shared_ptr<Job> job);
     /// The job's outcome; the transfer is empty then and can begin another. The easy handle is out of its multi.
-    UrlOutcome end(CURLcode code);
-    UrlOutcome end(UrlError error, const char *description);
+    Outcome end(CURLcode code);
+    Outcome end(ErrorCode error, const char *description);
 
     /// When it fails with TimedOut unless a byte moves.
-    UrlClock::time_point deadline() const;
+    Clock::time_point deadline() const;
 
-    UrlTransfers::iterator place;
+    Transfers::iterator place;
 
 private:
     void setConstantOptions(CURLSH *share);
-    void setMethod(const UrlRequest &request);
+    void setMethod(const Request &request);
     void setHeaders(bool isForeignHost);
     bool hasLeftHost() const;
     Error errorFor(CURLcode code) const;
-    UrlResponse response() const;
+    Response response() const;
     void clear();
 
     bool requestGoesOut(int localPort);
     bool takeHead(const char *line, size_t size);
     bool takeBody(const char *bytes, size_t size);
     bool takeProgress(qint64 received, qint64 sent);
-    void touch() { m_lastMove = UrlClock::now(); }
+    void touch() { m_lastMove = Clock::now(); }
 
     // The callbacks of libcurl, which find their transfer in `self`.
     static int onSocket(void *self, curl_socket_t socket, curlsocktype);
@@ -65,18 +65,18 @@ private:
     static size_t onBody(char *bytes, size_t one, size_t size, void *self);
     static int onProgress(void *self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent);
 
-    UrlSockets &m_sockets;
-    UrlEasyHandle m_easy;
-    UrlStringList m_headers;
+    Sockets &m_sockets;
+    EasyHandle m_easy;
+    StringList m_headers;
     /// What m_headers was made of: most requests repeat the headers of the one before.
     std::vector<std::pair<QByteArray, QByteArray>> m_headersSource;
     bool m_headersAreForeign = false;
     std::shared_ptr<curl_slist> m_routes;
     std::array<char, CURL_ERROR_SIZE> m_errorText = {};
 
-    std::shared_ptr<UrlJob> m_job;
+    std::shared_ptr<Job> m_job;
     QByteArray m_data;
-    UrlClock::time_point m_lastMove;
+    Clock::time_point m_lastMove;
     int m_socket = -1;
     qint64 m_received = 0;
     qint64 m_sent = 0;
@@ -88,6 +88,6 @@ private:
 };
 
 /// Why a request cannot be sent at all, or null.
-const char *urlProblem(const UrlRequest &request);
+const char *problemOf(const Request &request);
 
-} // namespace zelvano
+} // namespace zelvano::http

@@ -1,7 +1,7 @@
 #include <ZelvanoUI/EventLog.h>
 
 #include "MainQueue.h"
-#include "Session.h"
+#include "Traffic.h"
 #include <ZelvanoUI/AVPlayerItem.h>
 #include <ZelvanoUI/Device.h>
 #include <ZelvanoUI/MPMoviePlayerController.h>
@@ -86,7 +86,7 @@ QRectF frameOf(const QObject *view)
 
 /// What the library calls, and what waits on the main queue. It may be called once more after the log has ended: then
 /// it has none.
-class EventLog::Watcher : public UrlTrafficObserver, public ZelvanoPrivateDelegate
+class EventLog::Watcher : public http::TrafficObserver, public ZelvanoPrivateDelegate
 {
 public:
     explicit Watcher(EventLog *log) : m_log(log) {}
@@ -97,7 +97,7 @@ public:
             m_log->append(fields);
     }
 
-    void requestWillStart(quint64 id, const UrlRequest &request) override
+    void requestWillStart(quint64 id, const http::Request &request) override
     {
         QJsonObject headers;
         for (const auto &[name, value] : request.headers)
@@ -111,7 +111,7 @@ public:
         m_log->add(u"request"_s, fields);
     }
 
-    void requestDidEnd(quint64 id, const std::optional<UrlResponse> &response, const QByteArray &data,
+    void requestDidEnd(quint64 id, const std::optional<http::Response> &response, const QByteArray &data,
                        const std::optional<Error> &error) override
     {
         QJsonObject fields{{"id"_L1, static_cast<qint64>(id)}};
@@ -162,14 +162,14 @@ private:
 EventLog::EventLog(QObject *parent) : QAbstractListModel(parent), m_watcher(std::make_shared<Watcher>(this))
 {
     m_clock.start();
-    UrlSession::addTrafficObserver(m_watcher);
+    http::Traffic::addObserver(m_watcher);
     watchNotifications();
 }
 
 EventLog::~EventLog()
 {
     NotificationCenter::defaultCenter().removeObserver(this);
-    UrlSession::removeTrafficObserver(m_watcher);
+    http::Traffic::removeObserver(m_watcher);
     m_watcher->forget();
 }
 

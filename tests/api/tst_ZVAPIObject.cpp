@@ -158,7 +158,7 @@ private Q_SLOTS:
         std::atomic<int> cancelled = 0;
         for (int i = 0; i < count; ++i) {
             filled()->setCompletion([&](const ZVAPIResponse &response) {
-                cancelled += response.error()->code == int(UrlError::Cancelled) && !response.params();
+                cancelled += response.error()->code == int(http::ErrorCode::Cancelled) && !response.params();
             });
         }
         QVERIFY(EngineFixture::wait([&] { return m_service->sandbox.requests().size() >= 6; }));

@@ -13,6 +13,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace zelvano;
+using namespace zelvano::http;
 
 namespace {
 
@@ -55,9 +56,9 @@ private Q_SLOTS:
         const auto start = std::chrono::steady_clock::now();
         app.reset();
         QVERIFY(std::chrono::steady_clock::now() - start < 500ms);
-        for (UrlLoad &load : loads) {
+        for (HttpLoad &load : loads) {
             QCOMPARE(load.runs(), 1);
-            QCOMPARE(load.result().errorCode(), int(UrlError::Cancelled));
+            QCOMPARE(load.result().errorCode(), int(ErrorCode::Cancelled));
         }
     }
 
@@ -66,16 +67,16 @@ private Q_SLOTS:
         int count = 0;
         auto app = std::make_unique<QCoreApplication>(count, nullptr);
         const auto start = std::chrono::steady_clock::now();
-        UrlLoad impatient(urlGet(QUrl(u"http://stuck.test/"_s), 100ms));
-        QCOMPARE(impatient.resume().result().errorCode(), int(UrlError::TimedOut));
+        HttpLoad impatient(httpGet(QUrl(u"http://stuck.test/"_s), 100ms));
+        QCOMPARE(impatient.resume().result().errorCode(), int(ErrorCode::TimedOut));
         QVERIFY(resolverIsStuck.try_acquire_for(10s));
 
-        UrlLoad patient(urlGet(QUrl(u"http://stuck.test/"_s)));
+        HttpLoad patient(httpGet(QUrl(u"http://stuck.test/"_s)));
         patient.resume();
         QVERIFY(resolverIsStuck.try_acquire_for(10s));
         app.reset();
         QCOMPARE(patient.runs(), 1);
-        QCOMPARE(patient.result().errorCode(), int(UrlError::Cancelled));
+        QCOMPARE(patient.result().errorCode(), int(ErrorCode::Cancelled));
         // Only now: nothing above waited for the resolver.
         resolverMayGo.release(2);
         QVERIFY(std::chrono::steady_clock::now() - start < 2s);
@@ -87,8 +88,8 @@ private Q_SLOTS:
         RawServer server(always(httpAnswer("{}")));
         int count = 0;
         auto app = std::make_unique<QCoreApplication>(count, nullptr);
-        UrlLoad second(urlGet(server.url()));
-        UrlSession::dataTask(urlGet(quiet.url()), [&](auto &&...) { second.resume(); })->resume();
+        HttpLoad second(httpGet(server.url()));
+        Session::dataTask(httpGet(quiet.url()), [&](auto &&...) { second.resume(); })->resume();
         QVERIFY(quiet.awaitRequests(1));
         app.reset();
         QCOMPARE(second.result().status(), 200);
@@ -102,7 +103,7 @@ private Q_SLOTS:
             const auto command = "'" + self + "' --child " + quiet.url("/", isSecure).toEncoded();
             FILE *const child = popen(command.constData(), "r");
             QVERIFY(child);
-            QCOMPARE(fgetc(child), '0' + int(UrlError::Cancelled));
+            QCOMPARE(fgetc(child), '0' + int(ErrorCode::Cancelled));
             QCOMPARE(fgetc(child), EOF);
             QCOMPARE(pclose(child), 0);
         }
@@ -117,7 +118,7 @@ static int runChild(const char *url)
         if (write(STDOUT_FILENO, &digit, 1) != 1)
             abort();
     };
-    UrlSession::dataTask(urlGet(QUrl::fromEncoded(url)), print)->resume();
+    Session::dataTask(httpGet(QUrl::fromEncoded(url)), print)->resume();
     return 0;
 }
 

@@ -1,5 +1,6 @@
 #include "HttpLoad.h"
 #include "Process.h"
+#include "Routes.h"
 
 #include <QRegularExpression>
 
@@ -8,6 +9,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace zelvano;
+using namespace zelvano::http;
 using Connection = RawServer::Connection;
 
 namespace {
@@ -99,7 +101,7 @@ private Q_SLOTS:
         for (const auto &[script, status, data] : cases) {
             const Case current(QByteArray::number(status) + ' ' + data);
             RawServer server(script);
-            const UrlResult result = UrlLoad(urlGet(server.url())).resume().result();
+            const HttpResult result = HttpLoad(httpGet(server.url())).resume().result();
             QCOMPARE(result.errorCode(), 0);
             QCOMPARE(result.status(), status);
             QCOMPARE(result.data, data);
@@ -115,31 +117,31 @@ private Q_SLOTS:
         };
         const auto chunked = Ok + "Transfer-Encoding: chunked\r\n\r\n";
         const QByteArray filler = QByteArray("X-Filler: 0123456789\r\n").repeated(20000);
-        const std::tuple<const char *, RawServer::Script, UrlError> cases[] = {
-            {"closed at once", closed, UrlError::ConnectionLost},
-            {"closed before the handshake", closed, UrlError::SecureConnectionFailed},
-            {"no handshake", noHandshake, UrlError::SecureConnectionFailed},
-            {"closed within the head", once(Ok + "Content-Le"), UrlError::ConnectionLost},
-            {"closed within the body", once(Ok + "Content-Length: 10\r\n\r\nabc"), UrlError::ConnectionLost},
-            {"closed within a chunk", once(chunked + "9\r\nabc"), UrlError::ConnectionLost},
-            {"gzip cut", once(gzipAnswer(GzipOfHello).chopped(5)), UrlError::ConnectionLost},
-            {"gzip broken", always(gzipAnswer("plain text is no gzip")), UrlError::BadAnswer},
-            {"chunks broken", once(chunked + "zz\r\nabc"), UrlError::ConnectionLost},
-            {"no status line", once("garbage that is no status line\r\n\r\n"), UrlError::BadAnswer},
-            {"out of HTTP", always(httpRedirect("302", "file:///etc/hostname")), UrlError::BadAnswer},
-            {"redirect loop", always(httpRedirect("302", "/again")), UrlError::TooManyRedirects},
-            {"declared too large", always(Ok + "Content-Length: 67108865\r\n\r\n"), UrlError::AnswerTooLarge},
-            {"too large", endless, UrlError::AnswerTooLarge},
-            {"endless head", always(Ok + filler + "\r\n"), UrlError::AnswerTooLarge},
+        const std::tuple<const char *, RawServer::Script, ErrorCode> cases[] = {
+            {"closed at once", closed, ErrorCode::ConnectionLost},
+            {"closed before the handshake", closed, ErrorCode::SecureConnectionFailed},
+            {"no handshake", noHandshake, ErrorCode::SecureConnectionFailed},
+            {"closed within the head", once(Ok + "Content-Le"), ErrorCode::ConnectionLost},
+            {"closed within the body", once(Ok + "Content-Length: 10\r\n\r\nabc"), ErrorCode::ConnectionLost},
+            {"closed within a chunk", once(chunked + "9\r\nabc"), ErrorCode::ConnectionLost},
+            {"gzip cut", once(gzipAnswer(GzipOfHello).chopped(5)), ErrorCode::ConnectionLost},
+            {"gzip broken", always(gzipAnswer("plain text is no gzip")), ErrorCode::BadAnswer},
+            {"chunks broken", once(chunked + "zz\r\nabc"), ErrorCode::ConnectionLost},
+            {"no status line", once("garbage that is no status line\r\n\r\n"), ErrorCode::BadAnswer},
+            {"out of HTTP", always(httpRedirect("302", "file:///etc/hostname")), ErrorCode::BadAnswer},
+            {"redirect loop", always(httpRedirect("302", "/again")), ErrorCode::TooManyRedirects},
+            {"declared too large", always(Ok + "Content-Length: 67108865\r\n\r\n"), ErrorCode::AnswerTooLarge},
+            {"too large", endless, ErrorCode::AnswerTooLarge},
+            {"endless head", always(Ok + filler + "\r\n"), ErrorCode::AnswerTooLarge},
         };
         for (const auto &[name, script, error] : cases) {
             const Case current(name);
             RawServer server(script);
-            const auto url = server.url("/", error == UrlError::SecureConnectionFailed);
-            const UrlResult result = UrlLoad(urlGet(url)).resume().result();
+            const auto url = server.url("/", error == ErrorCode::SecureConnectionFailed);
+            const HttpResult result = HttpLoad(httpGet(url)).resume().result();
             QCOMPARE(result.errorCode(), int(error));
             QVERIFY(!result.response && result.data.isEmpty());
-            QCOMPARE(result.error->domain, QString(UrlErrorDomain));
+            QCOMPARE(result.error->domain, QString(ErrorDomain));
             QVERIFY(!result.error->description.isEmpty());
             QCOMPARE(result.error->description, result.error->description.simplified());
         }
@@ -158,9 +160,9 @@ private Q_SLOTS:
             const Case current(name);
             RawServer server(script);
             const auto start = std::chrono::steady_clock::now();
-            const UrlResult result = UrlLoad(urlGet(server.url("/", isSecure), 200ms)).resume().result();
+            const HttpResult result = HttpLoad(httpGet(server.url("/", isSecure), 200ms)).resume().result();
             const auto taken = std::chrono::steady_clock::now() - start;
-            QCOMPARE(result.errorCode(), int(UrlError::TimedOut));
+            QCOMPARE(result.errorCode(), int(ErrorCode::TimedOut));
             QVERIFY(taken >= 190ms && taken < 2s);
         }
     }
@@ -177,9 +179,9 @@ private Q_SLOTS:
             const Case current(name);
             RawServer server(drip(quick, slow, 50ms));
             if (isReused)
-                QCOMPARE(UrlLoad(urlGet(server.url("/warm-up"))).resume().result().status(), 200);
+                QCOMPARE(HttpLoad(httpGet(server.url("/warm-up"))).resume().result().status(), 200);
             const auto start = std::chrono::steady_clock::now();
-            QCOMPARE(UrlLoad(urlGet(server.url(), 400ms)).resume().result().status(), 200);
+            QCOMPARE(HttpLoad(httpGet(server.url(), 400ms)).resume().result().status(), 200);
             QVERIFY(std::chrono::steady_clock::now() - start > 400ms);
             QCOMPARE(server.accepted(), 1);
         }
@@ -187,23 +189,23 @@ private Q_SLOTS:
 
     void badRequests()
     {
-        const auto errorOf = [](const UrlRequest &request) {
-            const auto result = UrlLoad(request).resume().result();
+        const auto errorOf = [](const Request &request) {
+            const auto result = HttpLoad(request).resume().result();
             return result.thread == std::this_thread::get_id() ? -1 : result.errorCode();
         };
         for (const char *url :
              {"", "/path", "http:///path", "http://host:port/", "file:///etc/hostname", "ftp://127.0.0.1/"})
-            QVERIFY2(errorOf(urlGet(QUrl(QLatin1StringView(url)))) == int(UrlError::BadUrl), url);
-        auto twoLines = urlGet(QUrl(u"http://127.0.0.1/"_s));
+            QVERIFY2(errorOf(httpGet(QUrl(QLatin1StringView(url)))) == int(ErrorCode::BadUrl), url);
+        auto twoLines = httpGet(QUrl(u"http://127.0.0.1/"_s));
         twoLines.method = "GET / HTTP/1.1\r\nX: y";
-        QCOMPARE(errorOf(twoLines), int(UrlError::BadUrl));
+        QCOMPARE(errorOf(twoLines), int(ErrorCode::BadUrl));
     }
 
     void redirects()
     {
         for (const QByteArray status : {"301", "302", "303", "307", "308"}) {
             RawServer server(inTurn(httpRedirect(status, "/new"), httpAnswer("arrived")));
-            const UrlResult result = UrlLoad(urlPost(server.url("/old"), "the body")).resume().result();
+            const HttpResult result = HttpLoad(httpPost(server.url("/old"), "the body")).resume().result();
             QCOMPARE(result.data, "arrived");
             QCOMPARE(result.response->url, server.url("/new"));
             const auto requests = server.requests();
@@ -220,15 +222,15 @@ private Q_SLOTS:
     {
         RawServer other(always(httpAnswer("other")));
         RawServer server(always(httpRedirect("307", other.url("/there").toEncoded())));
-        UrlRequest request = urlPost(server.url(), "{}");
+        Request request = httpPost(server.url(), "{}");
         request.setHeader("X-Api-Key", "secret");
         request.setHeader("Content-Type", "application/json");
-        QCOMPARE(UrlLoad(request).resume().result().data, "other");
+        QCOMPARE(HttpLoad(request).resume().result().data, "other");
         QVERIFY(server.requests().front().contains("\r\nX-Api-Key: secret\r\n"));
         QVERIFY(!other.requests().front().contains("secret"));
         QVERIFY(other.requests().front().contains("\r\nContent-Type: application/json\r\n"));
         // The easy handle was changed under way: its next job has all of its headers again.
-        QCOMPARE(UrlLoad(request).resume().result().data, "other");
+        QCOMPARE(HttpLoad(request).resume().result().data, "other");
         QVERIFY(server.requests().back().contains("\r\nX-Api-Key: secret\r\n"));
     }
 
@@ -245,13 +247,13 @@ private Q_SLOTS:
         };
         for (const auto &[method, body, length] : cases) {
             RawServer server(always(httpAnswer("")));
-            UrlRequest request = urlGet(server.url("/p?q=1#fragment"));
+            Request request = httpGet(server.url("/p?q=1#fragment"));
             request.method = method;
             request.body = body;
             request.setHeader("x-a", "replaced");
             request.setHeader("X-A", "b");
             request.headers.emplace_back("X-Bad", "set\r\npast: the check");
-            QCOMPARE(UrlLoad(request).resume().result().status(), 200);
+            QCOMPARE(HttpLoad(request).resume().result().status(), 200);
             const auto expected = method + head + length + "\r\n" + body;
             QCOMPARE(server.requests().front(), QByteArray(expected).replace("%1", server.hostAndPort()));
         }
@@ -264,13 +266,13 @@ private Q_SLOTS:
         const QUrl url(u"http://Service.Test/path"_s);
         // What the environment names is for the production host, not for its stand-in.
         qputenv("http_proxy", "http://127.0.0.1:1");
-        UrlSession::connectTo("service.test:80", one.hostAndPort());
-        QCOMPARE(UrlLoad(urlGet(url)).resume().result().data, "one");
-        UrlSession::connectTo("service.test:80", two.hostAndPort());
-        QCOMPARE(UrlLoad(urlGet(url)).resume().result().data, "two");
+        Routes::set("service.test:80", one.hostAndPort());
+        QCOMPARE(HttpLoad(httpGet(url)).resume().result().data, "one");
+        Routes::set("service.test:80", two.hostAndPort());
+        QCOMPARE(HttpLoad(httpGet(url)).resume().result().data, "two");
         QVERIFY(one.requests().front().contains("\r\nHost: service.test\r\n"));
-        UrlSession::connectTo("service.test:80", {});
-        QCOMPARE(UrlLoad(urlGet(url)).resume().result().errorCode(), int(UrlError::CannotConnect));
+        Routes::set("service.test:80", {});
+        QCOMPARE(HttpLoad(httpGet(url)).resume().result().errorCode(), int(ErrorCode::CannotConnect));
         qunsetenv("http_proxy");
     }
 
@@ -280,7 +282,7 @@ private Q_SLOTS:
         auto loads = resumed(20, server.raw().url());
         QVERIFY(server.raw().awaitRequests(Slots));
         RawServer quick(always(httpAnswer("{}"))); // Another host does not wait.
-        QCOMPARE(UrlLoad(urlGet(quick.url())).resume().result().status(), 200);
+        QCOMPARE(HttpLoad(httpGet(quick.url())).resume().result().status(), 200);
         for (size_t next = Slots; next < loads.size(); ++next) {
             // Had a seventh gone out before a slot was free, it would be ahead of this count.
             QCOMPARE(server.raw().requests().size(), next);
@@ -289,7 +291,7 @@ private Q_SLOTS:
             QVERIFY(server.raw().requests().back().startsWith("GET /" + QByteArray::number(qsizetype(next)) + ' '));
         }
         server.open(Slots);
-        for (UrlLoad &load : loads)
+        for (HttpLoad &load : loads)
             QCOMPARE(load.result().status(), 200);
         QCOMPARE(server.raw().accepted(), Slots);
     }
@@ -297,7 +299,7 @@ private Q_SLOTS:
     void neverTwice()
     {
         for (const QByteArray &body : {QByteArray(), QByteArray("{}"), QByteArray(300000, 'x')}) {
-            auto request = body.isNull() ? urlGet({}) : urlPost({}, body);
+            auto request = body.isNull() ? httpGet({}) : httpPost({}, body);
             RawServer server([](Connection &connection) {
                 connection.readRequest();
                 connection.write(httpAnswer("{}"));
@@ -306,9 +308,9 @@ private Q_SLOTS:
             const int rounds = figure("ZELVANO_ROUNDS", 200);
             for (int round = 0; round < rounds; ++round) {
                 request.url = server.url("/first");
-                QCOMPARE(UrlLoad(request).resume().result().status(), 200);
+                QCOMPARE(HttpLoad(request).resume().result().status(), 200);
                 request.url = server.url("/second");
-                QCOMPARE(UrlLoad(request).resume().result().errorCode(), int(UrlError::ConnectionLost));
+                QCOMPARE(HttpLoad(request).resume().result().errorCode(), int(ErrorCode::ConnectionLost));
             }
             QCOMPARE(server.requests().size(), size_t(2 * rounds));
         }
@@ -317,12 +319,12 @@ private Q_SLOTS:
     void cancelBeforeResume()
     {
         RawServer server(always(httpAnswer("{}")));
-        UrlLoad load(urlGet(server.url()));
+        HttpLoad load(httpGet(server.url()));
         load.cancel();
         passCompletions();
         QVERIFY(load.runs() == 0 && !load.isFinished());
         load.resume().resume();
-        QCOMPARE(load.result().errorCode(), int(UrlError::Cancelled));
+        QCOMPARE(load.result().errorCode(), int(ErrorCode::Cancelled));
         QVERIFY(load.isFinished());
         passCompletions();
         QCOMPARE(load.runs(), 1);
@@ -337,7 +339,7 @@ private Q_SLOTS:
         for (const auto cancelled : {Slots + 1, 2}) {
             auto &load = loads[std::size_t(cancelled)];
             load.cancel();
-            QCOMPARE(load.result().errorCode(), int(UrlError::Cancelled));
+            QCOMPARE(load.result().errorCode(), int(ErrorCode::Cancelled));
         }
         QVERIFY(server.raw().awaitRequests(Slots + 1)); // The active one's slot goes to the first that waits.
         server.open(Slots + 2);
@@ -350,9 +352,9 @@ private Q_SLOTS:
     void cancelRacesFinish()
     {
         RawServer server(always(httpAnswer("{}")));
-        std::vector<UrlLoad> loads;
+        std::vector<HttpLoad> loads;
         for (int i = 0; i < 1000; ++i)
-            loads.emplace_back(urlGet(server.url()));
+            loads.emplace_back(httpGet(server.url()));
         // Each cancel comes near the end of its transfer: before, within or after it.
         constexpr size_t Ahead = 8;
         std::thread canceller([&loads] {
@@ -362,13 +364,13 @@ private Q_SLOTS:
                 loads[i].cancel();
             }
         });
-        for (UrlLoad &load : loads)
+        for (HttpLoad &load : loads)
             load.resume();
         canceller.join();
-        for (UrlLoad &load : loads)
-            QVERIFY(load.result().response || load.result().errorCode() == int(UrlError::Cancelled));
+        for (HttpLoad &load : loads)
+            QVERIFY(load.result().response || load.result().errorCode() == int(ErrorCode::Cancelled));
         passCompletions();
-        for (UrlLoad &load : loads)
+        for (HttpLoad &load : loads)
             QCOMPARE(load.runs(), 1);
     }
 
@@ -381,11 +383,11 @@ private Q_SLOTS:
             hasBegun.release();
             mayReturn.acquire();
         };
-        UrlSession::dataTask(urlGet(server.url()), slow)->resume();
+        Session::dataTask(httpGet(server.url()), slow)->resume();
         QVERIFY(hasBegun.try_acquire_for(std::chrono::seconds(10)));
         auto loads = resumed(3 * Slots, server.url());
         QVERIFY(server.awaitRequests(1 + 3 * Slots));
-        for (const UrlLoad &load : loads)
+        for (const HttpLoad &load : loads)
             QVERIFY(!load.isFinished());
         mayReturn.release();
         QCOMPARE(loads.back().result().status(), 200);

@@ -1,5 +1,6 @@
 #include "EngineFixture.h"
 #include "Process.h"
+#include "Routes.h"
 
 #include <QElapsedTimer>
 
@@ -21,7 +22,7 @@ private Q_SLOTS:
         EngineFixture service;
         service.storeIdentity();
         // The library's threads run from here on.
-        QCOMPARE(UrlLoad(urlGet(service.sandbox.url(u"/test/bytes/1"_s))).resume().result().status(), 200);
+        QCOMPARE(HttpLoad(httpGet(service.sandbox.url(u"/test/bytes/1"_s))).resume().result().status(), 200);
         const auto threads = countOfOwn(u"task"_s);
         const auto descriptors = countOfOwn(u"fd"_s);
         std::vector<qint64> microseconds;
@@ -30,7 +31,7 @@ private Q_SLOTS:
         ZVConfig::shared().setParams({{u"sdkConfig"_s, QJsonObject{{u"apiUrl"_s, address}}}});
         {
             RawServer network(script);
-            UrlSession::connectTo(host, network.hostAndPort());
+            http::Routes::set(host, network.hostAndPort());
             for (int round = 0; round < figure("ZELVANO_DROPS", 10); ++round) {
                 service.engine = service.begunEngine(m_player);
                 service.engine->readyEvent(service.subscriber);
@@ -47,7 +48,7 @@ private Q_SLOTS:
                 service.settle();
                 QVERIFY(watched.expired());
             }
-            UrlSession::connectTo(host, {});
+            http::Routes::set(host, {});
         }
         std::sort(microseconds.begin(), microseconds.end());
         qInfo("%zu drops: median %lld us, longest %lld us", microseconds.size(), microseconds[microseconds.size() / 2],

@@ -44,10 +44,10 @@ private Q_SLOTS:
             }
             RawServer network([](RawServer::Connection &connection) { connection.reset(); });
             for (const auto &scheme : {u"http"_s, u"https"_s}) {
-                auto request = urlPost(network.url(), QByteArray(1 << 20, 'x'));
+                auto request = httpPost(network.url(), QByteArray(1 << 20, 'x'));
                 request.url.setScheme(scheme);
                 for (int i = 0; i < 20; ++i)
-                    errors += UrlLoad(request).resume().result().error.has_value();
+                    errors += HttpLoad(request).resume().result().error.has_value();
             }
             meanwhile = processSettings(); // While its threads run, and not only when all is over.
         }

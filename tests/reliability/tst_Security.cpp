@@ -61,13 +61,13 @@ private Q_SLOTS:
     void certificatesAndRedirects()
     {
         const auto named = u"localhost"_s;
-        const std::tuple<const char *, QString, bool, QByteArray, UrlError> cases[] = {
-            {"trusted", named, true, "", UrlError()},
-            {"unknown", named, false, "", UrlError::SecureConnectionFailed},
-            {"of another host", u"127.0.0.1"_s, true, "", UrlError::SecureConnectionFailed},
-            {"redirect to https", named, true, "/answer", UrlError()},
-            {"redirect to http", named, true, "http://", UrlError::BadAnswer},
-            {"redirect to a file", named, true, "file:///etc/hostname", UrlError::BadAnswer},
+        const std::tuple<const char *, QString, bool, QByteArray, http::ErrorCode> cases[] = {
+            {"trusted", named, true, "", http::ErrorCode()},
+            {"unknown", named, false, "", http::ErrorCode::SecureConnectionFailed},
+            {"of another host", u"127.0.0.1"_s, true, "", http::ErrorCode::SecureConnectionFailed},
+            {"redirect to https", named, true, "/answer", http::ErrorCode()},
+            {"redirect to http", named, true, "http://", http::ErrorCode::BadAnswer},
+            {"redirect to a file", named, true, "file:///etc/hostname", http::ErrorCode::BadAnswer},
         };
         for (const auto &[name, host, isTrusted, target, error] : cases) {
             const Case current(name);
@@ -79,9 +79,9 @@ private Q_SLOTS:
             const auto location = target == "http://" ? plain.url("/answer").toEncoded() : target;
             serve("moved", httpRedirect("302", location + "\r\nConnection: close"));
             const auto path = target.isEmpty() ? u"answer"_s : u"moved"_s;
-            auto request = urlGet(QUrl(u"https://%1:%2/%3"_s.arg(host).arg(m_port).arg(path)));
+            auto request = httpGet(QUrl(u"https://%1:%2/%3"_s.arg(host).arg(m_port).arg(path)));
             request.setHeader("x-api-key", "secret");
-            QCOMPARE(UrlLoad(request).resume().result().errorCode(), int(error));
+            QCOMPARE(HttpLoad(request).resume().result().errorCode(), int(error));
             QCOMPARE(plain.accepted(), 0);
             server.kill();
             server.waitForFinished();

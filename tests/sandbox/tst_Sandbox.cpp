@@ -56,18 +56,18 @@ private Q_SLOTS:
     void loopbackOnly()
     {
         auto elsewhere = m_sandbox.url(u"/layout/"_s);
-        QCOMPARE(UrlLoad(urlGet(elsewhere)).resume().result().status(), 200);
+        QCOMPARE(HttpLoad(httpGet(elsewhere)).resume().result().status(), 200);
         elsewhere.setHost(u"127.0.0.2"_s);
-        QVERIFY(UrlLoad(urlGet(elsewhere)).resume().result().error);
+        QVERIFY(HttpLoad(httpGet(elsewhere)).resume().result().error);
     }
 
 private:
     QJsonObject post(const char *path, const QJsonObject &body) const
     {
         const auto text = QJsonDocument(body).toJson();
-        auto request = urlPost(m_sandbox.url(QLatin1StringView(path)), text);
+        auto request = httpPost(m_sandbox.url(QLatin1StringView(path)), text);
         request.setHeader("x-api-key", "key");
-        const auto answer = UrlLoad(std::move(request)).resume().result();
+        const auto answer = HttpLoad(std::move(request)).resume().result();
         return QJsonDocument::fromJson(answer.data).object();
     }
 

@@ -5,6 +5,7 @@
 #include "HttpLoad.h"
 #include "LogCollector.h"
 #include "MainQueueTestClock.h"
+#include "Traffic.h"
 #include "ZVAPIObject.h"
 #include <ZelvanoUI/Sandbox.h>
 #include <ZelvanoUI/Service.h>
@@ -29,7 +30,7 @@ inline QString callName(const QString &path, const QJsonObject &body)
 
 /// The service calls as the library hands them to the network, and what they brought. In the order in which they were
 /// sent: on several connections they may well arrive in another.
-class Traffic : public zelvano::UrlTrafficObserver
+class Traffic : public zelvano::http::TrafficObserver
 {
 public:
     struct Call
@@ -41,7 +42,7 @@ public:
         bool isRunning;
     };
 
-    void requestWillStart(quint64 id, const zelvano::UrlRequest &request) override
+    void requestWillStart(quint64 id, const zelvano::http::Request &request) override
     {
         const auto name = callName(request.url.path(), QJsonDocument::fromJson(request.body).object());
         if (name.isNull())
@@ -50,7 +51,7 @@ public:
         m_calls.push_back({id, name, request.body, {}, true});
         m_changed.notify_all();
     }
-    void requestDidEnd(quint64 id, const std::optional<zelvano::UrlResponse> &, const QByteArray &data,
+    void requestDidEnd(quint64 id, const std::optional<zelvano::http::Response> &, const QByteArray &data,
                        const std::optional<zelvano::Error> &) override
     {
         const std::lock_guard lock(m_mutex);
@@ -145,7 +146,7 @@ public:
         sandbox.setSettings(settings);
         const bool started = sandbox.start();
         Q_ASSERT(started && m_folder.isValid());
-        zelvano::UrlSession::addTrafficObserver(traffic);
+        zelvano::http::Traffic::addObserver(traffic);
         zelvano::useService(sandbox.url().authority());
         zelvano::ZVConfigTestAccess::reset();
         defaults().setFilePath(m_folder.filePath(QStringLiteral("defaults.ini")));
@@ -162,7 +163,7 @@ public:
         zelvano::ZVAPIObject::stopAllSessions();
         settle();
         zelvano::MainQueueTestClock::stop();
-        zelvano::UrlSession::removeTrafficObserver(traffic);
+        zelvano::http::Traffic::removeObserver(traffic);
         zelvano::useService({});
         defaults().setFilePath({});
     }

@@ -7,10 +7,10 @@
 #include <future>
 
 /// How a transfer ended.
-struct UrlResult
+struct HttpResult
 {
     QByteArray data;
-    std::optional<zelvano::UrlResponse> response;
+    std::optional<zelvano::http::Response> response;
     std::optional<zelvano::Error> error;
     std::thread::id thread;
 
@@ -19,19 +19,19 @@ struct UrlResult
 };
 
 /// A task, and the wait for its completion.
-class UrlLoad
+class HttpLoad
 {
 public:
-    explicit UrlLoad(zelvano::UrlRequest request)
+    explicit HttpLoad(zelvano::http::Request request)
     {
-        m_task = zelvano::UrlSession::dataTask(
+        m_task = zelvano::http::Session::dataTask(
             std::move(request), [state = m_state](const auto &data, const auto &response, const auto &error) {
                 if (++state->runs == 1)
                     state->promise.set_value({data, response, error, std::this_thread::get_id()});
             });
     }
 
-    UrlLoad &resume()
+    HttpLoad &resume()
     {
         m_task->resume();
         return *this;
@@ -41,34 +41,34 @@ public:
     int runs() const { return m_state->runs; }
 
     /// Neither response nor error when the completion does not run in time.
-    UrlResult result(std::chrono::milliseconds patience = std::chrono::seconds(20))
+    HttpResult result(std::chrono::milliseconds patience = std::chrono::seconds(20))
     {
         auto &future = m_state->future;
-        return future.wait_for(patience) == std::future_status::ready ? future.get() : UrlResult();
+        return future.wait_for(patience) == std::future_status::ready ? future.get() : HttpResult();
     }
 
 private:
     struct State
     {
         std::atomic<int> runs = 0;
-        std::promise<UrlResult> promise;
-        std::shared_future<UrlResult> future = promise.get_future().share();
+        std::promise<HttpResult> promise;
+        std::shared_future<HttpResult> future = promise.get_future().share();
     };
     std::shared_ptr<State> m_state = std::make_shared<State>();
-    std::shared_ptr<zelvano::UrlTask> m_task;
+    std::shared_ptr<zelvano::http::Task> m_task;
 };
 
-inline zelvano::UrlRequest urlGet(const QUrl &url, std::chrono::milliseconds timeout = std::chrono::seconds(30))
+inline zelvano::http::Request httpGet(const QUrl &url, std::chrono::milliseconds timeout = std::chrono::seconds(30))
 {
-    zelvano::UrlRequest request;
+    zelvano::http::Request request;
     request.url = url;
     request.timeout = timeout;
     return request;
 }
 
-inline zelvano::UrlRequest urlPost(const QUrl &url, const QByteArray &body)
+inline zelvano::http::Request httpPost(const QUrl &url, const QByteArray &body)
 {
-    zelvano::UrlRequest request = urlGet(url);
+    zelvano::http::Request request = httpGet(url);
     request.method = "POST";
     request.body = body;
     return request;
@@ -77,16 +77,16 @@ inline zelvano::UrlRequest urlPost(const QUrl &url, const QByteArray &body)
 /// Completions run one after another: behind this one, those of all calls before it have run, and are released.
 inline void passCompletions()
 {
-    if (UrlLoad(urlGet({})).resume().result().errorCode() != int(zelvano::UrlError::BadUrl))
+    if (HttpLoad(httpGet({})).resume().result().errorCode() != int(zelvano::http::ErrorCode::BadUrl))
         qFatal("completions do not run");
 }
 
 /// Requests of "0", "1", "2"... below the URL, in that order.
-inline std::vector<UrlLoad> resumed(int count, const QUrl &url)
+inline std::vector<HttpLoad> resumed(int count, const QUrl &url)
 {
-    std::vector<UrlLoad> loads;
+    std::vector<HttpLoad> loads;
     for (int i = 0; i < count; ++i)
-        loads.emplace_back(urlGet(url.resolved(QUrl(QString::number(i))))).resume();
+        loads.emplace_back(httpGet(url.resolved(QUrl(QString::number(i))))).resume();
     return loads;
 }
 

@@ -25,10 +25,10 @@ void imageDidLoad(const QString &key, const QByteArray &bytes, ZVImagesFetcher::
 
 void download(const QUrl &url, const QString &key, ZVImagesFetcher::Completion completion)
 {
-    UrlRequest request;
+    http::Request request;
     request.url = url;
-    UrlSession::dataTask(request, [key, completion = std::move(completion)](const auto &data, const auto &,
-                                                                            const auto &error) mutable {
+    http::Session::dataTask(request, [key, completion = std::move(completion)](const auto &data, const auto &,
+                                                                               const auto &error) mutable {
         if (error)
             completion({}, error);
         else if (!data.isEmpty())

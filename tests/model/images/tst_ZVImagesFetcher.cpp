@@ -101,11 +101,11 @@ private Q_SLOTS:
     void errors()
     {
         fault(u"/thumbnails/2.jpg"_s, {Kind::CutWithinAnswer});
-        const std::pair<QUrl, UrlError> errors[] = {
-            {QUrl(), UrlError::BadUrl},
-            {QUrl(u"file:///etc/hostname"_s), UrlError::BadUrl},
-            {m_sandbox.url(u"/thumbnails/2.jpg"_s), UrlError::ConnectionLost},
-            {QUrl(u"http://127.0.0.1:1/1.jpg"_s), UrlError::CannotConnect},
+        const std::pair<QUrl, http::ErrorCode> errors[] = {
+            {QUrl(), http::ErrorCode::BadUrl},
+            {QUrl(u"file:///etc/hostname"_s), http::ErrorCode::BadUrl},
+            {m_sandbox.url(u"/thumbnails/2.jpg"_s), http::ErrorCode::ConnectionLost},
+            {QUrl(u"http://127.0.0.1:1/1.jpg"_s), http::ErrorCode::CannotConnect},
         };
         for (const auto &[url, error] : errors) {
             const auto result = resultOf(fetch(url));

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Response.h"
+#include <ZelvanoUI/Error.h>
+
+#include <QByteArray>
+
+#include <memory>
+#include <optional>
+
+namespace zelvano::http {
+
+class Job;
+
+/// How a transfer ended, on its way to the completion.
+struct Outcome
+{
+    std::shared_ptr<Job> job;
+    QByteArray data;
+    std::optional<Response> response;
+    std::optional<Error> error;
+};
+
+} // namespace zelvano::http

@@ -1,0 +1,24 @@
+#include "Request.h"
+
+#include "Headers.h"
+#include "Logging.h"
+
+#include <algorithm>
+
+namespace zelvano::http {
+
+void Request::setHeader(const QByteArray &name, const QByteArray &value)
+{
+    if (!isSafeHeader(name, value)) {
+        ZV_LOG("A request header with a forbidden character was dropped");
+        return;
+    }
+    const auto known = std::ranges::find_if(
+        headers, [&](const auto &header) { return header.first.compare(name, Qt::CaseInsensitive) == 0; });
+    if (known == headers.end())
+        headers.emplace_back(name, value);
+    else
+        *known = {name, value};
+}
+
+} // namespace zelvano::http

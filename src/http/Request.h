@@ -1,0 +1,29 @@
+#pragma once
+
+#include <ZelvanoUI/zelvanocore_export.h>
+
+#include <QByteArray>
+#include <QUrl>
+
+#include <chrono>
+#include <utility>
+#include <vector>
+
+namespace zelvano::http {
+
+/// One HTTP request, as a value.
+struct ZELVANOCORE_EXPORT Request
+{
+    QUrl url;
+    QByteArray method = QByteArrayLiteral("GET");
+    std::vector<std::pair<QByteArray, QByteArray>> headers;
+    /// Null sends no body. A Content-Type is sent only if `headers` has one.
+    QByteArray body;
+    /// The transfer fails with TimedOut when no byte moves in either direction for this long.
+    std::chrono::milliseconds timeout = std::chrono::seconds(60);
+
+    /// Sets or replaces a header. Drops a name or value that could break out of its line, with a log line.
+    void setHeader(const QByteArray &name, const QByteArray &value);
+};
+
+} // namespace zelvano::http

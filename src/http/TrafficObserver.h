@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Request.h"
+#include "Response.h"
+#include <ZelvanoUI/Error.h>
+
+#include <optional>
+
+namespace zelvano::http {
+
+/// Sees every transfer of the process. An observer that is added while transfers run also sees the end of those.
+///
+/// Calls never overlap. requestWillStart() runs on the thread that resumes the task, requestDidEnd() on the delivery
+/// thread before the completion. The caller may hold an engine's lock: an observer must not call the library.
+class ZELVANOCORE_EXPORT TrafficObserver
+{
+public:
+    virtual ~TrafficObserver() = default;
+    virtual void requestWillStart(quint64 id, const Request &request) = 0;
+    virtual void requestDidEnd(quint64 id, const std::optional<Response> &response, const QByteArray &data,
+                               const std::optional<Error> &error) = 0;
+};
+
+} // namespace zelvano::http
