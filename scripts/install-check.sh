@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# Proves from outside that the library can be installed: a fresh prefix, the examples built against it and run against
-# the sandbox, the Debian packages, and the demo started from them in a bare root.
+# Checks the installed library from outside: it installs into a fresh prefix, uses all that the headers declare, builds
+# the examples and runs them against the sandbox, makes the Debian packages, and runs the demo from them in a bare root.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source=$PWD
 scripts/setup.sh
 
 work=$(mktemp -d)
-chmod 755 "$work" # apt reads the packages as a user of its own.
+chmod 755 "$work" # apt reads the packages as another user.
 prefix=$work/prefix
 packages=build/package/packages
 sandbox_pid=
@@ -24,29 +24,34 @@ fail() {
 
 section() { echo "-- $1 (after $SECONDS s)"; }
 
-# quietly COMMAND...: its output is shown only when it fails.
+# quietly COMMAND...: shows the output only if the command fails.
 quietly() {
   "$@" >"$work/log" 2>&1 || { tail -n 40 "$work/log" >&2; fail "failed: $*"; }
 }
 
-# install_to PREFIX BUILD [GREP_OPTION]: installed elsewhere and moved, since nothing may depend on the place.
+# install_to PREFIX BUILD [GREP_OPTION]: installs elsewhere and moves, because no file may depend on the place.
 install_to() {
   quietly cmake --install "$2" --prefix "$work/elsewhere"
   mv "$work/elsewhere" "$1"
-  ! grep -rlF ${3:+"$3"} -e "$source" -e "$work/elsewhere" "$1" || fail "these files name paths of the build"
+  ! grep -rlF ${3:+"$3"} -e "$source" -e "$work/elsewhere" "$1" || fail "these files contain paths of the build"
 }
 
 libdir() { dirname "$(find "$1" -name 'libZelvanoCore.*' -print -quit)"; }
 
-# All public headers compile with nothing but what is installed, and with a host's own warnings.
-check_headers() {
-  local flags
-  read -ra flags < <(PKG_CONFIG_PATH=$(libdir "$prefix")/pkgconfig pkg-config --cflags zelvano-ui)
-  find "$prefix/include/ZelvanoUI" -name '*.h' -printf '#include <ZelvanoUI/%f>\n' | sort >"$work/headers.cpp"
-  quietly g++ -std=c++20 -fPIC -fsyntax-only -Wall -Wextra -Werror "${flags[@]}" "$work/headers.cpp"
+# check_interface: all that the installed headers declare compiles with a host's own warnings, and links.
+check_interface() {
+  local lib flags
+  lib=$(libdir "$prefix")
+  read -ra flags < <(PKG_CONFIG_PATH=$lib/pkgconfig pkg-config --cflags --libs zelvano-ui zelvano-sandbox)
+  mkdir "$work/reference"
+  ZELVANO_DOCS_OUTPUT=$work/reference ZELVANO_DOCS_INPUT=$prefix/include/ZelvanoUI quietly doxygen docs/Doxyfile
+  tests/install/consumer.py "$work/reference/xml" >"$work/consumer.cpp"
+  quietly g++ -std=c++20 -fPIC -Wall -Wextra -Werror -o "$work/consumer" "$work/consumer.cpp" "${flags[@]}" \
+    "-Wl,-rpath,$lib"
+  quietly "$work/consumer"
 }
 
-# refuses COMPONENT TEXT: find_package says so when it cannot give a component.
+# refuses COMPONENT TEXT: find_package fails for the component with a message that contains TEXT.
 refuses() {
   mkdir -p "$work/refused"
   cat >"$work/refused/CMakeLists.txt" <<CMAKE
@@ -57,10 +62,10 @@ CMAKE
   ! cmake -S "$work/refused" -B "$work/refused/build" -DCMAKE_PREFIX_PATH="$prefix" >"$work/log" 2>&1 ||
     fail "find_package found component $1"
   [[ $(tr -s '\n ' ' ' <"$work/log") == *"$2"* ]] ||
-    { cat "$work/log" >&2; fail "component $1: not the message expected"; }
+    { cat "$work/log" >&2; fail "component $1: unexpected message"; }
 }
 
-# build_example NAME PREFIX: from a copy outside of the tree.
+# build_example NAME PREFIX: builds from a copy outside the source tree.
 build_example() {
   quietly cmake -G Ninja -S "$work/examples/$1" -B "$work/build/$1" -DCMAKE_BUILD_TYPE=Debug \
     -DCMAKE_PREFIX_PATH="$2" -DCMAKE_CXX_FLAGS='-Wall -Wextra -Werror'
@@ -76,7 +81,7 @@ start_sandbox() {
     [ -z "$service" ] || return 0
     sleep 0.1
   done
-  fail "the sandbox does not start"
+  fail "the sandbox did not start"
 }
 
 stop_sandbox() {
@@ -85,7 +90,7 @@ stop_sandbox() {
   sandbox_pid=
 }
 
-# run_example NAME terminal|window EVENT...: the program ends well, and the sandbox was told of the events.
+# run_example NAME terminal|window EVENT...: the program exits with status 0 and the sandbox received the events.
 run_example() {
   local name=$1 place=$2 home=$work/home-$1
   local program=("$work/build/$name/$name") event
@@ -97,11 +102,11 @@ run_example() {
   [[ $name != qml-* ]] || arguments=("http://$service/media/1.mp4" "$service")
   env -u DISPLAY -u WAYLAND_DISPLAY HOME="$home" XDG_CONFIG_HOME="$home" XDG_RUNTIME_DIR="$home" "${media[@]}" \
     timeout 60 "${program[@]}" --quit-after 7 "${arguments[@]}" >"$work/output" 2>"$work/log" ||
-    { tail -n 20 "$work/log" >&2; fail "example $name ended with an error"; }
+    { tail -n 20 "$work/log" >&2; fail "example $name failed"; }
   stop_sandbox
   for event in "$@"; do
     grep -qE " /events +$event " "$work/requests" ||
-      { cat "$work/requests" >&2; fail "example $name: the service never heard of $event"; }
+      { cat "$work/requests" >&2; fail "example $name: the service did not receive $event"; }
   done
   echo "$name: $*"
 }
@@ -113,43 +118,14 @@ check_example() {
   run_example "$@"
 }
 
-# check_sandbox PREFIX: a host whose tests start the service in their own process.
+# check_sandbox PREFIX: a host can start the service in its own process.
 check_sandbox() {
-  mkdir -p "$work/examples/in-process"
-  cat >"$work/examples/in-process/CMakeLists.txt" <<CMAKE
-cmake_minimum_required(VERSION 3.25)
-project(InProcess LANGUAGES CXX)
-find_package(ZelvanoUI 0.1 REQUIRED COMPONENTS Core Sandbox)
-add_executable(in-process main.cpp)
-target_link_libraries(in-process PRIVATE ZelvanoUI::Core ZelvanoUI::Sandbox)
-CMAKE
-  cat >"$work/examples/in-process/main.cpp" <<CPP
-#include <ZelvanoUI/Sandbox.h>
-#include <ZelvanoUI/Protocol.h>
-#include <ZelvanoUI/Service.h>
-#include <ZelvanoUI/ZVImagesFetcher.h>
-#include <QCoreApplication>
-#include <cstdlib>
-int main(int argc, char **argv)
-{
-    const QCoreApplication application(argc, argv);
-    zelvano::sandbox::Sandbox sandbox;
-    sandbox.setScenario(zelvano::sandbox::Scenario::OneVideo);
-    if (!sandbox.start())
-        return 2;
-    zelvano::useService(sandbox.url().authority());
-    const QUrl url(zelvano::API_URL_PROD + QStringLiteral("thumbnails/1.jpg"));
-    zelvano::ZVImagesFetcher::fetchImageAtURL(url, [](const QImage &image, const auto &) {
-        std::_Exit(image.isNull() ? 3 : 0);
-    });
-    return QCoreApplication::exec();
-}
-CPP
+  cp -r tests/install/in-process "$work/examples"
   build_example in-process "$1"
   quietly timeout 20 "$work/build/in-process/in-process"
 }
 
-# With pkg-config instead of CMake.
+# check_pkgconfig: an example builds with pkg-config instead of CMake.
 check_pkgconfig() {
   local lib flags
   lib=$(libdir "$prefix")
@@ -159,22 +135,22 @@ check_pkgconfig() {
   run_example other-engine terminal ready
 }
 
-# Static libraries carry their resources along; a host without them would say that the bundle is missing.
+# check_static: static libraries contain their resources. Without them an example finds no bundle and shows no overlay.
 check_static() {
   quietly cmake --preset package -B build/static -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 \
     -DZELVANO_SHARED=OFF -DZELVANO_WITH_DEMO=OFF -DZELVANO_WITH_BENCH=OFF
   quietly cmake --build build/static
-  install_to "$work/static" build/static -I # Objects of a debug build do name their sources.
+  install_to "$work/static" build/static -I # -I: objects of a debug build name their sources.
   rm -rf "$work/build"
   build_example cpp-overlay "$work/static"
   run_example cpp-overlay window ready impression
   check_sandbox "$work/static"
 }
 
-# package_depends PACKAGE: the names that its Depends list.
+# package_depends PACKAGE: prints the package names of its Depends field.
 package_depends() { dpkg-deb -f "$packages/$1"_*.deb Depends | tr ',' '\n' | sed 's/^ *//; s/ .*//'; }
 
-# runtime_packages: the names of all that are not for developing.
+# runtime_packages: prints the names of all packages but the -dev ones.
 runtime_packages() {
   local file
   for file in "$packages"/*.deb; do
@@ -182,21 +158,21 @@ runtime_packages() {
   done | grep -v -e '-dev$'
 }
 
-# check_linked PACKAGE FILE: the packages that own the libraries which the file names are depended on.
+# check_linked PACKAGE FILE: the package depends on the owner of each library that the file links.
 check_linked() {
   local library path owner depends
   depends=" $(package_depends "$1" | xargs) "
   objdump -p "$2" 2>/dev/null | awk '$1 == "NEEDED" {print $2}' | while read -r library; do
     path=$(ldd "$2" | awk -v name="$library" '$1 == name {print $3}')
-    [[ $library != ld-linux* && $path != "$work"/* ]] || continue # The loader is libc's; the others are ours.
-    [[ $path == /* ]] || fail "$1 needs $library, which is not there"
-    owner=$(dpkg -S "*${path#/usr}" | sed -n '1s/:.*//p') # Owned below /lib or /usr/lib, which are the same.
-    [[ $depends == *" $owner "* ]] || fail "$1 needs $library, and does not depend on $owner"
+    [[ $library != ld-linux* && $path != "$work"/* ]] || continue # libc brings the loader; the others are ours.
+    [[ $path == /* ]] || fail "$1 needs $library, which is missing"
+    owner=$(dpkg -S "*${path#/usr}" | sed -n '1s/:.*//p') # dpkg knows it below /lib or /usr/lib, which are the same.
+    [[ $depends == *" $owner "* ]] || fail "$1 needs $library but does not depend on $owner"
   done
 }
 
-# What a bare root would show, as far as this machine can tell: the libraries that the programs name, and the QML
-# modules that are imported, belong to a package that is depended on.
+# check_declared: stands in for the bare root. Each linked library and each imported QML
+# module belongs to a package that ours depend on.
 check_declared() {
   local package file
   for package in $(runtime_packages); do
@@ -209,23 +185,23 @@ check_declared() {
   done
   check_qml_declared libzelvanoui resources/ZelvanoUIResources.bundle
   check_qml_declared zelvanoui-demo demo
-  [ ! -d src/qml ] || check_qml_declared qml6-module-zelvanoui build/package/qml/ZelvanoUI
+  check_qml_declared qml6-module-zelvanoui build/package/qml/ZelvanoUI
 }
 
 check_qml_declared() {
   comm -13 <(package_depends "$1" | sort -u) <(cmake/qml-depends.sh "$2") >"$work/missing"
-  [ ! -s "$work/missing" ] || fail "$1 imports QML modules and does not depend on $(xargs <"$work/missing")"
+  [ ! -s "$work/missing" ] || fail "$1 imports QML modules but does not depend on $(xargs <"$work/missing")"
 }
 
-# Installs the packages into a root that holds nothing else but the essential packages of this machine's own
-# distribution, and replays a session of the demo there. Returns 1 when no such root can be made here.
+# check_bare_root: installs the packages into a root that holds only the essential packages of this machine's
+# distribution, and replays a demo session there. Returns 1 if this machine cannot make such a root.
 check_bare_root() {
   command -v mmdebstrap >/dev/null || return 1
   local repository=$work/repository made=$work/made sources
   mkdir -p "$repository" "$made"
   chmod 1777 "$made"
   cp "$packages"/*.deb "$repository"
-  (cd "$repository" && dpkg-scanpackages . >Packages 2>/dev/null) || fail "no repository of the packages"
+  (cd "$repository" && dpkg-scanpackages . >Packages 2>/dev/null) || fail "dpkg-scanpackages failed"
   sources=$(apt-get indextargets --format 'deb $(SITE) $(RELEASE) $(COMPONENT)' \
     'Created-By: Packages' 'Origin: Debian' | sort -u)
   [ -n "$sources" ] || return 1
@@ -246,10 +222,10 @@ HOOK
     --essential-hook="touch $made/root" --customize-hook="sh $work/run-demo \"\$1\"" \
     "$(. /etc/os-release && echo "$VERSION_CODENAME")" - - <"$work/sources.list" >"$work/log" 2>&1 || true
   [ -e "$made/root" ] || return 1
-  [ -e "$made/played" ] || { tail -n 40 "$work/log" >&2; fail "the demo does not run in a bare root"; }
+  [ -e "$made/played" ] || { tail -n 40 "$work/log" >&2; fail "the demo failed in a bare root"; }
 }
 
-# As scripts/demo.sh says.
+# For the same reasons as in scripts/demo.sh.
 media=(QT_MEDIA_BACKEND=ffmpeg)
 [ "$(id -u)" -ne 0 ] || media+=(QTWEBENGINE_DISABLE_SANDBOX=1)
 
@@ -257,15 +233,15 @@ section "install"
 quietly cmake --preset package
 quietly cmake --build --preset package
 install_to "$prefix" build/package
-check_headers
+check_interface
 refuses Nonsense 'ZelvanoUI has no component "Nonsense": there are Core, UI and Sandbox.'
 
 section "examples"
 cp -r examples "$work/examples"
 checked=()
 check_example engine-only terminal page ready start autoPlay end
-grep -q '^recommended: ' "$work/output" || fail "engine-only shows no recommendation"
-grep -q '^event: end$' "$work/output" || fail "engine-only shows no events"
+grep -q '^recommended: ' "$work/output" || fail "engine-only printed no recommendation"
+grep -q '^event: end$' "$work/output" || fail "engine-only printed no event"
 check_example other-engine terminal page ready start autoPlay pause play end
 check_example cpp-overlay window page ready start autoPlay pause impression
 check_example cpp-list window page ready start autoPlay
@@ -287,8 +263,8 @@ section "packages"
 rm -rf "$packages"
 quietly cpack --preset package
 if check_bare_root; then
-  echo "The demo ran in a bare root with nothing but the packages and what they depend on."
+  echo "The demo ran in a bare root that holds only the packages and their dependencies."
 else
-  echo "No bare root can be made on this machine: checking instead that all that is linked or imported is declared."
+  echo "This machine cannot make a bare root. Checking instead that the packages declare all that they link and import."
   check_declared
 fi
