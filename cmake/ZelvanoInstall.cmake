@@ -1,5 +1,5 @@
-# What is installed, and how hosts find it. Components: runtime, development, sandbox, demo, and qml for the QML module,
-# which goes to ZELVANO_INSTALL_QMLDIR.
+# Installs the libraries and programs, and the files by which hosts find them. The components are runtime, development,
+# sandbox, demo, and qml: the QML module, in ZELVANO_INSTALL_QMLDIR.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -7,7 +7,7 @@ set(ZELVANO_INSTALL_HEADERDIR "${CMAKE_INSTALL_INCLUDEDIR}/ZelvanoUI")
 set(ZELVANO_INSTALL_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/ZelvanoUI")
 set(ZELVANO_INSTALL_QMLDIR "${CMAKE_INSTALL_LIBDIR}/qt6/qml")
 
-# Installed to `destination`, a path below the prefix, the target finds the libraries wherever the prefix was moved to.
+# The target, installed to `destination` below the prefix, finds the libraries even after the prefix has moved.
 function(zelvano_install_rpath target destination)
     file(RELATIVE_PATH to_libraries "/prefix/${destination}" "/prefix/${CMAKE_INSTALL_LIBDIR}")
     string(REGEX REPLACE "/$" "" rpath "$ORIGIN/${to_libraries}")
@@ -23,7 +23,7 @@ endfunction()
 
 # zelvano_install_library(<library> [COMPONENT <component>] REQUIRES <pkg-config module>...)
 #
-# The library, its public headers, its exported target and its pkg-config file.
+# Installs the library, its public headers, its exported target and its pkg-config file.
 function(zelvano_install_library target)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "COMPONENT" "REQUIRES")
     zelvano_install_rpath(${target} "${CMAKE_INSTALL_LIBDIR}")
@@ -40,8 +40,8 @@ endfunction()
 
 # zelvano_install_exported(<library> [COMPONENT <component>] <target>...)
 #
-# Adds targets to what <library> exports: itself, and in a static build the objects of its resources. A shared library's
-# file is in the component, runtime by default.
+# Adds targets to the export of <library>: the library, and in a static build the objects of its resources. A shared
+# library belongs to the component, by default runtime.
 function(zelvano_install_exported library)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "COMPONENT" "")
     if(NOT ARG_COMPONENT)
@@ -56,7 +56,7 @@ function(zelvano_install_exported library)
     endif()
 endfunction()
 
-# zelvano-core.pc, zelvano-ui.pc. For the shared libraries: pkg-config has no word for the objects of resources.
+# zelvano-core.pc and so on, for shared libraries only: pkg-config cannot name the object files of resources.
 function(zelvano_install_pkgconfig target)
     set(library ${target})
     get_target_property(component ${target} EXPORT_NAME)
@@ -69,7 +69,8 @@ function(zelvano_install_pkgconfig target)
         DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
 endfunction()
 
-# The version header, and what find_package(ZelvanoUI) reads. A minor version may break hosts while the major is 0.
+# Installs the version header and the files of find_package(ZelvanoUI). While the major version is 0, a minor version
+# may break hosts.
 function(zelvano_install_package)
     install(FILES "${ZELVANO_GENERATED_DIR}/ZelvanoUI/zelvano_version.h"
         DESTINATION "${ZELVANO_INSTALL_HEADERDIR}" COMPONENT development)

@@ -1,4 +1,4 @@
-# Read by cpack before it makes the packages: adds the dependencies that no shlibs tool sees.
+# cpack reads this file before it makes the packages. It adds the dependencies that dpkg-shlibdeps does not see.
 cmake_minimum_required(VERSION 3.25)
 cmake_path(GET CMAKE_CURRENT_LIST_DIR PARENT_PATH source)
 cmake_path(GET CPACK_PACKAGE_DIRECTORY PARENT_PATH build)
@@ -12,7 +12,7 @@ macro(zelvano_add_depends component)
     endforeach()
 endmacro()
 
-# The modules that the QML files of a folder, or a module, import.
+# Adds the packages of the QML modules that the folder imports.
 macro(zelvano_add_qml_depends component folder)
     execute_process(COMMAND "${source}/cmake/qml-depends.sh" "${folder}"
         OUTPUT_VARIABLE packages OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
@@ -27,5 +27,5 @@ endif()
 if("qml" IN_LIST CPACK_COMPONENTS_ALL)
     zelvano_add_qml_depends(QML "${build}/qml/ZelvanoUI")
 endif()
-# What find_package(ZelvanoUI) looks for.
+# find_package(ZelvanoUI) needs these.
 zelvano_add_depends(DEVELOPMENT qt6-base-dev qt6-declarative-dev qt6-multimedia-dev)

@@ -1,4 +1,4 @@
-# The Debian packages that `cpack --preset package` makes, one a component.
+# The Debian packages of `cpack --preset package`: one for each install component.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VENDOR "ZelvanoUI")
@@ -10,13 +10,13 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src" "${PROJECT_BINARY_DIR}/sandbox")
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-# What no shlibs tool sees is added when the packages are made.
+# Adds the dependencies that dpkg-shlibdeps does not see.
 set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/cmake/ZelvanoPackageDepends.cmake")
 
 set(CPACK_COMPONENTS_ALL)
 
 # zelvano_package(<component> <package> <section> <description> [DEPENDS <package>...] [RECOMMENDS <package>...])
-# DEPENDS are other packages of this project, of the same version.
+# DEPENDS are packages of this project, in the same version.
 function(zelvano_package component package section description)
     cmake_parse_arguments(PARSE_ARGV 4 ARG "" "" "DEPENDS;RECOMMENDS")
     list(TRANSFORM ARG_DEPENDS APPEND " (= ${PROJECT_VERSION})")
@@ -36,15 +36,15 @@ set(sandbox_package)
 if(TARGET zelvano-sandbox)
     set(sandbox_package zelvano-sandbox)
     zelvano_package(sandbox ${sandbox_package} devel
-        "The recommendation service, on this machine only: a program and a library.")
+        "A recommendation service for development, on this machine only: a program and a library.")
 endif()
-zelvano_package(development libzelvanoui-dev libdevel "The headers, and what CMake and pkg-config read."
+zelvano_package(development libzelvanoui-dev libdevel "The headers, and the files for CMake and pkg-config."
     DEPENDS libzelvanoui ${sandbox_package} RECOMMENDS qt6-webengine-dev)
 if(TARGET zelvano-demo)
-    zelvano_package(demo zelvanoui-demo video "The demo: a host with a service of its own."
+    zelvano_package(demo zelvanoui-demo video "The demo: a host that starts its own service."
         DEPENDS libzelvanoui ${sandbox_package})
 endif()
-if(EXISTS "${PROJECT_SOURCE_DIR}/src/qml/CMakeLists.txt" AND ZELVANO_WITH_UI)
+if(ZELVANO_WITH_UI)
     zelvano_package(qml qml6-module-zelvanoui libs "The QML module." DEPENDS libzelvanoui)
 endif()
 

@@ -1,6 +1,6 @@
-# How every target of the project is compiled, and how a folder of src/ becomes an object library, and these a library.
+# Compile options of all targets. A folder of src/ becomes an object library, and object libraries become a library.
 
-# The public headers, and those that are made while configuring.
+# The public headers, and the headers that the configure step writes.
 set(ZELVANO_HEADER_DIR "${PROJECT_SOURCE_DIR}/include")
 set(ZELVANO_GENERATED_DIR "${PROJECT_BINARY_DIR}/include")
 
@@ -11,7 +11,7 @@ if(PROJECT_IS_TOP_LEVEL)
     endif()
 endif()
 
-# Private options: nothing of this reaches a host that links the libraries.
+# All options are PRIVATE, so that none reaches a host.
 function(zelvano_compile_options target)
     set_target_properties(${target} PROPERTIES
         CXX_STANDARD 20 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF
@@ -37,11 +37,11 @@ function(zelvano_compile_options target)
 endfunction()
 
 # zelvano_folder(<target> <library> [HEADERS <public header>...] LINKS <targets this folder may include from>...
-#                [PRIVATE_LINKS <targets that this folder alone may include from>...] [FILES <file>...] [EXCEPT <file>...])
+#                [PRIVATE_LINKS <targets only this folder may include from>...] [FILES <file>...] [EXCEPT <file>...])
 #
-# All sources of the calling folder, or FILES, as one object library of <library>. HEADERS are its part of
-# include/ZelvanoUI. Private headers are included by their bare name, and only the folders linked here are on the include
-# path: a wrong include does not compile. A public header of a folder that is not linked fails the configure step.
+# Builds all sources of the calling folder, or FILES, as one object library of <library>. HEADERS are its headers in
+# include/ZelvanoUI. Only the linked folders are on the include path, so that a wrong include of a private header does
+# not compile. A wrong include of a public header fails the configure step.
 function(zelvano_folder target library)
     cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "HEADERS;LINKS;PRIVATE_LINKS;FILES;EXCEPT")
     if(ARG_FILES)
@@ -72,7 +72,7 @@ function(zelvano_folder target library)
     zelvano_check_includes(${target} "${allowed}" ${files} ${headers})
 endfunction()
 
-# Fails unless every public header that the files include is among those allowed.
+# Fails if a file includes a public header that is not in `allowed`.
 function(zelvano_check_includes target allowed)
     foreach(file IN LISTS ARGN)
         file(STRINGS "${file}" includes REGEX "^#include <ZelvanoUI/")
@@ -85,7 +85,7 @@ function(zelvano_check_includes target allowed)
     endforeach()
 endfunction()
 
-# Fails unless every header in include/ZelvanoUI belongs to a folder of a library.
+# Fails if a header in include/ZelvanoUI belongs to no folder.
 function(zelvano_check_headers_registered)
     if(NOT ZELVANO_WITH_UI OR NOT ZELVANO_WITH_SANDBOX)
         return()
@@ -98,10 +98,9 @@ function(zelvano_check_headers_registered)
     endif()
 endfunction()
 
-# One library out of object libraries: their code and their public headers.
-# Its file is in the install component COMPONENT, runtime by default.
-# LINKS reach hosts, REQUIRES are the same as pkg-config knows them; PRIVATE_LINKS reach hosts of a static build only.
-# <target>Internals is for the project's own programs: the private headers as well.
+# Builds one library from object libraries and their public headers. COMPONENT is its install component, by default
+# runtime. LINKS reach hosts, and REQUIRES are their pkg-config names. PRIVATE_LINKS reach hosts of a static build only.
+# <target>Internals adds the private headers, for the project's own programs.
 function(zelvano_library target alias)
     cmake_parse_arguments(PARSE_ARGV 2 ARG "" "COMPONENT" "FOLDERS;LINKS;PRIVATE_LINKS;REQUIRES")
     if(ZELVANO_SHARED)

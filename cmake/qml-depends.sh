@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Prints the Debian packages that a folder of .qml files, or a QML module, needs, one on each line. These packages own the
-# modules that the .qml files and the qmldir import, directly or through another module. Fails when no package owns a
-# direct import.
+# Prints the Debian packages that a folder of .qml files, or a QML module, needs, one on each line. These packages own
+# the modules that the .qml files and the qmldir import, directly or through another module. Fails when no package owns
+# a direct import.
 set -euo pipefail
 folder=${1:?usage: cmake/qml-depends.sh FOLDER}
 
