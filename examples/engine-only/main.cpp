@@ -1,5 +1,5 @@
-// A terminal host without a window: it prints what the service recommends and what becomes of the player.
-#include "../other-engine/ClockPlayer.h"
+// A host without a window. It prints the recommended videos and the events of the player.
+#include "ShortPlayer.h"
 
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/Service.h>
@@ -41,7 +41,7 @@ int main(int argc, char **argv)
     parser.process(application);
     zelvano::useService(parser.value(u"service"_s));
 
-    const auto player = zelvano::makeMainThreadShared<ClockPlayer>();
+    const auto player = zelvano::makeMainThreadShared<ShortPlayer>();
     const zelvano::AVURLAsset medium(QUrl(u"http://media.example/1.mp4"_s));
     player->replaceCurrentItemWithPlayerItem(zelvano::AVPlayerItem::create(medium));
 

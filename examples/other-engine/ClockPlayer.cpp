@@ -41,8 +41,8 @@ void ClockPlayer::pause()
     setClock(currentTime(), 0);
 }
 
-/// The library hears of changes only: a medium becomes ready after who plays it could begin to observe it. A player
-/// that plays keeps its rate, and says so once more for the new medium.
+/// The library observes changes only, so the item becomes ready a turn of the event loop later, once it is observed. A
+/// player that plays keeps its rate and emits rateChanged() again for the new item.
 void ClockPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
 {
     const bool keepsRate = m_rate != 0 && item;

@@ -1,5 +1,4 @@
-// A host whose player the library has never seen. The clock plays, pauses, goes on and reaches its end by itself; all
-// of that is reported, with the library unchanged.
+// A host with its own kind of player. The clock plays, pauses, resumes and ends, and the library reports each event.
 #include "ClockPlayer.h"
 
 #include <ZelvanoUI/MainThread.h>

@@ -4,10 +4,10 @@
 
 int main(int argc, char **argv)
 {
-    QtWebEngineQuick::initialize(); // First of all: the overlay is a web page.
+    QtWebEngineQuick::initialize(); // Must come first: the overlay is a web page.
     QGuiApplication application(argc, argv);
     QCommandLineParser arguments;
-    arguments.addOption({"quit-after", "Ends after so many seconds.", "SECONDS"});
+    arguments.addOption({"quit-after", "End after <seconds>.", "seconds"});
     arguments.process(application);
     const auto given = arguments.positionalArguments();
     if (arguments.isSet("quit-after"))

@@ -25,7 +25,7 @@ Window {
         pageId: "page-42"
         suggestions: 8
         player: media
-        serviceAddress: window.service // A sandbox's. Left out, the service is meant.
+        serviceAddress: window.service // A sandbox. Leave it out in production.
         onVideoSelected: video => console.info("Next:", video.title)
     }
     // [attach]
