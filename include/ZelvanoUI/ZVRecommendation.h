@@ -5,7 +5,6 @@
 
 #include <QJsonArray>
 #include <QJsonObject>
-#include <QMutex>
 #include <QString>
 #include <QStringList>
 
@@ -15,7 +14,10 @@
 
 namespace zelvano {
 
-/// A recommendation answer, read lazily: each value is computed on first use and kept. Any thread.
+/// A recommendation answer. The lists are computed on first use and kept. Any thread.
+///
+/// Entries of "data.videos" that are not JSON objects are dropped: an index means the same video in videosArray() and
+/// in videoList().
 class ZELVANOCORE_EXPORT ZVRecommendation
 {
 public:
@@ -23,53 +25,46 @@ public:
 
     /// Null when the answer is empty.
     static std::shared_ptr<ZVRecommendation> create(const QJsonObject &answer);
+    ~ZVRecommendation();
 
-    /// The answer that it was made from.
-    QJsonObject recommendation() const { return m_recommendation; }
+    /// The whole answer.
+    QJsonObject recommendation() const;
 
-    /// At the answer's top level; one inside "data" is the engine's business and is not seen here. Null when absent.
+    // Read at the top level of the answer only, not in "data".
+    /// Null when absent.
     QString viewUUID() const;
-    /// At the answer's top level; undefined when absent.
+    /// Undefined when absent.
     QJsonValue status() const;
 
-    /// The videos, in the service's order.
+    /// The videos in the service's order.
     ZVVideoList videoList() const;
-    /// Their number, without a copy of the list.
+    /// The size of videoList(), without a copy of the list.
     std::size_t videoCount() const;
-    /// Another list in their place; the categories stay as they are. Nothing makes the next read compute it again.
+    /// Replaces the list; the categories stay. std::nullopt restores the answer's videos.
     void setVideoList(const std::optional<ZVVideoList> &list);
 
-    /// The videos as the service sent them; nothing when the answer has no such list.
+    /// The video objects as the service sent them. std::nullopt when the answer has no such list.
     std::optional<QJsonArray> videosArray() const;
+    /// Replaces the array. std::nullopt restores the answer's.
     void setVideosArray(const std::optional<QJsonArray> &videos);
 
-    /// The category codes, in an order that is stable for this object but means nothing.
+    /// The category codes in an order that is stable for this record and has no meaning.
     QStringList categories() const;
-    /// The videos of a category, in the service's order; nothing when the answer does not know the code. They are
-    /// other objects than those in videoList().
+    /// The videos of a category in the service's order; std::nullopt for an unknown code. These records are separate
+    /// from those in videoList().
     std::optional<ZVVideoList> videosForCategory(const QString &category) const;
-    /// The videos by category; empty until categories() has filled it.
+    /// The videos by category. Empty until categories() was called.
     Groups fetchedRecommendations() const;
     void setFetchedRecommendations(const Groups &groups);
 
 private:
-    explicit ZVRecommendation(QJsonObject answer);
+    explicit ZVRecommendation(const QJsonObject &answer);
 
-    QJsonArray serviceVideos() const;
-    const ZVVideoList &keptVideoList() const;
-    const QStringList &groupedCategories() const;
-
-    const QJsonObject m_recommendation;
-    mutable QMutex m_mutex;
-    mutable std::optional<QString> m_viewUUID;
-    mutable std::optional<QJsonValue> m_status;
-    mutable std::optional<ZVVideoList> m_videoList;
-    mutable std::optional<QJsonArray> m_videosArray;
-    mutable std::optional<QStringList> m_categories;
-    mutable Groups m_fetchedRecommendations;
+    struct Private;
+    const std::unique_ptr<Private> d;
 };
 
-/// The record over an answer; null when the answer is empty.
+/// Same as ZVRecommendation::create().
 ZELVANOCORE_EXPORT std::shared_ptr<ZVRecommendation> recommendations(const QJsonObject &answer);
 
 } // namespace zelvano

@@ -4,7 +4,7 @@
 #include "Logging.h"
 #include "Utilities.h"
 
-#include <utility>
+#include <QMutex>
 
 namespace zelvano {
 
@@ -12,23 +12,80 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A record for each entry that is a video at all.
-ZVVideoList recordsFor(const QJsonArray &videos)
+/// The page picks videos by index, so array and records must hold the same entries.
+QJsonArray onlyObjects(const QJsonArray &videos)
 {
-    ZVVideoList records;
-    records.reserve(static_cast<std::size_t>(videos.size()));
+    QJsonArray objects;
     for (const auto &video : videos) {
         if (video.isObject())
-            records.push_back(std::make_shared<ZVVideoParams>(video.toObject()));
+            objects.append(video);
     }
-    if (const auto dropped = static_cast<std::size_t>(videos.size()) - records.size(); dropped > 0)
+    if (const auto dropped = videos.size() - objects.size(); dropped > 0)
         ZV_LOG("Error: " << dropped << " recommended videos are no JSON objects and were dropped");
-    return records;
+    return objects;
 }
 
 } // namespace
 
-ZVRecommendation::ZVRecommendation(QJsonObject answer) : m_recommendation(std::move(answer)) {}
+/// The mutex is held by the public functions.
+struct ZVRecommendation::Private
+{
+    const QJsonObject answer;
+    QMutex mutex{};
+    std::optional<QJsonArray> answersVideos{};
+    std::optional<QJsonArray> videosArray{};
+    std::optional<ZVVideoList> videoList{};
+    std::optional<QStringList> categories{};
+    Groups fetchedRecommendations{};
+
+    const std::optional<QJsonArray> &serviceVideos()
+    {
+        if (!answersVideos) {
+            if (const auto sent = videos(data(answer)))
+                answersVideos = onlyObjects(*sent);
+        }
+        return answersVideos;
+    }
+
+    ZVVideoList newRecords()
+    {
+        ZVVideoList records;
+        for (const auto &video : serviceVideos().value_or(QJsonArray()))
+            records.push_back(std::make_shared<ZVVideoParams>(video.toObject()));
+        return records;
+    }
+
+    const ZVVideoList &keptVideoList()
+    {
+        if (!videoList)
+            videoList = newRecords();
+        return *videoList;
+    }
+
+    const QStringList &groupedCategories()
+    {
+        if (categories)
+            return *categories;
+        std::size_t dropped = 0;
+        for (const auto &record : newRecords()) {
+            const auto category = record->category();
+            if (category.isNull())
+                ++dropped;
+            else
+                fetchedRecommendations[category].push_back(record);
+        }
+        if (dropped > 0)
+            ZV_LOG("Error: " << dropped << " recommended videos have no category and belong to no group");
+        categories.emplace();
+        for (const auto &[category, group] : fetchedRecommendations)
+            categories->append(category);
+        return *categories;
+    }
+};
+
+ZVRecommendation::ZVRecommendation(const QJsonObject &answer) : d(new Private{answer}) {}
+
+ZVRecommendation::~ZVRecommendation() = default;
 
 std::shared_ptr<ZVRecommendation> ZVRecommendation::create(const QJsonObject &answer)
 {
@@ -37,111 +94,76 @@ std::shared_ptr<ZVRecommendation> ZVRecommendation::create(const QJsonObject &an
     return std::shared_ptr<ZVRecommendation>(new ZVRecommendation(answer));
 }
 
+QJsonObject ZVRecommendation::recommendation() const
+{
+    return d->answer;
+}
+
 QString ZVRecommendation::viewUUID() const
 {
-    const QMutexLocker lock(&m_mutex);
-    if (!m_viewUUID)
-        m_viewUUID = json::stringValue(m_recommendation.value("viewUUID"_L1));
-    return *m_viewUUID;
+    return json::stringValue(d->answer.value("viewUUID"_L1));
 }
 
 QJsonValue ZVRecommendation::status() const
 {
-    const QMutexLocker lock(&m_mutex);
-    if (!m_status)
-        m_status = m_recommendation.value("status"_L1);
-    return *m_status;
+    return d->answer.value("status"_L1);
 }
 
 ZVVideoList ZVRecommendation::videoList() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return keptVideoList();
+    const QMutexLocker lock(&d->mutex);
+    return d->keptVideoList();
 }
 
 std::size_t ZVRecommendation::videoCount() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return keptVideoList().size();
+    const QMutexLocker lock(&d->mutex);
+    return d->keptVideoList().size();
 }
 
 void ZVRecommendation::setVideoList(const std::optional<ZVVideoList> &list)
 {
-    const QMutexLocker lock(&m_mutex);
-    m_videoList = list;
+    const QMutexLocker lock(&d->mutex);
+    d->videoList = list;
 }
 
 std::optional<QJsonArray> ZVRecommendation::videosArray() const
 {
-    const QMutexLocker lock(&m_mutex);
-    if (!m_videosArray)
-        m_videosArray = videos(data(m_recommendation));
-    return m_videosArray;
+    const QMutexLocker lock(&d->mutex);
+    return d->videosArray ? d->videosArray : d->serviceVideos();
 }
 
 void ZVRecommendation::setVideosArray(const std::optional<QJsonArray> &videos)
 {
-    const QMutexLocker lock(&m_mutex);
-    m_videosArray = videos;
+    const QMutexLocker lock(&d->mutex);
+    d->videosArray = videos ? std::optional(onlyObjects(*videos)) : std::nullopt;
 }
 
 QStringList ZVRecommendation::categories() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return groupedCategories();
+    const QMutexLocker lock(&d->mutex);
+    return d->groupedCategories();
 }
 
 std::optional<ZVVideoList> ZVRecommendation::videosForCategory(const QString &category) const
 {
-    const QMutexLocker lock(&m_mutex);
-    if (!groupedCategories().contains(category))
+    const QMutexLocker lock(&d->mutex);
+    if (!d->groupedCategories().contains(category))
         return std::nullopt;
-    const auto group = m_fetchedRecommendations.find(category);
-    return group == m_fetchedRecommendations.end() ? std::nullopt : std::optional(group->second);
+    const auto group = d->fetchedRecommendations.find(category);
+    return group == d->fetchedRecommendations.end() ? std::nullopt : std::optional(group->second);
 }
 
 ZVRecommendation::Groups ZVRecommendation::fetchedRecommendations() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return m_fetchedRecommendations;
+    const QMutexLocker lock(&d->mutex);
+    return d->fetchedRecommendations;
 }
 
 void ZVRecommendation::setFetchedRecommendations(const Groups &groups)
 {
-    const QMutexLocker lock(&m_mutex);
-    m_fetchedRecommendations = groups;
-}
-
-QJsonArray ZVRecommendation::serviceVideos() const
-{
-    return videos(data(m_recommendation)).value_or(QJsonArray());
-}
-
-const ZVVideoList &ZVRecommendation::keptVideoList() const
-{
-    if (!m_videoList)
-        m_videoList = recordsFor(serviceVideos());
-    return *m_videoList;
-}
-
-const QStringList &ZVRecommendation::groupedCategories() const
-{
-    if (m_categories)
-        return *m_categories;
-    std::size_t dropped = 0;
-    for (const auto &record : recordsFor(serviceVideos())) {
-        const auto category = record->category();
-        if (category.isNull())
-            ++dropped;
-        else
-            m_fetchedRecommendations[category].push_back(record);
-    }
-    if (dropped > 0)
-        ZV_LOG("Error: " << dropped << " recommended videos have no category and stand in no group");
-    m_categories.emplace();
-    for (const auto &[category, group] : m_fetchedRecommendations)
-        m_categories->append(category);
-    return *m_categories;
+    const QMutexLocker lock(&d->mutex);
+    d->fetchedRecommendations = groups;
 }
 
 std::shared_ptr<ZVRecommendation> recommendations(const QJsonObject &answer)

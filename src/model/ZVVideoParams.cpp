@@ -2,70 +2,105 @@
 
 #include "JsonReading.h"
 
-#include <utility>
-
 namespace zelvano {
 
 using namespace Qt::StringLiterals;
 
-ZVVideoParams::ZVVideoParams(QJsonObject params) : m_params(std::move(params)) {}
+struct ZVVideoParams::Private
+{
+    const QJsonObject params;
+    QImage image{};
+    qint64 index = 0;
+    QSizeF size{0, 0};
+};
+
+ZVVideoParams::ZVVideoParams(const QJsonObject &params) : d(new Private{params}) {}
+
+ZVVideoParams::~ZVVideoParams() = default;
+
+QJsonObject ZVVideoParams::params() const
+{
+    return d->params;
+}
 
 QString ZVVideoParams::title() const
 {
-    return json::stringValue(m_params.value("title"_L1));
+    return json::stringValue(d->params.value("title"_L1));
 }
 
 QString ZVVideoParams::videoId() const
 {
-    return json::stringValue(m_params.value("videoId"_L1));
+    return json::stringValue(d->params.value("videoId"_L1));
 }
 
 QString ZVVideoParams::costumerVideoId() const
 {
-    return json::stringValue(m_params.value("costumerVideoId"_L1));
+    return json::stringValue(d->params.value("costumerVideoId"_L1));
 }
 
 QString ZVVideoParams::category() const
 {
-    return json::stringValue(m_params.value("category"_L1));
+    return json::stringValue(d->params.value("category"_L1));
 }
 
 QJsonValue ZVVideoParams::durationSec() const
 {
-    return m_params.value("durationSec"_L1);
+    return d->params.value("durationSec"_L1);
 }
 
 QJsonValue ZVVideoParams::pubDate() const
 {
-    return m_params.value("pubDate"_L1);
+    return d->params.value("pubDate"_L1);
 }
 
 QJsonValue ZVVideoParams::percentValue() const
 {
-    return m_params.value("value"_L1);
+    return d->params.value("value"_L1);
 }
 
 QUrl ZVVideoParams::url() const
 {
-    return keptUrl(m_url, "url"_L1);
+    return json::urlValue(d->params.value("url"_L1));
 }
 
 QUrl ZVVideoParams::imageUrl() const
 {
-    return keptUrl(m_imageUrl, "imageUrl"_L1);
+    return json::urlValue(d->params.value("imageUrl"_L1));
 }
 
 QUrl ZVVideoParams::stripUrl() const
 {
-    return keptUrl(m_stripUrl, "stripUrl"_L1);
+    return json::urlValue(d->params.value("stripUrl"_L1));
 }
 
-QUrl ZVVideoParams::keptUrl(std::optional<QUrl> &url, QLatin1StringView key) const
+QImage ZVVideoParams::image() const
 {
-    const QMutexLocker lock(&m_mutex);
-    if (!url)
-        url = json::urlValue(m_params.value(key));
-    return *url;
+    return d->image;
+}
+
+void ZVVideoParams::setImage(const QImage &image)
+{
+    d->image = image;
+}
+
+qint64 ZVVideoParams::index() const
+{
+    return d->index;
+}
+
+void ZVVideoParams::setIndex(qint64 index)
+{
+    d->index = index;
+}
+
+QSizeF ZVVideoParams::size() const
+{
+    return d->size;
+}
+
+void ZVVideoParams::setSize(QSizeF size)
+{
+    d->size = size;
 }
 
 } // namespace zelvano

@@ -41,16 +41,6 @@ QQuickItem *windowContent()
     return nullptr;
 }
 
-/// What is no object has no record either: the page's numbers are those of the records.
-std::optional<QJsonArray> onlyObjects(std::optional<QJsonArray> videos)
-{
-    for (auto i = videos ? videos->size() : 0; i-- > 0;) {
-        if (!videos->at(i).isObject())
-            videos->removeAt(i);
-    }
-    return videos;
-}
-
 } // namespace
 
 void ZelvanoViewController::EndOverlay::operator()(ZVTopRecommendationView *view) const
@@ -137,7 +127,7 @@ void ZelvanoViewController::suggestionsDidFetched(const std::shared_ptr<Zelvano>
                                                   const std::shared_ptr<ZVRecommendation> &recommendation)
 {
     m_videoList = recommendation->videoList();
-    m_jsonArray = onlyObjects(recommendation->videosArray());
+    m_jsonArray = recommendation->videosArray();
     if (auto *overlay = overlayOfSession()) {
         if (m_jsonArray)
             overlay->setJsonSuggestions(QString::fromUtf8(QJsonDocument(*m_jsonArray).toJson(QJsonDocument::Indented)));
