@@ -2,6 +2,7 @@
 // memory; each against a bare pooled view of Qt's with the same picture, in the same run. And what it costs to fill
 // it up to the cells on the screen, and to group as many into the category view.
 
+#include "ImagesCache.h"
 #include "MainQueue.h"
 #include "Pictures.h"
 #include "Resources.h"
@@ -223,7 +224,7 @@ class BareModel : public QAbstractListModel
 public:
     explicit BareModel(ZVVideoList videos) : m_videos(std::move(videos))
     {
-        const auto bytes = ZVImagesFetcher::cachedImages().bytes(thumbnailUrl);
+        const auto bytes = ZVImagesFetcher::cachedImages().value(thumbnailUrl);
         for (auto &image : m_images)
             image = QImage::fromData(bytes);
     }
@@ -291,8 +292,8 @@ int main(int argc, char **argv)
     QLoggingCategory::setFilterRules(u"zelvano=false"_s);
     QGuiApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
-    ZVImagesFetcher::cachedImages().store(smallestUrl, pictureFile({1, 1}));
-    ZVImagesFetcher::cachedImages().store(thumbnailUrl, pictureFile(thumbnailSize, "JPG"));
+    ImagesCache::shared().store(smallestUrl, pictureFile({1, 1}));
+    ImagesCache::shared().store(thumbnailUrl, pictureFile(thumbnailSize, "JPG"));
 
     Window window;
     const auto first = ZVListView::create(); // Keeps what the library has compiled, as the bare view's component does.

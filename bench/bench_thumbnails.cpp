@@ -202,11 +202,10 @@ int main(int argc, char **argv)
 
     const auto load = [&](benchmark::State &state) {
         for (auto _ : state) {
-            auto &cache = ZVImagesFetcher::cachedImages();
-            cache.removeAll();
+            ZVImagesFetcher::removeCachedImages();
             const auto fetched = costOf([&] { fetch(server.port()); });
             const auto floor = costOf([&] { byHand.fetch(); });
-            cache.removeAll();
+            ZVImagesFetcher::removeCachedImages();
             const auto recommendation = recommendations({{"data"_L1, QJsonObject{{"videos"_L1, videos}}}});
             const auto list = ZVListView::create();
             list->view()->setParentItem(window.contentItem());

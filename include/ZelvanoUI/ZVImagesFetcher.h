@@ -1,37 +1,54 @@
 #pragma once
 
-#include "ImagesCache.h"
 #include <ZelvanoUI/Error.h>
 #include <ZelvanoUI/zelvanocore_export.h>
 
+#include <QByteArray>
+#include <QHash>
 #include <QImage>
 #include <QUrl>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace zelvano {
 
-/// Loads thumbnails, and keeps their bytes for the life of the process so that each is downloaded once. Any thread.
+class ZVVideoParams;
+
+/// Loads thumbnails and caches their bytes for the life of the process. Any thread.
+///
+/// Images are PNG, JPEG, WebP or GIF of at most 16 megapixels. Any other answer is dropped: the callbacks never
+/// run. Stopping the service's calls does not stop downloads.
 class ZELVANOCORE_EXPORT ZVImagesFetcher
 {
 public:
     /// With an error the image is null.
     using Completion = std::function<void(const QImage &image, const std::optional<Error> &error)>;
+    using Callback = std::function<void()>;
 
     ZVImagesFetcher() = delete;
 
-    /// The process's one cache.
-    static ImagesCache &cachedImages();
+    /// Fetches the video's imageUrl() in the background and stores the image in the video. For hosts that draw their
+    /// own list.
+    ///
+    /// Both callbacks run on the main thread and may be null: `fetched` when the fetch ends, with an image or an error,
+    /// and before the video has the image; `stored` in a later task, once the video has it. An error is logged.
+    static void fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video, Callback stored, Callback fetched = {});
 
-    /// A cached image comes at once, inside this call. Any other is downloaded and decoded on threads of the library's,
-    /// and the completion runs there: with the image while the cache is locked for stores, as ImagesCache::store()
-    /// says, or with the error of the transfer. An answer that is no picture is dropped: the completion never runs.
-    /// Two calls for the same URL at once download it twice. Stopping the service's calls does not stop downloads.
+    /// A cached image is decoded and passed to the completion inside this call. Another one is downloaded and decoded
+    /// on background threads, and the completion runs there. While the completion of a download runs, other downloads
+    /// cannot enter the cache: it must not wait for them. Two simultaneous calls for a URL download it twice.
     static void fetchImageAtURL(const QUrl &url, Completion completion);
-    /// The same for a thread that has no time to decode: a cached image, too, comes on a thread of the library's, and
-    /// without the lock.
+
+    /// Like fetchImageAtURL(), but never decodes on the calling thread: the completion always runs on a background
+    /// thread. For a cached image other downloads can enter the cache meanwhile.
     static void fetchImageInBackground(const QUrl &url, Completion completion);
+
+    /// The cached bytes by the absolute text of the URL.
+    static QHash<QString, QByteArray> cachedImages();
+    /// Empties the cache, which otherwise only grows.
+    static void removeCachedImages();
 };
 
 } // namespace zelvano

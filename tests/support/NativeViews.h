@@ -74,7 +74,7 @@ public:
     {
         const bool started = sandbox.start();
         Q_ASSERT(started);
-        zelvano::ZVImagesFetcher::cachedImages().removeAll();
+        zelvano::ZVImagesFetcher::removeCachedImages();
         items()->setParentItem(window.contentItem());
         items()->setSize(size);
         view->setDelegate(picks);

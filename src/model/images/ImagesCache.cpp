@@ -1,6 +1,13 @@
 #include "ImagesCache.h"
 
+#include "Immortal.h"
+
 namespace zelvano {
+
+ImagesCache &ImagesCache::shared()
+{
+    return immortal<ImagesCache>();
+}
 
 QByteArray ImagesCache::bytes(const QString &url) const
 {
@@ -8,10 +15,10 @@ QByteArray ImagesCache::bytes(const QString &url) const
     return m_bytes.value(url);
 }
 
-qsizetype ImagesCache::count() const
+QHash<QString, QByteArray> ImagesCache::all() const
 {
     const QMutexLocker lock(&m_mutex);
-    return m_bytes.size();
+    return m_bytes;
 }
 
 void ImagesCache::store(const QString &url, const QByteArray &bytes, const std::function<void()> &whileLocked)

@@ -12,23 +12,25 @@
 
 namespace zelvano {
 
-/// Downloaded pictures as raw bytes, by the absolute text of their URL. Nothing is ever thrown out by the library; a
-/// host that is short of memory may empty it. Any thread.
+/// Downloaded images as raw bytes, by the absolute text of their URL. Entries stay until removeAll(). Any thread.
 class ZELVANOCORE_EXPORT ImagesCache
 {
 public:
-    /// Null when there are none. Never waits for a store.
-    QByteArray bytes(const QString &url) const;
-    qsizetype count() const;
+    /// The one cache of the process.
+    static ImagesCache &shared();
 
-    /// Stores, and runs the callback before another store may begin. The callback may look up and store itself, but
-    /// must not wait for another thread that stores.
+    /// Null when absent. Does not wait for a running store().
+    QByteArray bytes(const QString &url) const;
+    QHash<QString, QByteArray> all() const;
+
+    /// Stores the bytes, then runs the callback before another store may begin. The callback may itself call any
+    /// function of this class, but must not wait for another thread that stores.
     void store(const QString &url, const QByteArray &bytes, const std::function<void()> &whileLocked = {});
     void removeAll();
 
 private:
-    std::recursive_mutex m_storing; ///< Held during callbacks, hence recursive; look-ups do not take it.
-    mutable QMutex m_mutex;         ///< Held for a look at the table only.
+    std::recursive_mutex m_storing; ///< Held during callbacks, hence recursive. Look-ups do not take it.
+    mutable QMutex m_mutex;         ///< Guards the table; held briefly.
     QHash<QString, QByteArray> m_bytes;
 };
 

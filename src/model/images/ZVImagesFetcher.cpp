@@ -1,8 +1,11 @@
 #include <ZelvanoUI/ZVImagesFetcher.h>
 
 #include "ImageDecoding.h"
-#include "Immortal.h"
+#include "ImagesCache.h"
+#include "Logging.h"
+#include "MainQueue.h"
 #include "Session.h"
+#include <ZelvanoUI/ZVVideoParams.h>
 
 #include <utility>
 
@@ -19,7 +22,7 @@ void imageDidLoad(const QString &key, const QByteArray &bytes, ZVImagesFetcher::
 {
     decodeImageLater(bytes, [key, bytes, completion = std::move(completion)](const QImage &image) {
         if (!image.isNull())
-            ZVImagesFetcher::cachedImages().store(key, bytes, [&] { completion(image, std::nullopt); });
+            ImagesCache::shared().store(key, bytes, [&] { completion(image, std::nullopt); });
     });
 }
 
@@ -38,15 +41,10 @@ void download(const QUrl &url, const QString &key, ZVImagesFetcher::Completion c
 
 } // namespace
 
-ImagesCache &ZVImagesFetcher::cachedImages()
-{
-    return immortal<ImagesCache>();
-}
-
 void ZVImagesFetcher::fetchImageAtURL(const QUrl &url, Completion completion)
 {
     const auto key = keyOf(url);
-    if (const auto bytes = cachedImages().bytes(key); !bytes.isEmpty())
+    if (const auto bytes = ImagesCache::shared().bytes(key); !bytes.isEmpty())
         completion(decodedImage(bytes), std::nullopt);
     else
         download(url, key, std::move(completion));
@@ -55,10 +53,38 @@ void ZVImagesFetcher::fetchImageAtURL(const QUrl &url, Completion completion)
 void ZVImagesFetcher::fetchImageInBackground(const QUrl &url, Completion completion)
 {
     const auto key = keyOf(url);
-    if (const auto bytes = cachedImages().bytes(key); !bytes.isEmpty())
+    if (const auto bytes = ImagesCache::shared().bytes(key); !bytes.isEmpty())
         decodeImageLater(bytes, [completion = std::move(completion)](const auto &image) { completion(image, {}); });
     else
         download(url, key, std::move(completion));
+}
+
+void ZVImagesFetcher::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video, Callback stored, Callback fetched)
+{
+    fetchImageInBackground(video->imageUrl(), [=](const QImage &image, const std::optional<Error> &error) {
+        auto &queue = MainQueue::shared();
+        if (fetched)
+            queue.post(fetched);
+        if (error)
+            ZV_LOG("Image Fetch Error " << error->description);
+        if (image.isNull())
+            return;
+        queue.post([video, image, stored] {
+            video->setImage(image);
+            if (stored)
+                stored();
+        });
+    });
+}
+
+QHash<QString, QByteArray> ZVImagesFetcher::cachedImages()
+{
+    return ImagesCache::shared().all();
+}
+
+void ZVImagesFetcher::removeCachedImages()
+{
+    ImagesCache::shared().removeAll();
 }
 
 } // namespace zelvano

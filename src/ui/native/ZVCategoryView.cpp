@@ -1,8 +1,6 @@
 #include <ZelvanoUI/ZVCategoryView.h>
 
 #include "InterfaceResource.h"
-#include "Logging.h"
-#include "MainQueue.h"
 #include "ZVInterfaceTypes.h"
 #include "ZVRecommendationTableViewCell.h"
 #include <ZelvanoUI/MainThread.h>
@@ -90,17 +88,10 @@ void ZVCategoryView::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video)
 {
     if (!m_loadsThumbnails || !video->image().isNull() || !m_fetched.insert(video).second)
         return;
-    ZVImagesFetcher::fetchImageInBackground(
-        video->imageUrl(), [weak = weak_from_this(), video](const QImage &image, const std::optional<Error> &error) {
-            if (error)
-                ZV_LOG("Image Fetch Error " << error->description);
-            else if (!image.isNull())
-                MainQueue::shared().post([weak, video, image] {
-                    video->setImage(image);
-                    if (const auto self = weak.lock())
-                        self->imageDidArrive(video);
-                });
-        });
+    ZVImagesFetcher::fetchThumbnail(video, [weak = weak_from_this(), video] {
+        if (const auto self = weak.lock())
+            self->imageDidArrive(video);
+    });
 }
 
 void ZVCategoryView::imageDidArrive(const std::shared_ptr<ZVVideoParams> &video)

@@ -91,24 +91,15 @@ void ZVListView::fetchThumbnails(const std::shared_ptr<const ZVVideoList> &video
 
 void ZVListView::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video)
 {
-    ZVImagesFetcher::fetchImageInBackground(
-        video->imageUrl(), [weak = weak_from_this(), video](const QImage &image, const std::optional<Error> &error) {
-            auto &queue = MainQueue::shared();
-            // The cell comes in before the record holds its image.
-            queue.post([weak, video] {
-                if (const auto self = weak.lock())
-                    self->insertNewRecommendation(video);
-            });
-            if (error) {
-                ZV_LOG("Image Fetch Error " << error->description);
-            } else if (!image.isNull()) {
-                queue.post([weak, video, image] {
-                    video->setImage(image);
-                    if (const auto self = weak.lock())
-                        self->imageDidArrive(video);
-                });
-            }
-        });
+    const auto insert = [weak = weak_from_this(), video] {
+        if (const auto self = weak.lock())
+            self->insertNewRecommendation(video);
+    };
+    const auto update = [weak = weak_from_this(), video] {
+        if (const auto self = weak.lock())
+            self->imageDidArrive(video);
+    };
+    ZVImagesFetcher::fetchThumbnail(video, update, insert);
 }
 
 void ZVListView::insertNewRecommendation(const std::shared_ptr<ZVVideoParams> &video)

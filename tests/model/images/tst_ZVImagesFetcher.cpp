@@ -1,4 +1,5 @@
 #include "Columns.h"
+#include "ImagesCache.h"
 #include "Pictures.h"
 #include "Session.h"
 #include <ZelvanoUI/Sandbox.h>
@@ -55,7 +56,7 @@ private Q_SLOTS:
     void init()
     {
         m_sandbox.clearFaults();
-        ZVImagesFetcher::cachedImages().removeAll();
+        ZVImagesFetcher::removeCachedImages();
     }
 
     void formats()
@@ -73,7 +74,7 @@ private Q_SLOTS:
             QVERIFY2(result && !result->error, file.first(4).constData());
             QCOMPARE(result->image.size(), expected);
             QVERIFY(result->thread != std::this_thread::get_id());
-            QCOMPARE(ZVImagesFetcher::cachedImages().bytes(url.toString()), file);
+            QCOMPARE(ZVImagesFetcher::cachedImages().value(url.toString()), file);
         }
     }
 
@@ -93,7 +94,7 @@ private Q_SLOTS:
             const auto url = serve(u"/thumbnails/none"_s, body, -1);
             const auto before = m_sandbox.hits(url.path());
             QVERIFY(!resultOf(fetch(url)) && !resultOf(fetch(url))); // Downloaded again.
-            QCOMPARE(ZVImagesFetcher::cachedImages().count(), 0);
+            QCOMPARE(ZVImagesFetcher::cachedImages().size(), 0);
             QCOMPARE(m_sandbox.hits(url.path()), before + 2);
         }
     }
@@ -112,7 +113,7 @@ private Q_SLOTS:
             QVERIFY(result && result->error && result->image.isNull());
             QCOMPARE(result->error->code, int(error));
             QVERIFY(result->thread != std::this_thread::get_id());
-            QCOMPARE(ZVImagesFetcher::cachedImages().count(), 0);
+            QCOMPARE(ZVImagesFetcher::cachedImages().size(), 0);
         }
     }
 
@@ -134,7 +135,7 @@ private Q_SLOTS:
         other.setQuery(u"v=2"_s);
         QVERIFY(resultOf(fetch(other)));
         QCOMPARE(m_sandbox.hits(url.path()), before + 2);
-        QCOMPARE(ZVImagesFetcher::cachedImages().count(), 2);
+        QCOMPARE(ZVImagesFetcher::cachedImages().size(), 2);
     }
 
     void twoAtOnceBothDownload()
@@ -144,7 +145,7 @@ private Q_SLOTS:
         auto one = fetch(url), other = fetch(url);
         QVERIFY(resultOf(std::move(one)) && resultOf(std::move(other)));
         QCOMPARE(m_sandbox.hits(url.path()), 2);
-        QCOMPARE(ZVImagesFetcher::cachedImages().count(), 1);
+        QCOMPARE(ZVImagesFetcher::cachedImages().size(), 1);
     }
 
     /// While one completion takes its time, look-ups go on everywhere, and no other download's completion begins.
@@ -156,7 +157,7 @@ private Q_SLOTS:
         std::atomic<bool> ended = false;
         ZVImagesFetcher::fetchImageAtURL(url, [&](const QImage &, const auto &) {
             fetch(url).get(); // A hit inside a completion.
-            ZVImagesFetcher::cachedImages().store(u"mine"_s, gifFile());
+            ImagesCache::shared().store(u"mine"_s, gifFile());
             began.set_value();
             mayEnd.get_future().wait();
             ended = true;
@@ -166,7 +167,7 @@ private Q_SLOTS:
         std::promise<bool> otherSaw;
         ZVImagesFetcher::fetchImageAtURL(other, [&](const QImage &, const auto &) { otherSaw.set_value(ended); });
         auto saw = otherSaw.get_future();
-        QVERIFY(!ZVImagesFetcher::cachedImages().bytes(u"mine"_s).isEmpty());
+        QVERIFY(!ZVImagesFetcher::cachedImages().value(u"mine"_s).isEmpty());
         mayEnd.set_value();
         QCOMPARE(saw.wait_for(20s), std::future_status::ready);
         QVERIFY(saw.get());
