@@ -13,7 +13,8 @@ NativeView::NativeView(const QString &kind)
 {
     if (kind == "none"_L1)
         return;
-    m_view = ZVRecommendationViewFactory::recommendationViewForType(kind == "list"_L1 ? 0 : 1);
+    m_view = ZVRecommendationViewFactory::recommendationViewForType(
+        kind == "list"_L1 ? ZVRecommendationViewFactory::List : ZVRecommendationViewFactory::Category);
     if (const auto categories = std::dynamic_pointer_cast<ZVCategoryView>(m_view))
         categories->setLoadsThumbnails(true);
 }

@@ -45,7 +45,8 @@ int main(int argc, char **argv)
 
     const auto controller = zelvano::ZelvanoViewController::create(u"your-api-key"_s);
     // [list]
-    const auto list = zelvano::ZVRecommendationViewFactory::recommendationViewForType(0); // 1: by category.
+    using Factory = zelvano::ZVRecommendationViewFactory;
+    const auto list = Factory::recommendationViewForType(Factory::List); // Or Factory::Category.
     list->view()->setParentItem(place);
     list->view()->setSize(place->size());
     const auto picks = std::make_shared<Picks>();

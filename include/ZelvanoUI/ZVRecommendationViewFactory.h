@@ -7,13 +7,19 @@
 
 namespace zelvano {
 
-/// Makes native recommendation views by number.
+/// Creates native recommendation views.
 class ZELVANOUI_EXPORT ZVRecommendationViewFactory
 {
 public:
+    /// The kinds of view. Converts to the number that ZelvanoViewController::type() holds.
+    enum Type : qint64 {
+        List = 0,     ///< A ZVListView.
+        Category = 1, ///< A ZVCategoryView.
+    };
+
     ZVRecommendationViewFactory() = delete;
 
-    /// 0: a list; 1: a table of categories; null for any other number. Main thread.
+    /// Null for a number that is no Type. Main thread.
     static std::shared_ptr<ZVRecommendationView> recommendationViewForType(qint64 type);
 };
 

@@ -1,7 +1,6 @@
 #include "RecommendationItem.h"
 
 #include <ZelvanoUI/ZVCategoryView.h>
-#include <ZelvanoUI/ZVRecommendationViewFactory.h>
 
 namespace zelvano {
 
@@ -46,7 +45,7 @@ private:
     const std::weak_ptr<ZVRecommendationViewDelegate> m_controller;
 };
 
-RecommendationItem::RecommendationItem(qint64 type) : m_type(type)
+RecommendationItem::RecommendationItem(ZVRecommendationViewFactory::Type type) : m_type(type)
 {
     setFlag(ItemIsFocusScope);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Recommendations.h"
-#include <ZelvanoUI/ZVRecommendationView.h>
+#include <ZelvanoUI/ZVRecommendationViewFactory.h>
 
 #include <QPointer>
 #include <QQuickItem>
@@ -38,8 +38,7 @@ public:
     void show(const ZVRecommendation &recommendation);
 
 protected:
-    /// The number that the factory knows the view by.
-    explicit RecommendationItem(qint64 type);
+    explicit RecommendationItem(ZVRecommendationViewFactory::Type type);
 
     void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;
 
@@ -48,7 +47,7 @@ private:
 
     void fillWithView();
 
-    const qint64 m_type;
+    const ZVRecommendationViewFactory::Type m_type;
     QPointer<Recommendations> m_recommendations;
     std::shared_ptr<Picks> m_picks;
     std::shared_ptr<ZVRecommendationView> m_view;
@@ -63,7 +62,7 @@ class RecommendationList : public zelvano::RecommendationItem
     QML_ELEMENT
 
 public:
-    RecommendationList() : RecommendationItem(0) {}
+    RecommendationList() : RecommendationItem(ZVRecommendationViewFactory::List) {}
 };
 
 /// The recommended videos in rows, one for each category.
@@ -73,7 +72,7 @@ class RecommendationCategories : public zelvano::RecommendationItem
     QML_ELEMENT
 
 public:
-    RecommendationCategories() : RecommendationItem(1) {}
+    RecommendationCategories() : RecommendationItem(ZVRecommendationViewFactory::Category) {}
 };
 
 } // namespace zelvano

@@ -8,9 +8,9 @@ namespace zelvano {
 std::shared_ptr<ZVRecommendationView> ZVRecommendationViewFactory::recommendationViewForType(qint64 type)
 {
     switch (type) {
-    case 0:
+    case List:
         return ZVListView::create();
-    case 1:
+    case Category:
         return ZVCategoryView::create();
     default:
         return nullptr;
