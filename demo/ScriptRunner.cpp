@@ -2,7 +2,6 @@
 
 #include "Host.h"
 #include "Input.h"
-#include "ZVTopRecommendationContentView.h"
 #include <ZelvanoUI/EventLog.h>
 
 #include <QDir>

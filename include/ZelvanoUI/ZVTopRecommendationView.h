@@ -1,9 +1,7 @@
 #pragma once
 
-#include <ZelvanoUI/ZVTopRecommendationViewDelegate.h>
 #include <ZelvanoUI/zelvanoui_export.h>
 
-#include <QPointer>
 #include <QQuickItem>
 #include <QUrl>
 
@@ -11,72 +9,87 @@
 
 namespace zelvano {
 
-class InterfaceResource;
-class ZVTopRecommendationContentView;
-struct LayoutCommand;
+class ZVTopRecommendationView;
 
-/// The directions a swipe recogniser reports.
+/// Directions of a swipe.
 enum class UISwipeGestureRecognizerDirection { Right = 1, Left = 2 };
+
+/// The owner of the overlay. Main thread.
+class ZELVANOUI_EXPORT ZVTopRecommendationViewDelegate
+{
+public:
+    virtual ~ZVTopRecommendationViewDelegate() = default;
+
+    /// The viewer chose the recommendation at this position of the page's list. The page sends the number: it may be
+    /// negative or past the end.
+    virtual void didSelecteRecommendation(ZVTopRecommendationView *view, qint64 index) = 0;
+    /// Declared for owners; the overlay never calls it.
+    virtual void viewDidDismiss(ZVTopRecommendationView *view) = 0;
+    /// Called each time before the overlay is shown.
+    virtual void recommendationViewDidLoad() {}
+};
 
 /// The overlay: recommendations as a web page over the video.
 ///
-/// The page talks to it by navigating to "zelvano://ready" and "zelvano://index?N", which are commands and never load;
-/// it talks to the page by calling its function updateSuggestions with the list of videos. It starts hidden, takes
-/// input only while it is shown, and gives the keyboard focus back when it is hidden. Main thread.
+/// The page sends commands by navigating to "zelvano://ready" and "zelvano://index?N"; these addresses never load. The
+/// overlay calls the page's function updateSuggestions with the list of videos. It starts hidden, takes input only
+/// while shown, and returns the keyboard focus when hidden. Main thread.
 class ZELVANOUI_EXPORT ZVTopRecommendationView : public QQuickItem
 {
     Q_OBJECT
 
 public:
-    /// Needs QtWebEngineQuick::initialize() to have been called before the application object was made. Without web
-    /// engine or interface resource the log says so, and it stays an empty view that never becomes ready.
+    /// Call QtWebEngineQuick::initialize() before you create the application object. Without it, or without the
+    /// interface resource, the overlay logs an error, stays empty and never becomes ready.
     explicit ZVTopRecommendationView(const QRectF &frame);
     ~ZVTopRecommendationView() override;
 
-    /// True once the page has sent the ready command; never false again.
-    bool isReady() const { return m_ready; }
-    /// True from the beginning, and set again by each selection; nothing in the library reads it.
-    bool isFirstLoad() const { return m_isFirstLoad; }
-    void setIsFirstLoad(bool first) { m_isFirstLoad = first; }
+    /// True from the page's ready command on.
+    bool isReady() const;
+    /// Starts true and becomes true again with each selection. The library does not read it.
+    bool isFirstLoad() const;
+    void setIsFirstLoad(bool first);
 
-    /// The layout page. The first valid one is loaded, later ones are ignored.
-    QUrl url() const { return m_url; }
+    /// The layout page. The overlay loads the first valid URL and ignores later ones.
+    QUrl url() const;
     void setUrl(const QUrl &url);
-    /// The videos as JSON text, handed to the page now and again when it becomes ready; null before the first.
-    QString jsonSuggestions() const { return m_jsonSuggestions; }
+    /// The videos as JSON text. The page gets them now, and again when it becomes ready. Null before the first.
+    QString jsonSuggestions() const;
     void setJsonSuggestions(const QString &json);
 
-    std::shared_ptr<ZVTopRecommendationViewDelegate> delegate() const { return m_delegate.lock(); }
-    /// Null takes the page down for good and leaves the delegate as it was.
+    std::shared_ptr<ZVTopRecommendationViewDelegate> delegate() const;
+    /// Held weakly. Null removes the page for good and keeps the delegate.
     void setDelegate(const std::shared_ptr<ZVTopRecommendationViewDelegate> &delegate);
 
-    bool isHidden() const { return m_hidden; }
-    /// Showing tells the delegate first.
+    bool isHidden() const;
+    /// Calls recommendationViewDidLoad() before the overlay is shown.
     void setHidden(bool hidden);
 
-    /// In the superview's coordinates, points.
+    /// In the coordinates of the parent item.
     QRectF frame() const { return {position(), size()}; }
     void setFrame(const QRectF &frame);
-    /// Points by which the page's corners are rounded.
+    /// Radius of the page's corners, in points.
     Q_PROPERTY(double cornerRadius READ cornerRadius CONSTANT FINAL)
     double cornerRadius() const { return 5.0; }
 
-    ZVTopRecommendationContentView *contentView() const;
-    QQuickItem *webView() const { return m_webView; }
+    /// The root of the interface resource, a ZVTopRecommendationContentView; null without it.
+    QQuickItem *contentView() const;
+    /// The WebEngineView; null without one, and after setDelegate(nullptr).
+    QQuickItem *webView() const;
 
-    // Actions of the interface resource.
+    // Called by the interface resource.
     Q_INVOKABLE void didSwipe(int direction);
     Q_INVOKABLE void dismissPressed();
-    /// Swipes go on beside the page's own gestures.
+    /// Always true: swipes work beside the page's own gestures.
     Q_INVOKABLE bool shouldRecognizeSimultaneously() const { return true; }
-    /// The bridge: false for a command, which is carried out, true for everything else.
+    /// Runs a command of the page and returns false; returns true for every other address.
     Q_INVOKABLE bool shouldStartLoadWithRequest(const QUrl &url);
 
-    /// Deletes the overlay as soon as neither the page nor the event loop is inside it.
+    /// Deletes the overlay as soon as neither the page nor the event loop runs code of it.
     void end();
 
 Q_SIGNALS:
-    /// The page sent a command, which is about to be carried out. For inspectors.
+    /// The page sent a command, which runs next. For inspectors.
     void commandReceived(const QString &command);
 
 protected:
@@ -84,25 +97,8 @@ protected:
     void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;
 
 private:
-    void pushSuggestions();
-    void carryOut(const LayoutCommand &command);
-    void selectRecommendation(const LayoutCommand &command);
-    void followFocus(QQuickItem *focused);
-    void giveFocusBack();
-    void tearContentDown();
-
-    bool m_ready = false;
-    bool m_isFirstLoad = true;
-    bool m_hidden = false;
-    int m_answersUnderWay = 0;
-    bool m_endsAfterAnswer = false;
-    QUrl m_url;
-    QString m_jsonSuggestions;
-    std::weak_ptr<ZVTopRecommendationViewDelegate> m_delegate;
-    std::unique_ptr<InterfaceResource> m_content;
-    QPointer<QQuickItem> m_webView;
-    QPointer<QQuickItem> m_lastFocusOutside;
-    QMetaObject::Connection m_focusConnection;
+    struct Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace zelvano

@@ -2,7 +2,6 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 import QtWebEngine
-import ZelvanoUI.Interface
 
 // The overlay's content: the layout page, a way to swipe it off to either side, and a control that closes it.
 ZVTopRecommendationContentView {

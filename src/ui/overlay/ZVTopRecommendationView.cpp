@@ -5,10 +5,9 @@
 #include "Logging.h"
 #include "MainQueue.h"
 #include "WebEngine.h"
-#include "ZVTopRecommendationContentView.h"
 
+#include <QPointer>
 #include <QPropertyAnimation>
-#include <QQmlEngine>
 #include <QQuickWindow>
 #include <QThread>
 
@@ -22,86 +21,154 @@ constexpr auto swipeDuration = 250; // Milliseconds.
 
 } // namespace
 
-ZVTopRecommendationView::ZVTopRecommendationView(const QRectF &frame)
+struct ZVTopRecommendationView::Private
+{
+    explicit Private(ZVTopRecommendationView *overlay) : q(overlay) {}
+
+    void loadContent();
+    QQuickItem *root() const { return content ? content->root() : nullptr; }
+    void pushSuggestions();
+    void carryOut(const LayoutCommand &command);
+    void select(const LayoutCommand &command);
+    void followFocus(QQuickItem *focused);
+    void giveFocusBack();
+    void tearContentDown();
+
+    ZVTopRecommendationView *const q;
+    bool isReady = false;
+    bool isFirstLoad = true;
+    bool isHidden = false;
+    int answersUnderWay = 0; ///< Depth of shouldStartLoadWithRequest().
+    bool endsAfterAnswer = false;
+    QUrl url;
+    QString jsonSuggestions;
+    std::weak_ptr<ZVTopRecommendationViewDelegate> delegate;
+    std::unique_ptr<InterfaceResource> content;
+    QPointer<QQuickItem> webView;
+    QPointer<QQuickItem> lastFocusOutside;
+    QMetaObject::Connection focusConnection;
+};
+
+ZVTopRecommendationView::ZVTopRecommendationView(const QRectF &frame) : d(std::make_unique<Private>(this))
 {
     setFlag(ItemIsFocusScope);
     setFrame(frame);
     setHidden(true);
     setClip(true);
-    static const int registered =
-        qmlRegisterType<ZVTopRecommendationContentView>("ZelvanoUI.Interface", 1, 0, "ZVTopRecommendationContentView");
-    Q_UNUSED(registered)
-    if (!canShowWebPages())
-        return;
-    m_content = std::make_unique<InterfaceResource>(u"ZVTopRecommendationView"_s, this);
-    m_webView = m_content->outlet(u"webView"_s);
-    if (auto *root = m_content->root()) {
-        root->setParentItem(this);
-        root->setSize(size());
-    }
+    if (canShowWebPages())
+        d->loadContent();
 }
 
 ZVTopRecommendationView::~ZVTopRecommendationView()
 {
-    disconnect(m_focusConnection);
+    disconnect(d->focusConnection);
 }
 
-ZVTopRecommendationContentView *ZVTopRecommendationView::contentView() const
+void ZVTopRecommendationView::Private::loadContent()
 {
-    return m_content ? qobject_cast<ZVTopRecommendationContentView *>(m_content->root()) : nullptr;
+    content = std::make_unique<InterfaceResource>(u"ZVTopRecommendationView"_s, q);
+    webView = content->outlet(u"webView"_s);
+    if (root()) {
+        root()->setParentItem(q);
+        root()->setSize(q->size());
+    }
+}
+
+bool ZVTopRecommendationView::isReady() const
+{
+    return d->isReady;
+}
+
+bool ZVTopRecommendationView::isFirstLoad() const
+{
+    return d->isFirstLoad;
+}
+
+void ZVTopRecommendationView::setIsFirstLoad(bool first)
+{
+    d->isFirstLoad = first;
+}
+
+QQuickItem *ZVTopRecommendationView::contentView() const
+{
+    return d->root();
+}
+
+QQuickItem *ZVTopRecommendationView::webView() const
+{
+    return d->webView;
+}
+
+QUrl ZVTopRecommendationView::url() const
+{
+    return d->url;
 }
 
 void ZVTopRecommendationView::setUrl(const QUrl &url)
 {
-    if (!m_url.isEmpty() || !url.isValid())
+    if (!d->url.isEmpty() || !url.isValid())
         return;
-    m_url = url;
-    if (m_webView)
-        m_webView->setProperty("url", url);
+    d->url = url;
+    if (d->webView)
+        d->webView->setProperty("url", url);
+}
+
+QString ZVTopRecommendationView::jsonSuggestions() const
+{
+    return d->jsonSuggestions;
 }
 
 void ZVTopRecommendationView::setJsonSuggestions(const QString &json)
 {
-    m_jsonSuggestions = json;
-    // Reads the text when it runs: of two quick calls both push the later one.
+    d->jsonSuggestions = json;
+    // The task reads the text when it runs: after two quick calls both tasks push the later text.
     MainQueue::shared().post([self = QPointer(this)] {
         if (self)
-            self->pushSuggestions();
+            self->d->pushSuggestions();
     });
 }
 
-/// Before the page is ready there is no such function, and nothing happens.
-void ZVTopRecommendationView::pushSuggestions()
+/// Does nothing before the page is ready: it has no such function then.
+void ZVTopRecommendationView::Private::pushSuggestions()
 {
-    if (!m_webView)
+    if (!webView)
         return;
-    const auto argument = m_jsonSuggestions.isNull() ? u"(null)"_s : m_jsonSuggestions;
+    const auto argument = jsonSuggestions.isNull() ? u"(null)"_s : jsonSuggestions;
     const QString script = "updateSuggestions("_L1 + argument + ");"_L1;
-    QMetaObject::invokeMethod(m_webView, "runJavaScript", Q_ARG(QString, script));
+    QMetaObject::invokeMethod(webView, "runJavaScript", Q_ARG(QString, script));
+}
+
+std::shared_ptr<ZVTopRecommendationViewDelegate> ZVTopRecommendationView::delegate() const
+{
+    return d->delegate.lock();
 }
 
 void ZVTopRecommendationView::setDelegate(const std::shared_ptr<ZVTopRecommendationViewDelegate> &delegate)
 {
     if (delegate)
-        m_delegate = delegate;
+        d->delegate = delegate;
     else
-        tearContentDown();
+        d->tearContentDown();
 }
 
-/// The tree itself ends with the overlay: this may run inside one of its signals.
-void ZVTopRecommendationView::tearContentDown()
+/// Keeps the objects until the overlay is deleted: this may run inside a signal of one of them.
+void ZVTopRecommendationView::Private::tearContentDown()
 {
-    auto *content = m_content ? m_content->root() : nullptr;
-    if (!content)
+    if (!root())
         return;
     giveFocusBack();
-    content->setProperty("owner", QVariant::fromValue<QObject *>(nullptr));
-    if (m_webView) {
-        QMetaObject::invokeMethod(m_webView, "stop");
-        m_webView->setParentItem(nullptr);
+    root()->setProperty("owner", QVariant::fromValue<QObject *>(nullptr));
+    if (webView) {
+        QMetaObject::invokeMethod(webView, "stop");
+        webView->setParentItem(nullptr);
     }
-    m_webView = nullptr;
-    content->setParentItem(nullptr);
+    webView = nullptr;
+    root()->setParentItem(nullptr);
+}
+
+bool ZVTopRecommendationView::isHidden() const
+{
+    return d->isHidden;
 }
 
 void ZVTopRecommendationView::setHidden(bool hidden)
@@ -110,9 +177,9 @@ void ZVTopRecommendationView::setHidden(bool hidden)
         if (const auto owner = delegate())
             owner->recommendationViewDidLoad();
     } else {
-        giveFocusBack();
+        d->giveFocusBack();
     }
-    m_hidden = hidden;
+    d->isHidden = hidden;
     setVisible(!hidden);
     setEnabled(!hidden);
 }
@@ -130,9 +197,9 @@ void ZVTopRecommendationView::didSwipe(int direction)
     auto *animation = new QPropertyAnimation(this, "x", this);
     animation->setDuration(swipeDuration);
     animation->setEasingCurve(QEasingCurve::OutQuad);
-    // To the right it goes a whole width further than it must.
+    // Intended: to the right the overlay ends a whole width beyond the edge.
     animation->setEndValue(isLeft ? -width() : superviewWidth + width());
-    // The frame stays outside; the owner gives a fresh one when it shows the overlay again.
+    // The frame stays outside; the owner sets a new one when it shows the overlay again.
     connect(animation, &QPropertyAnimation::finished, this, [this] { setHidden(true); });
     animation->start(QAbstractAnimation::DeleteWhenStopped);
 }
@@ -147,52 +214,52 @@ bool ZVTopRecommendationView::shouldStartLoadWithRequest(const QUrl &url)
     const auto command = layoutCommand(url);
     if (!command)
         return true;
-    ++m_answersUnderWay;
-    carryOut(*command);
-    if (--m_answersUnderWay == 0 && m_endsAfterAnswer)
+    ++d->answersUnderWay;
+    d->carryOut(*command);
+    if (--d->answersUnderWay == 0 && d->endsAfterAnswer)
         deleteLater();
     return false;
 }
 
-void ZVTopRecommendationView::carryOut(const LayoutCommand &command)
+void ZVTopRecommendationView::Private::carryOut(const LayoutCommand &command)
 {
-    Q_EMIT commandReceived(command.text);
+    Q_EMIT q->commandReceived(command.text);
     if (command.kind == LayoutCommand::Kind::Ready) {
-        m_ready = true;
+        isReady = true;
         pushSuggestions();
     } else if (command.kind == LayoutCommand::Kind::Index) {
-        selectRecommendation(command);
+        select(command);
     }
 }
 
 void ZVTopRecommendationView::end()
 {
-    if (m_answersUnderWay > 0)
-        m_endsAfterAnswer = true; // The bridge sees to it: a nested event loop would do it too early.
+    if (d->answersUnderWay > 0)
+        d->endsAfterAnswer = true; // deleteLater() would act too early, in a nested event loop.
     else if (QThread::currentThread()->loopLevel() > 0)
         deleteLater();
     else
-        delete this; // No event loop runs that could do it later.
+        delete this; // No event loop runs that would delete it later.
 }
 
-void ZVTopRecommendationView::selectRecommendation(const LayoutCommand &command)
+void ZVTopRecommendationView::Private::select(const LayoutCommand &command)
 {
     if (!command.position) {
         ZV_LOG("Error: the layout page sent " << command.text.left(100) << " without a position");
         return;
     }
-    if (const auto owner = delegate())
-        owner->didSelecteRecommendation(this, *command.position);
-    m_isFirstLoad = true;
+    if (const auto owner = delegate.lock())
+        owner->didSelecteRecommendation(q, *command.position);
+    isFirstLoad = true;
 }
 
 void ZVTopRecommendationView::itemChange(ItemChange change, const ItemChangeData &data)
 {
     if (change == ItemSceneChange) {
-        disconnect(m_focusConnection);
+        disconnect(d->focusConnection);
         if (data.window) {
-            const auto follow = [this, window = data.window] { followFocus(window->activeFocusItem()); };
-            m_focusConnection = connect(data.window, &QQuickWindow::activeFocusItemChanged, this, follow);
+            const auto follow = [this, window = data.window] { d->followFocus(window->activeFocusItem()); };
+            d->focusConnection = connect(data.window, &QQuickWindow::activeFocusItemChanged, this, follow);
             follow();
         }
     }
@@ -202,24 +269,24 @@ void ZVTopRecommendationView::itemChange(ItemChange change, const ItemChangeData
 void ZVTopRecommendationView::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)
 {
     QQuickItem::geometryChange(newGeometry, oldGeometry);
-    if (m_content && m_content->root())
-        m_content->root()->setSize(newGeometry.size());
+    if (d->root())
+        d->root()->setSize(newGeometry.size());
 }
 
-void ZVTopRecommendationView::followFocus(QQuickItem *focused)
+void ZVTopRecommendationView::Private::followFocus(QQuickItem *focused)
 {
-    if (focused && focused != this && !isAncestorOf(focused))
-        m_lastFocusOutside = focused;
+    if (focused && focused != q && !q->isAncestorOf(focused))
+        lastFocusOutside = focused;
 }
 
-void ZVTopRecommendationView::giveFocusBack()
+void ZVTopRecommendationView::Private::giveFocusBack()
 {
-    if (!hasActiveFocus())
+    if (!q->hasActiveFocus())
         return;
-    if (m_lastFocusOutside)
-        m_lastFocusOutside->forceActiveFocus(Qt::OtherFocusReason);
+    if (lastFocusOutside)
+        lastFocusOutside->forceActiveFocus(Qt::OtherFocusReason);
     else
-        setFocus(false);
+        q->setFocus(false);
 }
 
 } // namespace zelvano

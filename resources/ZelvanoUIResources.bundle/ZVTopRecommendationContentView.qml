@@ -1,0 +1,4 @@
+import QtQuick
+
+// The root of the overlay's content; it has no behaviour of its own.
+Item {}
