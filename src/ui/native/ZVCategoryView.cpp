@@ -1,7 +1,6 @@
 #include <ZelvanoUI/ZVCategoryView.h>
 
 #include "InterfaceResource.h"
-#include "ZVInterfaceTypes.h"
 #include "ZVRecommendationTableViewCell.h"
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/ZVImagesFetcher.h>
@@ -18,7 +17,6 @@ const auto cellIdentifier = u"categoryCell"_s;
 
 ZVCategoryView::ZVCategoryView()
 {
-    registerInterfaceTypes();
     m_content = std::make_unique<InterfaceResource>(u"ZVCategoryView"_s, this);
     m_view = qobject_cast<ZVTableView *>(m_content->root());
     if (!m_view)

@@ -6,13 +6,15 @@
 
 #include <QMarginsF>
 #include <QSizeF>
+#include <qqmlintegration.h>
 
 namespace zelvano {
 
 /// Items in lines, each item of a size of its own; one section. Main thread.
-class ZELVANOUI_EXPORT ZVCollectionView : public ZVItemView
+class ZELVANOUI_EXPORT ZVCollectionView : public zelvano::ZVItemView
 {
     Q_OBJECT
+    QML_ELEMENT
     /// In which it scrolls.
     Q_PROPERTY(Qt::Orientation direction MEMBER m_direction FINAL)
     /// What holds for all items when the data source does not say otherwise. Points.

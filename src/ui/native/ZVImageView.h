@@ -4,6 +4,7 @@
 
 #include <QImage>
 #include <QQuickPaintedItem>
+#include <qqmlintegration.h>
 
 namespace zelvano {
 
@@ -12,6 +13,7 @@ namespace zelvano {
 class ZELVANOUI_EXPORT ZVImageView : public QQuickPaintedItem
 {
     Q_OBJECT
+    QML_ELEMENT
     /// Null shows nothing.
     Q_PROPERTY(QImage image READ image WRITE setImage NOTIFY imageChanged FINAL)
     /// Points.

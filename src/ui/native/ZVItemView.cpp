@@ -10,6 +10,10 @@
 #include <cmath>
 #include <utility>
 
+// Generated. The reference keeps the registration of the QML types in programs that link the library statically.
+void qml_register_types_ZelvanoUI_Interface();
+[[gnu::used]] static constexpr auto registration = &qml_register_types_ZelvanoUI_Interface;
+
 namespace zelvano {
 
 namespace {

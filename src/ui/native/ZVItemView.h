@@ -6,6 +6,7 @@
 #include <QHash>
 #include <QPointer>
 #include <QQuickItem>
+#include <qqmlintegration.h>
 
 #include <functional>
 #include <map>
@@ -22,6 +23,7 @@ class ZVItemViewCell;
 class ZELVANOUI_EXPORT ZVItemView : public QQuickItem
 {
     Q_OBJECT
+    QML_ANONYMOUS
     Q_PROPERTY(QQuickItem *scroller READ scroller WRITE setScroller NOTIFY scrollerChanged FINAL)
     /// From right to left. Its interface resource says so: in a right-to-left application, or as the host's own items
     /// do.

@@ -3,7 +3,6 @@
 #include "InterfaceResource.h"
 #include "Logging.h"
 #include "MainQueue.h"
-#include "ZVInterfaceTypes.h"
 #include "ZVVideoCollectionViewCell.h"
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/ZVImagesFetcher.h>
@@ -28,7 +27,6 @@ double ratioOf(const QImage &image)
 
 ZVListView::ZVListView()
 {
-    registerInterfaceTypes();
     m_content = std::make_unique<InterfaceResource>(u"ZVListView"_s, this);
     m_view = qobject_cast<ZVCollectionView *>(m_content->root());
     if (!m_view)

@@ -1,6 +1,5 @@
 #include "ZVRecommendationTableViewCell.h"
 
-#include "ZVInterfaceTypes.h"
 #include "ZVVideoCollectionViewCell.h"
 
 namespace zelvano {
@@ -29,7 +28,6 @@ ZVRecommendationTableViewCell *ZVRecommendationTableViewCell::create()
 
 bool ZVRecommendationTableViewCell::load()
 {
-    registerInterfaceTypes();
     if (!loadContent(u"ZVRecommendationTableViewCell"_s))
         return false;
     m_categoryLabel = outlet(u"categoryLabel"_s);

@@ -4,6 +4,8 @@
 #include "ZVItemView.h"
 #include <ZelvanoUI/zelvanoui_export.h>
 
+#include <qqmlintegration.h>
+
 namespace zelvano {
 
 class ZVTableView;
@@ -20,9 +22,10 @@ public:
 };
 
 /// Rows of one height, as wide as the view, one below the other; one section. Main thread.
-class ZELVANOUI_EXPORT ZVTableView : public ZVItemView
+class ZELVANOUI_EXPORT ZVTableView : public zelvano::ZVItemView
 {
     Q_OBJECT
+    QML_ELEMENT
     /// Points.
     Q_PROPERTY(double rowHeight MEMBER m_rowHeight FINAL)
 

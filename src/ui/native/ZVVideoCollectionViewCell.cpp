@@ -3,7 +3,6 @@
 #include "InterfaceResource.h"
 #include "JsonReading.h"
 #include "Logging.h"
-#include "ZVInterfaceTypes.h"
 #include <ZelvanoUI/ZVVideoParams.h>
 
 #include <QFont>
@@ -41,7 +40,6 @@ ZVVideoCollectionViewCell *ZVVideoCollectionViewCell::create()
 
 bool ZVVideoCollectionViewCell::load()
 {
-    registerInterfaceTypes();
     if (!loadContent(u"ZVVideoCollectionViewCell"_s))
         return false;
     m_titleLable = outlet(u"titleLable"_s);
