@@ -1,7 +1,7 @@
 #pragma once
 
 #include <ZelvanoUI/ZVRecommendation.h>
-#include <ZelvanoUI/ZVRecommendationViewDelegate.h>
+#include <ZelvanoUI/zelvanoui_export.h>
 
 #include <memory>
 
@@ -9,8 +9,18 @@ class QQuickItem;
 
 namespace zelvano {
 
-/// A native view of recommendations that a host places in its own screen. Main thread.
-class ZVRecommendationView
+/// Receives the viewer's choices in a native recommendation view. Main thread.
+class ZELVANOUI_EXPORT ZVRecommendationViewDelegate
+{
+public:
+    virtual ~ZVRecommendationViewDelegate() = default;
+
+    /// The viewer chose this video. The player does not switch by itself.
+    virtual void didSelecteRecommendation(const std::shared_ptr<ZVVideoParams> &video) = 0;
+};
+
+/// A native view of recommendations, which a host places in its own screen. Main thread.
+class ZELVANOUI_EXPORT ZVRecommendationView
 {
 public:
     virtual ~ZVRecommendationView() = default;
@@ -18,7 +28,7 @@ public:
     /// The item to place.
     virtual QQuickItem *view() const = 0;
 
-    /// Null before the first.
+    /// Null until the first recommendation.
     virtual std::shared_ptr<ZVRecommendation> recommendations() const = 0;
     /// Fills the view.
     virtual void setRecommendations(const std::shared_ptr<ZVRecommendation> &recommendations) = 0;

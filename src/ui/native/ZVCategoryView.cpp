@@ -2,8 +2,13 @@
 
 #include "InterfaceResource.h"
 #include "ZVRecommendationTableViewCell.h"
+#include "ZVTableView.h"
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/ZVImagesFetcher.h>
+
+#include <QPointer>
+
+#include <unordered_set>
 
 namespace zelvano {
 
@@ -15,22 +20,47 @@ const auto cellIdentifier = u"categoryCell"_s;
 
 } // namespace
 
-ZVCategoryView::ZVCategoryView()
+struct ZVCategoryView::Private : public ZVTableViewDataSource
 {
-    m_content = std::make_unique<InterfaceResource>(u"ZVCategoryView"_s, this);
-    m_view = qobject_cast<ZVTableView *>(m_content->root());
-    if (!m_view)
+    explicit Private(ZVCategoryView *view);
+    ~Private() override;
+
+    ZVItemViewCell *createRow();
+    std::vector<ZVRecommendationTableViewCell *> shownRows() const;
+    void fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video);
+    void imageDidArrive(const std::shared_ptr<ZVVideoParams> &video);
+
+    // ZVTableViewDataSource
+    qint64 numberOfRowsInSection(ZVTableView *view, qint64 section) override;
+    ZVItemViewCell *cellForRowAtIndexPath(ZVTableView *view, const IndexPath &path) override;
+
+    ZVCategoryView *const q;
+    InterfaceResource content;
+    const QPointer<ZVTableView> table;
+    std::shared_ptr<ZVRecommendation> recommendations;
+    std::weak_ptr<ZVRecommendationViewDelegate> delegate;
+    bool loadsThumbnails = false;
+    std::unordered_set<std::shared_ptr<ZVVideoParams>> requested; ///< Whatever the result.
+};
+
+ZVCategoryView::Private::Private(ZVCategoryView *view)
+    : q(view), content(u"ZVCategoryView"_s, view), table(qobject_cast<ZVTableView *>(content.root()))
+{
+    if (!table)
         return;
-    m_view->registerCell(cellIdentifier, [this] { return createRow(); });
-    m_view->setActiveFocusOnTab(true);
-    m_view->setDataSource(this);
+    table->registerCell(cellIdentifier, [this] { return createRow(); });
+    table->setActiveFocusOnTab(true);
+    table->setDataSource(this);
 }
 
-ZVCategoryView::~ZVCategoryView()
+ZVCategoryView::Private::~Private()
 {
-    if (m_view)
-        m_view->setDataSource(nullptr);
+    if (table)
+        table->setDataSource(nullptr);
 }
+
+ZVCategoryView::ZVCategoryView() : d(std::make_unique<Private>(this)) {}
+ZVCategoryView::~ZVCategoryView() = default;
 
 std::shared_ptr<ZVCategoryView> ZVCategoryView::create()
 {
@@ -39,60 +69,76 @@ std::shared_ptr<ZVCategoryView> ZVCategoryView::create()
 
 QQuickItem *ZVCategoryView::view() const
 {
-    return m_view;
+    return d->table;
 }
 
-ZVItemViewCell *ZVCategoryView::createRow()
+std::shared_ptr<ZVRecommendation> ZVCategoryView::recommendations() const
+{
+    return d->recommendations;
+}
+
+std::shared_ptr<ZVRecommendationViewDelegate> ZVCategoryView::delegate() const
+{
+    return d->delegate.lock();
+}
+
+ZVItemViewCell *ZVCategoryView::Private::createRow()
 {
     auto *const row = ZVRecommendationTableViewCell::create();
     if (row)
-        connect(row, &ZVRecommendationTableViewCell::willShowVideo, this, &ZVCategoryView::fetchThumbnail);
+        connect(row, &ZVRecommendationTableViewCell::willShowVideo, q,
+                [this](const auto &video) { fetchThumbnail(video); });
     return row;
 }
 
-std::vector<ZVRecommendationTableViewCell *> ZVCategoryView::shownRows() const
+std::vector<ZVRecommendationTableViewCell *> ZVCategoryView::Private::shownRows() const
 {
     std::vector<ZVRecommendationTableViewCell *> rows;
-    for (auto *const cell : m_view ? m_view->shownCells() : std::vector<ZVItemViewCell *>())
+    for (auto *const cell : table ? table->shownCells() : std::vector<ZVItemViewCell *>())
         rows.push_back(static_cast<ZVRecommendationTableViewCell *>(cell));
     return rows;
 }
 
 void ZVCategoryView::setRecommendations(const std::shared_ptr<ZVRecommendation> &recommendations)
 {
-    m_recommendations = recommendations;
-    m_fetched.clear();
-    if (m_view)
-        m_view->reloadData();
+    d->recommendations = recommendations;
+    d->requested.clear();
+    if (d->table)
+        d->table->reloadData();
 }
 
 void ZVCategoryView::setDelegate(const std::shared_ptr<ZVRecommendationViewDelegate> &delegate)
 {
-    m_delegate = delegate;
-    for (auto *const row : shownRows())
+    d->delegate = delegate;
+    for (auto *const row : d->shownRows())
         row->setDelegate(delegate);
 }
 
 // Thumbnails
 
-void ZVCategoryView::setLoadsThumbnails(bool loads)
+bool ZVCategoryView::loadsThumbnails() const
 {
-    m_loadsThumbnails = loads;
-    if (m_view)
-        m_view->reloadData();
+    return d->loadsThumbnails;
 }
 
-void ZVCategoryView::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video)
+void ZVCategoryView::setLoadsThumbnails(bool loads)
 {
-    if (!m_loadsThumbnails || !video->image().isNull() || !m_fetched.insert(video).second)
+    d->loadsThumbnails = loads;
+    if (d->table)
+        d->table->reloadData();
+}
+
+void ZVCategoryView::Private::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video)
+{
+    if (!loadsThumbnails || !video->image().isNull() || !requested.insert(video).second)
         return;
-    ZVImagesFetcher::fetchThumbnail(video, [weak = weak_from_this(), video] {
+    ZVImagesFetcher::fetchThumbnail(video, [weak = q->weak_from_this(), video] {
         if (const auto self = weak.lock())
-            self->imageDidArrive(video);
+            self->d->imageDidArrive(video);
     });
 }
 
-void ZVCategoryView::imageDidArrive(const std::shared_ptr<ZVVideoParams> &video)
+void ZVCategoryView::Private::imageDidArrive(const std::shared_ptr<ZVVideoParams> &video)
 {
     for (auto *const row : shownRows()) {
         if (row->category() == video->category())
@@ -102,20 +148,20 @@ void ZVCategoryView::imageDidArrive(const std::shared_ptr<ZVVideoParams> &video)
 
 // ZVTableViewDataSource
 
-qint64 ZVCategoryView::numberOfRowsInSection(ZVTableView *, qint64)
+qint64 ZVCategoryView::Private::numberOfRowsInSection(ZVTableView *, qint64)
 {
-    return m_recommendations ? m_recommendations->categories().size() : 0;
+    return recommendations ? recommendations->categories().size() : 0;
 }
 
-ZVItemViewCell *ZVCategoryView::cellForRowAtIndexPath(ZVTableView *view, const IndexPath &path)
+ZVItemViewCell *ZVCategoryView::Private::cellForRowAtIndexPath(ZVTableView *view, const IndexPath &path)
 {
     auto *const row = static_cast<ZVRecommendationTableViewCell *>(view->dequeueReusableCell(cellIdentifier));
-    if (!row || !m_recommendations)
+    if (!row || !recommendations)
         return row;
-    const auto category = m_recommendations->categories().value(path.row);
-    row->setDelegate(delegate());
+    const auto category = recommendations->categories().value(path.row);
+    row->setDelegate(delegate.lock());
     row->setCategory(category);
-    row->setRecommendations(m_recommendations->videosForCategory(category).value_or(ZVVideoList()));
+    row->setRecommendations(recommendations->videosForCategory(category).value_or(ZVVideoList()));
     row->setWidth(view->width());
     return row;
 }

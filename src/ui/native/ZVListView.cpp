@@ -3,9 +3,13 @@
 #include "InterfaceResource.h"
 #include "Logging.h"
 #include "MainQueue.h"
+#include "ZVCollectionView.h"
 #include "ZVVideoCollectionViewCell.h"
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/ZVImagesFetcher.h>
+
+#include <QPointer>
+#include <QSet>
 
 #include <algorithm>
 
@@ -25,23 +29,61 @@ double ratioOf(const QImage &image)
 
 } // namespace
 
-ZVListView::ZVListView()
+struct ZVListView::Private : public ZVCollectionViewDataSource
 {
-    m_content = std::make_unique<InterfaceResource>(u"ZVListView"_s, this);
-    m_view = qobject_cast<ZVCollectionView *>(m_content->root());
-    if (!m_view)
+    explicit Private(ZVListView *list);
+    ~Private() override;
+
+    bool isKnown(const QString &videoId) const;
+    void remember(const QString &videoId);
+    void fetchThumbnails(const std::shared_ptr<const ZVVideoList> &videos, std::size_t first);
+    void fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video);
+    void insert(const std::shared_ptr<ZVVideoParams> &video);
+    void imageDidArrive(const std::shared_ptr<ZVVideoParams> &video);
+    void sortCells();
+    void fitCells();
+    double cellWidth() const;
+    std::shared_ptr<ZVVideoParams> videoAt(qint64 row) const;
+
+    // ZVCollectionViewDataSource
+    qint64 numberOfItemsInSection(ZVCollectionView *view, qint64 section) override;
+    ZVItemViewCell *cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
+    QSizeF sizeForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
+    double minimumLineSpacingForSectionAtIndex(ZVCollectionView *view, qint64 section) override;
+    double minimumInteritemSpacingForSectionAtIndex(ZVCollectionView *view, qint64 section) override;
+    QMarginsF insetForSectionAtIndex(ZVCollectionView *view, qint64 section) override;
+    void didSelectItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
+
+    ZVListView *const q;
+    InterfaceResource content;
+    const QPointer<ZVCollectionView> items;
+    double inset = 0; ///< Points between and around the cells.
+    std::shared_ptr<ZVRecommendation> recommendations;
+    std::weak_ptr<ZVRecommendationViewDelegate> delegate;
+    ZVVideoList videoCells;
+    QSet<QString> knownIds;
+    bool knowsVideoWithoutId = false; ///< A set does not tell a null string from an empty one.
+};
+
+ZVListView::Private::Private(ZVListView *list)
+    : q(list), content(u"ZVListView"_s, list), items(qobject_cast<ZVCollectionView *>(content.root()))
+{
+    if (!items)
         return;
-    m_view->registerCell(cellIdentifier, &ZVVideoCollectionViewCell::create);
-    m_view->setActiveFocusOnTab(true);
-    m_view->setDataSource(this);
-    connect(m_view, &QQuickItem::widthChanged, this, &ZVListView::fitCells);
+    items->registerCell(cellIdentifier, &ZVVideoCollectionViewCell::create);
+    items->setActiveFocusOnTab(true);
+    items->setDataSource(this);
+    connect(items, &QQuickItem::widthChanged, q, [this] { fitCells(); });
 }
 
-ZVListView::~ZVListView()
+ZVListView::Private::~Private()
 {
-    if (m_view)
-        m_view->setDataSource(nullptr);
+    if (items)
+        items->setDataSource(nullptr);
 }
+
+ZVListView::ZVListView() : d(std::make_unique<Private>(this)) {}
+ZVListView::~ZVListView() = default;
 
 std::shared_ptr<ZVListView> ZVListView::create()
 {
@@ -50,136 +92,161 @@ std::shared_ptr<ZVListView> ZVListView::create()
 
 QQuickItem *ZVListView::view() const
 {
-    return m_view;
+    return d->items;
+}
+
+std::shared_ptr<ZVRecommendation> ZVListView::recommendations() const
+{
+    return d->recommendations;
+}
+
+std::shared_ptr<ZVRecommendationViewDelegate> ZVListView::delegate() const
+{
+    return d->delegate.lock();
+}
+
+void ZVListView::setDelegate(const std::shared_ptr<ZVRecommendationViewDelegate> &delegate)
+{
+    d->delegate = delegate;
+}
+
+const ZVVideoList &ZVListView::videoCells() const
+{
+    return d->videoCells;
 }
 
 // Filling
 
 void ZVListView::setRecommendations(const std::shared_ptr<ZVRecommendation> &recommendations)
 {
-    m_recommendations = recommendations;
+    d->recommendations = recommendations;
     const auto list = recommendations ? recommendations->videoList() : ZVVideoList();
     const auto missing = std::make_shared<ZVVideoList>();
-    // Backwards: a record that stands in the list twice has its first place's index.
+    // Backwards: a record that is in the list twice gets the index of its first place.
     for (auto i = list.size(); i-- > 0;) {
         const auto &video = list[i];
-        // Compared with what has a cell, not with what is on its way: two of one id in one list both come in.
-        if (!video || isKnown(video->videoId()))
+        // Only videos with a cell are known: two of one id in the same list both get a cell.
+        if (!video || d->isKnown(video->videoId()))
             continue;
         video->setIndex(static_cast<qint64>(i));
         missing->push_back(video);
     }
     std::ranges::reverse(*missing);
-    fetchThumbnails(missing, 0);
+    d->fetchThumbnails(missing, 0);
 }
 
-/// The rest of a long list waits for its turn: neither the first cells nor the host wait for it.
-void ZVListView::fetchThumbnails(const std::shared_ptr<const ZVVideoList> &videos, std::size_t first)
+/// Fetches a long list in portions, so that the first cells and the host do not wait for all of it.
+void ZVListView::Private::fetchThumbnails(const std::shared_ptr<const ZVVideoList> &videos, std::size_t first)
 {
     const auto end = std::min(first + fetchesAtOnce, videos->size());
     for (auto i = first; i < end; ++i)
         fetchThumbnail((*videos)[i]);
     if (end == videos->size())
         return;
-    MainQueue::shared().post([weak = weak_from_this(), videos, end] {
+    MainQueue::shared().post([weak = q->weak_from_this(), videos, end] {
         if (const auto self = weak.lock())
-            self->fetchThumbnails(videos, end);
+            self->d->fetchThumbnails(videos, end);
     });
 }
 
-void ZVListView::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video)
+void ZVListView::Private::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video)
 {
-    const auto insert = [weak = weak_from_this(), video] {
+    // Intended order: the cell is inserted, as a square, before the record gets its image.
+    const auto insertCell = [weak = q->weak_from_this(), video] {
         if (const auto self = weak.lock())
             self->insertNewRecommendation(video);
     };
-    const auto update = [weak = weak_from_this(), video] {
+    const auto update = [weak = q->weak_from_this(), video] {
         if (const auto self = weak.lock())
-            self->imageDidArrive(video);
+            self->d->imageDidArrive(video);
     };
-    ZVImagesFetcher::fetchThumbnail(video, update, insert);
+    ZVImagesFetcher::fetchThumbnail(video, update, insertCell);
 }
 
 void ZVListView::insertNewRecommendation(const std::shared_ptr<ZVVideoParams> &video)
 {
-    if (!video)
-        return;
-    m_inset = double(insetProportion) * (m_view ? m_view->width() : 0);
+    if (video)
+        d->insert(video);
+}
+
+void ZVListView::Private::insert(const std::shared_ptr<ZVVideoParams> &video)
+{
+    inset = double(insetProportion) * (items ? items->width() : 0);
     const double width = cellWidth();
     video->setSize({width, width * ratioOf(video->image())});
-    m_videoCells.push_back(video);
+    videoCells.push_back(video);
     remember(video->videoId());
-    if (m_view)
-        m_view->insertItemAtEnd();
-    if (m_recommendations && m_videoCells.size() == m_recommendations->videoCount())
+    if (items)
+        items->insertItemAtEnd();
+    if (recommendations && videoCells.size() == recommendations->videoCount())
         sortCells();
 }
 
-/// The view may have made the cell before the image came.
-void ZVListView::imageDidArrive(const std::shared_ptr<ZVVideoParams> &video)
+/// The cell may have been filled before the image arrived.
+void ZVListView::Private::imageDidArrive(const std::shared_ptr<ZVVideoParams> &video)
 {
-    for (auto *const cell : m_view ? m_view->shownCells() : std::vector<ZVItemViewCell *>()) {
+    for (auto *const cell : items ? items->shownCells() : std::vector<ZVItemViewCell *>()) {
         if (videoAt(cell->row()) == video)
             static_cast<ZVVideoCollectionViewCell *>(cell)->setParams(video);
     }
 }
 
-void ZVListView::sortCells()
+void ZVListView::Private::sortCells()
 {
-    std::stable_sort(m_videoCells.begin(), m_videoCells.end(),
+    std::stable_sort(videoCells.begin(), videoCells.end(),
                      [](const auto &one, const auto &other) { return one->index() < other->index(); });
-    // All of them: those kept from an earlier recommendation may stand in one another's places.
-    if (m_view)
-        m_view->reloadData();
+    // All cells: videos of an earlier recommendation share their indexes with later ones.
+    if (items)
+        items->reloadData();
 }
 
-/// Two columns whatever the width; each cell keeps its shape.
-void ZVListView::fitCells()
+/// Keeps two columns at any width, and the shape of each cell.
+void ZVListView::Private::fitCells()
 {
-    if (m_videoCells.empty() || m_view->width() <= 0)
+    if (videoCells.empty() || items->width() <= 0)
         return;
-    m_inset = double(insetProportion) * m_view->width();
+    inset = double(insetProportion) * items->width();
     const double width = cellWidth();
-    for (const auto &video : m_videoCells) {
+    for (const auto &video : videoCells) {
         const auto size = video->size();
         const double ratio = size.width() > 0 ? size.height() / size.width() : 1.0;
         video->setSize({width, width * ratio});
     }
-    m_view->invalidateLayout();
+    items->invalidateLayout();
 }
 
-double ZVListView::cellWidth() const
+double ZVListView::Private::cellWidth() const
 {
-    return m_view ? (m_view->width() - 3 * m_inset) / 2 : 0;
+    return items ? (items->width() - 3 * inset) / 2 : 0;
 }
 
-bool ZVListView::isKnown(const QString &videoId) const
+bool ZVListView::Private::isKnown(const QString &videoId) const
 {
-    return videoId.isNull() ? m_knowsVideoWithoutId : m_knownIds.contains(videoId);
+    return videoId.isNull() ? knowsVideoWithoutId : knownIds.contains(videoId);
 }
 
-void ZVListView::remember(const QString &videoId)
+void ZVListView::Private::remember(const QString &videoId)
 {
     if (videoId.isNull())
-        m_knowsVideoWithoutId = true;
+        knowsVideoWithoutId = true;
     else
-        m_knownIds.insert(videoId);
+        knownIds.insert(videoId);
 }
 
-std::shared_ptr<ZVVideoParams> ZVListView::videoAt(qint64 row) const
+std::shared_ptr<ZVVideoParams> ZVListView::Private::videoAt(qint64 row) const
 {
-    const bool exists = row >= 0 && row < static_cast<qint64>(m_videoCells.size());
-    return exists ? m_videoCells[static_cast<std::size_t>(row)] : nullptr;
+    const bool exists = row >= 0 && row < static_cast<qint64>(videoCells.size());
+    return exists ? videoCells[static_cast<std::size_t>(row)] : nullptr;
 }
 
 // ZVCollectionViewDataSource
 
-qint64 ZVListView::numberOfItemsInSection(ZVCollectionView *, qint64)
+qint64 ZVListView::Private::numberOfItemsInSection(ZVCollectionView *, qint64)
 {
-    return static_cast<qint64>(m_videoCells.size());
+    return static_cast<qint64>(videoCells.size());
 }
 
-ZVItemViewCell *ZVListView::cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path)
+ZVItemViewCell *ZVListView::Private::cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path)
 {
     auto *const cell = view->dequeueReusableCell(cellIdentifier);
     if (cell)
@@ -187,36 +254,36 @@ ZVItemViewCell *ZVListView::cellForItemAtIndexPath(ZVCollectionView *view, const
     return cell;
 }
 
-QSizeF ZVListView::sizeForItemAtIndexPath(ZVCollectionView *, const IndexPath &path)
+QSizeF ZVListView::Private::sizeForItemAtIndexPath(ZVCollectionView *, const IndexPath &path)
 {
     const auto video = videoAt(path.row);
     return video ? video->size() : QSizeF(0, 0);
 }
 
-double ZVListView::minimumLineSpacingForSectionAtIndex(ZVCollectionView *, qint64)
+double ZVListView::Private::minimumLineSpacingForSectionAtIndex(ZVCollectionView *, qint64)
 {
-    return m_inset;
+    return inset;
 }
 
-double ZVListView::minimumInteritemSpacingForSectionAtIndex(ZVCollectionView *, qint64)
+double ZVListView::Private::minimumInteritemSpacingForSectionAtIndex(ZVCollectionView *, qint64)
 {
-    return m_inset;
+    return inset;
 }
 
-QMarginsF ZVListView::insetForSectionAtIndex(ZVCollectionView *, qint64)
+QMarginsF ZVListView::Private::insetForSectionAtIndex(ZVCollectionView *, qint64)
 {
-    return {m_inset, m_inset, m_inset, m_inset};
+    return {inset, inset, inset, inset};
 }
 
-void ZVListView::didSelectItemAtIndexPath(ZVCollectionView *, const IndexPath &path)
+void ZVListView::Private::didSelectItemAtIndexPath(ZVCollectionView *, const IndexPath &path)
 {
-    const auto list = m_recommendations ? m_recommendations->videoList() : ZVVideoList();
+    const auto list = recommendations ? recommendations->videoList() : ZVVideoList();
     if (path.row < 0 || path.row >= static_cast<qint64>(list.size())) {
         ZV_LOG("Error: the recommendation has no video " << path.row << " of " << list.size());
         return;
     }
-    // By row, not by what the cell shows; hosts of the unsorted list rely on the recommendation's order.
-    if (const auto listener = delegate())
+    // Intended: by row, not by the video that the cell shows. Hosts of the unsorted list rely on this order.
+    if (const auto listener = delegate.lock())
         listener->didSelecteRecommendation(list[static_cast<std::size_t>(path.row)]);
 }
 

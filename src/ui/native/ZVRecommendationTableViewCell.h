@@ -2,8 +2,7 @@
 
 #include "ZVCollectionView.h"
 #include "ZVItemViewCell.h"
-#include <ZelvanoUI/ZVRecommendationViewDelegate.h>
-#include <ZelvanoUI/ZVVideoParams.h>
+#include <ZelvanoUI/ZVRecommendationView.h>
 #include <ZelvanoUI/zelvanoui_export.h>
 
 #include <memory>

@@ -39,7 +39,6 @@ private Q_SLOTS:
     {
         Stage stage;
         QVERIFY(stage.window.appear());
-        QCOMPARE(stage.view->inset(), 0.0);
         const auto file = pictureFile({200, 100});
         const auto recommendation = recommendationOf({videoJson(0, stage.picture(u"0"_s, file, 500ms)),
                                                       videoJson(1, stage.picture(u"1"_s, file, 1000ms)),
@@ -56,7 +55,6 @@ private Q_SLOTS:
         QVERIFY(stage.waitForItems(3));
         QCOMPARE(stage.titles(), (QStringList{u"Video 0"_s, u"Video 1"_s, u"Video 2"_s}));
 
-        QVERIFY(qAbs(stage.view->inset() - 11.2) < 0.001);
         for (const auto &video : recommendation->videoList()) { // The records are the recommendation's own.
             QVERIFY(qAbs(video->size().width() - 143.2) < 0.001);
             QCOMPARE(video->size().height(), video->size().width()); // The cell comes before the image does.
@@ -64,8 +62,10 @@ private Q_SLOTS:
         }
         QCOMPARE(stage.cell(2)->position(), QPointF(11, 166)); // Whole pixels.
         QVERIFY(waitUntil([&] { return outletOf(stage.cell(2), u"iconImageView"_s)->opacity() == 1; }));
-        for (const qint64 row : {3, -1})
-            stage.view->didSelectItemAtIndexPath(nullptr, {row});
+        stage.view->setRecommendations(nullptr); // Its cells stay, and have no video any more.
+        stage.cell(0)->activate();
+        QVERIFY(waitUntil(
+            [&] { return stage.log.beginningWith(u"Error: the recommendation has no video "_s).size() == 1; }));
         QCOMPARE(stage.picks->videos.size(), 1U);
     }
 
