@@ -3,48 +3,49 @@
 #include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QJsonObject>
-#include <QMutex>
 #include <QUrl>
 
+#include <memory>
 #include <optional>
 
 namespace zelvano {
 
-/// What the service says the library is to do: the answer to the channel initialisation, and the questions it settles.
-/// One for the process, whatever the number of engines. Any thread.
+/// The configuration from the service: the answer to the channel initialisation. One for the process, shared by all
+/// engines. Any thread.
 class ZELVANOCORE_EXPORT ZVConfig
 {
 public:
     static ZVConfig &shared();
 
-    /// The whole answer; nothing until a channel was initialised.
+    /// The whole answer; absent until a channel was opened.
     std::optional<QJsonObject> params() const;
     void setParams(const QJsonObject &params);
 
-    /// Whether recommendations may be shown; false when the answer does not say.
+    /// Whether to show recommendations; false when the answer does not say.
     bool shouldShowRecommendation() const;
-    /// The layout page of the overlay; invalid when the answer names none.
+    /// The overlay's layout page; invalid when the answer has none.
     QUrl UITagUrl() const;
-    /// Base URL of the service, without a slash at its end; null when the answer names none.
+    /// The service's base URL, without a slash at its end; null when the answer has none.
     QString apiURL() const;
 
-    /// Seconds between keep-alives. The first value other than 0 stays for the life of the process; 0 while none is
-    /// known.
+    /// Seconds between keep-alives; 0 while unknown. The first value other than 0 stays for the life of the process.
     double keepAliveInterval() const;
-    /// Counts only while the interval is 0: a value that is known always wins.
+    /// Counts only while the interval is 0: the first known value wins, on purpose.
     void setKeepAliveInterval(double seconds);
+
+    ZVConfig(const ZVConfig &) = delete;
+    ZVConfig &operator=(const ZVConfig &) = delete;
 
 private:
     template<class T> friend T &immortal();
     friend class ZVConfigTestAccess;
-    ZVConfig() = default;
+    struct Private;
+
+    ZVConfig();
     ~ZVConfig() = delete;
+    void reset();
 
-    QJsonObject sdkConfig() const;
-
-    mutable QMutex m_mutex;
-    std::optional<QJsonObject> m_params;
-    mutable double m_keepAliveInterval = 0;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace zelvano

@@ -8,13 +8,7 @@ namespace zelvano {
 class ZVConfigTestAccess
 {
 public:
-    static void reset()
-    {
-        auto &config = ZVConfig::shared();
-        const QMutexLocker lock(&config.m_mutex);
-        config.m_params.reset();
-        config.m_keepAliveInterval = 0;
-    }
+    static void reset() { ZVConfig::shared().reset(); }
 };
 
 } // namespace zelvano

@@ -4,10 +4,25 @@
 #include "JsonReading.h"
 
 #include <QJsonArray>
+#include <QMutex>
 
 namespace zelvano {
 
 using namespace Qt::StringLiterals;
+
+struct ZVConfig::Private
+{
+    QJsonValue sdkValue(QLatin1StringView key) const
+    {
+        return params ? params->value("sdkConfig"_L1).toObject().value(key) : QJsonValue(QJsonValue::Undefined);
+    }
+
+    QMutex mutex; // Guards the rest.
+    std::optional<QJsonObject> params;
+    double keepAliveInterval = 0;
+};
+
+ZVConfig::ZVConfig() : d(std::make_unique<Private>()) {}
 
 ZVConfig &ZVConfig::shared()
 {
@@ -16,52 +31,54 @@ ZVConfig &ZVConfig::shared()
 
 std::optional<QJsonObject> ZVConfig::params() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return m_params;
+    const QMutexLocker lock(&d->mutex);
+    return d->params;
 }
 
 void ZVConfig::setParams(const QJsonObject &params)
 {
-    const QMutexLocker lock(&m_mutex);
-    m_params = params;
+    const QMutexLocker lock(&d->mutex);
+    d->params = params;
 }
 
 bool ZVConfig::shouldShowRecommendation() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return json::boolValue(sdkConfig().value("showUI"_L1));
+    const QMutexLocker lock(&d->mutex);
+    return json::boolValue(d->sdkValue("showUI"_L1));
 }
 
 QUrl ZVConfig::UITagUrl() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return m_params ? json::urlValue(m_params->value("uiTagUrls"_L1).toArray().at(0)) : QUrl();
+    const QMutexLocker lock(&d->mutex);
+    return d->params ? json::urlValue(d->params->value("uiTagUrls"_L1).toArray().at(0)) : QUrl();
 }
 
 QString ZVConfig::apiURL() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return json::stringValue(sdkConfig().value("apiUrl"_L1));
+    const QMutexLocker lock(&d->mutex);
+    return json::stringValue(d->sdkValue("apiUrl"_L1));
 }
 
 double ZVConfig::keepAliveInterval() const
 {
-    const QMutexLocker lock(&m_mutex);
-    if (m_keepAliveInterval == 0)
-        m_keepAliveInterval = json::doubleValue(sdkConfig().value("keepALiveInterval"_L1)) / 1000.0;
-    return m_keepAliveInterval;
+    const QMutexLocker lock(&d->mutex);
+    if (d->keepAliveInterval == 0)
+        d->keepAliveInterval = json::doubleValue(d->sdkValue("keepALiveInterval"_L1)) / 1000.0;
+    return d->keepAliveInterval;
 }
 
 void ZVConfig::setKeepAliveInterval(double seconds)
 {
-    const QMutexLocker lock(&m_mutex);
-    if (m_keepAliveInterval == 0)
-        m_keepAliveInterval = seconds;
+    const QMutexLocker lock(&d->mutex);
+    if (d->keepAliveInterval == 0)
+        d->keepAliveInterval = seconds;
 }
 
-QJsonObject ZVConfig::sdkConfig() const
+void ZVConfig::reset()
 {
-    return m_params ? m_params->value("sdkConfig"_L1).toObject() : QJsonObject();
+    const QMutexLocker lock(&d->mutex);
+    d->params.reset();
+    d->keepAliveInterval = 0;
 }
 
 } // namespace zelvano
