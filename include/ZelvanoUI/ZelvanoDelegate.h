@@ -1,5 +1,7 @@
 #pragma once
 
+#include <ZelvanoUI/zelvanocore_export.h>
+
 #include <QObject>
 #include <QSizeF>
 #include <QString>
@@ -11,27 +13,29 @@ namespace zelvano {
 class Zelvano;
 class ZVRecommendation;
 
-/// Hears of recommendations. Called on the main thread, from the main queue, never inside a call into the engine.
-class ZelvanoDelegate
+/// Receives recommendations. Called on the main thread, from the event loop, never inside a call into the engine.
+class ZELVANOCORE_EXPORT ZelvanoDelegate
 {
 public:
-    virtual ~ZelvanoDelegate() = default;
+    virtual ~ZelvanoDelegate();
 
-    /// The videos that the service recommends for what plays. The record is this listener's own. The player is null:
-    /// the engine keeps none.
+    /// The videos that the service recommends beside the current one. Each listener gets its own record. The player is
+    /// null: the engine keeps none.
     virtual void suggestionsDidFetched(const std::shared_ptr<Zelvano> &zelvano, const std::shared_ptr<QObject> &player,
                                        const std::shared_ptr<ZVRecommendation> &recommendation) = 0;
 };
 
-/// Hears of everything the player does, too.
-class ZelvanoPrivateDelegate : public ZelvanoDelegate
+/// Receives the player's events too.
+class ZELVANOCORE_EXPORT ZelvanoPrivateDelegate : public ZelvanoDelegate
 {
 public:
-    /// A player event was reported, or queued until there is a view; one that was queued is heard of twice. Engine and
-    /// player are always null here.
+    ~ZelvanoPrivateDelegate() override;
+
+    /// The engine reported a player event, or queued it until there is a view. A queued event arrives a second time
+    /// when it is reported. Engine and player are always null here.
     virtual void stateDidChanged(const std::shared_ptr<Zelvano> &zelvano, const std::shared_ptr<QObject> &player,
                                  const QString &state) = 0;
-    /// Recommendations are to be laid over this view; the size is that of the video's picture, in points.
+    /// Lay recommendations over this view. The size is that of the video's picture, in points.
     virtual void addRecommendationToView(const std::shared_ptr<Zelvano> &zelvano,
                                          const std::shared_ptr<QObject> &player, QObject *view, QSizeF videoSize) = 0;
 };
