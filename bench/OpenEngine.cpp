@@ -59,7 +59,7 @@ OpenEngine::OpenEngine(quint16 port) : m_event(PlayerEvent::Progress)
     m_engine->initializeWithAPIKey(QStringLiteral("benchmark-key"));
     m_engine->setPlayer(std::make_shared<QObject>(), QStringLiteral("page"));
     m_engine->readyEvent(m_subscriber);
-    wait("an open view", [this] { return !m_engine->viewUUID().isNull(); });
+    wait("an open view", [this] { return !m_engine->state().viewUUID.isNull(); });
 }
 
 OpenEngine::~OpenEngine()

@@ -84,7 +84,7 @@ int main(int argc, char **argv)
     const double firstEngine = millisecondsSince(start);
     engine->setPlayer(std::make_shared<QObject>(), QStringLiteral("page"));
     engine->readyEvent(subscriber);
-    bench::wait("a view", [&] { return !engine->viewUUID().isNull(); });
+    bench::wait("a view", [&] { return !engine->state().viewUUID.isNull(); });
     const double roundTrips = millisecondsSince(start) / static_cast<double>(delay.count());
     const double firstMemory = bench::allocated() - before;
     const int connections = server.connections();

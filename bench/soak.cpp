@@ -74,7 +74,7 @@ void view(const std::shared_ptr<EventCount> &listener)
     engine->initializeWithAPIKey(QStringLiteral("soak-key"));
     engine->setPlayer(host, QStringLiteral("page"));
     player->becomeReady();
-    bench::wait("a view", [&] { return !engine->viewUUID().isNull(); });
+    bench::wait("a view", [&] { return !engine->state().viewUUID.isNull(); });
     for (int round = 0; round < rounds; ++round) {
         player->play();
         for (int tick = 0; tick < 5; ++tick) {

@@ -64,14 +64,14 @@ private Q_SLOTS:
         m_service->report({u"pause"_s});
         const QByteArrayList identity{"userId=user-1", "userUUID=uuid-1"};
         const QByteArrayList page{"pageUrl=page", "player=1", "showUI=true", "type=page"};
-        const auto pageUUID = "pageUUID=" + engine().pageUUID().toLatin1();
+        const auto pageUUID = "pageUUID=" + engine().state().pageUUID.toLatin1();
         const QByteArrayList ready{"duration=60", pageUUID, "pageUrl=page", "playerId=fake", "size=5", "type=ready"};
         QCOMPARE(keys(ZVRetrieveInit), identity);
         QCOMPARE(keys(ZVKeepAlive), identity);
         QCOMPARE(keys(ZVPageEvent), page + identity);
         QCOMPARE(keys(ZVReadyEvent), ready + identity + QByteArrayList{"videoId=http://videos.example/1.mp4"});
         QCOMPARE(keys(u"pause"_s), (QByteArrayList{"position=12.25", "type=pause"} + identity +
-                                    QByteArrayList{"viewUUID=" + engine().viewUUID().toLatin1()}));
+                                    QByteArrayList{"viewUUID=" + engine().state().viewUUID.toLatin1()}));
     }
 
     /// Without an adapter, and with one that has no answers.
@@ -109,7 +109,7 @@ private Q_SLOTS:
             early->video = video;
             early->length = 2.5;
             engine().readyEvent(early);
-            QCOMPARE(engine().readyParams(), (QVariantList{QVariant(), u"fake"_s, video, u"2.5"_s}));
+            QCOMPARE(engine().state().readyParams, (QVariantList{QVariant(), u"fake"_s, video, u"2.5"_s}));
         }
         m_service->storeIdentity();
         m_service->initialize();
@@ -118,9 +118,9 @@ private Q_SLOTS:
         m_service->settle();
         QCOMPARE(m_service->sentCount(ZVReadyEvent), 1);
         QCOMPARE(sent(ZVReadyEvent, "videoId"_L1).toString(), m_service->subscriber->video);
-        QVERIFY(!engine().readyParams());
+        QVERIFY(!engine().state().readyParams);
         engine().readyEvent(early);
-        QVERIFY(!engine().readyParams()); // The page is known from here on.
+        QVERIFY(!engine().state().readyParams); // The page is known from here on.
         m_service->settle();
         QCOMPARE(sent(ZVReadyEvent, "videoId"_L1).toString(), u"second"_s);
     }
@@ -244,12 +244,12 @@ private Q_SLOTS:
     {
         m_service->openView();
         const auto viewOf = [this](const QString &event) { return sent(event, "viewUUID"_L1).toString(); };
-        const auto view = engine().viewUUID();
+        const auto view = engine().state().viewUUID;
         m_service->report({u"recommendationClick"_s, u"progress"_s});
         m_service->sendReady();
-        QVERIFY(engine().viewUUID() != view);
+        QVERIFY(engine().state().viewUUID != view);
         QCOMPARE(viewOf(u"recommendationClick"_s), view);
-        QCOMPARE(viewOf(u"progress"_s), engine().viewUUID());
+        QCOMPARE(viewOf(u"progress"_s), engine().state().viewUUID);
     }
 
     void positions()
@@ -257,7 +257,7 @@ private Q_SLOTS:
         m_service->openPage();
         m_service->subscriber->position = 3;
         m_service->report({u"start"_s});
-        QCOMPARE(engine().stack().front().position, 3.0);
+        QCOMPARE(engine().state().stack.front().position, 3.0);
         m_service->subscriber->position = 42; // The service hears where the player is when the view opens.
         m_service->sendReady();
         QCOMPARE(sent(u"start"_s, "position"_L1), QJsonValue(u"42"_s));
@@ -336,14 +336,14 @@ private Q_SLOTS:
         engine().setRecommenationsSize(3);
         m_service->openView();
         QCOMPARE(second->heard, QStringList{u"suggestions 3"_s});
-        const auto own = engine().recommendations();
+        const auto own = engine().state().recommendations;
         QVERIFY(own && own != second->recommendations.front() && own != mine.front());
         QCOMPARE(own->videoList().size(), 3U);
 
         engine().removeListener(second);
         engine().removeListener(m_service->listener);
         m_service->sendReady();
-        QCOMPARE(engine().recommendations(), own); // Replaced only where a listener is told.
+        QCOMPARE(engine().state().recommendations, own); // Replaced only where a listener is told.
     }
 
     void hiddenRecommendations()
@@ -378,11 +378,11 @@ private Q_SLOTS:
         engine().readyEvent(m_service->subscriber);
         engine().dismissZelvano();
         QCOMPARE(m_service->subscriber->dismissals, 1);
-        QVERIFY(engine().stack().empty() && engine().listeners().empty());
+        QVERIFY(engine().state().stack.empty() && engine().listeners().empty());
         m_service->sentSince();
         m_service->advance(std::chrono::minutes(10));
         QVERIFY(heard().isEmpty() && m_service->sentSince().isEmpty()); // Neither a replay nor a keep-alive.
-        QVERIFY(!engine().viewUUID().isNull());
+        QVERIFY(!engine().state().viewUUID.isNull());
 
         QVERIFY(engine().playerEventsHandler() != handler); // It can be used again.
         QCOMPARE(engine().playerEventsHandler()->currentSubscriber(), nullptr);

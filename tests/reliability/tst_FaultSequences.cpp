@@ -411,12 +411,13 @@ private:
             return QJsonDocument::fromJson(bytes)["data"_L1][QLatin1StringView(key)].toString();
         };
         QStringList queue;
-        for (const auto &entry : engine.stack())
+        const auto stack = engine.state().stack;
+        for (const auto &entry : stack)
             queue.append(entry.event);
         QList<bool> nextVideos;
         for (const auto &url : m_service->subscriber->nextVideos)
             nextVideos.append(!url.isNull());
-        const auto kept = engine.recommendations();
+        const auto kept = engine.state().recommendations;
         // Of what went a broken road, some was recorded there and the rest nowhere. All else arrived, and once.
         auto arrived = recorded();
         arrived.sort();
@@ -429,11 +430,11 @@ private:
             difference("heard", m_service->listener->heard, m_model->heard),
             difference("queued", queue, m_model->queue),
             difference("user", !engine.userId().isNull(), m_model->hasUser()),
-            difference("page", engine.pageUUID(), answered("pageUUID", m_model->page)),
-            difference("view", engine.viewUUID(), answered("viewUUID", m_model->view)),
-            difference("an owed page", engine.pageParams().has_value(), m_model->isPageOwed),
-            difference("an owed ready event", engine.readyParams().has_value(), m_model->isReadyOwed),
-            difference("keep-alives", engine.isKeepAliveRuns(), m_model->isKeepAliveRunning),
+            difference("page", engine.state().pageUUID, answered("pageUUID", m_model->page)),
+            difference("view", engine.state().viewUUID, answered("viewUUID", m_model->view)),
+            difference("an owed page", engine.state().pageParams.has_value(), m_model->isPageOwed),
+            difference("an owed ready event", engine.state().readyParams.has_value(), m_model->isReadyOwed),
+            difference("keep-alives", engine.state().isKeepAliveRuns, m_model->isKeepAliveRunning),
             difference("selected by the user", engine.selectionByUser(), m_model->isSelectedByUser),
             difference("videos", kept ? int(kept->videoCount()) : -1, m_model->videos),
             difference("next videos", nextVideos, m_model->nextVideos),

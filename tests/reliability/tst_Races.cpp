@@ -73,7 +73,7 @@ private Q_SLOTS:
 
         service.engine = Zelvano::create();
         service.openView();
-        QVERIFY(!service.engine->viewUUID().isNull());
+        QVERIFY(!service.engine->state().viewUUID.isNull());
     }
 
 private:
@@ -130,7 +130,7 @@ private:
             }
             if (!engine)
                 std::this_thread::yield();
-            else if (engine->viewUUID().isNull() && engine->listeners().empty())
+            else if (engine->state().viewUUID.isNull() && engine->listeners().empty())
                 engine->setUserId(u"user-1"_s);
         }
     }

@@ -12,7 +12,7 @@ struct Session : ControllerSession
     /// Events wait for a view, so the engine's queue tells what was reported.
     qsizetype reported(const QString &event) const
     {
-        const auto stack = engine()->stack();
+        const auto stack = engine()->state().stack;
         return std::count_if(stack.begin(), stack.end(), [&](const auto &entry) { return entry.event == event; });
     }
     bool isShown() const { return !overlay()->isHidden(); }

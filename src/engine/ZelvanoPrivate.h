@@ -1,0 +1,74 @@
+#pragma once
+
+#include "SessionRules.h"
+#include <ZelvanoUI/Zelvano.h>
+
+#include <QPointer>
+
+#include <deque>
+#include <mutex>
+
+namespace zelvano {
+
+/// Asks the rules under the lock, and carries out their actions after it.
+struct Zelvano::Private
+{
+    using Rules = SessionRules;
+    using Subscriber = Rules::Subscriber;
+    using Listeners = std::vector<std::shared_ptr<ZelvanoDelegate>>;
+
+    explicit Private(Zelvano *engine) : q(engine) {}
+
+    /// `ask` runs under the lock and returns actions.
+    template<class Ask> void decide(Ask &&ask)
+    {
+        std::unique_lock lock(mutex);
+        loadIdentity(lock);
+        decisions.emplace_back(ask(), listeners);
+        actInOrder(lock);
+    }
+    /// For what needs no action. Nothing that `use` lets go of may end inside it.
+    template<class Use> auto locked(Use &&use) const
+    {
+        const std::lock_guard lock(mutex);
+        return use();
+    }
+    /// Fills what is missing from the user defaults, each time until they have it.
+    void loadIdentity(std::unique_lock<std::mutex> &lock);
+    void actInOrder(std::unique_lock<std::mutex> &lock);
+    /// Null without a player. Under the lock.
+    Subscriber current() const;
+
+    // Each carries out one kind of action. No lock is held.
+    void act(const Rules::Log &log);
+    void act(const Rules::StoreIdentity &identity);
+    void act(const Rules::RequestIdentity &request);
+    void act(const Rules::OpenChannel &request);
+    void act(const Rules::StartKeepAlive &start);
+    void act(const Rules::SendKeepAlive &request);
+    void act(const Rules::ScheduleKeepAlive &schedule);
+    void act(const Rules::SendPage &event);
+    void act(const Rules::SendReady &event);
+    void act(const Rules::SendPlayerEvent &event);
+    void act(const Rules::SetNextVideo &next);
+    void act(const Rules::NotifyState &state, const Listeners &to);
+    void act(const Rules::NotifySuggestions &suggestions, const Listeners &to);
+    void act(const Rules::NotifyView &view, const Listeners &to);
+
+    Zelvano *const q;
+    mutable std::mutex mutex; // Guards everything below. A std::mutex, since ThreadSanitizer does not see Qt's.
+    Rules rules;
+    /// What is decided and not yet carried out, each with the listeners at its moment.
+    std::deque<std::pair<Rules::Actions, std::shared_ptr<const Listeners>>> decisions;
+    bool isActing = false;
+    std::shared_ptr<const Listeners> listeners = std::make_shared<Listeners>(); ///< Replaced, never changed.
+    std::shared_ptr<ZVPlayerEvents> playerEventsHandler;
+    QPointer<QObject> playerView; ///< Main thread; not guarded.
+};
+
+/// What the rules ask of a subscriber. All absent for null.
+SessionRules::Media mediaOf(const SessionRules::Subscriber &subscriber);
+/// What the rules ask of the configuration.
+SessionRules::Channel channelOf(const ZVConfig &config);
+
+} // namespace zelvano
