@@ -40,6 +40,9 @@ public:
     void setSuggestionsSize(qint64 size) { setRecommenationsSize(size); }
     void setRecommenationsSize(qint64 size);
 
+    /// Makes the player switch to a video that the viewer chose. Without a player, or for null, only the choice counts.
+    void playSelected(const std::shared_ptr<ZVVideoParams> &video);
+
     /// The engine holds its listeners until they are removed or it is dismissed. A listener added twice is called
     /// twice.
     void addListener(const std::shared_ptr<ZelvanoDelegate> &listener);

@@ -135,6 +135,14 @@ void Zelvano::playerEvent(const QString &event, const Subscriber &givenSubscribe
     d->decide([&] { return d->rules.playerEvent(event, position); });
 }
 
+void Zelvano::playSelected(const std::shared_ptr<ZVVideoParams> &video)
+{
+    setSelectionByUser(true);
+    const auto subscriber = d->locked([this] { return d->current(); });
+    if (subscriber && video)
+        subscriber->setNextVideo(video->url().toString(QUrl::FullyEncoded));
+}
+
 bool Zelvano::selectionByUser() const
 {
     return d->locked([this] { return d->rules.state.selectionByUser; });
