@@ -20,8 +20,6 @@ struct Host
     QByteArray hostAndPort;
     std::list<std::shared_ptr<Job>> waiting;
     int active = 0;
-    /// Its connections carry several transfers at once, so what a socket does says nothing about one of them.
-    bool isMultiplexed = false;
 };
 
 } // namespace zelvano::http

@@ -210,7 +210,7 @@ void Loop::cancelAll()
 std::unique_ptr<Transfer> Loop::takeSpare()
 {
     if (m_spare.empty())
-        return std::make_unique<Transfer>(m_share.get(), m_sockets);
+        return std::make_unique<Transfer>(m_share.get());
     auto transfer = std::move(m_spare.back());
     m_spare.pop_back();
     return transfer;

@@ -51,7 +51,6 @@ private:
 
     ShareHandle m_share;
     MultiHandle m_multi;
-    Sockets m_sockets;
     Queues m_queues;
     Transfers m_active;
     std::vector<std::unique_ptr<Transfer>> m_spare;

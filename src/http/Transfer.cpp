@@ -45,7 +45,7 @@ const char *problemOf(const Request &request)
     return nullptr;
 }
 
-Transfer::Transfer(CURLSH *share, Sockets &sockets) : m_sockets(sockets), m_easy(curl_easy_init())
+Transfer::Transfer(CURLSH *share) : m_easy(curl_easy_init())
 {
     setConstantOptions(share);
 }
@@ -79,8 +79,6 @@ void Transfer::setConstantOptions(CURLSH *share)
     keepAuthorities(easy);
     // A proxy's lines would look like the answer that m_isUnanswered waits for.
     curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-    curl_easy_setopt(easy, CURLOPT_SOCKOPTFUNCTION, onSocket);
-    curl_easy_setopt(easy, CURLOPT_SOCKOPTDATA, this);
     curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, onRequest);
     curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, onHead);
@@ -204,19 +202,7 @@ void Transfer::clear()
     m_data = {};
     m_received = m_sent = m_headSize = 0;
     m_isUnanswered = m_isHeadWhole = m_wouldRepeat = m_isTooLarge = false;
-    m_socket = -1;
     m_errorText[0] = 0;
-}
-
-Clock::time_point Transfer::deadline() const
-{
-    Clock::time_point last = m_lastMove;
-    // libcurl reports a head line by line and a handshake not at all; the socket knows about every byte.
-    if (!m_job->place.host->isMultiplexed) {
-        if (const auto silence = Sockets::silence(m_socket))
-            last = std::max(last, Clock::now() - *silence);
-    }
-    return last + m_job->request().timeout;
 }
 
 bool Transfer::hasLeftHost() const
@@ -228,7 +214,7 @@ bool Transfer::hasLeftHost() const
 
 // libcurl sends a request again when a reused connection ends without a word. The service might have acted on the
 // first one, so the second never leaves; a redirect is recognised by the answer before it.
-bool Transfer::requestGoesOut(int localPort)
+bool Transfer::requestGoesOut()
 {
     if (m_isUnanswered) {
         m_wouldRepeat = true;
@@ -237,7 +223,6 @@ bool Transfer::requestGoesOut(int localPort)
     if (m_headSize > 0 && hasLeftHost())
         setHeaders(true);
     m_isUnanswered = true;
-    m_socket = m_sockets.socketFor(localPort, m_socket);
     touch();
     return true;
 }
@@ -252,11 +237,6 @@ bool Transfer::takeHead(const char *line, size_t size)
     else if (text.startsWith('\r') || text.startsWith('\n'))
         m_isHeadWhole = true;
     touch();
-    if (m_headSize == 0) {
-        long version = 0;
-        curl_easy_getinfo(m_easy.get(), CURLINFO_HTTP_VERSION, &version);
-        m_job->place.host->isMultiplexed = version >= CURL_HTTP_VERSION_2_0;
-    }
     m_headSize += qint64(size);
     m_isTooLarge = m_headSize > LargestHead;
     return !m_isTooLarge;
@@ -282,15 +262,9 @@ bool Transfer::takeProgress(qint64 received, qint64 sent)
     return !m_isTooLarge;
 }
 
-int Transfer::onSocket(void *self, curl_socket_t socket, curlsocktype)
+int Transfer::onRequest(void *self, char *, char *, int, int)
 {
-    static_cast<Transfer *>(self)->m_socket = socket;
-    return CURL_SOCKOPT_OK;
-}
-
-int Transfer::onRequest(void *self, char *, char *, int, int localPort)
-{
-    return static_cast<Transfer *>(self)->requestGoesOut(localPort) ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+    return static_cast<Transfer *>(self)->requestGoesOut() ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
 size_t Transfer::onHead(char *line, size_t, size_t size, void *self)

@@ -2,7 +2,6 @@
 
 #include "Curl.h"
 #include "Job.h"
-#include "Sockets.h"
 
 #include <array>
 #include <chrono>
@@ -25,7 +24,7 @@ public:
     static constexpr qint64 LargestAnswer = qint64{64} * 1024 * 1024;
     static constexpr qint64 LargestHead = qint64{256} * 1024;
 
-    Transfer(CURLSH *share, Sockets &sockets);
+    explicit Transfer(CURLSH *share);
     Q_DISABLE_COPY_MOVE(Transfer)
 
     static Transfer *of(CURL *easy);
@@ -38,8 +37,8 @@ public:
     Outcome end(CURLcode code);
     Outcome end(ErrorCode error, const char *description);
 
-    /// When it fails with TimedOut unless a byte moves.
-    Clock::time_point deadline() const;
+    /// The transfer fails with TimedOut then, unless a byte moves.
+    Clock::time_point deadline() const { return m_lastMove + m_job->request().timeout; }
 
     Transfers::iterator place;
 
@@ -52,20 +51,18 @@ private:
     Response response() const;
     void clear();
 
-    bool requestGoesOut(int localPort);
+    bool requestGoesOut();
     bool takeHead(const char *line, size_t size);
     bool takeBody(const char *bytes, size_t size);
     bool takeProgress(qint64 received, qint64 sent);
     void touch() { m_lastMove = Clock::now(); }
 
     // The callbacks of libcurl, which find their transfer in `self`.
-    static int onSocket(void *self, curl_socket_t socket, curlsocktype);
-    static int onRequest(void *self, char *, char *, int, int localPort);
+    static int onRequest(void *self, char *, char *, int, int);
     static size_t onHead(char *line, size_t one, size_t size, void *self);
     static size_t onBody(char *bytes, size_t one, size_t size, void *self);
     static int onProgress(void *self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent);
 
-    Sockets &m_sockets;
     EasyHandle m_easy;
     StringList m_headers;
     /// What m_headers was made of: most requests repeat the headers of the one before.
@@ -77,7 +74,6 @@ private:
     std::shared_ptr<Job> m_job;
     QByteArray m_data;
     Clock::time_point m_lastMove;
-    int m_socket = -1;
     qint64 m_received = 0;
     qint64 m_sent = 0;
     qint64 m_headSize = 0;

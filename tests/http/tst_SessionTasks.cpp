@@ -25,8 +25,7 @@ QByteArray gzipAnswer(const QByteArray &body)
 RawServer::Script drip(const QByteArray &quick, const QByteArray &slow, std::chrono::milliseconds gap)
 {
     return [=](Connection &connection) {
-        while (connection.readRequest().startsWith("GET /warm-up"))
-            connection.write(httpAnswer("warm"));
+        connection.readRequest();
         bool isOpen = connection.write(quick);
         for (qsizetype at = 0; isOpen && at < slow.size() && !connection.pause(gap); ++at)
             isOpen = connection.write(slow.mid(at, 1));
@@ -169,21 +168,17 @@ private Q_SLOTS:
 
     void slowIsNotSilent()
     {
-        const std::tuple<const char *, QByteArray, QByteArray, bool> cases[] = {
-            {"head", "", Ok + "Content-Length: 0\r\n\r\n", false},
-            {"head, on a reused connection", "", Ok + "Content-Length: 0\r\n\r\n", true},
-            {"body", Ok + "Content-Length: 12\r\n\r\n", "twelve bytes", false},
-            {"gzip", Ok + "Content-Encoding: gzip\r\nContent-Length: 25\r\n\r\n", GzipOfHello, false},
+        const std::tuple<const char *, QByteArray, QByteArray> cases[] = {
+            {"head", Ok, QByteArray("A:\r\n").repeated(3) + "\r\n"},
+            {"body", Ok + "Content-Length: 12\r\n\r\n", "twelve bytes"},
+            {"gzip", Ok + "Content-Encoding: gzip\r\nContent-Length: 25\r\n\r\n", GzipOfHello},
         };
-        for (const auto &[name, quick, slow, isReused] : cases) {
+        for (const auto &[name, quick, slow] : cases) {
             const Case current(name);
             RawServer server(drip(quick, slow, 50ms));
-            if (isReused)
-                QCOMPARE(HttpLoad(httpGet(server.url("/warm-up"))).resume().result().status(), 200);
             const auto start = std::chrono::steady_clock::now();
             QCOMPARE(HttpLoad(httpGet(server.url(), 400ms)).resume().result().status(), 200);
             QVERIFY(std::chrono::steady_clock::now() - start > 400ms);
-            QCOMPARE(server.accepted(), 1);
         }
     }
 
