@@ -1,7 +1,6 @@
 // What a host or a page hands in for a request: bodies stay JSON, headers stay in their lines, URLs in their place.
 #include "Fuzzing.h"
 #include "Headers.h"
-#include "Transfer.h"
 #include "Utilities.h"
 #include "ZVAPIObject.h"
 
@@ -68,7 +67,7 @@ void checkUrl(FuzzedDataProvider &source)
     http::Request request;
     request.url = QUrl::fromEncoded(text(source));
     request.method = text(source);
-    if (http::problemOf(request))
+    if (request.problem())
         return;
     for (const char c : request.method + request.url.toEncoded())
         FUZZ_REQUIRE(uchar(c) > 0x20 && uchar(c) < 0x7f);

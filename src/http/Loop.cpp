@@ -97,7 +97,7 @@ void Loop::admit(const std::shared_ptr<Job> &job)
 {
     if (job->isCancelled())
         fail(job, ErrorCode::Cancelled, "cancelled");
-    else if (const char *problem = problemOf(job->request()))
+    else if (const char *problem = job->request().problem())
         fail(job, ErrorCode::BadUrl, problem);
     else
         m_queues.enqueue(job);

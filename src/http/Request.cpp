@@ -21,4 +21,13 @@ void Request::setHeader(const QByteArray &name, const QByteArray &value)
         *known = {name, value};
 }
 
+const char *Request::problem() const
+{
+    if (!url.isValid() || url.host().isEmpty())
+        return "the URL is not valid";
+    if (url.scheme() != QLatin1StringView("https") && url.scheme() != QLatin1StringView("http"))
+        return "the URL is not one of HTTP";
+    return isToken(method) ? nullptr : "the method is not one of HTTP";
+}
+
 } // namespace zelvano::http

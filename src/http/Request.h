@@ -24,6 +24,9 @@ struct ZELVANOCORE_EXPORT Request
 
     /// Sets or replaces a header. Drops a name or value that could break out of its line, with a log line.
     void setHeader(const QByteArray &name, const QByteArray &value);
+
+    /// Why the request cannot be sent at all, or null.
+    const char *problem() const;
 };
 
 } // namespace zelvano::http

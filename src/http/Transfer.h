@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Curl.h"
+#include "ErrorCode.h"
 #include "Job.h"
 
 #include <array>
@@ -12,12 +13,11 @@ namespace zelvano::http {
 using Clock = std::chrono::steady_clock;
 class Transfer;
 
-/// The transfers that have a slot, by the time at which they may have stood still too long.
+/// The transfers that have a slot, ordered by the time at which they may time out.
 using Transfers = std::multimap<Clock::time_point, std::unique_ptr<Transfer>>;
 
-/// One easy handle and all that hangs on it: the job it works for, header lines, routes, the answer so far.
-/// Made once, used for one job after another. Stays where it is, since libcurl knows its address; its owner moves.
-/// Networking thread only.
+/// One easy handle and what hangs on it: job, header lines, routes, the answer so far. Serves one job after another.
+/// libcurl keeps its address. Networking thread only.
 class Transfer
 {
 public:
@@ -29,61 +29,60 @@ public:
 
     static Transfer *of(CURL *easy);
     CURL *easy() const { return m_easy.get(); }
-    const std::shared_ptr<Job> &job() const { return m_job; }
 
-    /// Takes a job whose request problemOf() accepted. From now on its time runs.
+    /// Takes a job without a problem() and starts its timeout.
     void begin(std::shared_ptr<Job> job);
-    /// The job's outcome; the transfer is empty then and can begin another. The easy handle is out of its multi.
+    /// Returns the outcome and leaves the transfer free for another job. The caller has removed the easy handle from
+    /// its multi.
     Outcome end(CURLcode code);
     Outcome end(ErrorCode error, const char *description);
 
-    /// The transfer fails with TimedOut then, unless a byte moves.
+    /// The transfer fails with TimedOut then, unless something moves.
     Clock::time_point deadline() const { return m_lastMove + m_job->request().timeout; }
 
     Transfers::iterator place;
 
 private:
     void setConstantOptions(CURLSH *share);
+    void setCallbacks();
     void setMethod(const Request &request);
     void setHeaders(bool isForeignHost);
     bool hasLeftHost() const;
     Error errorFor(CURLcode code) const;
     Response response() const;
-    void clear();
+    Outcome finished(Outcome outcome);
 
+    // What libcurl reports. Each returns false to end the transfer.
     bool requestGoesOut();
-    bool takeHead(const char *line, size_t size);
-    bool takeBody(const char *bytes, size_t size);
+    bool takeHead(QByteArrayView line);
+    bool takeBody(QByteArrayView bytes);
     bool takeProgress(qint64 received, qint64 sent);
     void touch() { m_lastMove = Clock::now(); }
 
-    // The callbacks of libcurl, which find their transfer in `self`.
-    static int onRequest(void *self, char *, char *, int, int);
-    static size_t onHead(char *line, size_t one, size_t size, void *self);
-    static size_t onBody(char *bytes, size_t one, size_t size, void *self);
-    static int onProgress(void *self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent);
-
     EasyHandle m_easy;
     StringList m_headers;
-    /// What m_headers was made of: most requests repeat the headers of the one before.
+    /// The source of m_headers. Most requests repeat the headers of the previous one; making the list anew took a tenth
+    /// of the networking thread.
     std::vector<std::pair<QByteArray, QByteArray>> m_headersSource;
     bool m_headersAreForeign = false;
     std::shared_ptr<curl_slist> m_routes;
     std::array<char, CURL_ERROR_SIZE> m_errorText = {};
 
     std::shared_ptr<Job> m_job;
-    QByteArray m_data;
     Clock::time_point m_lastMove;
-    qint64 m_received = 0;
-    qint64 m_sent = 0;
-    qint64 m_headSize = 0;
-    bool m_isUnanswered = false; ///< A request went out and not one line of its answer came.
-    bool m_isHeadWhole = false;
-    bool m_wouldRepeat = false; ///< libcurl was about to send it once more.
-    bool m_isTooLarge = false;
-};
 
-/// Why a request cannot be sent at all, or null.
-const char *problemOf(const Request &request);
+    /// The current job's answer so far.
+    struct Answer
+    {
+        QByteArray data;
+        qint64 received = 0;
+        qint64 sent = 0;
+        qint64 headSize = 0;
+        bool isUnanswered = false; ///< A request went out and no line of its answer came.
+        bool isHeadWhole = false;
+        bool wouldRepeat = false; ///< libcurl was about to send the request again.
+        bool isTooLarge = false;
+    } m_answer;
+};
 
 } // namespace zelvano::http
