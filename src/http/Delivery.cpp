@@ -17,7 +17,7 @@ Delivery::~Delivery()
         m_isEnding = true;
     }
     m_changed.notify_one();
-    // A completion that calls exit() ends here on the delivery thread itself, which never goes on.
+    // A completion that calls exit() gets here on the delivery thread, which cannot join itself and never continues.
     if (m_thread.get_id() == std::this_thread::get_id())
         m_thread.detach();
     else
@@ -29,14 +29,9 @@ void Delivery::deliver(std::vector<Outcome> &batch)
     if (batch.empty())
         return;
     const std::lock_guard lock(m_mutex);
-    const bool wasIdle = m_waiting.empty();
-    if (wasIdle)
-        m_waiting.swap(batch);
-    else
-        std::move(batch.begin(), batch.end(), std::back_inserter(m_waiting));
+    std::ranges::move(batch, std::back_inserter(m_waiting));
     batch.clear();
-    if (wasIdle)
-        m_changed.notify_one();
+    m_changed.notify_one();
 }
 
 void Delivery::run()

@@ -9,8 +9,8 @@
 
 namespace zelvano::http {
 
-/// The delivery thread: runs completions one after another and releases their closures.
-/// Destroying it runs what is left and joins the thread.
+/// The delivery thread: runs completions one after another and releases them. The destructor runs the rest and joins
+/// the thread.
 class Delivery
 {
 public:

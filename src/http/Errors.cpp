@@ -42,7 +42,7 @@ ErrorCode errorCodeFor(CURLcode code)
         return ErrorCode::AnswerTooLarge;
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_BAD_CONTENT_ENCODING:
-    // Our own URL is checked before: what is left is an answer that is not HTTP, or a redirect out of HTTP.
+    // The answer is not HTTP, or redirects out of HTTP. The request's own URL was checked before.
     case CURLE_UNSUPPORTED_PROTOCOL:
         return ErrorCode::BadAnswer;
     default:

@@ -7,10 +7,10 @@
 
 namespace zelvano::http {
 
-/// The one place where libcurl's codes become ours.
+/// Translates libcurl's codes. Nothing else does.
 ErrorCode errorCodeFor(CURLcode code);
 
-/// `description` is cut to one line.
+/// `description` becomes one line.
 Error makeError(ErrorCode code, const char *description);
 
 } // namespace zelvano::http

@@ -23,7 +23,7 @@ bool isSafeHeader(const QByteArray &name, const QByteArray &value)
 StringList headerList(const Request &request, bool isForeignHost)
 {
     StringList list;
-    // A name without value keeps libcurl from adding its own.
+    // A name without a value keeps libcurl from adding its own.
     append(list, "Expect:");
     bool hasContentType = false;
     for (const auto &[name, value] : request.headers) {
@@ -32,7 +32,7 @@ StringList headerList(const Request &request, bool isForeignHost)
         if (isForeignHost && name.left(2).compare("x-", Qt::CaseInsensitive) == 0)
             continue;
         hasContentType = hasContentType || name.compare("content-type", Qt::CaseInsensitive) == 0;
-        // libcurl's way to send a name with a blank value is a semicolon.
+        // For libcurl a semicolon means a blank value.
         append(list, (value.trimmed().isEmpty() ? name + ';' : name + ": " + value).constData());
     }
     if (!hasContentType)

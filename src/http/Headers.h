@@ -5,14 +5,14 @@
 
 namespace zelvano::http {
 
-/// A token of HTTP: what a method and a header's name consist of.
+/// Methods and header names are tokens of HTTP.
 bool isToken(const QByteArray &text);
 
-/// True unless the header could break out of its line.
+/// False if the header could break out of its line.
 bool isSafeHeader(const QByteArray &name, const QByteArray &value);
 
-/// The header lines of a request as CURLOPT_HTTPHEADER takes them, and nothing that libcurl would add unasked.
-/// Those named "x-..." are the caller's secrets and are left out for a host that a redirect names.
+/// The header lines of a request for CURLOPT_HTTPHEADER, without those that libcurl adds by itself.
+/// "x-..." headers are the caller's secrets: a foreign host, which a redirect names, does not get them.
 StringList headerList(const Request &request, bool isForeignHost);
 
 } // namespace zelvano::http

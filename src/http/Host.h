@@ -10,16 +10,15 @@ namespace zelvano::http {
 
 class Job;
 
-/// "host:port", always with the port: the key of routes and queues.
+/// "host:port", always with the port.
 QByteArray hostAndPort(const QUrl &url);
 
-/// The transfers of one scheme, host and port.
+/// The jobs of one scheme, host and port.
 struct Host
 {
     QByteArray key;
-    QByteArray hostAndPort;
     std::list<std::shared_ptr<Job>> waiting;
-    int active = 0;
+    int active = 0; ///< Jobs that have a slot.
 };
 
 } // namespace zelvano::http

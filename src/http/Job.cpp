@@ -7,16 +7,12 @@ namespace zelvano::http {
 
 namespace {
 
-quint64 nextId()
-{
-    static std::atomic<quint64> last = 0;
-    return ++last;
-}
+std::atomic<quint64> lastId = 0;
 
 } // namespace
 
 Job::Job(Request request, Session::Completion completion)
-    : m_request(std::move(request)), m_completion(std::move(completion)), m_id(nextId())
+    : m_request(std::move(request)), m_completion(std::move(completion)), m_id(++lastId)
 {
 }
 
@@ -31,15 +27,10 @@ void Job::resume()
 
 void Job::cancel()
 {
-    // Before resume the mark is enough: the loop looks at it when the job arrives.
+    // Before resume() the flag is enough: the loop reads it when the job arrives.
     if (m_isCancelled.exchange(true) || m_stage.load() != Stage::Resumed)
         return;
     Threads::instance().cancel(shared_from_this());
-}
-
-bool Job::isFinished() const
-{
-    return m_stage.load() == Stage::Finished;
 }
 
 void Job::complete(const Outcome &outcome)

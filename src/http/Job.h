@@ -11,8 +11,8 @@ namespace zelvano::http {
 class Transfer;
 struct Host;
 
-/// The task behind the handle. Owned by the handle and, from resume to completion, by the loop; the request and the
-/// closure go when the completion has run, whatever the handle does.
+/// The task behind the handle. The handle owns it, and so does the loop from resume() to the completion. Request and
+/// completion are released when the completion has run, even if the handle lives on.
 class Job final : public Task, public std::enable_shared_from_this<Job>
 {
 public:
@@ -20,22 +20,21 @@ public:
 
     void resume() override;
     void cancel() override;
-    bool isFinished() const override;
+    bool isFinished() const override { return m_stage.load() == Stage::Finished; }
 
     /// Valid until the completion runs.
     const Request &request() const { return m_request; }
     bool isCancelled() const { return m_isCancelled.load(); }
 
-    /// The single exit: delivery thread, once.
+    /// Runs the completion. Delivery thread, once.
     void complete(const Outcome &outcome);
 
-    /// Where the loop keeps it. Networking thread only.
+    /// Where the loop keeps the job. Networking thread only.
     struct Place
     {
         Host *host = nullptr;
-        Transfer *transfer = nullptr; ///< Null unless it has a slot.
-        std::list<std::shared_ptr<Job>>::iterator waiting;
-        bool isWaiting = false;
+        Transfer *transfer = nullptr;                                     ///< Null without a slot.
+        std::optional<std::list<std::shared_ptr<Job>>::iterator> waiting; ///< In the host's list.
     } place;
 
 private:

@@ -11,10 +11,10 @@ namespace zelvano::http {
 namespace {
 
 constexpr size_t MostSpareTransfers = 32;
-/// libcurl would scale this with the transfers of the moment, and close connections that the next burst needs.
+/// libcurl's default follows the number of current transfers and closes connections that the next burst needs.
 constexpr long MostIdleConnections = 64;
 
-/// TLS writes to sockets that the peer may have closed; the host's own threads keep their signal handling.
+/// TLS writes to sockets that the peer may have closed. The host's own threads keep their signal handling.
 void blockSigpipe()
 {
     sigset_t signals;
@@ -25,41 +25,20 @@ void blockSigpipe()
 
 } // namespace
 
-Loop::Loop(Delivery &delivery) : m_delivery(delivery)
+Loop::Loop(Delivery &delivery)
+    : m_delivery(delivery), m_share(curl_share_init()), m_multi(curl_multi_init()), m_inbox(m_multi.get())
 {
-    m_share.reset(curl_share_init());
     // A multi handle shares connections and DNS answers among its transfers, but not TLS sessions. One thread uses
     // them, so they need no locks.
     curl_share_setopt(m_share.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
-    m_multi.reset(curl_multi_init());
     curl_multi_setopt(m_multi.get(), CURLMOPT_MAXCONNECTS, MostIdleConnections);
     m_thread = std::thread([this] { run(); });
 }
 
 Loop::~Loop()
 {
-    post([](Inbox &inbox) { inbox.isEnding = true; });
+    m_inbox.end();
     m_thread.join();
-}
-
-void Loop::submit(std::shared_ptr<Job> job)
-{
-    post([&](Inbox &inbox) { inbox.submitted.push_back(std::move(job)); });
-}
-
-void Loop::cancel(std::shared_ptr<Job> job)
-{
-    post([&](Inbox &inbox) { inbox.cancelled.push_back(std::move(job)); });
-}
-
-template<typename Change> void Loop::post(Change &&change)
-{
-    const std::lock_guard lock(m_mutex);
-    // Whoever filled the inbox has woken the loop already.
-    const bool wasEmpty = m_inbox.submitted.empty() && m_inbox.cancelled.empty();
-    change(m_inbox);
-    if (wasEmpty)
-        curl_multi_wakeup(m_multi.get());
 }
 
 void Loop::run()
@@ -72,7 +51,7 @@ void Loop::run()
     }
     cancelAll();
     m_delivery.deliver(m_outcomes);
-    // Closing connections writes to them: here, where SIGPIPE is blocked.
+    // This closes connections, which writes to them: SIGPIPE is blocked on this thread alone.
     m_spare.clear();
     m_multi.reset();
     m_share.reset();
@@ -80,17 +59,12 @@ void Loop::run()
 
 bool Loop::drainInbox()
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        std::swap(m_inbox, m_drained);
-    }
-    for (const auto &job : m_drained.submitted)
+    const auto content = m_inbox.take();
+    for (const auto &job : content.submitted)
         admit(job);
-    for (const auto &job : m_drained.cancelled)
+    for (const auto &job : content.cancelled)
         withdraw(*job);
-    m_drained.submitted.clear();
-    m_drained.cancelled.clear();
-    return !m_drained.isEnding;
+    return !content.isEnding;
 }
 
 void Loop::admit(const std::shared_ptr<Job> &job)
@@ -105,12 +79,10 @@ void Loop::admit(const std::shared_ptr<Job> &job)
 
 void Loop::withdraw(Job &job)
 {
-    if (job.place.isWaiting) {
-        m_queues.withdraw(job);
+    if (m_queues.withdraw(job))
         fail(job.shared_from_this(), ErrorCode::Cancelled, "cancelled");
-    } else if (job.place.transfer) {
+    else if (job.place.transfer)
         fail(*job.place.transfer, ErrorCode::Cancelled, "cancelled");
-    }
 }
 
 void Loop::work()
@@ -132,10 +104,12 @@ void Loop::begin(const std::shared_ptr<Job> &job)
         fail(job, ErrorCode::Cancelled, "cancelled");
         return;
     }
-    auto transfer = takeSpare();
-    Transfer &started = *transfer;
+    if (m_spare.empty())
+        m_spare.push_back(std::make_unique<Transfer>(m_share.get()));
+    Transfer &started = *m_spare.back();
     started.begin(job);
-    started.place = m_active.emplace(Clock::now() + job->request().timeout, std::move(transfer));
+    started.place = m_active.emplace(started.deadline(), std::move(m_spare.back()));
+    m_spare.pop_back();
     curl_multi_add_handle(m_multi.get(), started.easy());
 }
 
@@ -155,13 +129,12 @@ void Loop::expireIdle()
     const auto now = Clock::now();
     while (!m_active.empty() && m_active.begin()->first <= now) {
         Transfer &transfer = *m_active.begin()->second;
-        const auto deadline = transfer.deadline();
-        if (deadline <= now) {
+        if (transfer.deadline() <= now) {
             fail(transfer, ErrorCode::TimedOut, "no byte moved for too long");
             continue;
         }
         auto node = m_active.extract(m_active.begin());
-        node.key() = deadline;
+        node.key() = transfer.deadline();
         transfer.place = m_active.insert(std::move(node));
     }
 }
@@ -193,10 +166,7 @@ void Loop::fail(Transfer &transfer, ErrorCode error, const char *description)
 
 void Loop::fail(const std::shared_ptr<Job> &job, ErrorCode error, const char *description)
 {
-    Outcome outcome;
-    outcome.job = job;
-    outcome.error = makeError(error, description);
-    m_outcomes.push_back(std::move(outcome));
+    m_outcomes.push_back({job, {}, {}, makeError(error, description)});
 }
 
 void Loop::cancelAll()
@@ -205,15 +175,6 @@ void Loop::cancelAll()
         fail(job, ErrorCode::Cancelled, "cancelled");
     while (!m_active.empty())
         fail(*m_active.begin()->second, ErrorCode::Cancelled, "cancelled");
-}
-
-std::unique_ptr<Transfer> Loop::takeSpare()
-{
-    if (m_spare.empty())
-        return std::make_unique<Transfer>(m_share.get());
-    auto transfer = std::move(m_spare.back());
-    m_spare.pop_back();
-    return transfer;
 }
 
 } // namespace zelvano::http

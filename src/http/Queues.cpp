@@ -4,31 +4,25 @@ namespace zelvano::http {
 
 void Queues::enqueue(const std::shared_ptr<Job> &job)
 {
-    Host &host = hostOf(job->request().url);
-    job->place.host = &host;
-    job->place.waiting = host.waiting.insert(host.waiting.end(), job);
-    job->place.isWaiting = true;
-    fillSlots(host);
-}
-
-Host &Queues::hostOf(const QUrl &url)
-{
+    const QUrl &url = job->request().url;
     if (url != m_lastUrl) {
         m_lastUrl = url;
-        m_lastHostAndPort = hostAndPort(url);
-        m_lastKey = url.scheme().toLatin1() + ' ' + m_lastHostAndPort;
+        m_lastKey = url.scheme().toLatin1() + ' ' + hostAndPort(url);
     }
     Host &host = m_hosts[m_lastKey];
     host.key = m_lastKey;
-    host.hostAndPort = m_lastHostAndPort;
-    return host;
+    job->place.host = &host;
+    job->place.waiting = host.waiting.insert(host.waiting.end(), job);
+    fillSlots(host);
 }
 
-void Queues::withdraw(Job &job)
+bool Queues::withdraw(Job &job)
 {
-    // It is not the host's last one: a job only waits while others run.
-    job.place.isWaiting = false;
-    job.place.host->waiting.erase(job.place.waiting);
+    if (!job.place.waiting)
+        return false;
+    // The host stays: a job only waits while others run.
+    job.place.host->waiting.erase(*std::exchange(job.place.waiting, {}));
+    return true;
 }
 
 void Queues::release(Job &job)
@@ -45,7 +39,7 @@ std::vector<std::shared_ptr<Job>> Queues::takeAll()
     std::vector<std::shared_ptr<Job>> all = takeReady();
     for (auto &[key, host] : m_hosts) {
         for (const auto &job : std::exchange(host.waiting, {})) {
-            job->place.isWaiting = false;
+            job->place.waiting.reset();
             all.push_back(job);
         }
     }
@@ -55,7 +49,7 @@ std::vector<std::shared_ptr<Job>> Queues::takeAll()
 void Queues::fillSlots(Host &host)
 {
     while (host.active < SlotsPerHost && !host.waiting.empty()) {
-        host.waiting.front()->place.isWaiting = false;
+        host.waiting.front()->place.waiting.reset();
         m_ready.push_back(std::move(host.waiting.front()));
         host.waiting.pop_front();
         ++host.active;

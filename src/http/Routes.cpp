@@ -1,6 +1,7 @@
 #include "Routes.h"
 
 #include "Curl.h"
+#include "Immortal.h"
 
 #include <map>
 #include <mutex>
@@ -13,15 +14,13 @@ struct Table
 {
     std::mutex mutex;
     std::map<QByteArray, QByteArray> targets;
-    /// The same for libcurl, made when the table changes; transfers that use it hold it.
+    /// The targets for libcurl. Transfers share it until they end.
     std::shared_ptr<curl_slist> list;
 };
 
 Table &table()
 {
-    // Never destroyed: the networking thread may outlive the static objects of this library.
-    static auto *const only = new Table;
-    return *only;
+    return immortal<Table>();
 }
 
 } // namespace

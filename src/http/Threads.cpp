@@ -1,5 +1,7 @@
 #include "Threads.h"
 
+#include "Immortal.h"
+
 #include <QCoreApplication>
 
 namespace zelvano::http {
@@ -24,14 +26,13 @@ struct Stopper
 
 Threads &Threads::instance()
 {
-    // Never destroyed, so that a task resumed by some other static object's destructor finds it closed.
-    static auto *const only = new Threads;
-    // What is made last ends first: the TLS library registers its clean-up here, and must still be there when the
+    // Static objects end in reverse order. The TLS library registers its clean-up here and must still work when the
     // stopper closes connections.
     static const CURLcode libraries = curl_global_init(CURL_GLOBAL_DEFAULT);
     static const Stopper stopper;
     Q_UNUSED(libraries)
-    return *only;
+    // A task that another static object's destructor resumes finds it closed.
+    return immortal<Threads>();
 }
 
 void Threads::submit(std::shared_ptr<Job> job)
@@ -76,7 +77,7 @@ void Threads::stop(bool isForGood)
     const auto late = std::exchange(m_late, {});
     if (isForGood || late.empty())
         return;
-    // No further post routine: a completion that always tries again would keep the application from ending.
+    // Adds no post routine: a completion that always tries again would keep the application from ending.
     start();
     for (const auto &job : late)
         m_loop->submit(job);

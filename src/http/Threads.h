@@ -5,7 +5,7 @@
 
 namespace zelvano::http {
 
-/// The two threads of the process: started by the first job, stopped with the application object or, without one,
+/// The two threads of the process. The first job starts them. They stop with the application object or, without one,
 /// with the static objects. Any thread.
 class Threads
 {
@@ -15,14 +15,13 @@ public:
     void submit(std::shared_ptr<Job> job);
     void cancel(std::shared_ptr<Job> job);
 
-    /// Cancels what is in flight, runs its completions and joins both threads. A job submitted meanwhile starts them
+    /// Cancels all jobs, runs their completions and joins both threads. A job that is submitted meanwhile starts them
     /// again; after a stop for good it is dropped.
     void stop(bool isForGood);
 
 private:
     enum class State { Stopped, Running, Stopping, Closed };
 
-    Threads() = default;
     void start();
 
     std::mutex m_mutex;

@@ -1,5 +1,7 @@
 #include "Traffic.h"
 
+#include "Immortal.h"
+
 #include <algorithm>
 #include <atomic>
 #include <mutex>
@@ -13,24 +15,22 @@ namespace {
 struct Watch
 {
     std::atomic<bool> isOn = false;
-    /// Recursive: an observer may itself resume a task, or take itself away.
+    /// Recursive: an observer may resume a task or remove itself.
     std::recursive_mutex mutex;
     std::vector<std::shared_ptr<TrafficObserver>> observers;
 };
 
 Watch &watch()
 {
-    // Never destroyed: the delivery thread may outlive the static objects of this library.
-    static auto *const only = new Watch;
-    return *only;
+    return immortal<Watch>();
 }
 
-template<typename Call> void tellObservers(Call &&call)
+template<typename Call> void callObservers(Call &&call)
 {
     if (!watch().isOn.load(std::memory_order_acquire))
         return;
     const std::lock_guard lock(watch().mutex);
-    const auto observers = watch().observers; // A copy: one may take itself, or another, away.
+    const auto observers = watch().observers; // A copy: an observer may remove itself or another.
     for (const auto &observer : observers) {
         if (std::ranges::find(watch().observers, observer) != watch().observers.end())
             call(*observer);
@@ -55,13 +55,13 @@ void Traffic::removeObserver(const std::shared_ptr<TrafficObserver> &observer)
 
 void Traffic::willStart(quint64 id, const Request &request)
 {
-    tellObservers([&](TrafficObserver &observer) { observer.requestWillStart(id, request); });
+    callObservers([&](TrafficObserver &observer) { observer.requestWillStart(id, request); });
 }
 
 void Traffic::didEnd(quint64 id, const std::optional<Response> &response, const QByteArray &data,
                      const std::optional<Error> &error)
 {
-    tellObservers([&](TrafficObserver &observer) { observer.requestDidEnd(id, response, data, error); });
+    callObservers([&](TrafficObserver &observer) { observer.requestDidEnd(id, response, data, error); });
 }
 
 } // namespace zelvano::http
