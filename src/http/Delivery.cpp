@@ -1,6 +1,10 @@
 #include "Delivery.h"
 
+#include <QCoreApplication>
+#include <QThread>
+
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 
 namespace zelvano::http {
@@ -18,10 +22,28 @@ Delivery::~Delivery()
     }
     m_changed.notify_one();
     // A completion that calls exit() gets here on the delivery thread, which cannot join itself and never continues.
-    if (m_thread.get_id() == std::this_thread::get_id())
+    if (m_thread.get_id() == std::this_thread::get_id()) {
         m_thread.detach();
-    else
-        m_thread.join();
+        return;
+    }
+    while (!waitForEnd())
+        serveQueuedCalls();
+    m_thread.join();
+}
+
+bool Delivery::waitForEnd()
+{
+    std::unique_lock lock(m_mutex);
+    return m_changed.wait_for(lock, std::chrono::milliseconds(10), [this] { return m_hasEnded; });
+}
+
+/// A host's message handler may pass each line to the main thread and wait for it there. The last completions log, so
+/// the main thread must not only wait for them.
+void Delivery::serveQueuedCalls()
+{
+    const auto *app = QCoreApplication::instance();
+    if (app && app->thread() == QThread::currentThread())
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
 }
 
 void Delivery::deliver(std::vector<Outcome> &batch)
@@ -44,13 +66,16 @@ void Delivery::run()
             batch.swap(m_waiting);
         }
         if (batch.empty())
-            return;
+            break;
         for (Outcome &waiting : batch) {
             const Outcome outcome = std::move(waiting);
             outcome.job->complete(outcome);
         }
         batch.clear();
     }
+    const std::lock_guard lock(m_mutex);
+    m_hasEnded = true;
+    m_changed.notify_one();
 }
 
 } // namespace zelvano::http

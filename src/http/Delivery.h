@@ -23,11 +23,14 @@ public:
 
 private:
     void run();
+    bool waitForEnd();
+    static void serveQueuedCalls();
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::vector<Outcome> m_waiting;
     bool m_isEnding = false;
+    bool m_hasEnded = false;
     std::thread m_thread;
 };
 

@@ -2,6 +2,7 @@
 #include <ZelvanoUI/PlayerEvents.h>
 
 #include <QDir>
+#include <QProcess>
 #include <QTemporaryFile>
 
 #include <cfenv>
@@ -16,6 +17,42 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace zelvano;
 using sandbox::Fault;
+
+namespace {
+
+std::atomic<int> eventLines = 0;
+
+/// A host's message handler that passes each line to the main thread and waits for it.
+void writeOnMainThread(QtMsgType, const QMessageLogContext &, const QString &line)
+{
+    if (!MainQueue::isMainThread())
+        QMetaObject::invokeMethod(
+            qApp, [] {}, Qt::BlockingQueuedConnection);
+    eventLines += line.startsWith(u"events::"_s);
+}
+
+/// Ends the application object while calls are under way.
+int endWithCallsUnderWay(int count, char **arguments)
+{
+    qputenv("XDG_CONFIG_HOME", QDir::tempPath().toLocal8Bit() + "/no-such-folder");
+    RawServer network([](RawServer::Connection &connection) {
+        while (!connection.readRequest().isEmpty())
+            ;
+    });
+    std::shared_ptr<Zelvano> engine;
+    {
+        const QCoreApplication app(count, arguments);
+        qInstallMessageHandler(writeOnMainThread);
+        useService(QString::fromLatin1("127.0.0.1:" + QByteArray::number(network.url().port())));
+        for (int i = 0; i < 5; ++i) {
+            engine = Zelvano::create();
+            engine->initializeWithAPIKey(u"key"_s);
+        }
+    }
+    return 0;
+}
+
+} // namespace
 
 /// The process is the host's.
 class tst_HostIsSafe : public QObject
@@ -60,6 +97,32 @@ private Q_SLOTS:
         QCOMPARE(processSettings(), before);
     }
 
+    void messageHandlerWaitsForTheMainThread()
+    {
+        EngineFixture service;
+        service.openView();
+        const auto previous = qInstallMessageHandler(writeOnMainThread);
+        for (int i = 0; i < 300; ++i) {
+            service.engine->readyEvent(service.subscriber); // Its answer logs and changes the state.
+            QCoreApplication::processEvents();
+            service.engine->playerEvent(PlayerEvent::Pause, service.subscriber);
+        }
+        // "events:: ready" and "events:: pause" of each turn.
+        const bool isOver = EngineFixture::wait([] { return eventLines == 600; });
+        qInstallMessageHandler(previous);
+        QVERIFY(isOver);
+        service.settle();
+        QCOMPARE(service.sentCount(PlayerEvent::Pause), 300);
+    }
+
+    void messageHandlerWaitsWhileTheApplicationEnds()
+    {
+        QProcess process;
+        process.start(QCoreApplication::applicationFilePath(), {u"--end"_s});
+        QVERIFY(process.waitForFinished(10000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    }
+
 private:
     /// What belongs to the whole process, as text.
     static QStringList processSettings()
@@ -86,5 +149,13 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_HostIsSafe)
+int main(int count, char **arguments)
+{
+    if (count > 1 && qstrcmp(arguments[1], "--end") == 0)
+        return endWithCallsUnderWay(count, arguments);
+    const QCoreApplication app(count, arguments);
+    tst_HostIsSafe test;
+    return QTest::qExec(&test, count, arguments);
+}
+
 #include "tst_HostIsSafe.moc"
