@@ -3,7 +3,10 @@
 #include <ZelvanoUI/AVPlayer.h>
 
 #include <QElapsedTimer>
+#include <QMutex>
 #include <QTimer>
+
+#include <atomic>
 
 /// A player over an engine of the host's own. This engine is a clock: every medium takes some seconds, and nothing is
 /// to be seen. What a real one tells by callbacks stands where the clock changes here.

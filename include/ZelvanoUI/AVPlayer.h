@@ -3,38 +3,35 @@
 #include <ZelvanoUI/AVPlayerItem.h>
 #include <ZelvanoUI/Player.h>
 
-#include <QMutex>
-
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <vector>
 
 namespace zelvano {
 
 enum class AVPlayerStatus { Unknown = 0, ReadyToPlay = 1, Failed = 2 };
 
-/// A player of one item at a time. ZelvanoUI::UI brings one over QMediaPlayer; a host over another engine derives its
-/// own: it answers the pure virtual functions and says when its rate changes, when its position jumps, and, through
-/// the item and AVPlayerItemDidPlayToEndTimeNotification, what becomes of the item.
+/// A player of one item at a time. QtAVPlayer is one over QMediaPlayer; a host with another engine derives its own.
 ///
-/// Main thread; what is marked so may be read from any thread: it waits for no lock that is held while rateChanged() or
-/// another change is told, since the library's own may be held by who asks. An answer that is under way may hold the
-/// last reference: create it with makeMainThreadShared(), so that it is deleted on the main thread.
+/// A derived class answers the pure virtual functions, emits rateChanged() and frameChanged(), calls timeJumped(), sets
+/// the item's status and duration, and posts AVPlayerItemDidPlayToEndTimeNotification at the end of an item.
+///
+/// Main thread. Functions marked "any thread" must not take a lock that you hold while emitting a signal. Create it
+/// with makeMainThreadShared(): the last reference may be dropped on another thread.
 class ZELVANOCORE_EXPORT AVPlayer : public Player
 {
     Q_OBJECT
     Q_PROPERTY(float rate READ rate NOTIFY rateChanged FINAL)
 
 public:
-    /// Hears of the position, in seconds.
+    /// Takes the position in seconds.
     using TimeObserver = std::function<void(double seconds)>;
     struct TimeObserverToken;
 
     AVPlayer();
     ~AVPlayer() override;
 
-    /// 0 while nothing plays, 1 at the natural pace. Any thread.
+    /// 0 while the player does not play, 1 at normal speed. Any thread.
     virtual float rate() const = 0;
     Q_SIGNAL void rateChanged();
 
@@ -51,29 +48,25 @@ public:
     void replaceCurrentItemWithPlayerItem(const std::shared_ptr<AVPlayerItem> &item);
     Q_SIGNAL void currentItemChanged();
 
-    /// Calls the observer each interval while the player plays, and whenever the position jumps. It goes on until it is
-    /// removed or the player ends; the token, if it is dropped, does not end it.
+    /// Calls the observer at each interval while the player plays, and when the position jumps. It ends with
+    /// removeTimeObserver() or with the player, not with the token.
     std::shared_ptr<TimeObserverToken> addPeriodicTimeObserver(std::chrono::milliseconds interval,
                                                                TimeObserver observer);
     void removeTimeObserver(const std::shared_ptr<TimeObserverToken> &token);
 
 protected:
-    /// Loads what is to be played from here on; null unloads. Called after currentItemChanged. A player that goes on
-    /// playing says rateChanged() for the new item, at the same rate too: its start is told by that.
+    /// Loads the new current item; null unloads. Called after currentItemChanged(). If the player goes on playing, emit
+    /// rateChanged() for the new item, even at the same rate: adapters report the item's start on it.
     virtual void loadItem(const std::shared_ptr<AVPlayerItem> &item) = 0;
 
-    /// For a player whose item changed by itself: makes the item current without loading it.
+    /// Makes an item current without loading it: for a player whose item changes by itself.
     void setCurrentItem(std::shared_ptr<AVPlayerItem> item);
-    /// To be called after a seek, and after any other jump of the position.
+    /// Call it after a seek and after any other jump of the position.
     void timeJumped();
 
 private:
-    void rescheduleTicks();
-    void scheduleTick(const std::shared_ptr<TimeObserverToken> &token);
-
-    mutable QMutex m_itemMutex;
-    std::shared_ptr<AVPlayerItem> m_currentItem;
-    std::vector<std::shared_ptr<TimeObserverToken>> m_timeObservers;
+    struct Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace zelvano

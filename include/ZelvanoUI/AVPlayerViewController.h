@@ -6,8 +6,8 @@
 
 namespace zelvano {
 
-/// A screen part that shows a player. ZelvanoUI::UI brings one over a VideoOutput; a host may derive its own,
-/// and creates it with makeMainThreadShared().
+/// A view that shows an AVPlayer. QtAVPlayerViewController is one over a VideoOutput; a host may derive its own. Main
+/// thread. Create it with makeMainThreadShared().
 class ZELVANOCORE_EXPORT AVPlayerViewController : public Player
 {
     Q_OBJECT

@@ -4,10 +4,10 @@
 
 #include <QFlags>
 #include <QLatin1StringView>
-#include <QMutex>
 #include <QSizeF>
 #include <QUrl>
-#include <QVariantMap>
+
+#include <memory>
 
 namespace zelvano {
 
@@ -26,31 +26,32 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(MPMovieLoadStates)
 
 enum class MPMovieFinishReason { PlaybackEnded = 0, PlaybackError = 1, UserExited = 2 };
 
-/// The load state has changed. All of these are posted with the player as their object.
+// Notifications of a movie player. The object is the player.
+
 inline constexpr QLatin1StringView MPMoviePlayerLoadStateDidChangeNotification{
     "MPMoviePlayerLoadStateDidChangeNotification"};
-/// The playback state has changed.
 inline constexpr QLatin1StringView MPMoviePlayerPlaybackStateDidChangeNotification{
     "MPMoviePlayerPlaybackStateDidChangeNotification"};
-/// Playback ended, was stopped, failed or was left; the reason's number stands in the user info.
+/// Playback ended, was stopped, failed or was left by the viewer.
 inline constexpr QLatin1StringView MPMoviePlayerPlaybackDidFinishNotification{
     "MPMoviePlayerPlaybackDidFinishNotification"};
-/// In the user info: the number of an MPMovieFinishReason. Without it the end counts as reached.
+/// Key in the user info: the number of an MPMovieFinishReason. Without it the reason is PlaybackEnded.
 inline constexpr QLatin1StringView MPMoviePlayerPlaybackDidFinishReasonUserInfoKey{
     "MPMoviePlayerPlaybackDidFinishReasonUserInfoKey"};
-/// Adapters take any movie player's full screen for that of the one they watch.
+/// Adapters react to the full screen of any movie player, not only of theirs.
 inline constexpr QLatin1StringView MPMoviePlayerWillEnterFullscreenNotification{
     "MPMoviePlayerWillEnterFullscreenNotification"};
-/// If it is paused then, recommendations are laid over it.
+/// If the player is paused, recommendations are laid over it.
 inline constexpr QLatin1StringView MPMoviePlayerWillExitFullscreenNotification{
     "MPMoviePlayerWillExitFullscreenNotification"};
 
-/// A player of movies that tells each of its states by notification. ZelvanoUI::UI brings one over QMediaPlayer; a host
-/// over another engine derives its own: it answers the pure virtual functions and tells what changes.
+/// A movie player, which posts a notification for each change of state. QtMPMoviePlayerController is one over
+/// QMediaPlayer; a host with another engine derives its own.
 ///
-/// Main thread; what is marked so may be read from any thread: it waits for no lock that is held while a change is
-/// told. An answer that is under way may hold the last reference:
-/// create it with makeMainThreadShared(), so that it is deleted on the main thread.
+/// A derived class answers the pure virtual functions and calls the tell functions once an answer has changed.
+///
+/// Main thread. Functions marked "any thread" must not take a lock that you hold while calling a tell function. Create
+/// it with makeMainThreadShared(): the last reference may be dropped on another thread.
 class ZELVANOCORE_EXPORT MPMoviePlayerController : public Player
 {
     Q_OBJECT
@@ -62,7 +63,7 @@ public:
 
     /// Empty when there is none. Any thread.
     QUrl contentURL() const;
-    /// Loads the movie, also when it is the one that is loaded. Playing it is another call.
+    /// Loads the movie, also when it is loaded already. Does not play it.
     void setContentURL(const QUrl &url);
     Q_SIGNAL void contentURLChanged();
 
@@ -74,11 +75,11 @@ public:
     virtual double duration() const = 0;
     /// Seconds. Any thread.
     virtual double currentPlaybackTime() const = 0;
-    /// How far the movie could be played with what is loaded, in seconds from its beginning.
+    /// The end of what is loaded, in seconds from the beginning of the movie.
     virtual double playableDuration() const = 0;
-    /// The picture's own size in points; empty before it is known.
+    /// Size of the picture in points; empty while unknown.
     virtual QSizeF naturalSize() const = 0;
-    /// Whether it plays by itself as soon as it can.
+    /// Whether the player starts as soon as the movie is playable.
     virtual bool shouldAutoplay() const = 0;
 
     virtual void play() = 0;
@@ -86,12 +87,12 @@ public:
     virtual void stop() = 0;
 
 protected:
-    /// Loads what is to be played from here on; an empty URL unloads. Called after contentURLChanged.
+    /// Loads the new content; an empty URL unloads. Called after contentURLChanged().
     virtual void loadContent(const QUrl &url) = 0;
-    /// For a player whose content changed by itself: makes the URL current without loading it.
+    /// Makes a URL current without loading it: for a player whose content changes by itself.
     void setCurrentContentURL(const QUrl &url);
 
-    // To be called once the answers above have changed.
+    // Post the notifications.
     void tellLoadState();
     void tellPlaybackState();
     void tellFinish(MPMovieFinishReason reason);
@@ -99,10 +100,8 @@ protected:
     void tellExitingFullscreen();
 
 private:
-    void post(QLatin1StringView name, const QVariantMap &userInfo = {});
-
-    mutable QMutex m_contentMutex;
-    QUrl m_contentURL;
+    struct Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace zelvano

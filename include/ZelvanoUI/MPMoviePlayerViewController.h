@@ -6,9 +6,7 @@
 
 namespace zelvano {
 
-/// A screen part around a movie player. It takes the end of playback for its own end, and says so; a host that hears it
-/// takes the screen part away. While the library watches it, it leaves that to the library. Main thread; create it
-/// with makeMainThreadShared().
+/// A view around a movie player. Main thread. Create it with makeMainThreadShared().
 class ZELVANOCORE_EXPORT MPMoviePlayerViewController : public Player
 {
     Q_OBJECT
@@ -17,15 +15,18 @@ public:
     explicit MPMoviePlayerViewController(const std::shared_ptr<MPMoviePlayerController> &moviePlayer);
     ~MPMoviePlayerViewController() override;
 
-    /// Null when it was made around none. Any thread.
-    std::shared_ptr<MPMoviePlayerController> moviePlayer() const { return m_moviePlayer; }
+    /// Null when it was created with null. Any thread.
+    std::shared_ptr<MPMoviePlayerController> moviePlayer() const;
     QObject *view() const override;
     QRectF videoBounds() const override;
 
+    /// Playback finished, for any reason; the host takes the view away. Never emitted again once an engine was given
+    /// this player, even after the engine's dismissal: at the end of a video the view stays for the next one.
     Q_SIGNAL void dismissed();
 
 private:
-    const std::shared_ptr<MPMoviePlayerController> m_moviePlayer;
+    struct Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace zelvano

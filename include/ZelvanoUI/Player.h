@@ -7,8 +7,7 @@
 
 namespace zelvano {
 
-/// What every player object that the library recognises can be asked for: where its picture is. Abstract players
-/// derive from it; a host's own may answer or keep the defaults, which stand for "no view". Main thread.
+/// Where a player shows its video. The base of all players that the library recognises. Main thread.
 class ZELVANOCORE_EXPORT Player : public QObject
 {
     Q_OBJECT
@@ -19,13 +18,13 @@ public:
     Player();
     ~Player() override;
 
-    /// The view over which recommendations are laid; ZelvanoUI::UI takes it for a QQuickItem. Null when there is none.
+    /// The view to lay recommendations over, for ZelvanoUI::UI a QQuickItem. Null by default: no recommendations.
     virtual QObject *view() const;
-    /// The rectangle of the video's picture inside the view, in points; empty before there is one.
+    /// The rectangle of the picture inside the view, in points. Empty by default and until there is a picture.
     virtual QRectF videoBounds() const;
 
 Q_SIGNALS:
-    /// The view was moved or resized in its superview. Once for one change of layout, however many edges moved.
+    /// The view was moved or resized in its superview. Emit it once per change of layout.
     void frameChanged();
 };
 

@@ -2,9 +2,11 @@
 
 #include "MainQueue.h"
 
+#include <QMutex>
 #include <QPointer>
 
 #include <utility>
+#include <vector>
 
 namespace zelvano {
 
@@ -15,26 +17,53 @@ struct AVPlayer::TimeObserverToken
     bool removed = false;
 };
 
-AVPlayer::AVPlayer()
+struct AVPlayer::Private
 {
-    connect(this, &AVPlayer::rateChanged, this, &AVPlayer::rescheduleTicks);
+    using Token = std::shared_ptr<TimeObserverToken>;
+
+    const AVPlayer *const player;
+    QMutex itemMutex{}; // Guards the current item.
+    std::shared_ptr<AVPlayerItem> currentItem{};
+    std::vector<Token> timeObservers{};
+
+    void scheduleTick(const Token &token) const
+    {
+        MainQueue::shared().performAfterDelay(token.get(), token->interval, [this, token] {
+            scheduleTick(token); // First: the observer may remove itself, or end the player.
+            token->observer(player->currentTime());
+        });
+    }
+
+    void rescheduleTicks() const
+    {
+        for (const auto &token : timeObservers) {
+            MainQueue::shared().cancelPreviousPerformRequests(token.get());
+            if (player->rate() != 0)
+                scheduleTick(token);
+        }
+    }
+};
+
+AVPlayer::AVPlayer() : d(new Private{this})
+{
+    connect(this, &AVPlayer::rateChanged, this, [this] { d->rescheduleTicks(); });
 }
 
 AVPlayer::~AVPlayer()
 {
-    for (const auto &token : m_timeObservers)
+    for (const auto &token : d->timeObservers)
         MainQueue::shared().cancelPreviousPerformRequests(token.get());
 }
 
 std::shared_ptr<AVPlayerItem> AVPlayer::currentItem() const
 {
-    const QMutexLocker lock(&m_itemMutex);
-    return m_currentItem;
+    const QMutexLocker lock(&d->itemMutex);
+    return d->currentItem;
 }
 
 void AVPlayer::replaceCurrentItemWithPlayerItem(const std::shared_ptr<AVPlayerItem> &item)
 {
-    setCurrentItem(item); // First, so that who hears of it can observe the item before the item loads.
+    setCurrentItem(item); // First: receivers of the signal observe the item before it loads.
     if (currentItem() == item)
         loadItem(item);
 }
@@ -42,8 +71,8 @@ void AVPlayer::replaceCurrentItemWithPlayerItem(const std::shared_ptr<AVPlayerIt
 void AVPlayer::setCurrentItem(std::shared_ptr<AVPlayerItem> item)
 {
     {
-        const QMutexLocker lock(&m_itemMutex);
-        m_currentItem.swap(item);
+        const QMutexLocker lock(&d->itemMutex);
+        d->currentItem.swap(item);
     }
     Q_EMIT currentItemChanged();
 }
@@ -52,15 +81,15 @@ std::shared_ptr<AVPlayer::TimeObserverToken> AVPlayer::addPeriodicTimeObserver(s
                                                                                TimeObserver observer)
 {
     auto token = std::make_shared<TimeObserverToken>(TimeObserverToken{interval, std::move(observer)});
-    m_timeObservers.push_back(token);
+    d->timeObservers.push_back(token);
     if (rate() != 0)
-        scheduleTick(token);
+        d->scheduleTick(token);
     return token;
 }
 
 void AVPlayer::removeTimeObserver(const std::shared_ptr<TimeObserverToken> &token)
 {
-    if (std::erase(m_timeObservers, token) == 0)
+    if (std::erase(d->timeObservers, token) == 0)
         return;
     token->removed = true;
     MainQueue::shared().cancelPreviousPerformRequests(token.get());
@@ -68,29 +97,12 @@ void AVPlayer::removeTimeObserver(const std::shared_ptr<TimeObserverToken> &toke
 
 void AVPlayer::timeJumped()
 {
-    const QPointer<AVPlayer> self(this); // An observer may remove itself or others, and end the player.
-    const auto observers = m_timeObservers;
+    const QPointer<AVPlayer> self(this); // An observer may remove observers, and end the player.
+    const auto observers = d->timeObservers;
     for (const auto &token : observers) {
         if (self && !token->removed)
             token->observer(currentTime());
     }
-}
-
-void AVPlayer::rescheduleTicks()
-{
-    for (const auto &token : m_timeObservers) {
-        MainQueue::shared().cancelPreviousPerformRequests(token.get());
-        if (rate() != 0)
-            scheduleTick(token);
-    }
-}
-
-void AVPlayer::scheduleTick(const std::shared_ptr<TimeObserverToken> &token)
-{
-    MainQueue::shared().performAfterDelay(token.get(), token->interval, [this, token] {
-        scheduleTick(token); // First, so that an observer that removes itself, or stops the player, ends it.
-        token->observer(currentTime());
-    });
 }
 
 } // namespace zelvano

@@ -2,62 +2,75 @@
 
 #include <ZelvanoUI/NotificationCenter.h>
 
+#include <QMutex>
+
 namespace zelvano {
 
-MPMoviePlayerController::MPMoviePlayerController() = default;
+namespace {
+
+void post(MPMoviePlayerController *player, QLatin1StringView name, const QVariantMap &userInfo = {})
+{
+    NotificationCenter::defaultCenter().post({name, QVariant::fromValue<QObject *>(player), userInfo});
+}
+
+} // namespace
+
+struct MPMoviePlayerController::Private
+{
+    QMutex mutex; // Guards the URL.
+    QUrl contentURL;
+};
+
+MPMoviePlayerController::MPMoviePlayerController() : d(new Private) {}
+
 MPMoviePlayerController::~MPMoviePlayerController() = default;
 
 QUrl MPMoviePlayerController::contentURL() const
 {
-    const QMutexLocker lock(&m_contentMutex);
-    return m_contentURL;
+    const QMutexLocker lock(&d->mutex);
+    return d->contentURL;
 }
 
 void MPMoviePlayerController::setContentURL(const QUrl &url)
 {
     setCurrentContentURL(url);
-    if (contentURL() == url) // Who heard of it may have given another.
+    if (contentURL() == url) // A receiver of the signal may have set another.
         loadContent(url);
 }
 
 void MPMoviePlayerController::setCurrentContentURL(const QUrl &url)
 {
     {
-        const QMutexLocker lock(&m_contentMutex);
-        m_contentURL = url;
+        const QMutexLocker lock(&d->mutex);
+        d->contentURL = url;
     }
     Q_EMIT contentURLChanged();
 }
 
 void MPMoviePlayerController::tellLoadState()
 {
-    post(MPMoviePlayerLoadStateDidChangeNotification);
+    post(this, MPMoviePlayerLoadStateDidChangeNotification);
 }
 
 void MPMoviePlayerController::tellPlaybackState()
 {
-    post(MPMoviePlayerPlaybackStateDidChangeNotification);
+    post(this, MPMoviePlayerPlaybackStateDidChangeNotification);
 }
 
 void MPMoviePlayerController::tellFinish(MPMovieFinishReason reason)
 {
-    post(MPMoviePlayerPlaybackDidFinishNotification,
+    post(this, MPMoviePlayerPlaybackDidFinishNotification,
          {{MPMoviePlayerPlaybackDidFinishReasonUserInfoKey, static_cast<int>(reason)}});
 }
 
 void MPMoviePlayerController::tellEnteringFullscreen()
 {
-    post(MPMoviePlayerWillEnterFullscreenNotification);
+    post(this, MPMoviePlayerWillEnterFullscreenNotification);
 }
 
 void MPMoviePlayerController::tellExitingFullscreen()
 {
-    post(MPMoviePlayerWillExitFullscreenNotification);
-}
-
-void MPMoviePlayerController::post(QLatin1StringView name, const QVariantMap &userInfo)
-{
-    NotificationCenter::defaultCenter().post({name, QVariant::fromValue<QObject *>(this), userInfo});
+    post(this, MPMoviePlayerWillExitFullscreenNotification);
 }
 
 } // namespace zelvano

@@ -4,8 +4,13 @@
 
 namespace zelvano {
 
+struct MPMoviePlayerViewController::Private
+{
+    const std::shared_ptr<MPMoviePlayerController> moviePlayer;
+};
+
 MPMoviePlayerViewController::MPMoviePlayerViewController(const std::shared_ptr<MPMoviePlayerController> &moviePlayer)
-    : m_moviePlayer(moviePlayer)
+    : d(new Private{moviePlayer})
 {
     if (!moviePlayer)
         return;
@@ -20,14 +25,19 @@ MPMoviePlayerViewController::~MPMoviePlayerViewController()
     NotificationCenter::defaultCenter().removeObserver(this);
 }
 
+std::shared_ptr<MPMoviePlayerController> MPMoviePlayerViewController::moviePlayer() const
+{
+    return d->moviePlayer;
+}
+
 QObject *MPMoviePlayerViewController::view() const
 {
-    return m_moviePlayer ? m_moviePlayer->view() : nullptr;
+    return d->moviePlayer ? d->moviePlayer->view() : nullptr;
 }
 
 QRectF MPMoviePlayerViewController::videoBounds() const
 {
-    return m_moviePlayer ? m_moviePlayer->videoBounds() : QRectF();
+    return d->moviePlayer ? d->moviePlayer->videoBounds() : QRectF();
 }
 
 } // namespace zelvano
