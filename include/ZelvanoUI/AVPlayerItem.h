@@ -1,23 +1,33 @@
 #pragma once
 
-#include <ZelvanoUI/AVURLAsset.h>
 #include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QLatin1StringView>
 #include <QObject>
+#include <QUrl>
 
-#include <atomic>
-#include <limits>
 #include <memory>
 
 namespace zelvano {
 
-/// Posted on the notification centre by a player when an item has played to its end; the object is the item.
+/// Posted on the notification centre by a player when an item has played to its end. The object is the item.
 inline constexpr QLatin1StringView AVPlayerItemDidPlayToEndTimeNotification{"AVPlayerItemDidPlayToEndTimeNotification"};
 
 enum class AVPlayerItemStatus { Unknown = 0, ReadyToPlay = 1, Failed = 2 };
 
-/// One medium as a player plays it. Read from any thread; set on the main thread, by the player that plays it.
+/// A medium identified by its URL. A value.
+class AVURLAsset
+{
+public:
+    explicit AVURLAsset(const QUrl &url) : m_url(url) {}
+
+    QUrl URL() const { return m_url; }
+
+private:
+    QUrl m_url;
+};
+
+/// One medium in a player. Getters: any thread. Setters: main thread, for the player that plays the item.
 class ZELVANOCORE_EXPORT AVPlayerItem : public QObject
 {
     Q_OBJECT
@@ -27,22 +37,21 @@ public:
     static std::shared_ptr<AVPlayerItem> create(const AVURLAsset &asset);
     ~AVPlayerItem() override;
 
-    AVURLAsset asset() const { return m_asset; }
+    AVURLAsset asset() const;
 
-    AVPlayerItemStatus status() const { return m_status; }
+    AVPlayerItemStatus status() const;
     void setStatus(AVPlayerItemStatus status);
     Q_SIGNAL void statusChanged();
 
-    /// Seconds; not a number while it is unknown.
-    double duration() const { return m_duration; }
-    void setDuration(double seconds) { m_duration = seconds; }
+    /// Seconds; NaN while unknown.
+    double duration() const;
+    void setDuration(double seconds);
 
 private:
     explicit AVPlayerItem(const AVURLAsset &asset);
 
-    const AVURLAsset m_asset;
-    std::atomic<AVPlayerItemStatus> m_status = AVPlayerItemStatus::Unknown;
-    std::atomic<double> m_duration = std::numeric_limits<double>::quiet_NaN();
+    struct Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace zelvano

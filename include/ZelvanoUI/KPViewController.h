@@ -1,26 +1,45 @@
 #pragma once
 
-#include <ZelvanoUI/KPHandler.h>
 #include <ZelvanoUI/Player.h>
 
-#include <QPointer>
+#include <QVariant>
+
+#include <functional>
+#include <memory>
 
 namespace zelvano {
 
-/// A Kaltura player: a web player with plug-ins of its own, which reports to one delegate and is spoken to by name.
-/// ZelvanoUI::UI brings one over a player page; a host with another derives its own.
+/// Takes an event's parameters or an expression's value. Called on the main thread.
+using KPHandler = std::function<void(const QVariant &value)>;
+
+/// The load state that the library acts on. It ignores other numbers.
+enum class KPLoadState { Playable = 1 };
+
+enum class KPPlaybackState {
+    PageShown = 2,
+    ReadyToPlay = 3,
+    Waiting = 4,
+    Playing = 5,
+    Paused = 6,
+    Ended = 7,
+    Aborted = 8,
+    SeekingForward = 9,
+    SeekingBackward = 10
+};
+
+/// A Kaltura player: a web player with plug-ins, which reports to one delegate. QtKPViewController is one over a player
+/// page; a host with another derives its own.
 ///
-/// The library knows no more of it than what can be asked for by name. A class of the host's that is named
-/// "KPViewController" and has these operations works as well, whatever it derives from; of the properties it may leave
-/// out any.
+/// The library calls the player by operation and property name only. Any class named "KPViewController" with these
+/// operations works, and it may leave out properties.
 ///
-/// Main thread. The library does not hold the player: the host does, for as long as it is used.
+/// Main thread. The host keeps the player alive; the library holds no reference.
 class ZELVANOCORE_EXPORT KPViewController : public Player
 {
     Q_OBJECT
-    /// What the player's service calls the video; null when there is none.
+    /// The player service's identifier of the video; null when there is none.
     Q_PROPERTY(QString entryId READ entryId NOTIFY mediaChanged FINAL)
-    /// Seconds; not a number while unknown.
+    /// Seconds; NaN while unknown.
     Q_PROPERTY(double duration READ duration NOTIFY mediaChanged FINAL)
     /// Seconds.
     Q_PROPERTY(double currentPlaybackTime READ currentPlaybackTime NOTIFY mediaChanged FINAL)
@@ -29,36 +48,37 @@ public:
     KPViewController();
     ~KPViewController() override;
 
-    /// Held weakly. It is told by name: playerLoadStateDidChange(QObject *, int), playerPlaybackStateDidChange(QObject
-    /// *, int).
+    /// Held weakly. The player invokes, by name, playerLoadStateDidChange(QObject *player, int state) and
+    /// playerPlaybackStateDidChange(QObject *player, int state).
     Q_INVOKABLE void setDelegate(QObject *delegate);
-    QObject *delegate() const { return m_delegate; }
+    QObject *delegate() const;
 
     virtual QString entryId() const = 0;
     virtual double duration() const = 0;
     virtual double currentPlaybackTime() const = 0;
     Q_SIGNAL void mediaChanged();
 
-    // What the delegate was told, for a host to hear: the library is the delegate.
+    // Emitted after the delegate was called: for hosts, since the library is the delegate.
     Q_SIGNAL void loadStateChanged(int state);
     Q_SIGNAL void playbackStateChanged(int state);
 
-    /// Hears of an event that the page or a plug-in raises. Each registration is called, those of the same id too.
+    /// Calls the handler on each such event of the page or a plug-in. All registrations count, also with the same id.
     Q_INVOKABLE virtual void addKPlayerEventListener(const QString &event, const QString &eventID,
                                                      const zelvano::KPHandler &handler) = 0;
-    /// Asks for the value of an expression such as "{autoPlay}"; without an answer the handler is never called.
+    /// Evaluates an expression such as "{autoPlay}". Without an answer the handler is never called.
     Q_INVOKABLE virtual void asyncEvaluate(const QString &expression, const QString &expressionID,
                                            const zelvano::KPHandler &handler) = 0;
-    /// Tells the plug-ins something. An invalid value stands for no parameters.
+    /// Sends a notification to the plug-ins. Invalid params: none.
     Q_INVOKABLE virtual void sendNotification(const QString &name, const QVariant &params) = 0;
 
 protected:
-    /// Both tell the delegate, and then whoever listens to the signal.
+    // Call the delegate, then emit the signal.
     void tellLoadState(int state);
     void tellPlaybackState(int state);
 
 private:
-    QPointer<QObject> m_delegate;
+    struct Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace zelvano

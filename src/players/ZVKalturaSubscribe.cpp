@@ -2,7 +2,7 @@
 
 #include "ClassName.h"
 #include "MainQueue.h"
-#include <ZelvanoUI/KPHandler.h>
+#include <ZelvanoUI/KPViewController.h>
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/NotificationCenter.h>
 #include <ZelvanoUI/PlayerEvents.h>

@@ -1,32 +1,46 @@
 #include <ZelvanoUI/KPViewController.h>
 
+#include <QPointer>
+
 namespace zelvano {
 
-KPViewController::KPViewController() = default;
+struct KPViewController::Private
+{
+    QPointer<QObject> delegate;
+
+    /// The delegate's function and the signal's receivers may end the player.
+    void tell(KPViewController *player, const char *function, void (KPViewController::*signal)(int), int state) const
+    {
+        const QPointer<KPViewController> alive(player);
+        if (delegate)
+            QMetaObject::invokeMethod(delegate, function, Q_ARG(QObject *, player), Q_ARG(int, state));
+        if (alive)
+            Q_EMIT(player->*signal)(state);
+    }
+};
+
+KPViewController::KPViewController() : d(new Private) {}
+
 KPViewController::~KPViewController() = default;
 
 void KPViewController::setDelegate(QObject *delegate)
 {
-    m_delegate = delegate;
+    d->delegate = delegate;
+}
+
+QObject *KPViewController::delegate() const
+{
+    return d->delegate;
 }
 
 void KPViewController::tellLoadState(int state)
 {
-    const QPointer<KPViewController> self(this); // Who is told may end the player.
-    if (m_delegate)
-        QMetaObject::invokeMethod(m_delegate, "playerLoadStateDidChange", Q_ARG(QObject *, this), Q_ARG(int, state));
-    if (self)
-        Q_EMIT loadStateChanged(state);
+    d->tell(this, "playerLoadStateDidChange", &KPViewController::loadStateChanged, state);
 }
 
 void KPViewController::tellPlaybackState(int state)
 {
-    const QPointer<KPViewController> self(this);
-    if (m_delegate)
-        QMetaObject::invokeMethod(m_delegate, "playerPlaybackStateDidChange", Q_ARG(QObject *, this),
-                                  Q_ARG(int, state));
-    if (self)
-        Q_EMIT playbackStateChanged(state);
+    d->tell(this, "playerPlaybackStateDidChange", &KPViewController::playbackStateChanged, state);
 }
 
 } // namespace zelvano
