@@ -101,9 +101,7 @@ Recommendations::Recommendations(QObject *parent) : QObject(parent) {}
 
 Recommendations::~Recommendations()
 {
-    if (m_lastWord)
-        m_lastWord->disconnect();
-    delete m_lastWord;
+    m_playerEnd = {};
     endQuietly();
 }
 
@@ -151,16 +149,11 @@ void Recommendations::setPlayer(QMediaPlayer *player)
         return;
     if (m_player)
         disconnect(m_player, nullptr, this, nullptr);
-    if (m_lastWord)
-        m_lastWord->disconnect();
-    delete m_lastWord;
     m_player = player;
+    m_playerEnd = PlayerEnd(player, [this] { followPlayer(); });
     if (player) {
         connect(player, &QMediaPlayer::sourceChanged, this, &Recommendations::currentSourceChanged);
         connect(player, &QMediaPlayer::videoOutputChanged, this, &Recommendations::followOutput);
-        // A QMediaPlayer disconnects everything before it ends; a child of it still tells.
-        m_lastWord = new QObject(player);
-        connect(m_lastWord, &QObject::destroyed, this, &Recommendations::followPlayer);
     }
     followPlayer();
 }

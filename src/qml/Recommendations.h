@@ -1,5 +1,6 @@
 #pragma once
 
+#include "PlayerEnd.h"
 #include "RecommendedVideo.h"
 
 #include <QMediaPlayer>
@@ -168,7 +169,7 @@ private:
     QString m_pageId;
     int m_suggestions = 0;
     QPointer<QMediaPlayer> m_player;
-    QPointer<QObject> m_lastWord; ///< A child of the player, which tells of its end.
+    PlayerEnd m_playerEnd;
     QPointer<QQuickItem> m_chosenOutput;
     QPointer<QQuickItem> m_videoOutput;
     PlayerKind m_playerKind = PlayerKind::AVPlayerViewController;

@@ -13,7 +13,7 @@ namespace zelvano {
 namespace {
 
 constexpr double millisecond = 0.001; // Seconds.
-constexpr double jumpTolerance = 1.0; // Seconds by which a position may be ahead of the clock, or behind itself.
+constexpr double jumpTolerance = 1.0; // Seconds that a position may be ahead of the clock, or go back.
 constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
 
 double seconds(qint64 milliseconds)
@@ -23,7 +23,7 @@ double seconds(qint64 milliseconds)
 
 } // namespace
 
-MediaPlayback::MediaPlayback(QMediaPlayer *player) : m_player(player)
+MediaPlayback::MediaPlayback(QMediaPlayer *player) : m_player(player), m_end(player, [this] { Q_EMIT stateChanged(); })
 {
     if (!player)
         return;
@@ -35,17 +35,7 @@ MediaPlayback::MediaPlayback(QMediaPlayer *player) : m_player(player)
     connect(player, &QMediaPlayer::durationChanged, this, &MediaPlayback::durationChanged);
     connect(player, &QMediaPlayer::positionChanged, this, &MediaPlayback::positionDidChange);
     connect(player, &QMediaPlayer::sourceChanged, this, &MediaPlayback::sourceDidChange);
-    // A QMediaPlayer disconnects everything before it ends; a child of it still tells.
-    m_lastWord = new QObject(player);
-    connect(m_lastWord, &QObject::destroyed, this, &MediaPlayback::stateChanged);
     m_lastPosition = position();
-}
-
-MediaPlayback::~MediaPlayback()
-{
-    if (m_lastWord)
-        m_lastWord->disconnect();
-    delete m_lastWord;
 }
 
 void MediaPlayback::load(const QUrl &source)
@@ -55,14 +45,14 @@ void MediaPlayback::load(const QUrl &source)
     m_isLoading = true;
     const QSignalBlocker quiet(this);
     if (source == m_player->source())
-        m_player->setSource(QUrl()); // Given the same again, it would not load it again.
+        m_player->setSource(QUrl()); // A QMediaPlayer ignores a source that it has already.
     m_player->setSource(source);
     m_isLoading = false;
     m_playsWhenLoaded = false;
     m_lastPosition = 0;
 }
 
-/// Told to play while it loads, Qt's FFmpeg backend now and then stands still for good.
+/// Qt's FFmpeg backend sometimes stops for good when play() comes while it loads.
 void MediaPlayback::play()
 {
     if (!m_player)
@@ -134,7 +124,7 @@ MediaPlayback::Medium MediaPlayback::medium() const
     case QMediaPlayer::BufferedMedia:
         break;
     }
-    // Some backends call a medium loaded that they could not open.
+    // Some backends report a medium as loaded that they failed to open.
     if (!m_player->hasVideo() && !m_player->hasAudio() && m_player->duration() <= 0)
         return Medium::Broken;
     return status == QMediaPlayer::LoadedMedia ? Medium::Loaded : Medium::Buffered;
@@ -166,14 +156,14 @@ double MediaPlayback::bufferedUntil() const
 void MediaPlayback::playbackStateDidChange(QMediaPlayer::PlaybackState state)
 {
     if (state != QMediaPlayer::StoppedState)
-        m_playsWhenLoaded = false; // The host has decided meanwhile.
+        m_playsWhenLoaded = false; // The host has played or paused it meanwhile.
     Q_EMIT stateChanged();
 }
 
 void MediaPlayback::mediaStatusDidChange(QMediaPlayer::MediaStatus status)
 {
     Q_EMIT mediumChanged();
-    // Later: this may be part of the host's giving it another source.
+    // Later: the host may be setting another source.
     if (m_playsWhenLoaded && !m_isLoading && status != QMediaPlayer::LoadingMedia)
         QMetaObject::invokeMethod(this, &MediaPlayback::playLoaded, Qt::QueuedConnection);
 }
@@ -195,8 +185,7 @@ void MediaPlayback::positionDidChange()
     const double reached = position();
     const double step = reached - std::exchange(m_lastPosition, reached);
     Q_EMIT positionChanged();
-    // A player that stops goes back to the beginning: that belongs to the change of source, nobody sought. It may say
-    // that it has stopped only after it went back.
+    // A stop moves the position to the beginning, which is not a seek. Some backends report the stop after the move.
     const auto isStopped = [this] { return state() == QMediaPlayer::StoppedState; };
     const double played = state() == QMediaPlayer::PlayingState ? elapsed * pace() : 0;
     if (isStopped() || std::abs(step) <= played + jumpTolerance)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "PlayerEnd.h"
+
 #include <QElapsedTimer>
 #include <QMediaPlayer>
 #include <QPointer>
@@ -7,9 +9,9 @@
 
 namespace zelvano {
 
-/// A host's QMediaPlayer as the players see it, with the gaps between its backends closed: told to play while it loads,
-/// it waits; a source that could not be opened is told from one that could; a seek is told from playing on. The host
-/// goes on using it as it likes, another source included, and may destroy it at any time: it then counts as stopped.
+/// A host's QMediaPlayer with the same behaviour on every backend. play() waits until the source is loaded, a source
+/// that failed to open is Broken, and a seek is distinguished from playing on. The host may go on using the player, and
+/// destroy it at any time: it then counts as stopped. Main thread.
 class MediaPlayback : public QObject
 {
     Q_OBJECT
@@ -19,9 +21,8 @@ public:
 
     /// The media player may be null.
     explicit MediaPlayback(QMediaPlayer *player);
-    ~MediaPlayback() override;
 
-    /// Loads the source, also when it is the one that is loaded; an empty one unloads. Signals nothing meanwhile.
+    /// Loads the source, also when it is loaded already; an empty one unloads. Emits no signal meanwhile.
     void load(const QUrl &source);
     void play();
     void pause();
@@ -29,28 +30,27 @@ public:
 
     QUrl source() const;
     QMediaPlayer::PlaybackState state() const;
-    /// It was told to play, and will once it has loaded.
+    /// play() waits for the source to load.
     bool isAboutToPlay() const { return m_playsWhenLoaded; }
-    /// The pace at which it plays, when it plays.
+    /// Playback rate while it plays; 1 is normal speed.
     double pace() const;
     Medium medium() const;
-    /// Seconds; not a number while unknown.
+    /// Seconds; NaN while unknown.
     double duration() const;
     /// Seconds.
     double position() const;
-    /// Seconds from the beginning up to which it is buffered without a gap from the position on; not a number when the
-    /// backend does not say.
+    /// End of the buffered range around the position, in seconds; NaN when the backend does not report it.
     double bufferedUntil() const;
 
 Q_SIGNALS:
-    /// It plays, pauses or stops, or is about to.
+    /// state(), isAboutToPlay() or pace() may have changed.
     void stateChanged();
     void mediumChanged();
     void durationChanged();
-    /// The host gave it another source.
+    /// The host set another source.
     void sourceChanged();
     void positionChanged();
-    /// The position jumped by so many seconds: somebody sought.
+    /// A seek moved the position by a number of seconds.
     void jumped(double step);
 
 private:
@@ -61,7 +61,7 @@ private:
     void playLoaded();
 
     const QPointer<QMediaPlayer> m_player;
-    QPointer<QObject> m_lastWord;
+    const PlayerEnd m_end;
     bool m_isLoading = false;
     bool m_playsWhenLoaded = false;
     double m_lastPosition = 0;
