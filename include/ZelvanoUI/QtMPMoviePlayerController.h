@@ -1,54 +1,47 @@
 #pragma once
 
-#include "MediaPlayback.h"
-#include "VideoView.h"
 #include <ZelvanoUI/MPMoviePlayerController.h>
 #include <ZelvanoUI/zelvanoui_export.h>
-
-#include <QTimer>
-
-#include <atomic>
-#include <memory>
 
 class QMediaPlayer;
 class QQuickItem;
 
 namespace zelvano {
 
-/// The movie player over a host's own QMediaPlayer and the VideoOutput that shows it. The host goes on using both as it
-/// likes, another source included, and may destroy them at any time.
+/// A movie player over the host's QMediaPlayer and VideoOutput. The host may go on using both, change the source, and
+/// destroy them at any time.
 class ZELVANOUI_EXPORT QtMPMoviePlayerController : public MPMoviePlayerController
 {
     Q_OBJECT
     Q_PROPERTY(bool fullscreen READ isFullscreen WRITE setFullscreen NOTIFY fullscreenChanged FINAL)
 
 public:
-    /// Main thread. The video output may be null: then no recommendations are laid over the video.
+    /// Main thread. Without a video output no recommendations are laid over the video.
     static std::shared_ptr<QtMPMoviePlayerController> create(QMediaPlayer *player, QQuickItem *videoOutput);
     ~QtMPMoviePlayerController() override;
 
     QObject *view() const override;
     QRectF videoBounds() const override;
 
-    MPMoviePlaybackState playbackState() const override { return m_playbackState; }
-    MPMovieLoadStates loadState() const override { return m_loadState; }
-    double duration() const override { return m_duration; }
-    double currentPlaybackTime() const override { return m_currentTime; }
-    /// The whole movie when the backend does not say what is buffered; infinite for one without a length.
+    MPMoviePlaybackState playbackState() const override;
+    MPMovieLoadStates loadState() const override;
+    double duration() const override;
+    double currentPlaybackTime() const override;
+    /// The whole movie when the backend does not report what is buffered; infinite while the length is unknown.
     double playableDuration() const override;
     QSizeF naturalSize() const override;
-    /// False unless a host asks for it, as a QMediaPlayer has it.
-    bool shouldAutoplay() const override { return m_shouldAutoplay; }
-    void setShouldAutoplay(bool autoplay) { m_shouldAutoplay = autoplay; }
+    /// False by default.
+    bool shouldAutoplay() const override;
+    void setShouldAutoplay(bool autoplay);
 
     void play() override;
     void pause() override;
     void stop() override;
-    /// The viewer left the player: stops it and finishes with that reason.
+    /// The viewer leaves the player: stops it and finishes with MPMovieFinishReason::UserExited.
     void exit();
 
-    /// Whether the window of the video output fills the screen. What fills the window is the host's layout.
-    bool isFullscreen() const { return m_isFullscreen; }
+    /// Whether the window of the video output fills the screen. The host lays out the window's content.
+    bool isFullscreen() const;
     void setFullscreen(bool fullscreen);
     Q_SIGNAL void fullscreenChanged();
 
@@ -58,30 +51,8 @@ protected:
 private:
     QtMPMoviePlayerController(QMediaPlayer *player, QQuickItem *videoOutput);
 
-    void sourceDidChange();
-    void mediumDidChange();
-    void positionDidChange();
-    void updateDuration();
-    void updatePlaybackState();
-    void setPlaybackState(MPMoviePlaybackState state);
-    void setLoadState(MPMovieLoadStates state);
-    void positionDidJump(double step);
-    void finish(MPMovieFinishReason reason);
-    void finishStopped();
-    void followWindow();
-    void updateFullscreen();
-
-    MediaPlayback m_media;
-    VideoView m_view;
-    QTimer m_exitDelay; ///< Until the view has left full screen.
-    QMetaObject::Connection m_windowConnection;
-    bool m_shouldAutoplay = false;
-    bool m_isFullscreen = false;
-    bool m_isUnfinished = false; ///< It was begun, and its finish was not told yet.
-    std::atomic<MPMoviePlaybackState> m_playbackState = MPMoviePlaybackState::Stopped;
-    std::atomic<MPMovieLoadStates> m_loadState = MPMovieLoadStates();
-    std::atomic<double> m_duration = 0;
-    std::atomic<double> m_currentTime = 0;
+    struct Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace zelvano

@@ -3,20 +3,18 @@
 #include <ZelvanoUI/MPMoviePlayerViewController.h>
 #include <ZelvanoUI/zelvanoui_export.h>
 
-#include <memory>
-
 class QMediaPlayer;
 class QQuickItem;
 
 namespace zelvano {
 
-/// The screen part over a host's own QMediaPlayer and the VideoOutput that shows it.
+/// The view over the host's QMediaPlayer and VideoOutput, with a QtMPMoviePlayerController for them.
 class ZELVANOUI_EXPORT QtMPMoviePlayerViewController : public MPMoviePlayerViewController
 {
     Q_OBJECT
 
 public:
-    /// Main thread. Both may be null, and destroyed at any time.
+    /// Main thread. Both may be null, and be destroyed at any time.
     static std::shared_ptr<QtMPMoviePlayerViewController> create(QMediaPlayer *player, QQuickItem *videoOutput);
     ~QtMPMoviePlayerViewController() override;
 

@@ -1,39 +1,60 @@
 #include <ZelvanoUI/QtAVPlayer.h>
 
+#include "MediaPlayback.h"
+#include "VideoView.h"
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/NotificationCenter.h>
 
-#include <QQuickItem>
-
+#include <atomic>
 #include <utility>
 
 namespace zelvano {
 
-namespace {
-
-std::shared_ptr<AVPlayerItem> itemFor(const QUrl &source)
+struct QtAVPlayer::Private
 {
-    return source.isEmpty() ? nullptr : AVPlayerItem::create(AVURLAsset(source));
+    QtAVPlayer *const q;
+    MediaPlayback media;
+    VideoView view;
+    bool hasPlayed = false;                 // Since the last end.
+    std::weak_ptr<AVPlayerItem> playedItem; // The last one that had a rate.
+    std::atomic<float> rate = 0;
+    std::atomic<AVPlayerStatus> status = AVPlayerStatus::Unknown;
+    std::atomic<double> currentTime = 0;
+
+    Private(QtAVPlayer *owner, QMediaPlayer *player, QQuickItem *videoOutput);
+
+    bool isPlaying() const;
+    void updateRate();
+    void tellRate();
+    void updateStatus();
+    void updateDuration();
+    void updatePosition();
+    void itemDidEnd(AVPlayerItem *item);
+    void takeSource();
+};
+
+QtAVPlayer::Private::Private(QtAVPlayer *owner, QMediaPlayer *player, QQuickItem *videoOutput)
+    : q(owner), media(player), view(videoOutput), currentTime(media.position())
+{
+    connect(&view, &VideoView::frameChanged, q, &Player::frameChanged);
+    connect(&media, &MediaPlayback::stateChanged, q, [this] { updateRate(); });
+    connect(&media, &MediaPlayback::mediumChanged, q, [this] { updateStatus(); });
+    connect(&media, &MediaPlayback::durationChanged, q, [this] { updateDuration(); });
+    connect(&media, &MediaPlayback::positionChanged, q, [this] { updatePosition(); });
+    connect(&media, &MediaPlayback::jumped, q, [this] { q->timeJumped(); });
+    connect(&media, &MediaPlayback::sourceChanged, q, [this] {
+        takeSource();
+        updateStatus();
+    });
+    takeSource();
+    // Later: an adapter that gets this player now must see it become ready, also when the source is loaded already.
+    QMetaObject::invokeMethod(
+        q, [this] { updateStatus(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        q, [this] { updateRate(); }, Qt::QueuedConnection);
 }
 
-} // namespace
-
-QtAVPlayer::QtAVPlayer(QMediaPlayer *player, QQuickItem *videoOutput) : m_media(player), m_view(videoOutput)
-{
-    connect(&m_view, &VideoView::frameChanged, this, &QtAVPlayer::frameChanged);
-    connect(&m_media, &MediaPlayback::stateChanged, this, &QtAVPlayer::updateRate);
-    connect(&m_media, &MediaPlayback::mediumChanged, this, &QtAVPlayer::updateStatus);
-    connect(&m_media, &MediaPlayback::durationChanged, this, &QtAVPlayer::updateDuration);
-    connect(&m_media, &MediaPlayback::positionChanged, this, &QtAVPlayer::updatePosition);
-    connect(&m_media, &MediaPlayback::jumped, this, &QtAVPlayer::timeJumped);
-    connect(&m_media, &MediaPlayback::sourceChanged, this, &QtAVPlayer::sourceDidChange);
-
-    m_currentTime = m_media.position();
-    setCurrentItem(itemFor(m_media.source()));
-    // Later, so that who is given this player now hears what it plays become ready, loaded already or not.
-    QMetaObject::invokeMethod(this, &QtAVPlayer::updateStatus, Qt::QueuedConnection);
-    QMetaObject::invokeMethod(this, &QtAVPlayer::updateRate, Qt::QueuedConnection);
-}
+QtAVPlayer::QtAVPlayer(QMediaPlayer *player, QQuickItem *videoOutput) : d(new Private(this, player, videoOutput)) {}
 
 QtAVPlayer::~QtAVPlayer() = default;
 
@@ -44,112 +65,135 @@ std::shared_ptr<QtAVPlayer> QtAVPlayer::create(QMediaPlayer *player, QQuickItem 
 
 QObject *QtAVPlayer::view() const
 {
-    return m_view.item();
+    return d->view.item();
 }
 
 QRectF QtAVPlayer::videoBounds() const
 {
-    return m_view.videoBounds();
+    return d->view.videoBounds();
+}
+
+float QtAVPlayer::rate() const
+{
+    return d->rate;
+}
+
+AVPlayerStatus QtAVPlayer::status() const
+{
+    return d->status;
+}
+
+double QtAVPlayer::currentTime() const
+{
+    return d->currentTime;
 }
 
 void QtAVPlayer::play()
 {
-    m_media.play();
+    d->media.play();
 }
 
 void QtAVPlayer::pause()
 {
-    m_media.pause();
+    d->media.pause();
 }
 
-/// A QMediaPlayer stops for a new source; this player keeps its rate across a change of item.
+/// A QMediaPlayer stops for a new source. An AVPlayer keeps its rate across a change of item.
 void QtAVPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
 {
-    const bool wasPlaying = isPlaying();
-    m_media.load(item ? item->asset().URL() : QUrl());
-    m_currentTime = 0;
+    const bool wasPlaying = d->isPlaying();
+    d->media.load(item ? item->asset().URL() : QUrl());
+    d->currentTime = 0;
     if (wasPlaying && item)
-        m_media.play();
-    updateRate();
-    updateStatus();
+        d->media.play();
+    d->updateRate();
+    d->updateStatus();
 }
 
-void QtAVPlayer::sourceDidChange()
+/// The media player's source becomes the current item.
+void QtAVPlayer::Private::takeSource()
 {
-    setCurrentItem(itemFor(m_media.source()));
-    updateStatus();
+    const auto source = media.source();
+    q->setCurrentItem(source.isEmpty() ? nullptr : AVPlayerItem::create(AVURLAsset(source)));
 }
 
-/// A player that is about to play has its rate already.
-bool QtAVPlayer::isPlaying() const
+/// A player that waits for its medium has its rate already.
+bool QtAVPlayer::Private::isPlaying() const
 {
-    return m_media.isAboutToPlay() || m_media.state() == QMediaPlayer::PlayingState;
+    return media.isAboutToPlay() || media.state() == QMediaPlayer::PlayingState;
 }
 
-void QtAVPlayer::updateRate()
+void QtAVPlayer::Private::updateRate()
 {
-    m_hasPlayed = m_hasPlayed || m_media.state() == QMediaPlayer::PlayingState;
-    // The host may have stopped it, or given it another source, which it goes on to play: nobody paused then.
-    if (!isPlaying() && m_media.state() == QMediaPlayer::StoppedState)
-        QMetaObject::invokeMethod(this, &QtAVPlayer::tellRate, Qt::QueuedConnection);
+    hasPlayed = hasPlayed || media.state() == QMediaPlayer::PlayingState;
+    // Later: the host may be changing the source, and go on playing. That is not a pause.
+    if (!isPlaying() && media.state() == QMediaPlayer::StoppedState)
+        QMetaObject::invokeMethod(
+            q, [this] { tellRate(); }, Qt::QueuedConnection);
     else
         tellRate();
 }
 
-/// The same rate again when another item has it: that is how its start is told.
-void QtAVPlayer::tellRate()
+/// Emits rateChanged() also when only the item changed: adapters report the item's start on it.
+void QtAVPlayer::Private::tellRate()
 {
-    const auto rate = isPlaying() ? static_cast<float>(m_media.pace()) : 0.0F;
-    const auto item = currentItem();
-    const bool isAnotherItem = rate != 0 && m_playedItem.lock() != item;
-    if (rate != 0)
-        m_playedItem = item;
-    if (m_rate.exchange(rate) != rate || isAnotherItem)
-        Q_EMIT rateChanged();
+    const auto now = isPlaying() ? static_cast<float>(media.pace()) : 0.0F;
+    const auto item = q->currentItem();
+    const bool isAnotherItem = now != 0 && playedItem.lock() != item;
+    if (now != 0)
+        playedItem = item;
+    if (rate.exchange(now) != now || isAnotherItem)
+        Q_EMIT q->rateChanged();
 }
 
-/// The player's own status first: the change of the item's is what makes others read it.
-void QtAVPlayer::updateStatus()
+/// Sets the player's own status first: adapters read it when the item's status changes.
+void QtAVPlayer::Private::updateStatus()
 {
-    const auto item = currentItem();
+    const auto item = q->currentItem();
     if (!item)
         return;
-    switch (m_media.medium()) {
+    switch (media.medium()) {
     case MediaPlayback::Medium::None:
     case MediaPlayback::Medium::Stalled:
         break;
     case MediaPlayback::Medium::Broken:
-        m_status = AVPlayerStatus::Failed;
+        status = AVPlayerStatus::Failed;
         item->setStatus(AVPlayerItemStatus::Failed);
         break;
     case MediaPlayback::Medium::Ended:
         if (item->status() == AVPlayerItemStatus::ReadyToPlay) {
-            // Stopped at its end, Qt's FFmpeg backend may say once more that this is the end.
-            if (std::exchange(m_hasPlayed, false))
-                NotificationCenter::defaultCenter().post(
-                    {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(item.get()), {}});
+            itemDidEnd(item.get());
             break;
         }
-        [[fallthrough]]; // It ended before this player came.
+        [[fallthrough]]; // It ended before this player was created.
     case MediaPlayback::Medium::Loaded:
     case MediaPlayback::Medium::Buffered:
         updateDuration();
-        m_status = AVPlayerStatus::ReadyToPlay;
+        status = AVPlayerStatus::ReadyToPlay;
         item->setStatus(AVPlayerItemStatus::ReadyToPlay);
         break;
     }
 }
 
-void QtAVPlayer::updateDuration()
+/// When stopped at the end, Qt's FFmpeg backend may report the end twice.
+void QtAVPlayer::Private::itemDidEnd(AVPlayerItem *item)
 {
-    if (const auto item = currentItem())
-        item->setDuration(m_media.duration());
+    if (std::exchange(hasPlayed, false)) {
+        NotificationCenter::defaultCenter().post(
+            {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(item), {}});
+    }
 }
 
-void QtAVPlayer::updatePosition()
+void QtAVPlayer::Private::updateDuration()
 {
-    m_currentTime = m_media.position();
-    updateRate(); // Not every backend says when the pace changes.
+    if (const auto item = q->currentItem())
+        item->setDuration(media.duration());
+}
+
+void QtAVPlayer::Private::updatePosition()
+{
+    currentTime = media.position();
+    updateRate(); // Some backends do not report a change of pace.
 }
 
 } // namespace zelvano

@@ -5,10 +5,15 @@
 
 namespace zelvano {
 
-QtAVPlayerViewController::QtAVPlayerViewController(QMediaPlayer *player, QQuickItem *videoOutput)
-    : m_player(QtAVPlayer::create(player, videoOutput)), m_view(videoOutput)
+struct QtAVPlayerViewController::Private
 {
-    connect(&m_view, &VideoView::frameChanged, this, &QtAVPlayerViewController::frameChanged);
+    const std::shared_ptr<AVPlayer> player;
+};
+
+QtAVPlayerViewController::QtAVPlayerViewController(QMediaPlayer *player, QQuickItem *videoOutput)
+    : d(new Private{QtAVPlayer::create(player, videoOutput)})
+{
+    connect(d->player.get(), &Player::frameChanged, this, &Player::frameChanged);
 }
 
 QtAVPlayerViewController::~QtAVPlayerViewController() = default;
@@ -20,14 +25,19 @@ std::shared_ptr<QtAVPlayerViewController> QtAVPlayerViewController::create(QMedi
                                                      MainThreadDeleter{});
 }
 
+std::shared_ptr<AVPlayer> QtAVPlayerViewController::player() const
+{
+    return d->player;
+}
+
 QObject *QtAVPlayerViewController::view() const
 {
-    return m_view.item();
+    return d->player->view();
 }
 
 QRectF QtAVPlayerViewController::videoBounds() const
 {
-    return m_view.videoBounds();
+    return d->player->videoBounds();
 }
 
 } // namespace zelvano

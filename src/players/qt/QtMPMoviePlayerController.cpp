@@ -1,11 +1,14 @@
 #include <ZelvanoUI/QtMPMoviePlayerController.h>
 
+#include "MediaPlayback.h"
+#include "VideoView.h"
 #include <ZelvanoUI/MainThread.h>
 
-#include <QQuickItem>
 #include <QQuickWindow>
+#include <QTimer>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <limits>
@@ -17,7 +20,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto longestExit = 250ms; // By then the window has its ordinary size, on any window manager.
+constexpr auto longestExit = 250ms; // By then every window manager has given the window its ordinary size.
 
 MPMoviePlaybackState stateOf(QMediaPlayer::PlaybackState state)
 {
@@ -34,39 +37,83 @@ MPMoviePlaybackState stateOf(QMediaPlayer::PlaybackState state)
 
 } // namespace
 
-QtMPMoviePlayerController::QtMPMoviePlayerController(QMediaPlayer *player, QQuickItem *videoOutput)
-    : m_media(player), m_view(videoOutput)
+struct QtMPMoviePlayerController::Private
 {
-    connect(&m_view, &VideoView::frameChanged, this, &Player::frameChanged);
-    connect(&m_media, &MediaPlayback::stateChanged, this, &QtMPMoviePlayerController::updatePlaybackState);
-    connect(&m_media, &MediaPlayback::mediumChanged, this, &QtMPMoviePlayerController::mediumDidChange);
-    connect(&m_media, &MediaPlayback::durationChanged, this, &QtMPMoviePlayerController::updateDuration);
-    connect(&m_media, &MediaPlayback::positionChanged, this, &QtMPMoviePlayerController::positionDidChange);
-    connect(&m_media, &MediaPlayback::jumped, this, &QtMPMoviePlayerController::positionDidJump);
-    connect(&m_media, &MediaPlayback::sourceChanged, this, &QtMPMoviePlayerController::sourceDidChange);
+    QtMPMoviePlayerController *const q;
+    MediaPlayback media;
+    VideoView view;
+    QTimer exitDelay; // Runs while the view leaves full screen.
+    QMetaObject::Connection windowConnection;
+    bool shouldAutoplay = false;
+    bool isFullscreen = false;
+    bool isUnfinished = false; // Playback began and its finish is not posted yet.
+    std::atomic<MPMoviePlaybackState> playbackState = MPMoviePlaybackState::Stopped;
+    std::atomic<MPMovieLoadStates> loadState = MPMovieLoadStates();
+    std::atomic<double> duration = 0;
+    std::atomic<double> currentTime = 0;
 
-    m_exitDelay.setSingleShot(true);
-    connect(&m_exitDelay, &QTimer::timeout, this, &QtMPMoviePlayerController::tellExitingFullscreen);
-    connect(&m_view, &VideoView::frameChanged, &m_exitDelay, [this] {
-        if (m_exitDelay.isActive())
-            m_exitDelay.start(0ms);
+    Private(QtMPMoviePlayerController *owner, QMediaPlayer *player, QQuickItem *videoOutput);
+    ~Private() { disconnect(windowConnection); }
+
+    void setUpFullscreen();
+
+    void sourceDidChange();
+    void mediumDidChange();
+    void positionDidChange();
+    void updateDuration();
+    void updatePlaybackState();
+    void setPlaybackState(MPMoviePlaybackState state);
+    void setLoadState(MPMovieLoadStates state);
+    void positionDidJump(double step);
+    void finish();
+    void finishStopped();
+
+    QQuickWindow *window() const { return view.item() ? view.item()->window() : nullptr; }
+    void followWindow();
+    void updateFullscreen();
+};
+
+QtMPMoviePlayerController::Private::Private(QtMPMoviePlayerController *owner, QMediaPlayer *player,
+                                            QQuickItem *videoOutput)
+    : q(owner), media(player), view(videoOutput), currentTime(media.position())
+{
+    connect(&view, &VideoView::frameChanged, q, &Player::frameChanged);
+    connect(&media, &MediaPlayback::stateChanged, q, [this] { updatePlaybackState(); });
+    connect(&media, &MediaPlayback::mediumChanged, q, [this] { mediumDidChange(); });
+    connect(&media, &MediaPlayback::durationChanged, q, [this] { updateDuration(); });
+    connect(&media, &MediaPlayback::positionChanged, q, [this] { positionDidChange(); });
+    connect(&media, &MediaPlayback::jumped, q, [this](double step) { positionDidJump(step); });
+    connect(&media, &MediaPlayback::sourceChanged, q, [this] { sourceDidChange(); });
+    setUpFullscreen();
+
+    q->setCurrentContentURL(media.source());
+    // Later: an adapter that gets this player now must see it become ready, also when the source is loaded already.
+    QMetaObject::invokeMethod(
+        q, [this] { mediumDidChange(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        q, [this] { updatePlaybackState(); }, Qt::QueuedConnection);
+}
+
+void QtMPMoviePlayerController::Private::setUpFullscreen()
+{
+    exitDelay.setSingleShot(true);
+    connect(&exitDelay, &QTimer::timeout, q, [this] { q->tellExitingFullscreen(); });
+    connect(&view, &VideoView::frameChanged, &exitDelay, [this] {
+        if (exitDelay.isActive())
+            exitDelay.start(0ms);
     });
-    if (videoOutput) {
-        connect(videoOutput, &QQuickItem::windowChanged, this, &QtMPMoviePlayerController::followWindow);
+    if (view.item()) {
+        connect(view.item(), &QQuickItem::windowChanged, q, [this] { followWindow(); });
         followWindow();
     }
-
-    m_currentTime = m_media.position();
-    setCurrentContentURL(m_media.source());
-    // Later, so that who is given this player now hears what it plays become ready, loaded already or not.
-    QMetaObject::invokeMethod(this, &QtMPMoviePlayerController::mediumDidChange, Qt::QueuedConnection);
-    QMetaObject::invokeMethod(this, &QtMPMoviePlayerController::updatePlaybackState, Qt::QueuedConnection);
 }
 
-QtMPMoviePlayerController::~QtMPMoviePlayerController()
+QtMPMoviePlayerController::QtMPMoviePlayerController(QMediaPlayer *player, QQuickItem *videoOutput)
+    : d(new Private(this, player, videoOutput))
 {
-    disconnect(m_windowConnection);
 }
+
+QtMPMoviePlayerController::~QtMPMoviePlayerController() = default;
 
 std::shared_ptr<QtMPMoviePlayerController> QtMPMoviePlayerController::create(QMediaPlayer *player,
                                                                              QQuickItem *videoOutput)
@@ -77,207 +124,239 @@ std::shared_ptr<QtMPMoviePlayerController> QtMPMoviePlayerController::create(QMe
 
 QObject *QtMPMoviePlayerController::view() const
 {
-    return m_view.item();
+    return d->view.item();
 }
 
 QRectF QtMPMoviePlayerController::videoBounds() const
 {
-    return m_view.videoBounds();
+    return d->view.videoBounds();
+}
+
+MPMoviePlaybackState QtMPMoviePlayerController::playbackState() const
+{
+    return d->playbackState;
+}
+
+MPMovieLoadStates QtMPMoviePlayerController::loadState() const
+{
+    return d->loadState;
+}
+
+double QtMPMoviePlayerController::duration() const
+{
+    return d->duration;
+}
+
+double QtMPMoviePlayerController::currentPlaybackTime() const
+{
+    return d->currentTime;
+}
+
+double QtMPMoviePlayerController::playableDuration() const
+{
+    const double buffered = d->media.bufferedUntil();
+    if (d->media.medium() == MediaPlayback::Medium::Ended)
+        return d->currentTime;
+    if (!std::isnan(buffered))
+        return buffered;
+    return d->duration > 0 ? d->duration.load() : std::numeric_limits<double>::infinity();
 }
 
 QSizeF QtMPMoviePlayerController::naturalSize() const
 {
-    return m_view.naturalSize();
+    return d->view.naturalSize();
+}
+
+bool QtMPMoviePlayerController::shouldAutoplay() const
+{
+    return d->shouldAutoplay;
+}
+
+void QtMPMoviePlayerController::setShouldAutoplay(bool autoplay)
+{
+    d->shouldAutoplay = autoplay;
 }
 
 // Playback
 
 void QtMPMoviePlayerController::play()
 {
-    m_media.play();
+    d->media.play();
 }
 
 void QtMPMoviePlayerController::pause()
 {
-    m_media.pause();
+    d->media.pause();
 }
 
 void QtMPMoviePlayerController::stop()
 {
-    m_media.stop();
+    d->media.stop();
 }
 
 void QtMPMoviePlayerController::exit()
 {
-    m_isUnfinished = false; // Stopping it is no finish of its own.
-    m_media.stop();
+    d->isUnfinished = false; // The stop is part of the exit and posts no finish.
+    d->media.stop();
     tellFinish(MPMovieFinishReason::UserExited);
 }
 
-/// What played until now is finished with it.
+/// Finishes what played until now.
 void QtMPMoviePlayerController::loadContent(const QUrl &url)
 {
-    finish(MPMovieFinishReason::PlaybackEnded);
+    d->finish();
     if (contentURL() != url)
-        return; // Who heard of that has given another.
-    m_media.load(url);
-    m_loadState = MPMovieLoadStates();
-    m_currentTime = 0;
+        return; // An observer of the finish has set another URL.
+    d->media.load(url);
+    d->loadState = MPMovieLoadStates();
+    d->currentTime = 0;
+    d->updateDuration();
+    d->updatePlaybackState();
+    d->mediumDidChange();
+}
+
+void QtMPMoviePlayerController::Private::sourceDidChange()
+{
+    finish();
+    loadState = MPMovieLoadStates();
+    q->setCurrentContentURL(media.source());
     updateDuration();
     updatePlaybackState();
     mediumDidChange();
 }
 
-void QtMPMoviePlayerController::sourceDidChange()
+void QtMPMoviePlayerController::Private::updatePlaybackState()
 {
-    finish(MPMovieFinishReason::PlaybackEnded);
-    m_loadState = MPMovieLoadStates();
-    setCurrentContentURL(m_media.source());
-    updateDuration();
-    updatePlaybackState();
-    mediumDidChange();
+    setPlaybackState(stateOf(media.state()));
 }
 
-void QtMPMoviePlayerController::updatePlaybackState()
+void QtMPMoviePlayerController::Private::setPlaybackState(MPMoviePlaybackState state)
 {
-    setPlaybackState(stateOf(m_media.state()));
-}
-
-void QtMPMoviePlayerController::setPlaybackState(MPMoviePlaybackState state)
-{
-    if (m_playbackState.exchange(state) == state)
+    if (playbackState.exchange(state) == state)
         return;
-    m_isUnfinished = m_isUnfinished || state == MPMoviePlaybackState::Playing;
-    tellPlaybackState();
-    // Later: a QMediaPlayer says that it stopped before it says that this was the end. Who listens compares the times.
+    isUnfinished = isUnfinished || state == MPMoviePlaybackState::Playing;
+    q->tellPlaybackState();
+    // Later: a QMediaPlayer stops before it reports the end, and adapters compare position and end.
     if (state == MPMoviePlaybackState::Stopped)
-        QMetaObject::invokeMethod(this, &QtMPMoviePlayerController::finishStopped, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            q, [this] { finishStopped(); }, Qt::QueuedConnection);
 }
 
-void QtMPMoviePlayerController::finishStopped()
+void QtMPMoviePlayerController::Private::finishStopped()
 {
-    if (m_playbackState == MPMoviePlaybackState::Stopped)
-        finish(MPMovieFinishReason::PlaybackEnded);
+    if (playbackState == MPMoviePlaybackState::Stopped)
+        finish();
 }
 
-/// Back in the state that it was in once this was heard: a QMediaPlayer seeks at once.
-void QtMPMoviePlayerController::positionDidJump(double step)
+/// A QMediaPlayer seeks at once, so the seeking state lasts until the event loop runs.
+void QtMPMoviePlayerController::Private::positionDidJump(double step)
 {
     setPlaybackState(step > 0 ? MPMoviePlaybackState::SeekingForward : MPMoviePlaybackState::SeekingBackward);
-    QMetaObject::invokeMethod(this, &QtMPMoviePlayerController::updatePlaybackState, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        q, [this] { updatePlaybackState(); }, Qt::QueuedConnection);
 }
 
-void QtMPMoviePlayerController::finish(MPMovieFinishReason reason)
+void QtMPMoviePlayerController::Private::finish()
 {
-    if (std::exchange(m_isUnfinished, false))
-        tellFinish(reason);
+    if (std::exchange(isUnfinished, false))
+        q->tellFinish(MPMovieFinishReason::PlaybackEnded);
 }
 
-void QtMPMoviePlayerController::mediumDidChange()
+void QtMPMoviePlayerController::Private::mediumDidChange()
 {
-    if (m_media.source() != contentURL())
-        return; // It is being given another, and will tell.
-    switch (m_media.medium()) {
+    if (media.source() != q->contentURL())
+        return; // The source is being changed; another report follows.
+    const auto becomePlayable = [this] {
+        updateDuration();
+        if (loadState == MPMovieLoadStates()) // Otherwise it was playable before, and a stop does not reload it.
+            setLoadState(MPMovieLoadState::Playable);
+    };
+    switch (media.medium()) {
     case MediaPlayback::Medium::None:
         setLoadState({});
         break;
     case MediaPlayback::Medium::Loaded:
-        updateDuration();
-        // A movie that was ready once stays so: stopping it does not load it again.
-        if (loadState() == MPMovieLoadStates())
-            setLoadState(MPMovieLoadState::Playable);
+        becomePlayable();
         break;
     case MediaPlayback::Medium::Buffered:
-        updateDuration();
-        if (loadState() == MPMovieLoadStates())
-            setLoadState(MPMovieLoadState::Playable); // It played before this player came.
+        becomePlayable();
         setLoadState(MPMovieLoadState::Playable | MPMovieLoadState::PlaythroughOK);
         break;
     case MediaPlayback::Medium::Stalled:
         setLoadState(MPMovieLoadState::Stalled);
         break;
     case MediaPlayback::Medium::Ended:
-        updateDuration();
-        if (loadState() == MPMovieLoadStates())
-            setLoadState(MPMovieLoadState::Playable);                      // It ended before this player came.
-        m_currentTime = std::max(m_currentTime.load(), m_duration.load()); // A QMediaPlayer stops a little short of it.
+        becomePlayable();
+        currentTime = std::max(currentTime.load(), duration.load()); // A QMediaPlayer stops a little before the end.
         updatePlaybackState();
-        finish(MPMovieFinishReason::PlaybackEnded);
+        finish();
         break;
     case MediaPlayback::Medium::Broken:
         setLoadState({});
-        tellFinish(MPMovieFinishReason::PlaybackError);
+        q->tellFinish(MPMovieFinishReason::PlaybackError);
         break;
     }
 }
 
-void QtMPMoviePlayerController::setLoadState(MPMovieLoadStates state)
+void QtMPMoviePlayerController::Private::setLoadState(MPMovieLoadStates state)
 {
-    if (m_loadState.exchange(state) == state)
+    if (loadState.exchange(state) == state)
         return;
-    const bool playsByItself = m_shouldAutoplay && state == MPMovieLoadState::Playable;
-    tellLoadState();
+    const bool playsByItself = shouldAutoplay && state == MPMovieLoadState::Playable;
+    q->tellLoadState();
     if (playsByItself)
-        m_media.play();
+        media.play();
 }
 
-void QtMPMoviePlayerController::updateDuration()
+void QtMPMoviePlayerController::Private::updateDuration()
 {
-    const double duration = m_media.duration();
-    m_duration = std::isnan(duration) ? 0 : duration;
+    const double seconds = media.duration();
+    duration = std::isnan(seconds) ? 0 : seconds;
 }
 
-void QtMPMoviePlayerController::positionDidChange()
+/// A stop moves a QMediaPlayer to the beginning; the position reached stays current here.
+void QtMPMoviePlayerController::Private::positionDidChange()
 {
-    if (m_media.state() != QMediaPlayer::StoppedState)
-        m_currentTime = m_media.position(); // Stopped, it goes back to the beginning; how far it came still counts.
-}
-
-double QtMPMoviePlayerController::playableDuration() const
-{
-    const double buffered = m_media.bufferedUntil();
-    if (m_media.medium() == MediaPlayback::Medium::Ended)
-        return m_currentTime;
-    if (!std::isnan(buffered))
-        return buffered;
-    return m_duration > 0 ? m_duration.load() : std::numeric_limits<double>::infinity();
+    if (media.state() != QMediaPlayer::StoppedState)
+        currentTime = media.position();
 }
 
 // Full screen
 
+bool QtMPMoviePlayerController::isFullscreen() const
+{
+    return d->isFullscreen;
+}
+
 void QtMPMoviePlayerController::setFullscreen(bool fullscreen)
 {
-    auto *window = m_view.item() ? m_view.item()->window() : nullptr;
-    if (!window || fullscreen == m_isFullscreen)
-        return;
-    window->setWindowStates(window->windowStates().setFlag(Qt::WindowFullScreen, fullscreen));
+    auto *const window = d->window();
+    if (window && fullscreen != d->isFullscreen)
+        window->setWindowStates(window->windowStates().setFlag(Qt::WindowFullScreen, fullscreen));
 }
 
-void QtMPMoviePlayerController::followWindow()
+void QtMPMoviePlayerController::Private::followWindow()
 {
-    disconnect(m_windowConnection);
-    auto *window = m_view.item() ? m_view.item()->window() : nullptr;
-    if (!window)
+    disconnect(windowConnection);
+    if (!window())
         return;
-    m_isFullscreen = window->visibility() == QWindow::FullScreen;
-    m_windowConnection =
-        connect(window, &QWindow::visibilityChanged, this, &QtMPMoviePlayerController::updateFullscreen);
+    isFullscreen = window()->visibility() == QWindow::FullScreen;
+    windowConnection = connect(window(), &QWindow::visibilityChanged, q, [this] { updateFullscreen(); });
 }
 
-/// On the way out it is told once the view has its new place, so that what is then laid over it fits.
-void QtMPMoviePlayerController::updateFullscreen()
+/// Posts the exit once the view has its new place, so that an overlay gets the right size.
+void QtMPMoviePlayerController::Private::updateFullscreen()
 {
-    auto *window = m_view.item() ? m_view.item()->window() : nullptr;
-    const bool fullscreen = window && window->visibility() == QWindow::FullScreen;
-    if (std::exchange(m_isFullscreen, fullscreen) == fullscreen)
+    const bool fullscreen = window() && window()->visibility() == QWindow::FullScreen;
+    if (std::exchange(isFullscreen, fullscreen) == fullscreen)
         return;
     if (fullscreen) {
-        m_exitDelay.stop();
-        tellEnteringFullscreen();
+        exitDelay.stop();
+        q->tellEnteringFullscreen();
     } else {
-        m_exitDelay.start(longestExit);
+        exitDelay.start(longestExit);
     }
-    Q_EMIT fullscreenChanged();
+    Q_EMIT q->fullscreenChanged();
 }
 
 } // namespace zelvano
