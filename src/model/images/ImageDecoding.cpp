@@ -18,7 +18,7 @@ namespace {
 
 constexpr qint64 mostPixels = qint64{16} * 1024 * 1024;
 
-/// By content: other decoders of the process, such as that for SVG, are never asked.
+/// Judged by content: no other decoder of the process, such as SVG's, sees the bytes.
 QByteArray formatOf(const QByteArray &bytes)
 {
     if (bytes.startsWith("\x89PNG\r\n\x1a\n"))
@@ -32,7 +32,7 @@ QByteArray formatOf(const QByteArray &bytes)
     return {};
 }
 
-/// What will be allocated. Of a GIF, Qt's reader gives the first frame's size but makes an image of the whole screen.
+/// The size that reading allocates. For a GIF, QImageReader reports the first frame but allocates the whole screen.
 QSize sizeOf(const QImageReader &reader, const QByteArray &bytes)
 {
     if (reader.format() != "gif" || bytes.size() < 10)
@@ -41,7 +41,7 @@ QSize sizeOf(const QImageReader &reader, const QByteArray &bytes)
         {qFromLittleEndian<quint16>(bytes.constData() + 6), qFromLittleEndian<quint16>(bytes.constData() + 8)});
 }
 
-/// The library's own pool: a host's long tasks on Qt's shared one do not hold pictures up.
+/// Separate from Qt's global pool, where long tasks of a host would delay images.
 class DecodingPool
 {
 public:
@@ -61,7 +61,7 @@ public:
     }
 
 private:
-    /// The application ends, and nobody waits for the pictures that have not begun.
+    /// Called when the application ends.
     void end()
     {
         std::deque<std::function<void()>> dropped;
@@ -84,7 +84,7 @@ private:
     }
 
     std::mutex m_mutex;
-    std::deque<std::function<void()>> m_jobs; ///< As many as the pool has runnables, until the end.
+    std::deque<std::function<void()>> m_jobs; ///< One per waiting runnable of the pool, until end().
     QThreadPool m_pool;
 };
 
@@ -105,7 +105,7 @@ QImage decodedImage(const QByteArray &bytes)
     if (size.isEmpty() || qint64(size.width()) * size.height() > mostPixels)
         return {};
     auto image = reader.read();
-    // What the screen takes as it is, so that it is not converted on the main thread.
+    // The format of textures, so that the main thread does not convert the image.
     if (!image.isNull())
         image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
     return image;

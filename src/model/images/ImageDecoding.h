@@ -7,12 +7,12 @@
 
 namespace zelvano {
 
-/// The picture in these bytes: PNG, JPEG, WebP or GIF (its first frame), whatever the server called it. Null for
-/// anything else, for a broken file, and, before anything is allocated, for more than 16 megapixels. Any thread.
+/// Decodes a PNG, JPEG, WebP or the first frame of a GIF, judged by content. Null for any other format, for a broken
+/// file and, before allocation, for more than 16 megapixels. Any thread.
 QImage decodedImage(const QByteArray &bytes);
 
-/// Decodes on a thread of a pool, several pictures side by side, and calls back there, null or not. Any thread.
-/// The application object's end waits for what was begun.
+/// Decodes on a thread of a pool and calls the completion there, also with a null image. Any thread.
+/// QCoreApplication's destructor waits for running decodes and drops waiting ones.
 void decodeImageLater(const QByteArray &bytes, std::function<void(const QImage &image)> completion);
 
 } // namespace zelvano
