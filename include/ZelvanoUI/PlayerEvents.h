@@ -4,41 +4,41 @@
 
 namespace zelvano {
 
-/// The vocabulary of player events, as adapters report them and the service and the listeners hear them.
+/// The player events, as adapters report them and as the service and the listeners receive them.
 namespace PlayerEvent {
 inline constexpr QLatin1StringView Start{"start"};
 inline constexpr QLatin1StringView VideoStart{"videoStart"};
 inline constexpr QLatin1StringView Play{"play"};
-/// What the engine makes of a "play" that the viewer did not ask for.
+/// A "play" that the viewer did not ask for.
 inline constexpr QLatin1StringView AutoPlay{"autoPlay"};
 inline constexpr QLatin1StringView Pause{"pause"};
 inline constexpr QLatin1StringView Seek{"seek"};
 inline constexpr QLatin1StringView Progress{"progress"};
 inline constexpr QLatin1StringView End{"end"};
-/// The Kaltura player's word for the end; the engine takes it for no "end".
+/// The end of a video in a Kaltura player. The engine does not treat it as "end".
 inline constexpr QLatin1StringView Ended{"ended"};
 inline constexpr QLatin1StringView Done{"done"};
 inline constexpr QLatin1StringView RecommendationClick{"recommendationClick"};
 inline constexpr QLatin1StringView Impression{"impression"};
 } // namespace PlayerEvent
 
-/// Posted by a host that lets the viewer pick a video outside the library's views; the object is the video's QUrl.
+/// Posted by a host when the viewer picks a video outside the library's views. The object is the video's QUrl.
 inline constexpr QLatin1StringView DidSelecteRecommendationNotification{"DidSelecteRecommendationNotification"};
 
-/// Posted by a ZelvanoViewController when recommendations have come for its player and whenever the device is turned.
-/// The object is the player; the user info holds one text under "zelvanoData", the first videos as a JSON array.
+/// Posted by ZelvanoViewController when recommendations arrive for its player and when the device is turned. The object
+/// is the player. ZelvanoDataKey in the user info holds the first videos as the text of a JSON array.
 inline constexpr QLatin1StringView SuggestionsDidFetchedNotification{"SuggestionsDidFetchedNotification"};
 inline constexpr QLatin1StringView ZelvanoDataKey{"zelvanoData"};
 
-/// Posted when the viewer picked a video in a Kaltura player's plug-in, for the host, which plays it. The object is the
-/// player; "params" in the user info is what the plug-in gave. It comes once for each time that the player became
+/// Posted when the viewer picks a video in a Kaltura player's plug-in; the host plays it. The object is the player,
+/// "params" in the user info holds the plug-in's parameters. A choice is posted once per time that the player became
 /// playable.
 inline constexpr QLatin1StringView PluginPlayNotification{"play"};
 
-/// The movie player's kind, as the service knows it.
+/// The playerId() of movie players.
 inline constexpr QLatin1StringView playerId{"mpmovieplayer"};
 
-// Keys of observed properties. The last two are exported for hosts; no adapter reads them.
+// Names of player properties, for hosts. The library does not use them.
 inline constexpr QLatin1StringView Rate{"rate"};
 inline constexpr QLatin1StringView Status{"status"};
 inline constexpr QLatin1StringView TracksKey{"tracks"};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <ZelvanoUI/zelvanocore_export.h>
+
 #include <QString>
 
 #include <memory>
@@ -8,8 +10,8 @@ namespace zelvano {
 
 class PlayerSubscriber;
 
-/// What the engine offers to a player adapter. The adapter passes itself, so that it can be asked what it plays.
-class PlayerSubscription
+/// The receiver of an adapter's reports: the engine. The adapter passes itself with each report. Main thread.
+class ZELVANOCORE_EXPORT PlayerSubscription
 {
 public:
     virtual ~PlayerSubscription() = default;
@@ -18,12 +20,12 @@ public:
     virtual void pageEvent(const std::shared_ptr<PlayerSubscriber> &subscriber) = 0;
     /// The player's video is ready to play.
     virtual void readyEvent(const std::shared_ptr<PlayerSubscriber> &subscriber) = 0;
-    /// One event of the vocabulary. Without a subscriber the current one is meant.
+    /// One of PlayerEvent. A null subscriber means the current one.
     virtual void playerEvent(const QString &event, const std::shared_ptr<PlayerSubscriber> &subscriber) = 0;
-    /// Recommendations are wanted over the subscriber's view, now.
+    /// Shows recommendations over the subscriber's view now.
     virtual void addRecommendationView(const std::shared_ptr<PlayerSubscriber> &subscriber) = 0;
 
-    /// Whether the video that plays was the viewer's choice, or its start by itself was reported already.
+    /// True when the viewer picked the current video, or when its "autoPlay" was reported.
     virtual bool selectionByUser() const = 0;
     virtual void setSelectionByUser(bool selected) = 0;
 };

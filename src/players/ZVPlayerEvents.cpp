@@ -6,6 +6,8 @@
 #include "ZVMPMoviePlayerSubscribe.h"
 
 #include <QByteArrayView>
+#include <QMutex>
+#include <QPointer>
 
 #include <array>
 
@@ -37,8 +39,19 @@ constexpr std::array recognitions{
 
 } // namespace
 
-ZVPlayerEvents::ZVPlayerEvents() = default;
-ZVPlayerEvents::ZVPlayerEvents(const PlayerObject &) {}
+struct ZVPlayerEvents::Private
+{
+    QMutex mutex; // Guards the current subscriber.
+    std::shared_ptr<PlayerSubscriber> currentSubscriber;
+    std::shared_ptr<ZVKalturaSubscribe> kalturaEvents;
+    std::weak_ptr<PlayerSubscription> delegate;
+    QPointer<QObject> playerView;
+};
+
+ZVPlayerEvents::ZVPlayerEvents() : d(new Private) {}
+
+ZVPlayerEvents::ZVPlayerEvents(const PlayerObject &) : ZVPlayerEvents() {}
+
 ZVPlayerEvents::~ZVPlayerEvents() = default;
 
 void ZVPlayerEvents::setPlayer(const PlayerObject &player)
@@ -50,7 +63,7 @@ void ZVPlayerEvents::setPlayer(const PlayerObject &player)
         }
     }
     if (const auto subscriber = currentSubscriber())
-        subscriber->setObserver(m_delegate);
+        subscriber->setObserver(d->delegate);
 }
 
 void ZVPlayerEvents::dismiss()
@@ -61,15 +74,45 @@ void ZVPlayerEvents::dismiss()
 
 std::shared_ptr<PlayerSubscriber> ZVPlayerEvents::currentSubscriber() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return m_currentSubscriber;
+    const QMutexLocker lock(&d->mutex);
+    return d->currentSubscriber;
 }
 
 void ZVPlayerEvents::setCurrentSubscriber(const std::shared_ptr<PlayerSubscriber> &subscriber)
 {
-    auto replaced = subscriber; // What it replaces ends outside the lock.
-    const QMutexLocker lock(&m_mutex);
-    m_currentSubscriber.swap(replaced);
+    auto replaced = subscriber; // Declared before the lock: the replaced one ends after it.
+    const QMutexLocker lock(&d->mutex);
+    d->currentSubscriber.swap(replaced);
+}
+
+std::shared_ptr<ZVKalturaSubscribe> ZVPlayerEvents::kalturaEvents() const
+{
+    return d->kalturaEvents;
+}
+
+void ZVPlayerEvents::setKalturaEvents(const std::shared_ptr<ZVKalturaSubscribe> &subscriber)
+{
+    d->kalturaEvents = subscriber;
+}
+
+std::shared_ptr<PlayerSubscription> ZVPlayerEvents::delegate() const
+{
+    return d->delegate.lock();
+}
+
+void ZVPlayerEvents::setDelegate(const std::weak_ptr<PlayerSubscription> &delegate)
+{
+    d->delegate = delegate;
+}
+
+QObject *ZVPlayerEvents::playerView() const
+{
+    return d->playerView;
+}
+
+void ZVPlayerEvents::setPlayerView(QObject *view)
+{
+    d->playerView = view;
 }
 
 } // namespace zelvano
