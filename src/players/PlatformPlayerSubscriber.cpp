@@ -1,15 +1,13 @@
 #include "PlatformPlayerSubscriber.h"
 
+#include <ZelvanoUI/PlayerEvents.h>
 #include <ZelvanoUI/PlayerSubscription.h>
 
 #include <utility>
 
 namespace zelvano {
 
-PlatformPlayerSubscriber::PlatformPlayerSubscriber(const std::shared_ptr<QObject> &player, bool isViewController)
-    : m_isViewController(isViewController), m_hostObject(player)
-{
-}
+PlatformPlayerSubscriber::PlatformPlayerSubscriber(const std::shared_ptr<QObject> &player) : m_hostObject(player) {}
 
 PlatformPlayerSubscriber::~PlatformPlayerSubscriber()
 {
@@ -26,7 +24,7 @@ void PlatformPlayerSubscriber::release()
 {
     NotificationCenter::defaultCenter().removeObserver(this);
     m_isReleased = true;
-    std::shared_ptr<QObject> released; // Ends outside the lock.
+    std::shared_ptr<QObject> released; // Declared before the lock: the object ends after it.
     const QMutexLocker lock(&m_mutex);
     m_hostObject.swap(released);
 }
@@ -48,6 +46,13 @@ void PlatformPlayerSubscriber::addRecommendationView()
     const auto receiver = m_isReleased ? nullptr : observer();
     if (receiver)
         receiver->addRecommendationView(shared_from_this());
+}
+
+void PlatformPlayerSubscriber::sendPlayedToEnd()
+{
+    if (const auto receiver = observer())
+        receiver->setSelectionByUser(false);
+    send(PlayerEvent::End);
 }
 
 } // namespace zelvano

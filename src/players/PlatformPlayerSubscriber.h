@@ -1,43 +1,39 @@
 #pragma once
 
+#include "PlayerAdapter.h"
 #include <ZelvanoUI/NotificationCenter.h>
-#include <ZelvanoUI/PlayerSubscriber.h>
-#include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QLatin1StringView>
 #include <QMutex>
 #include <QVariant>
 
-#include <memory>
-
 namespace zelvano {
 
-/// What the adapters of the platform's players have in common: each watches the host's object from outside, a player or
-/// a view controller around one, holds it until it is dismissed, and says nothing from then on.
-class ZELVANOCORE_EXPORT PlatformPlayerSubscriber : public PlayerSubscriber
+/// The base of the adapters for the platform's players. Holds the host's object, a player or the view controller of
+/// one, until release(), and sends nothing after it.
+class ZELVANOCORE_EXPORT PlatformPlayerSubscriber : public PlayerAdapter
 {
 public:
     ~PlatformPlayerSubscriber() override;
 
-    bool isViewController() const { return m_isViewController; }
-
 protected:
-    PlatformPlayerSubscriber(const std::shared_ptr<QObject> &player, bool isViewController);
+    explicit PlatformPlayerSubscriber(const std::shared_ptr<QObject> &player);
 
-    /// The host's object; null after dismissal. Any thread.
+    /// Null after release(). Any thread.
     std::shared_ptr<QObject> hostObject() const;
-    /// Lets go of the host's object and of all notifications: the end of all reports.
+    /// Lets go of the host's object and of all notifications.
     void release();
 
-    /// Hears of the notification, from any sender unless one is given, until it is released.
+    /// Calls the handler for the notification until release(). An invalid sender matches all senders.
     void observe(QLatin1StringView name, NotificationCenter::Handler handler, const QVariant &sender = {});
 
-    // Report, until it is released.
+    // These do nothing after release().
     void send(const QString &event);
     void addRecommendationView();
+    /// The video played to its end: the next one is not the viewer's choice.
+    void sendPlayedToEnd();
 
 private:
-    const bool m_isViewController;
     bool m_isReleased = false;
     mutable QMutex m_mutex; // Guards the host's object.
     std::shared_ptr<QObject> m_hostObject;

@@ -1,11 +1,25 @@
 #include <ZelvanoUI/PlayerSubscriber.h>
 
-#include <ZelvanoUI/PlayerSubscription.h>
-
 namespace zelvano {
 
-PlayerSubscriber::PlayerSubscriber() = default;
+struct PlayerSubscriber::Private
+{
+    std::weak_ptr<PlayerSubscription> observer;
+};
+
+PlayerSubscriber::PlayerSubscriber() : d(new Private) {}
+
 PlayerSubscriber::~PlayerSubscriber() = default;
+
+std::shared_ptr<PlayerSubscription> PlayerSubscriber::observer() const
+{
+    return d->observer.lock();
+}
+
+void PlayerSubscriber::setObserver(const std::weak_ptr<PlayerSubscription> &observer)
+{
+    d->observer = observer;
+}
 
 void PlayerSubscriber::setNextVideo(const QString &) {}
 
@@ -37,24 +51,6 @@ QObject *PlayerSubscriber::parentView() const
 QSizeF PlayerSubscriber::videoSize() const
 {
     return {0, 0};
-}
-
-void PlayerSubscriber::sendPage()
-{
-    if (const auto receiver = observer())
-        receiver->pageEvent(shared_from_this());
-}
-
-void PlayerSubscriber::sendReady()
-{
-    if (const auto receiver = observer())
-        receiver->readyEvent(shared_from_this());
-}
-
-void PlayerSubscriber::sendEvent(const QString &event)
-{
-    if (const auto receiver = observer())
-        receiver->playerEvent(event, shared_from_this());
 }
 
 } // namespace zelvano

@@ -4,9 +4,7 @@
 #include "MainQueue.h"
 #include <ZelvanoUI/Device.h>
 #include <ZelvanoUI/MainThread.h>
-#include <ZelvanoUI/NotificationCenter.h>
 #include <ZelvanoUI/PlayerEvents.h>
-#include <ZelvanoUI/PlayerSubscription.h>
 
 #include <QString>
 
@@ -25,8 +23,8 @@ namespace {
 
 constexpr auto tickInterval = 200ms;
 constexpr auto pauseCheckDelay = 500ms;
-constexpr double seekJump = 2.0;    // Seconds; a longer step between two ticks is a seek.
-constexpr double settledStep = 0.5; // Seconds; a shorter one ends it.
+constexpr double seekJump = 2.0;    // Seconds. A longer step between two ticks is a seek.
+constexpr double settledStep = 0.5; // Seconds. A shorter step ends the seek.
 
 QString fixedText(double number)
 {
@@ -35,7 +33,7 @@ QString fixedText(double number)
 
 } // namespace
 
-/// Ends with this value, also when the player was given another token's observer meanwhile.
+/// Removes its time observer at the end of its life.
 struct ZVAVPlayerSubscribe::TimeObservation
 {
     std::weak_ptr<AVPlayer> player;
@@ -60,10 +58,7 @@ struct ZVAVPlayerSubscribe::StatusObservation
     Observation observation;
 };
 
-ZVAVPlayerSubscribe::ZVAVPlayerSubscribe(const std::shared_ptr<QObject> &player)
-    : PlatformPlayerSubscriber(player, std::dynamic_pointer_cast<AVPlayerViewController>(player) != nullptr)
-{
-}
+ZVAVPlayerSubscribe::ZVAVPlayerSubscribe(const std::shared_ptr<QObject> &player) : PlatformPlayerSubscriber(player) {}
 
 ZVAVPlayerSubscribe::~ZVAVPlayerSubscribe() = default;
 
@@ -80,24 +75,24 @@ void ZVAVPlayerSubscribe::registerForPlaybackNotification()
     const auto watched = player();
     if (watched) {
         m_rate = QObject::connect(watched.get(), &AVPlayer::rateChanged, weakly(&ZVAVPlayerSubscribe::rateDidChange));
-        if (const auto screen = std::dynamic_pointer_cast<Player>(playerVC()))
+        if (const auto shown = screen())
             m_frame =
-                QObject::connect(screen.get(), &Player::frameChanged, weakly(&ZVAVPlayerSubscribe::frameDidChange));
+                QObject::connect(shown.get(), &Player::frameChanged, weakly(&ZVAVPlayerSubscribe::frameDidChange));
         observeStatus(watched->currentItem());
     }
-    // The end of any item in the process counts, not only of this player's.
+    // Intended: the end of any item in the process counts, not only of this player's.
     observe(AVPlayerItemDidPlayToEndTimeNotification, weakly(&ZVAVPlayerSubscribe::videoEnded));
     observe(DidSelecteRecommendationNotification, weakly(&ZVAVPlayerSubscribe::didSelectRecommndation));
     if (watched) {
-        m_currentItem = QObject::connect(watched.get(), &AVPlayer::currentItemChanged,
-                                         weakly(&ZVAVPlayerSubscribe::currentItemDidChange));
+        m_itemChange = QObject::connect(watched.get(), &AVPlayer::currentItemChanged,
+                                        weakly(&ZVAVPlayerSubscribe::currentItemDidChange));
     }
     attachTimeObserver();
 }
 
 void ZVAVPlayerSubscribe::dismissSubscriber()
 {
-    m_currentItem = {};
+    m_itemChange = {};
     m_frame = {};
     m_timeObservers.clear();
     m_hasPlayerObserver = false;
@@ -144,12 +139,12 @@ void ZVAVPlayerSubscribe::rateDidChange()
     }
     ZV_LOG("currentPosition ::" << fixedText(m_currentPosition));
     ZV_LOG("seek Position :: " << fixedText(watched->currentTime()));
-    // Never cancelled: a pause that is over within the delay is reported all the same.
+    // Intended: a play within the delay does not cancel the check, and the pause is reported.
     MainQueue::shared().performAfterDelay(this, pauseCheckDelay, weakly(&ZVAVPlayerSubscribe::CheckForPause));
 }
 
-/// Runs when the item's status changes, and reads the player's: the pairing is intended. An item that fails inside a
-/// player that can play is not reported.
+/// Called for the item's status, reads the player's. Intended: an item that fails in a player that can play is not
+/// reported.
 void ZVAVPlayerSubscribe::statusDidChange()
 {
     const auto watched = player();
@@ -179,15 +174,14 @@ void ZVAVPlayerSubscribe::currentItemDidChange()
 
 void ZVAVPlayerSubscribe::frameDidChange()
 {
-    const auto watched = player();
-    const auto item = watched ? watched->currentItem() : nullptr;
+    const auto item = currentItem();
     if (!item || item->status() != AVPlayerItemStatus::ReadyToPlay)
         return;
     if (m_isLandscape != zelvano::isLandscape(Device::current().orientation())) {
         m_isLandscape = !m_isLandscape;
         return;
     }
-    m_isDismissed = true;
+    m_isDismissed = true; // Same orientation: the view was closed.
     send(PlayerEvent::End);
     send(PlayerEvent::Done);
 }
@@ -203,9 +197,7 @@ void ZVAVPlayerSubscribe::CheckForPause()
 void ZVAVPlayerSubscribe::videoEnded(const Notification &)
 {
     m_playerState = PlayerState::Ended;
-    if (const auto receiver = observer())
-        receiver->setSelectionByUser(false);
-    send(PlayerEvent::End);
+    sendPlayedToEnd();
 }
 
 void ZVAVPlayerSubscribe::didSelectRecommndation(const Notification &notification)
@@ -221,7 +213,7 @@ void ZVAVPlayerSubscribe::didSelectRecommndation(const Notification &notificatio
     }
     stopObservingStatus(watched->currentItem());
     ZV_LOG("video-url: " << url.toString(QUrl::FullyEncoded));
-    // The host that announced the choice starts it, and the time observer stays.
+    // The host that posted the choice starts it. The time observer stays.
     watched->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(url)));
 }
 
@@ -257,11 +249,6 @@ void ZVAVPlayerSubscribe::setPlayerSource(const QUrl &url)
     watched->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(url)));
 }
 
-void ZVAVPlayerSubscribe::didEnterFullScreen(const Notification &)
-{
-    m_isFullScreen = true;
-}
-
 void ZVAVPlayerSubscribe::observeStatus(const std::shared_ptr<AVPlayerItem> &item)
 {
     if (!item)
@@ -270,7 +257,7 @@ void ZVAVPlayerSubscribe::observeStatus(const std::shared_ptr<AVPlayerItem> &ite
                                                  weakly(&ZVAVPlayerSubscribe::statusDidChange))});
 }
 
-/// The latest observation of this item; one that an earlier replacement left behind stays.
+/// Ends the latest observation of this item only. An earlier replacement may have left another.
 void ZVAVPlayerSubscribe::stopObservingStatus(const std::shared_ptr<AVPlayerItem> &item)
 {
     std::erase_if(m_statuses, [](const auto &status) { return status.item.expired(); });
@@ -283,16 +270,26 @@ void ZVAVPlayerSubscribe::stopObservingStatus(const std::shared_ptr<AVPlayerItem
 std::shared_ptr<AVPlayer> ZVAVPlayerSubscribe::player() const
 {
     const auto object = hostObject();
-    if (!isViewController())
-        return std::dynamic_pointer_cast<AVPlayer>(object);
-    const auto screen = std::dynamic_pointer_cast<AVPlayerViewController>(object);
-    return screen ? screen->player() : nullptr;
+    if (const auto controller = std::dynamic_pointer_cast<AVPlayerViewController>(object))
+        return controller->player();
+    return std::dynamic_pointer_cast<AVPlayer>(object);
+}
+
+std::shared_ptr<AVPlayerItem> ZVAVPlayerSubscribe::currentItem() const
+{
+    const auto watched = player();
+    return watched ? watched->currentItem() : nullptr;
+}
+
+/// The host's object as the view to cover: the view controller or the bare player.
+std::shared_ptr<Player> ZVAVPlayerSubscribe::screen() const
+{
+    return std::dynamic_pointer_cast<Player>(hostObject());
 }
 
 std::optional<double> ZVAVPlayerSubscribe::duration() const
 {
-    const auto watched = player();
-    const auto item = watched ? watched->currentItem() : nullptr;
+    const auto item = currentItem();
     return item ? item->duration() : std::numeric_limits<double>::quiet_NaN();
 }
 
@@ -303,22 +300,21 @@ QString ZVAVPlayerSubscribe::playerId() const
 
 QString ZVAVPlayerSubscribe::videoId() const
 {
-    const auto watched = player();
-    const auto item = watched ? watched->currentItem() : nullptr;
+    const auto item = currentItem();
     return item ? u""_s + item->asset().URL().toString(QUrl::FullyEncoded) : u""_s;
 }
 
 QObject *ZVAVPlayerSubscribe::parentView() const
 {
-    const auto screen = std::dynamic_pointer_cast<Player>(playerVC());
-    return screen ? screen->view() : nullptr;
+    const auto shown = screen();
+    return shown ? shown->view() : nullptr;
 }
 
 QSizeF ZVAVPlayerSubscribe::videoSize() const
 {
     if (m_videoSize.width() == 0 && m_videoSize.height() == 0) {
-        const auto screen = std::dynamic_pointer_cast<Player>(playerVC());
-        m_videoSize = screen ? screen->videoBounds().size() : QSizeF(0, 0);
+        const auto shown = screen();
+        m_videoSize = shown ? shown->videoBounds().size() : QSizeF(0, 0);
     }
     return m_videoSize;
 }

@@ -15,20 +15,18 @@ namespace zelvano {
 
 /// Watches an AVPlayer, bare or inside an AVPlayerViewController.
 ///
-/// The player reports little, so three things are guessed: a pause is a rate of 0 half a second ago outside of a seek;
-/// a seek is a jump of more than 2 s between two ticks, over once a tick moves less than half a second; and the player
-/// was closed when its view changed its frame while the device was not turned.
+/// The player reports little, so the adapter infers three things. A pause is a rate of 0 that was reported half a
+/// second ago, outside of a seek. A seek is a jump of more than 2 s between two ticks, and ends at the first step of
+/// less than half a second. The player was closed when its view changes its frame and the device was not turned.
 class ZELVANOCORE_EXPORT ZVAVPlayerSubscribe : public PlatformPlayerSubscriber
 {
 public:
-    enum class PlayerState { Normal = 0, Seeking = 1, Ended = 3 };
-
-    /// Watches the player at once. Any object is taken; one that is no such player is never heard of.
+    /// Watches the player at once. An object that is not such a player is accepted and never reports by itself.
     static std::shared_ptr<ZVAVPlayerSubscribe> create(const std::shared_ptr<QObject> &player);
     ~ZVAVPlayerSubscribe() override;
 
     void dismissSubscriber() override;
-    /// Does nothing once the player's view was taken to be closed.
+    /// Does nothing after the player was taken to be closed.
     void setNextVideo(const QString &url) override;
 
     std::optional<double> duration() const override;
@@ -38,35 +36,22 @@ public:
     /// Empty, not null, when there is no item.
     QString videoId() const override;
     QObject *parentView() const override;
-    /// The first size that was not empty, for the adapter's life.
+    /// The first size that was not empty, for the life of the adapter.
     QSizeF videoSize() const override;
 
-    /// The host's object; null after dismissal. Any thread.
-    std::shared_ptr<QObject> playerVC() const { return hostObject(); }
-    /// Any thread.
+    /// Null after dismissal. Any thread.
     std::shared_ptr<AVPlayer> player() const;
-
-    PlayerState playerState() const { return m_playerState; }
-    bool isFirstPlay() const { return m_firstPlay; }
-    bool isChangedSource() const { return m_isChangedSource; }
-    bool isDismissed() const { return m_isDismissed; }
-    bool isLandscape() const { return m_isLandscape; }
-    bool isFullScreen() const { return m_isFullScreen; }
-
-    // Part of the interface of both platform players' adapters; this one never changes them.
-    bool isPaused() const { return true; }
-    bool isFirstTime() const { return false; }
-    QUrl prevMediaUrl() const { return {}; }
-    double maxWathcedPosition() const { return 0; }
-
     void setPlayerSource(const QUrl &url);
-    void didEnterFullScreen(const Notification &notification);
 
 private:
+    enum class PlayerState { Normal = 0, Seeking = 1, Ended = 3 };
     struct TimeObservation;
     struct StatusObservation;
 
     explicit ZVAVPlayerSubscribe(const std::shared_ptr<QObject> &player);
+
+    std::shared_ptr<AVPlayerItem> currentItem() const;
+    std::shared_ptr<Player> screen() const;
 
     void registerForPlaybackNotification();
     void attachTimeObserver();
@@ -85,12 +70,12 @@ private:
 
     Observation m_rate;
     Observation m_frame;
-    Observation m_currentItem;
+    Observation m_itemChange;
     std::vector<StatusObservation> m_statuses;
-    /// The last one is the one that is replaced or removed. Those before it go on ticking, so that two of them settle a
-    /// jump, and report the seek, within one instant.
+    /// Only the last one is ever replaced or removed. Those before it go on ticking: with two of them a jump settles,
+    /// and its seek is reported, at once. Intended.
     std::vector<TimeObservation> m_timeObservers;
-    bool m_hasPlayerObserver = false; ///< The last one was not taken away yet.
+    bool m_hasPlayerObserver = false; ///< The last one is not removed yet.
 
     std::atomic<double> m_currentPosition = 0;
     std::atomic<bool> m_isDismissed = false;
@@ -98,7 +83,6 @@ private:
     bool m_firstPlay = false;
     bool m_isChangedSource = false;
     bool m_isLandscape = false;
-    bool m_isFullScreen = false;
     mutable QSizeF m_videoSize{0, 0};
 };
 

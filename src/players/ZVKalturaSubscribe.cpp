@@ -19,7 +19,7 @@ namespace {
 
 constexpr auto autoPlayExpression = "{autoPlay}"_L1;
 
-/// Invalid when the player does not offer it.
+/// Invalid when the player has no such property.
 QVariant valueOf(const QObject *player, const char *property)
 {
     return player ? player->property(property) : QVariant();
@@ -39,7 +39,7 @@ std::shared_ptr<ZVKalturaSubscribe> ZVKalturaSubscribe::create(const std::shared
     std::shared_ptr<ZVKalturaSubscribe> subscriber(new ZVKalturaSubscribe(player), MainThreadDeleter{});
     if (player)
         QMetaObject::invokeMethod(player.get(), "setDelegate", Q_ARG(QObject *, subscriber.get()));
-    // Without the controller nobody posts suggestions.
+    // Only the controller posts suggestions.
     if (classExists("ZelvanoViewController")) {
         NotificationCenter::defaultCenter().addObserver(subscriber.get(), SuggestionsDidFetchedNotification,
                                                         subscriber->weakly(&ZVKalturaSubscribe::updatePlayerPlugin));
@@ -56,7 +56,7 @@ void ZVKalturaSubscribe::playerLoadStateDidChange(QObject *player, int state)
     const auto self = shared_from_this(); // A report may drop the last other reference.
     const QPointer<QObject> caller(player);
     sendReady();
-    // Once more each time: a player that becomes playable several times announces a choice as often.
+    // Intended: one more listener each time. A choice is announced once per listener.
     listenToPlugin(caller);
 }
 
@@ -129,7 +129,7 @@ void ZVKalturaSubscribe::updatePlayerPlugin(const Notification &notification)
     });
 }
 
-/// The player is asked on the main thread only; the delivery thread, which replays events, gets the last answer.
+/// Reads the player on the main thread only. The delivery thread, which replays events, gets the last values.
 ZVKalturaSubscribe::Media ZVKalturaSubscribe::media() const
 {
     if (!MainQueue::isMainThread()) {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <ZelvanoUI/PlayerSubscriber.h>
-#include <ZelvanoUI/zelvanocore_export.h>
+#include "PlayerAdapter.h"
 
 #include <QMutex>
+#include <QObject>
 #include <QPointer>
 
 #include <memory>
@@ -13,12 +13,12 @@ namespace zelvano {
 
 struct Notification;
 
-/// Listens to a Kaltura player as its delegate, and hands fetched recommendations to the player's plug-in.
+/// The delegate of a Kaltura player. Passes fetched recommendations to the player's plug-in.
 ///
-/// It speaks to the player by name and so works with any class that is named like it; what the player does not offer is
-/// absent. It does not hold the player, reports the end of a video as "ended", never asks for an overlay, and cannot
-/// switch the video: the host does, when the plug-in's choice is announced to it.
-class ZELVANOCORE_EXPORT ZVKalturaSubscribe : public QObject, public PlayerSubscriber
+/// It calls the player by name, so any class of that name works; what the player does not offer is absent. It does not
+/// hold the player, reports the end of a video as "ended", never asks for an overlay, and cannot switch the video: the
+/// host does, on PluginPlayNotification.
+class ZELVANOCORE_EXPORT ZVKalturaSubscribe : public QObject, public PlayerAdapter
 {
     Q_OBJECT
 
@@ -27,22 +27,22 @@ public:
     static std::shared_ptr<ZVKalturaSubscribe> create(const std::shared_ptr<QObject> &player);
     ~ZVKalturaSubscribe() override;
 
-    /// Does nothing, on purpose: the player keeps its delegate, and every report goes on until the adapter ends.
+    /// Intended: does nothing. The player keeps its delegate, and reports go on until the adapter ends.
     void dismissSubscriber() override;
 
-    // The player's own properties "duration", "currentPlaybackTime", "entryId", "view" and "videoBounds". From another
-    // thread than the main one the first three are as of the last report.
+    // The player's properties "duration", "currentPlaybackTime", "entryId", "view" and "videoBounds". On another thread
+    // than the main one the first three are the values last read on the main thread.
     std::optional<double> duration() const override;
     double currentPosition() const override;
     QString videoId() const override;
     QObject *parentView() const override;
     QSizeF videoSize() const override;
 
-    // What the player calls on its delegate.
+    // The player calls these on its delegate.
     Q_INVOKABLE void playerLoadStateDidChange(QObject *player, int state);
     Q_INVOKABLE void playerPlaybackStateDidChange(QObject *player, int state);
 
-    /// Hands what the notification carries to the plug-in of the player that it is about.
+    /// Sends the notification's recommendations to the plug-in of the player that is its object.
     void updatePlayerPlugin(const Notification &notification);
 
 private:

@@ -5,7 +5,6 @@
 #include <ZelvanoUI/Application.h>
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/PlayerEvents.h>
-#include <ZelvanoUI/PlayerSubscription.h>
 
 #include <algorithm>
 #include <chrono>
@@ -19,12 +18,12 @@ namespace {
 
 constexpr auto pauseDelay = 100ms;
 constexpr auto positionInterval = 500ms;
-constexpr double bufferedAhead = 1.0; // Seconds; a pause with no more than that shows no recommendations.
+constexpr double bufferedAhead = 1.0; // Seconds. A pause with no more buffered shows no recommendations.
 
 } // namespace
 
 ZVMPMoviePlayerSubscribe::ZVMPMoviePlayerSubscribe(const std::shared_ptr<QObject> &player)
-    : PlatformPlayerSubscriber(player, std::dynamic_pointer_cast<MPMoviePlayerViewController>(player) != nullptr)
+    : PlatformPlayerSubscriber(player)
 {
 }
 
@@ -43,7 +42,7 @@ std::shared_ptr<ZVMPMoviePlayerSubscribe> ZVMPMoviePlayerSubscribe::create(const
 void ZVMPMoviePlayerSubscribe::registerForPlaybackNotification()
 {
     if (const auto screen = std::dynamic_pointer_cast<MPMoviePlayerViewController>(hostObject())) {
-        // It would leave at the end of a video, where the next one is to follow.
+        // It would dismiss itself at the end of a video; here the next video follows.
         NotificationCenter::defaultCenter().removeObserver(screen.get(), MPMoviePlayerPlaybackDidFinishNotification);
     }
     const auto watched = player();
@@ -58,16 +57,16 @@ void ZVMPMoviePlayerSubscribe::registerForPlaybackNotification()
         m_contentURL = QObject::connect(watched.get(), &MPMoviePlayerController::contentURLChanged,
                                         weakly(&ZVMPMoviePlayerSubscribe::contentURLDidChange));
     }
-    // Any player's full screen counts, not only this one's.
+    // Intended: the full screen of any movie player counts.
     observe(DidSelecteRecommendationNotification, weakly(&ZVMPMoviePlayerSubscribe::didSelectRecommndation));
     observe(MPMoviePlayerWillEnterFullscreenNotification, weakly(&ZVMPMoviePlayerSubscribe::didEnterFullScreen));
     observe(MPMoviePlayerWillExitFullscreenNotification, weakly(&ZVMPMoviePlayerSubscribe::didExitFullScreen));
-    // Never heard: nobody observes the adapter yet. The engine makes an "autoPlay" of the first "play" by itself.
+    // Intended: there is no observer yet, so this is lost. The engine turns the first "play" into "autoPlay" itself.
     if (watched && watched->shouldAutoplay())
         send(PlayerEvent::AutoPlay);
 }
 
-/// The chain of position readings is left alone: it goes on without a player until the adapter goes.
+/// Intended: the readings of the position go on, without a player, until the adapter ends.
 void ZVMPMoviePlayerSubscribe::dismissSubscriber()
 {
     m_contentURL = {};
@@ -138,7 +137,7 @@ void ZVMPMoviePlayerSubscribe::pauseVideo()
 
 void ZVMPMoviePlayerSubscribe::moviePlayBackDidFinish(const Notification &notification)
 {
-    // A notification without a reason counts as the end.
+    // Without a reason the playback ended.
     const int reason = notification.userInfo.value(MPMoviePlayerPlaybackDidFinishReasonUserInfoKey).toInt();
     switch (static_cast<MPMovieFinishReason>(reason)) {
     case MPMovieFinishReason::PlaybackEnded:
@@ -155,7 +154,7 @@ void ZVMPMoviePlayerSubscribe::moviePlayBackDidFinish(const Notification &notifi
     }
 }
 
-/// The end of a video that is being replaced, or stopped short of what was buffered, is none.
+/// Not an end: the video is being replaced, or stopped before the end of its buffered part.
 void ZVMPMoviePlayerSubscribe::playbackDidEnd()
 {
     const auto watched = player();
@@ -164,12 +163,10 @@ void ZVMPMoviePlayerSubscribe::playbackDidEnd()
         m_isChangedSource = false;
         return;
     }
-    if (const auto receiver = observer())
-        receiver->setSelectionByUser(false);
-    send(PlayerEvent::End);
+    sendPlayedToEnd();
 }
 
-/// The combination of playable and through-OK is intentionally not ready: it would be reported twice.
+/// Intended: playable together with playthrough-OK is not ready, which would be reported twice.
 void ZVMPMoviePlayerSubscribe::moviePreloadDidFinish(const Notification &)
 {
     const auto watched = player();
@@ -199,7 +196,7 @@ void ZVMPMoviePlayerSubscribe::didExitFullScreen(const Notification &)
     m_isFullScreen = false;
 }
 
-/// Each entry into the playing state begins a further chain of readings; one stop ends them all.
+/// Each entry into the playing state starts another chain of readings. One stop ends all chains.
 void ZVMPMoviePlayerSubscribe::timeObserver()
 {
     m_position = currentPosition();
@@ -212,7 +209,7 @@ void ZVMPMoviePlayerSubscribe::stopTimeOberver()
     MainQueue::shared().cancelPreviousPerformRequests(&m_position);
 }
 
-/// The host that announced the choice switches the video itself: the old one's finish is then no end.
+/// The host that posted the choice switches the video. The finish of the old video is then not an end.
 void ZVMPMoviePlayerSubscribe::didSelectRecommndation(const Notification &)
 {
     m_isChangedSource = true;
@@ -244,10 +241,9 @@ void ZVMPMoviePlayerSubscribe::playNextVideo(const QString &text)
 std::shared_ptr<MPMoviePlayerController> ZVMPMoviePlayerSubscribe::player() const
 {
     const auto object = hostObject();
-    if (!isViewController())
-        return std::dynamic_pointer_cast<MPMoviePlayerController>(object);
-    const auto screen = std::dynamic_pointer_cast<MPMoviePlayerViewController>(object);
-    return screen ? screen->moviePlayer() : nullptr;
+    if (const auto screen = std::dynamic_pointer_cast<MPMoviePlayerViewController>(object))
+        return screen->moviePlayer();
+    return std::dynamic_pointer_cast<MPMoviePlayerController>(object);
 }
 
 std::optional<double> ZVMPMoviePlayerSubscribe::duration() const

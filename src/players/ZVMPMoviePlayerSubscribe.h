@@ -13,12 +13,12 @@ namespace zelvano {
 
 /// Watches an MPMoviePlayerController, bare or inside an MPMoviePlayerViewController.
 ///
-/// The player tells its states itself. What is judged here: whether a pause is real enough to show recommendations, and
-/// whether a finished playback really reached the end. A change of its view's frame means nothing.
+/// The player reports its states itself. The adapter decides whether a pause is real enough to show recommendations,
+/// and whether a finished playback reached the end. Changes of the view's frame have no meaning here.
 class ZELVANOCORE_EXPORT ZVMPMoviePlayerSubscribe : public PlatformPlayerSubscriber
 {
 public:
-    /// Watches the player at once. Any object is taken; one that is no such player is never heard of.
+    /// Watches the player at once. An object that is not such a player is accepted and never reports by itself.
     static std::shared_ptr<ZVMPMoviePlayerSubscribe> create(const std::shared_ptr<QObject> &player);
     ~ZVMPMoviePlayerSubscribe() override;
 
@@ -33,16 +33,13 @@ public:
     QObject *parentView() const override;
     QSizeF videoSize() const override;
 
-    /// The movie player, also when the host gave its view controller; null after dismissal. Any thread.
+    /// The movie player, also when the host gave its view controller. Null after dismissal. Any thread.
     std::shared_ptr<MPMoviePlayerController> player() const;
 
-    QUrl prevMediaUrl() const { return m_prevMediaUrl; }
-    bool isPaused() const { return m_isPaused; }
-    bool isChangedSource() const { return m_isChangedSource; }
-    bool isFirstTime() const { return m_isFirstTime; }
     bool isFullScreen() const { return m_isFullScreen; }
+    /// The furthest position of a seek, in seconds.
     double maxWathcedPosition() const { return m_maxWathcedPosition; }
-    /// As of the last reading, each half second while it plays.
+    /// The position in seconds, read every half second during playback.
     double position() const { return m_position; }
 
 private:
