@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The digits that the text begins with, within 32 bits; 0 when there are none.
+/// The number at the start of the text, bounded to 32 bits; 0 when there is none.
 qint32 leadingInteger(QStringView text)
 {
     const bool isNegative = text.startsWith(u'-');
@@ -35,7 +35,7 @@ std::optional<LayoutCommand> layoutCommand(const QUrl &address)
     command.text = address.toString(QUrl::FullyEncoded);
     if (!command.text.startsWith("zelvano://"_L1))
         return std::nullopt;
-    // Anywhere in the address, and "ready" before "index": layout pages are written for both.
+    // Anywhere in the address, and "ready" before "index", on purpose: layout pages rely on both.
     if (command.text.contains("ready"_L1)) {
         command.kind = LayoutCommand::Kind::Ready;
     } else if (command.text.contains("index"_L1)) {
