@@ -70,6 +70,10 @@ Subscriber Zelvano::Private::current() const
     return playerEventsHandler ? playerEventsHandler->currentSubscriber() : nullptr;
 }
 
+// Out of line, so that host and library share one type description: casts between them rely on it.
+ZelvanoDelegate::~ZelvanoDelegate() = default;
+ZelvanoPrivateDelegate::~ZelvanoPrivateDelegate() = default;
+
 Zelvano::Zelvano() : d(std::make_unique<Private>(this)) {}
 
 Zelvano::~Zelvano()
