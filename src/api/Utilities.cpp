@@ -2,7 +2,7 @@
 
 #include "JsonReading.h"
 #include "Logging.h"
-#include "ZVAPIObject.h"
+#include <ZelvanoUI/Protocol.h>
 #include <ZelvanoUI/ZVConfig.h>
 
 #include <QJsonDocument>
@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Kept from one call to the next: nearly all of them go to one address.
+/// The last address. Nearly all calls go to one, and parsing it took an eighth of a player event.
 struct Address
 {
     QString base;
@@ -32,7 +32,7 @@ QUrl urlOf(const QString &base, const QString &apiName)
     return last.url;
 }
 
-// Every event has a body, and writing it with QJsonDocument took a third of the host's thread's time for one.
+// QJsonDocument took a third of a player event to write its body.
 using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 
 void write(Writer &writer, const QString &text)
@@ -61,7 +61,7 @@ void write(Writer &writer, const QJsonValue &value)
     } else if (value.isObject()) {
         writeObject(writer, value.toObject());
     } else {
-        // Only from hosts: left to Qt, as an array's text without its brackets.
+        // Only hosts set other values. Qt writes them as an array, which loses its brackets.
         const auto text = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
         writer.RawValue(text.constData() + 1, size_t(text.size()) - 2, rapidjson::kNullType);
     }
@@ -92,18 +92,18 @@ QByteArray body(const Dictionary &dictionary)
 
 QJsonObject data(const QJsonObject &answer)
 {
-    return answer.value("data"_L1).toObject();
+    return answer.value(ZVDataKey).toObject();
 }
 
 std::optional<QJsonArray> videos(const QJsonObject &payload)
 {
-    const auto list = payload.value("videos"_L1);
+    const auto list = payload.value(ZVVideosKey);
     return list.isArray() ? std::optional(list.toArray()) : std::nullopt;
 }
 
 qint64 status(const std::optional<QJsonObject> &answer)
 {
-    return answer ? json::integerValue(answer->value("status"_L1)) : 0;
+    return answer ? json::integerValue(answer->value(ZVStatusKey)) : 0;
 }
 
 std::optional<QJsonArray> subArrayToIndex(const QJsonArray &array, qint64 n)

@@ -1,5 +1,6 @@
 #include "ZVAPIObject.h"
 
+#include "Immortal.h"
 #include "Utilities.h"
 #include <ZelvanoUI/Bundle.h>
 #include <ZelvanoUI/Device.h>
@@ -14,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What the service is told of the client.
+/// What the user agent is made of.
 struct Client
 {
     bool isPad = false;
@@ -27,62 +28,50 @@ struct Client
 
 struct ClassState
 {
-    QMutex mutex;
+    QMutex mutex; // Guards the rest.
     QString domain = u""_s;
     std::vector<std::shared_ptr<http::Task>> tasks;
     Client client;
     QJsonObject userAgent;
 };
 
-ClassState &classState()
+/// Calls a function with the state while it is locked.
+template<class Function> auto withState(Function function)
 {
-    // Never destroyed: an engine that ends with the process may still send.
-    static auto *const state = new ClassState;
-    return *state;
-}
-
-// As many digits as each type carries, without trailing zeros.
-QString decimalText(float number)
-{
-    return QString::number(static_cast<double>(number), 'g', 7);
-}
-
-QString decimalText(double number)
-{
-    return QString::number(number, 'g', 16);
+    auto &state = immortal<ClassState>();
+    const QMutexLocker lock(&state.mutex);
+    return function(state);
 }
 
 Client currentClient()
 {
     const auto &device = Device::current();
-    // The version is the library's own, out of its resource bundle: the service tells releases of the library apart by
-    // it, not releases of the host.
+    // The version is the library's, from its resource bundle, on purpose: the service tells releases of the library
+    // apart by it, not releases of the host.
     const auto bundle = zelvanoBundle();
     return {device.userInterfaceIdiom() == UIUserInterfaceIdiom::Pad, device.systemVersion(), Bundle::mainBundleName(),
             bundle ? bundle->infoValue(u"CFBundleShortVersionString"_s) : QString()};
 }
 
-/// Kept for the process while nothing of it changes: every event carries it.
+/// Every event carries it, so the process keeps it while the client does not change.
 QJsonObject userAgentOf(const Client &client)
 {
-    auto &state = classState();
-    const QMutexLocker lock(&state.mutex);
-    if (state.userAgent.isEmpty() || state.client != client) {
-        state.client = client;
-        state.userAgent = {
-            {"deviceType"_L1, client.isPad ? deviceTypes[0] : deviceTypes[1]},
-            {"os"_L1, osTypes[1]}, // The only system that the service knows this kind of client on.
-            {"osVersion"_L1, client.systemVersion.section(u'.', 0, 0)},
-            {"app"_L1, client.app},
-            {"appVersion"_L1, client.libraryVersion},
-        };
-    }
-    return state.userAgent;
+    return withState([&](ClassState &state) {
+        if (state.userAgent.isEmpty() || state.client != client) {
+            state.client = client;
+            state.userAgent = {
+                {ZVDeviceTypeKey, client.isPad ? deviceTypes[0] : deviceTypes[1]},
+                {ZVOsKey, osTypes[1]}, // The service knows this kind of client on no other system.
+                {ZVOsVersionKey, client.systemVersion.section(u'.', 0, 0)},
+                {ZVAppKey, client.app},
+                {ZVAppVersionKey, client.libraryVersion},
+            };
+        }
+        return state.userAgent;
+    });
 }
 
 } // namespace
-
-ZVAPIObject::ZVAPIObject(QString apiName) : m_apiName(std::move(apiName)) {}
 
 std::shared_ptr<ZVAPIObject> ZVAPIObject::create(const QString &apiName)
 {
@@ -96,107 +85,21 @@ QJsonObject ZVAPIObject::userAgent() const
     return *m_userAgent;
 }
 
-void ZVAPIObject::addText(const QString &text, const QString &key)
+void ZVAPIObject::addText(const QString &text, QLatin1StringView key)
 {
     if (!text.isNull())
         m_params.insert(key, text);
 }
 
-void ZVAPIObject::setUserId(const QString &userId)
-{
-    m_userId = userId;
-    addText(userId, u"userId"_s);
-}
-
-void ZVAPIObject::setUserUUID(const QString &userUUID)
-{
-    m_userUUID = userUUID;
-    addText(userUUID, u"userUUID"_s);
-}
-
-void ZVAPIObject::setApiType(const QString &type)
-{
-    m_apiType = type;
-    addText(type, u"type"_s);
-}
-
-void ZVAPIObject::setVideoId(const QString &videoId)
-{
-    m_videoId = videoId;
-    addText(videoId, u"videoId"_s);
-}
-
-void ZVAPIObject::setPlayerId(const QString &playerId)
-{
-    m_playerId = playerId;
-    addText(playerId, u"playerId"_s);
-}
-
-void ZVAPIObject::setViewUUID(const QString &viewUUID)
-{
-    m_viewUUID = viewUUID;
-    addText(viewUUID, u"viewUUID"_s);
-}
-
-void ZVAPIObject::setPageUUID(const QString &pageUUID)
-{
-    m_pageUUID = pageUUID;
-    addText(pageUUID, u"pageUUID"_s);
-}
-
-void ZVAPIObject::setPlayerDetected(bool detected)
-{
-    m_playerDetected = detected;
-    addText(detected ? u"1"_s : u"0"_s, u"player"_s);
-}
-
-void ZVAPIObject::setPosition(float seconds)
-{
-    m_position = seconds;
-    addText(decimalText(seconds), u"position"_s);
-}
-
-void ZVAPIObject::setDuration(float seconds)
-{
-    m_duration = seconds;
-    addText(decimalText(seconds), u"duration"_s);
-}
-
-void ZVAPIObject::setLatitude(double latitude)
-{
-    m_latitude = latitude;
-    addText(decimalText(latitude), u"lat"_s);
-}
-
-void ZVAPIObject::setLongitude(double longitude)
-{
-    m_longitude = longitude;
-    addText(decimalText(longitude), u"lng"_s);
-}
-
-void ZVAPIObject::setOffset(qint64 offset)
-{
-    m_offset = offset;
-    addText(QString::number(offset), u"offset"_s);
-}
-
-void ZVAPIObject::setSize(qint64 size)
-{
-    m_size = size;
-    addText(QString::number(size), u"size"_s);
-}
-
 void ZVAPIObject::setShowUI(bool show)
 {
-    addText(show ? u"true"_s : u"false"_s, u"showUI"_s);
+    addText(show ? u"true"_s : u"false"_s, ZVShowUIKey);
 }
 
 void ZVAPIObject::setPageUrl(const QString &pageUrl)
 {
-    if (pageUrl.isNull())
-        m_params.remove(u"pageUrl"_s);
-    else
-        m_params.insert(u"pageUrl"_s, pageUrl);
+    m_params.remove(ZVPageUrlKey);
+    addText(pageUrl, ZVPageUrlKey);
 }
 
 void ZVAPIObject::addValue(const QJsonValue &value, const QString &key)
@@ -211,13 +114,13 @@ void ZVAPIObject::setCompletion(Completion completion)
     if (!m_apiKey.isNull()) {
         if (!m_userId.isNull()) {
             request.method = "POST"_ba;
-            m_params.insert(u"userAgent"_s, userAgent());
+            m_params.insert(ZVUserAgentKey, userAgent());
             request.body = body(m_params);
         }
-        request.setHeader("x-api-key"_ba, m_apiKey.toUtf8());
-        request.setHeader("x-is-native"_ba, "true"_ba);
+        request.setHeader(ZVApiKeyHeader, m_apiKey.toUtf8());
+        request.setHeader(ZVIsNativeHeader, "true"_ba);
         if (!m_userUUID.isNull())
-            request.setHeader("x-user-uuid"_ba, m_userUUID.toUtf8());
+            request.setHeader(ZVUserUUIDHeader, m_userUUID.toUtf8());
     }
     callRequest(std::move(request), std::move(completion));
 }
@@ -230,44 +133,28 @@ void ZVAPIObject::callRequest(http::Request request, Completion completion)
             completion(error ? ZVAPIResponse(*error) : ZVAPIResponse(data));
     };
     const auto task = http::Session::dataTask(std::move(request), std::move(handler));
-    {
-        auto &state = classState();
-        const QMutexLocker lock(&state.mutex);
-        state.tasks.push_back(task);
-    }
+    withState([&](ClassState &state) { state.tasks.push_back(task); });
     task->resume();
 }
 
 QString ZVAPIObject::domain()
 {
-    auto &state = classState();
-    const QMutexLocker lock(&state.mutex);
-    return state.domain;
+    return withState([](ClassState &state) { return state.domain; });
 }
 
 void ZVAPIObject::setDomain(const QString &domain)
 {
-    auto &state = classState();
-    const QMutexLocker lock(&state.mutex);
-    state.domain = domain;
+    withState([&](ClassState &state) { state.domain = domain; });
 }
 
 std::vector<std::shared_ptr<http::Task>> ZVAPIObject::tasks()
 {
-    auto &state = classState();
-    const QMutexLocker lock(&state.mutex);
-    return state.tasks;
+    return withState([](ClassState &state) { return state.tasks; });
 }
 
 void ZVAPIObject::stopAllSessions()
 {
-    std::vector<std::shared_ptr<http::Task>> tasks;
-    {
-        auto &state = classState();
-        const QMutexLocker lock(&state.mutex);
-        tasks.swap(state.tasks);
-    }
-    for (const auto &task : tasks)
+    for (const auto &task : withState([](ClassState &state) { return std::exchange(state.tasks, {}); }))
         task->cancel();
 }
 

@@ -16,98 +16,113 @@
 
 namespace zelvano {
 
-/// One call to the recommendation service: filled through its setters, sent by giving it a completion.
+/// One call to the recommendation service. Its setters fill the body; setCompletion() sends it.
 ///
-/// Each setter keeps its value and puts it into the body as text; an absent (null) text leaves the body as it was.
-/// The object lives until its completion has run, whether its creator keeps it or not. It is filled and sent from one
-/// thread.
+/// Each setter keeps its value and puts it into the body as text. An absent (null) text leaves the body as it was. The
+/// object lives until its completion has run, even without an owner. One thread fills and sends it.
 class ZELVANOCORE_EXPORT ZVAPIObject : public std::enable_shared_from_this<ZVAPIObject>
 {
 public:
-    /// Runs once on the delivery thread, never on the main thread and never before the sending call has returned.
+    /// Runs once, on the delivery thread. A call that fails at once may complete before the sending call returns.
     using Completion = std::function<void(const ZVAPIResponse &)>;
 
     /// The API name is a path relative to the service's base URL, such as "events".
     static std::shared_ptr<ZVAPIObject> create(const QString &apiName);
 
     QString APIName() const { return m_apiName; }
-    /// What the service is told of device and application; built on first read.
+    /// Describes device and application to the service. Built on first read.
     QJsonObject userAgent() const;
 
-    /// Sent as a header. Without a key the call goes out as a bare GET.
+    /// Sent as a header. Without a key the call is a bare GET.
     QString apiKey() const { return m_apiKey; }
     void setApiKey(const QString &apiKey) { m_apiKey = apiKey; }
 
     /// With a user id the call is a POST with a body, without one a GET.
     QString userId() const { return m_userId; }
-    void setUserId(const QString &userId);
+    void setUserId(const QString &userId) { set(m_userId, userId, ZVUserIdKey); }
     QString userUUID() const { return m_userUUID; }
-    void setUserUUID(const QString &userUUID);
+    void setUserUUID(const QString &userUUID) { set(m_userUUID, userUUID, ZVUserUUIDKey); }
 
     QString apiType() const { return m_apiType; }
-    void setApiType(const QString &type);
+    void setApiType(const QString &type) { set(m_apiType, type, ZVTypeKey); }
     QString videoId() const { return m_videoId; }
-    void setVideoId(const QString &videoId);
+    void setVideoId(const QString &videoId) { set(m_videoId, videoId, ZVVideoIdKey); }
     QString playerId() const { return m_playerId; }
-    void setPlayerId(const QString &playerId);
+    void setPlayerId(const QString &playerId) { set(m_playerId, playerId, ZVPlayerIdKey); }
     QString viewUUID() const { return m_viewUUID; }
-    void setViewUUID(const QString &viewUUID);
+    void setViewUUID(const QString &viewUUID) { set(m_viewUUID, viewUUID, ZVViewUUID); }
     QString pageUUID() const { return m_pageUUID; }
-    void setPageUUID(const QString &pageUUID);
+    void setPageUUID(const QString &pageUUID) { set(m_pageUUID, pageUUID, ZVPageUUID); }
     bool isPlayerDetected() const { return m_playerDetected; }
-    void setPlayerDetected(bool detected);
+    void setPlayerDetected(bool detected) { set(m_playerDetected, detected, ZVPlayerDetectedKey); }
     /// Seconds.
     float position() const { return m_position; }
-    void setPosition(float seconds);
+    void setPosition(float seconds) { set(m_position, seconds, ZVPositionKey); }
     /// Seconds.
     float duration() const { return m_duration; }
-    void setDuration(float seconds);
+    void setDuration(float seconds) { set(m_duration, seconds, ZVDurationKey); }
+    /// Degrees.
     double latitude() const { return m_latitude; }
-    void setLatitude(double latitude);
+    void setLatitude(double latitude) { set(m_latitude, latitude, ZVLatitudeKey); }
+    /// Degrees.
     double longitude() const { return m_longitude; }
-    void setLongitude(double longitude);
+    void setLongitude(double longitude) { set(m_longitude, longitude, ZVLongitudeKey); }
     qint64 offset() const { return m_offset; }
-    void setOffset(qint64 offset);
+    void setOffset(qint64 offset) { set(m_offset, offset, ZVOffsetKey); }
+    /// How many videos to ask for.
     qint64 size() const { return m_size; }
-    void setSize(qint64 size);
+    void setSize(qint64 size) { set(m_size, size, ZVSizeKey); }
 
-    /// Goes into the body alone: the getter always says false.
+    /// Changes the body alone. The getter is always false, on purpose.
     bool showUI() const { return false; }
     void setShowUI(bool show);
-    /// Goes into the body alone: the getter is always null. An absent URL, unlike other texts, removes the key.
+    /// Changes the body alone. The getter is always null, on purpose. An absent URL, unlike other texts, removes the
+    /// key.
     QString pageUrl() const { return {}; }
     void setPageUrl(const QString &pageUrl);
 
-    /// Puts a value into the body; an absent (null or undefined) value or key does nothing.
+    /// Puts a value into the body. An absent (null or undefined) value or key does nothing.
     void addValue(const QJsonValue &value, const QString &key);
 
-    /// The body that is being built.
+    /// The body.
     Dictionary params() const { return m_params; }
     void setParams(const Dictionary &params) { m_params = params; }
 
-    /// For a host's own use; the request does not read it.
+    /// For a host's own use. The request does not read it.
     std::optional<QJsonObject> config() const { return m_config; }
     void setConfig(const std::optional<QJsonObject> &config) { m_config = config; }
 
-    /// Sends the call; each time once more. The completion is not kept: completion() is always empty.
+    /// Sends the call, once more each time. It does not keep the completion: completion() is always empty.
     void setCompletion(Completion completion);
     Completion completion() const { return {}; }
     /// Sends a prepared request as this call.
     void callRequest(http::Request request, Completion completion);
 
-    /// A text of the process that takes no part in building URLs. Any thread.
+    /// A text of the process. URLs do not contain it. Any thread.
     static QString domain();
     static void setDomain(const QString &domain);
 
-    /// Handles of all calls that were sent since the last stopAllSessions(), the finished ones included. Any thread.
+    /// Handles of all calls since the last stopAllSessions(), finished ones included. Any thread.
     static std::vector<std::shared_ptr<http::Task>> tasks();
-    /// Cancels every one of them: their completions run with an error. Any thread.
+    /// Cancels all of them: their completions run with an error. Any thread.
     static void stopAllSessions();
 
 private:
-    explicit ZVAPIObject(QString apiName);
+    explicit ZVAPIObject(const QString &apiName) : m_apiName(apiName) {}
 
-    void addText(const QString &text, const QString &key);
+    // As many digits as the type carries, without trailing zeros.
+    static QString textOf(float number) { return QString::number(double(number), 'g', 7); }
+    static QString textOf(double number) { return QString::number(number, 'g', 16); }
+    static QString textOf(qint64 number) { return QString::number(number); }
+    static QString textOf(bool flag) { return QString::number(int(flag)); }
+    static QString textOf(const QString &text) { return text; }
+
+    template<class Value> void set(Value &field, const Value &value, QLatin1StringView key)
+    {
+        field = value;
+        addText(textOf(value), key);
+    }
+    void addText(const QString &text, QLatin1StringView key);
 
     const QString m_apiName;
     mutable std::optional<QJsonObject> m_userAgent;

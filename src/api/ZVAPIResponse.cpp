@@ -7,10 +7,6 @@
 
 namespace zelvano {
 
-ZVAPIResponse::ZVAPIResponse(const QByteArray &body) : m_body(body) {}
-ZVAPIResponse::ZVAPIResponse(const Error &error) : m_isDecoded(true), m_error(error) {}
-ZVAPIResponse::~ZVAPIResponse() = default;
-
 const std::optional<Error> &ZVAPIResponse::error() const
 {
     decode();

@@ -10,23 +10,20 @@
 
 namespace zelvano {
 
-/// What became of a service call: an error, or the decoded answer, or neither when the answer was empty. The HTTP
-/// status is not kept; the answer's own "status" is what counts. A value, for one thread at a time.
+/// The result of a service call: an error, the decoded answer, or neither if the answer was empty. The HTTP status is
+/// not kept: only the answer's own "status" counts. A value, for one thread at a time.
 ///
-/// The answer is decoded when it is first asked for: most calls report events, and nobody reads their answers.
+/// The first read decodes the answer. Most calls report events, and nothing reads their answers.
 class ZELVANOCORE_EXPORT ZVAPIResponse
 {
 public:
-    /// Of a call that was answered.
-    explicit ZVAPIResponse(const QByteArray &body);
-    /// Of one that failed before.
-    explicit ZVAPIResponse(const Error &error);
-    ~ZVAPIResponse();
+    explicit ZVAPIResponse(const QByteArray &body) : m_body(body) {}
+    explicit ZVAPIResponse(const Error &error) : m_isDecoded(true), m_error(error) {}
 
-    /// The transport's error, or the parser's.
+    /// Of the transport or of the parser.
     const std::optional<Error> &error() const;
     const std::optional<QJsonObject> &params() const;
-    /// For further data of a host's; the library never sets it.
+    /// For data of the host. The library never sets it.
     std::optional<QJsonObject> extraParams;
 
 private:
