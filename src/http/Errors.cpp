@@ -12,7 +12,6 @@ ErrorCode errorCodeFor(CURLcode code)
         return ErrorCode::CannotFindHost;
     case CURLE_COULDNT_CONNECT:
     case CURLE_PROXY:
-    case CURLE_INTERFACE_FAILED:
         return ErrorCode::CannotConnect;
     case CURLE_OPERATION_TIMEDOUT:
         return ErrorCode::TimedOut;
@@ -25,16 +24,8 @@ ErrorCode errorCodeFor(CURLcode code)
         return ErrorCode::ConnectionLost;
     case CURLE_SSL_CONNECT_ERROR:
     case CURLE_PEER_FAILED_VERIFICATION:
-    case CURLE_SSL_CERTPROBLEM:
-    case CURLE_SSL_CIPHER:
     case CURLE_SSL_CACERT_BADFILE:
-    case CURLE_SSL_CRL_BADFILE:
-    case CURLE_SSL_ISSUER_ERROR:
-    case CURLE_SSL_INVALIDCERTSTATUS:
-    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
     case CURLE_SSL_CLIENTCERT:
-    case CURLE_SSL_ENGINE_INITFAILED:
-    case CURLE_USE_SSL_FAILED:
         return ErrorCode::SecureConnectionFailed;
     case CURLE_TOO_MANY_REDIRECTS:
         return ErrorCode::TooManyRedirects;

@@ -7,7 +7,7 @@
 
 namespace zelvano::http {
 
-/// Translates libcurl's codes. Nothing else does.
+/// Translates the codes that libcurl has for our options. Nothing else does.
 ErrorCode errorCodeFor(CURLcode code);
 
 /// `description` becomes one line.

@@ -6,18 +6,14 @@ namespace zelvano::http {
 
 bool isToken(const QByteArray &text)
 {
-    constexpr QByteArrayView marks = "!#$%&'*+-.^_`|~";
-    const auto isLetterOrDigit = [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    };
-    return !text.isEmpty() &&
-           std::all_of(text.begin(), text.end(), [&](char c) { return isLetterOrDigit(c) || marks.contains(c); });
+    constexpr QByteArrayView allowed = "!#$%&'*+-.^_`|~0123456789"
+                                       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+    return !text.isEmpty() && std::ranges::all_of(text, [&](char c) { return allowed.contains(c); });
 }
 
 bool isSafeHeader(const QByteArray &name, const QByteArray &value)
 {
-    return isToken(name) &&
-           std::none_of(value.begin(), value.end(), [](char c) { return uchar(c) < 0x20 || c == 0x7f; });
+    return isToken(name) && std::ranges::none_of(value, [](char c) { return uchar(c) < 0x20 || c == 0x7f; });
 }
 
 StringList headerList(const Request &request, bool isForeignHost)

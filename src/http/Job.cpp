@@ -21,7 +21,7 @@ void Job::resume()
     Stage expected = Stage::Created;
     if (!m_stage.compare_exchange_strong(expected, Stage::Resumed))
         return;
-    Traffic::willStart(m_id, m_request);
+    Traffic::report([this](TrafficObserver &observer) { observer.requestWillStart(m_id, m_request); });
     Threads::instance().submit(shared_from_this());
 }
 
@@ -38,7 +38,9 @@ void Job::complete(const Outcome &outcome)
     m_request = {};
     const Session::Completion completion = std::exchange(m_completion, {});
     m_stage.store(Stage::Finished);
-    Traffic::didEnd(m_id, outcome.response, outcome.data, outcome.error);
+    Traffic::report([&](TrafficObserver &observer) {
+        observer.requestDidEnd(m_id, outcome.response, outcome.data, outcome.error);
+    });
     if (completion)
         completion(outcome.data, outcome.response, outcome.error);
 }
