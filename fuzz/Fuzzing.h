@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// Ends the program, with the input kept as a case, unless the condition holds.
+/// Aborts unless the condition holds. libFuzzer then keeps the input as a case.
 #define FUZZ_REQUIRE(condition)                                                                                        \
     do {                                                                                                               \
         if (!(condition)) {                                                                                            \
@@ -17,7 +17,7 @@
         }                                                                                                              \
     } while (false)
 
-/// The library's log lines would drown the fuzzer's.
+/// Silences the library, so that the fuzzer's own lines can be read.
 extern "C" [[gnu::used]] inline int LLVMFuzzerInitialize(int *, char ***)
 {
     QLoggingCategory::setFilterRules(QStringLiteral("zelvano*=false\nqt.*=false"));

@@ -1,4 +1,4 @@
-// An answer of the service, from its bytes to the records that the views and hosts read.
+// Fuzzes an answer of the service, from its bytes to the records that views and hosts read.
 #include "Fuzzing.h"
 #include "JsonReading.h"
 #include "Utilities.h"
@@ -38,7 +38,7 @@ void readRecommendation(const QJsonObject &answer)
     }
 }
 
-/// What players are told of the first videos is a JSON array whatever the service sent.
+/// The text for player plug-ins is a JSON array, whatever the service sends.
 void readNotification(const QJsonArray &videos)
 {
     for (const qint64 count : {qint64(-1), qint64(0), qint64(1), qint64(4), qint64(videos.size())}) {

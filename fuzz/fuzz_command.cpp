@@ -1,4 +1,4 @@
-// An address that the layout page navigates to.
+// Fuzzes the addresses that the layout page navigates to.
 #include "Fuzzing.h"
 #include "LayoutCommand.h"
 
@@ -12,11 +12,11 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *bytes, std::size_t si
     const auto command = layoutCommand(address);
     if (!command)
         return 0;
-    FUZZ_REQUIRE(address.scheme() == QLatin1StringView("zelvano")); // What a web page has for an address still loads.
+    FUZZ_REQUIRE(address.scheme() == QLatin1StringView("zelvano")); // Other addresses load as usual.
     const bool isIndex = command->kind == LayoutCommand::Kind::Index;
     FUZZ_REQUIRE(!command->position || isIndex);
     FUZZ_REQUIRE(!isIndex || command->position.has_value() == command->text.contains(QLatin1Char('?')));
     for (const auto character : command->text)
-        FUZZ_REQUIRE(character > u' ' && character < u'\x7f'); // What is logged of it stays one line.
+        FUZZ_REQUIRE(character > u' ' && character < u'\x7f'); // The log line stays one line.
     return 0;
 }

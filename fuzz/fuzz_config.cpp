@@ -1,4 +1,4 @@
-// The configuration, whatever the service sends for one, and the requests that are built from it.
+// Fuzzes the configuration from the service and the requests that are built from it.
 #include "ConfigAccess.h"
 #include "Fuzzing.h"
 #include "Utilities.h"

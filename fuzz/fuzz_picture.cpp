@@ -1,4 +1,4 @@
-// The bytes that a server gave for a thumbnail.
+// Fuzzes the bytes of a thumbnail.
 #include "Fuzzing.h"
 #include "ImageDecoding.h"
 

@@ -1,4 +1,4 @@
-// What a host or a page hands in for a request: bodies stay JSON, headers stay in their lines, URLs in their place.
+// Fuzzes what a host or a page puts into a request: the body stays JSON, each header one line, the URL valid.
 #include "Fuzzing.h"
 #include "Headers.h"
 #include "Utilities.h"
@@ -27,7 +27,7 @@ void buildBody(FuzzedDataProvider &source)
     call->setDuration(source.ConsumeFloatingPoint<float>());
     call->setLatitude(source.ConsumeFloatingPoint<double>());
     call->setSize(source.ConsumeIntegral<qint64>());
-    // Not every array of 16-bit numbers is text.
+    // A QString may hold 16-bit numbers that are not text.
     const auto raw = source.ConsumeRandomLengthString(32);
     const QString broken(reinterpret_cast<const QChar *>(raw.data()), qsizetype(raw.size() / sizeof(QChar)));
     call->addValue(broken, QStringLiteral("raw"));
@@ -50,7 +50,7 @@ void buildHead(FuzzedDataProvider &source)
     for (int i = 0; i < count; ++i) {
         const auto name = text(source);
         request.setHeader(name, text(source));
-        request.headers.emplace_back(name, text(source)); // A host's own request need not come through the setter.
+        request.headers.emplace_back(name, text(source)); // A host's own request may bypass the setter.
     }
     const auto list = http::headerList(request, isForeign);
     for (const auto *line = list.get(); line; line = line->next) {

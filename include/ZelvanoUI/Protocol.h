@@ -4,7 +4,7 @@
 
 #include <array>
 
-// What the service and the library call things on the wire.
+// The names in the protocol of the service: each once.
 namespace zelvano {
 
 // Base URLs of the service. The library uses production's until the channel initialisation names another one.

@@ -6,9 +6,8 @@
 
 namespace zelvano {
 
-/// Sends the calls that are meant for production, API_URL_PROD, to another "host:port". URL and Host header stay as
-/// they are. For development and tests. Applies to connections that are made later; an empty text removes the route.
-/// Any thread.
+/// Routes the calls for production (API_URL_PROD) to another "host:port". URL and Host header do not change. For
+/// development and tests. Applies to connections made later. An empty text removes the route. Any thread.
 ZELVANOCORE_EXPORT void useService(const QString &hostAndPort);
 
 } // namespace zelvano

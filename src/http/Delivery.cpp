@@ -37,8 +37,8 @@ bool Delivery::waitForEnd()
     return m_changed.wait_for(lock, std::chrono::milliseconds(10), [this] { return m_hasEnded; });
 }
 
-/// A host's message handler may pass each line to the main thread and wait for it there. The last completions log, so
-/// the main thread must not only wait for them.
+/// The last completions log. A host's message handler may pass each line to the main thread and wait for it, so the
+/// main thread serves queued calls while it waits for the completions.
 void Delivery::serveQueuedCalls()
 {
     const auto *app = QCoreApplication::instance();

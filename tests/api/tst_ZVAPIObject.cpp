@@ -9,7 +9,7 @@ using sandbox::Fault;
 
 using Call = std::shared_ptr<ZVAPIObject>;
 
-/// What one call sends, and what its completion gets, over loopback.
+/// What a call sends over loopback, and what its completion gets.
 class tst_ZVAPIObject : public QObject
 {
     Q_OBJECT
@@ -82,7 +82,7 @@ private Q_SLOTS:
                             .object();
         expected.insert("userAgent"_L1, call->userAgent());
         QCOMPARE(last().body, expected);
-        QCOMPARE(m_service->log.count(QString::fromUtf8(last().rawBody)), 2); // Logged as it is sent.
+        QCOMPARE(m_service->log.count(QString::fromUtf8(last().rawBody)), 2); // The log has the body that is sent.
 
         const auto sent = call->params();
         for (const auto set :
@@ -90,10 +90,10 @@ private Q_SLOTS:
               &ZVAPIObject::setPlayerId, &ZVAPIObject::setViewUUID, &ZVAPIObject::setPageUUID})
             (*call.*set)({});
         call->addValue({}, u"list"_s);
-        QCOMPARE(call->params(), sent); // Absent texts leave the body as it was,
+        QCOMPARE(call->params(), sent); // Absent texts leave the body unchanged,
         call->setPlayerDetected(false);
         call->setShowUI(true);
-        call->setPageUrl({}); // but an absent page URL goes.
+        call->setPageUrl({}); // but an absent page URL removes its key.
         QCOMPARE(call->params().value(u"player"_s), QJsonValue("0"_L1));
         QCOMPARE(call->params().value(u"showUI"_s), QJsonValue("true"_L1));
         QVERIFY(!call->params().contains(u"pageUrl"_s));
@@ -124,7 +124,7 @@ private Q_SLOTS:
         QCOMPARE(zelvano::request(ZVKeepAlive).timeout, std::chrono::seconds(20));
         for (const auto &url : {u"http://a/"_s, m_service->sandbox.url(u"v2"_s).toString()}) {
             ZVConfig::shared().setParams({{"sdkConfig"_L1, QJsonObject{{"apiUrl"_L1, url}}}});
-            QCOMPARE(zelvano::request(ZVKeepAlive).url.toString(), url + "/keepalive"_L1); // As it stands.
+            QCOMPARE(zelvano::request(ZVKeepAlive).url.toString(), url + "/keepalive"_L1); // Unchanged.
         }
         send(filled());
         QCOMPARE(last().path, u"/v2/events"_s);
@@ -143,7 +143,7 @@ private Q_SLOTS:
         QVERIFY(!watched.expired());
         m_service->settle();
         QVERIFY(isRight && watched.expired());
-        QCOMPARE(ZVAPIObject::tasks().size(), 1U); // The handle stays.
+        QCOMPARE(ZVAPIObject::tasks().size(), 1U); // The registry keeps the handle.
         QVERIFY(ZVAPIObject::tasks().front()->isFinished());
         filled()->setCompletion({});
         m_service->settle();
@@ -154,7 +154,7 @@ private Q_SLOTS:
         ZVAPIObject::stopAllSessions();
         QVERIFY(ZVAPIObject::tasks().empty());
         m_service->sandbox.addFault(ZVReadyEventAPI, {}, {.kind = Fault::Kind::Silence, .times = -1});
-        constexpr int count = 10; // More than run at a time.
+        constexpr int count = 10; // More than run at once.
         std::atomic<int> cancelled = 0;
         for (int i = 0; i < count; ++i) {
             filled()->setCompletion([&](const ZVAPIResponse &response) {
@@ -187,7 +187,7 @@ private Q_SLOTS:
             const auto text = [](const std::optional<QJsonArray> &part) { return part ? toJSON(*part) : QString(); };
             QCOMPARE(text(subArrayToIndex(array, n)), QLatin1StringView(toIndex));
             QCOMPARE(text(subArrayFromIndex(array, n)), QLatin1StringView(fromIndex));
-            QCOMPARE(log.lines().size(), n > 1 && n < size ? 1 : 0); // Past the end.
+            QCOMPARE(log.lines().size(), n > 1 && n < size ? 1 : 0); // The range runs past the end.
         }
     }
 

@@ -22,7 +22,7 @@ std::counting_semaphore<> resolverMayGo(0);
 
 } // namespace
 
-/// In place of the system's: a resolver that hangs on one name.
+/// Replaces the system's resolver. Hangs on one name.
 extern "C" Q_DECL_EXPORT int getaddrinfo(const char *name, const char *service, const addrinfo *hints,
                                          addrinfo **result)
 {
@@ -35,7 +35,7 @@ extern "C" Q_DECL_EXPORT int getaddrinfo(const char *name, const char *service, 
     return next(name, service, hints, result);
 }
 
-/// The end of the two threads: prompt whatever the network does, every completion run, and not for ever.
+/// The threads end promptly whatever the network does, run every completion first, and can start again.
 class tst_SessionStop : public QObject
 {
     Q_OBJECT
@@ -77,7 +77,7 @@ private Q_SLOTS:
         app.reset();
         QCOMPARE(patient.runs(), 1);
         QCOMPARE(patient.result().errorCode(), int(ErrorCode::Cancelled));
-        // Only now: nothing above waited for the resolver.
+        // Nothing above waited for the resolver.
         resolverMayGo.release(2);
         QVERIFY(std::chrono::steady_clock::now() - start < 2s);
     }
@@ -110,7 +110,7 @@ private Q_SLOTS:
     }
 };
 
-/// Leaves main while a transfer is in flight, without an application object.
+/// Leaves main() during a transfer, without an application object.
 static int runChild(const char *url)
 {
     const auto print = [](const auto &, const auto &, const auto &error) {

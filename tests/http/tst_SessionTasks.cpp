@@ -32,7 +32,7 @@ RawServer::Script drip(const QByteArray &quick, const QByteArray &slow, std::chr
     };
 }
 
-/// One answer to the first request of a connection, another to those after it.
+/// Answers the first request of a connection with one text, later ones with another.
 RawServer::Script inTurn(const QByteArray &first, const QByteArray &second)
 {
     return [=](RawServer::Connection &connection) {
@@ -74,8 +74,7 @@ private:
 
 } // namespace
 
-/// One request and its answer, from a server that says exactly the given bytes: every outcome, what goes out, and what
-/// is refused. And many over time: connections, slots, cancelling,
+/// One request: every outcome, the bytes sent, what is refused. Many requests: connections, slots, cancelling,
 /// completions.
 class tst_SessionTasks : public QObject
 {
@@ -224,7 +223,7 @@ private Q_SLOTS:
         QVERIFY(server.requests().front().contains("\r\nX-Api-Key: secret\r\n"));
         QVERIFY(!other.requests().front().contains("secret"));
         QVERIFY(other.requests().front().contains("\r\nContent-Type: application/json\r\n"));
-        // The easy handle was changed under way: its next job has all of its headers again.
+        // The redirect changed the easy handle. Its next job has all headers again.
         QCOMPARE(HttpLoad(request).resume().result().data, "other");
         QVERIFY(server.requests().back().contains("\r\nX-Api-Key: secret\r\n"));
     }
@@ -259,7 +258,7 @@ private Q_SLOTS:
         RawServer one(always(httpAnswer("one")));
         RawServer two(always(httpAnswer("two")));
         const QUrl url(u"http://Service.Test/path"_s);
-        // What the environment names is for the production host, not for its stand-in.
+        // The environment's proxy is for the production host, not for the host that replaces it.
         qputenv("http_proxy", "http://127.0.0.1:1");
         Routes::set("service.test:80", one.hostAndPort());
         QCOMPARE(HttpLoad(httpGet(url)).resume().result().data, "one");
@@ -279,7 +278,7 @@ private Q_SLOTS:
         RawServer quick(always(httpAnswer("{}"))); // Another host does not wait.
         QCOMPARE(HttpLoad(httpGet(quick.url())).resume().result().status(), 200);
         for (size_t next = Slots; next < loads.size(); ++next) {
-            // Had a seventh gone out before a slot was free, it would be ahead of this count.
+            // A seventh request that went out without a slot would exceed this count.
             QCOMPARE(server.raw().requests().size(), next);
             server.open(1);
             QVERIFY(server.raw().awaitRequests(next + 1));
@@ -336,7 +335,7 @@ private Q_SLOTS:
             load.cancel();
             QCOMPARE(load.result().errorCode(), int(ErrorCode::Cancelled));
         }
-        QVERIFY(server.raw().awaitRequests(Slots + 1)); // The active one's slot goes to the first that waits.
+        QVERIFY(server.raw().awaitRequests(Slots + 1)); // The first waiting job gets the slot of the active one.
         server.open(Slots + 2);
         QCOMPARE(loads[Slots].result().status(), 200);
         QCOMPARE(loads[Slots + 2].result().status(), 200);
@@ -350,7 +349,7 @@ private Q_SLOTS:
         std::vector<HttpLoad> loads;
         for (int i = 0; i < 1000; ++i)
             loads.emplace_back(httpGet(server.url()));
-        // Each cancel comes near the end of its transfer: before, within or after it.
+        // Each cancel comes shortly before, during or after the end of its transfer.
         constexpr size_t Ahead = 8;
         std::thread canceller([&loads] {
             for (size_t i = 0; i < loads.size(); ++i) {

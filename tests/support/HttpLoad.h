@@ -18,7 +18,7 @@ struct HttpResult
     int errorCode() const { return error ? error->code : 0; }
 };
 
-/// A task, and the wait for its completion.
+/// A task that can be waited for.
 class HttpLoad
 {
 public:
@@ -40,7 +40,7 @@ public:
     bool isFinished() const { return m_task->isFinished(); }
     int runs() const { return m_state->runs; }
 
-    /// Neither response nor error when the completion does not run in time.
+    /// Has neither response nor error if the completion does not run in time.
     HttpResult result(std::chrono::milliseconds patience = std::chrono::seconds(20))
     {
         auto &future = m_state->future;
@@ -74,14 +74,14 @@ inline zelvano::http::Request httpPost(const QUrl &url, const QByteArray &body)
     return request;
 }
 
-/// Completions run one after another: behind this one, those of all calls before it have run, and are released.
+/// Returns when the completions of all earlier calls have run and are released: they run one after another.
 inline void passCompletions()
 {
     if (HttpLoad(httpGet({})).resume().result().errorCode() != int(zelvano::http::ErrorCode::BadUrl))
         qFatal("completions do not run");
 }
 
-/// Requests of "0", "1", "2"... below the URL, in that order.
+/// Resumed requests for "0", "1", "2"... below the URL.
 inline std::vector<HttpLoad> resumed(int count, const QUrl &url)
 {
     std::vector<HttpLoad> loads;
@@ -100,7 +100,7 @@ inline QByteArray httpRedirect(const QByteArray &status, const QByteArray &locat
     return httpAnswer("moved", "HTTP/1.1 " + status + " Moved\r\nLocation: " + location);
 }
 
-/// Says the same to every request of a connection.
+/// Gives every request of a connection the same answer.
 inline RawServer::Script always(const QByteArray &bytes)
 {
     return [bytes](RawServer::Connection &connection) {
@@ -109,7 +109,7 @@ inline RawServer::Script always(const QByteArray &bytes)
     };
 }
 
-/// Says it to one request and closes.
+/// Answers one request and closes.
 inline RawServer::Script once(const QByteArray &bytes)
 {
     return [bytes](RawServer::Connection &connection) {
@@ -126,7 +126,7 @@ inline RawServer::Script silence()
     };
 }
 
-/// Networks that keep a request waiting for ever.
+/// Networks that keep a request waiting forever.
 inline void addBadNetworks()
 {
     addColumns<RawServer::Script, bool>({"script", "isSecure"});

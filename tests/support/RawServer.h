@@ -17,8 +17,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-/// A server on an ephemeral loopback port that says exactly the bytes its script says, one thread a connection.
-/// What no HTTP server would do is what it is for.
+/// A server on an ephemeral loopback port that sends exactly the bytes of its script. It does what no HTTP server
+/// would. Each connection has a thread.
 class RawServer
 {
 public:
@@ -27,7 +27,7 @@ public:
     public:
         Connection(RawServer &server, int socket) : m_server(server), m_socket(socket) {}
 
-        /// Head and body of the next request; empty when the client has gone.
+        /// Head and body of the next request. Empty when the client has closed.
         QByteArray readRequest()
         {
             static const QByteArray key = "Content-Length: ";
@@ -65,14 +65,14 @@ public:
             connect(m_socket, &none, sizeof(none));
         }
 
-        /// Until the client has closed, or the server ends.
+        /// Returns when the client has closed or the server ends.
         void awaitClose()
         {
             while (receive())
                 m_seen.clear();
         }
 
-        /// True when the server ends before `time` has passed.
+        /// True if the server ends within `time`.
         bool pause(std::chrono::milliseconds time)
         {
             return m_server.await([this] { return m_server.m_isEnding; }, time);
@@ -97,7 +97,7 @@ public:
 
     using Script = std::function<void(Connection &)>;
 
-    /// The script runs for every connection; the connection closes when it returns.
+    /// The script runs for every connection, which closes when the script returns.
     explicit RawServer(Script script) : m_script(std::move(script)), m_listener(socket(AF_INET, SOCK_STREAM, 0))
     {
         sockaddr_in address = {};
@@ -172,7 +172,7 @@ private:
                 shutdown(client, SHUT_RDWR);
             connection.m_thread = std::thread([this, &connection] {
                 m_script(connection);
-                // Closed only when the server ends, so that the number is not given to another connection.
+                // The socket stays open until the server ends, so that no other connection gets its number.
                 shutdown(connection.m_socket, SHUT_RDWR);
             });
         }
