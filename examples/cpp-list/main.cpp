@@ -1,4 +1,4 @@
-// A C++ host with the native list beside the player: what the viewer picks there plays next.
+// A C++ host with the native list beside the player. A video that the viewer picks in the list plays next.
 #include <ZelvanoUI/QtAVPlayerViewController.h>
 #include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/ZVRecommendationViewFactory.h>
@@ -17,9 +17,7 @@ struct Picks : zelvano::ZVRecommendationViewDelegate
 
     void didSelecteRecommendation(const std::shared_ptr<zelvano::ZVVideoParams> &video) override
     {
-        engine->setSelectionByUser(true);
-        if (const auto player = engine->playerEventsHandler()->currentSubscriber()) // None after the session.
-            player->setNextVideo(video->url().toString(QUrl::FullyEncoded));
+        engine->playSelected(video);
     }
 };
 // [pick]
