@@ -12,7 +12,7 @@ namespace {
 constexpr const char *loopback = "127.0.0.1";
 constexpr int idleSeconds = 30;
 constexpr int requestTimeoutMs = 5000;
-constexpr size_t workers = 64; // a connection that is kept alive occupies one
+constexpr size_t workers = 64; // A kept-alive connection occupies one.
 
 bool waitFor(socket_t socket, short events, int timeoutMs)
 {
@@ -22,7 +22,7 @@ bool waitFor(socket_t socket, short events, int timeoutMs)
 
 } // namespace
 
-// Collects an answer until it is told how to send it.
+// Collects an answer and sends it as its Delivery says.
 class Connection : public httplib::Stream
 {
 public:
@@ -76,7 +76,7 @@ public:
 private:
     ssize_t fill()
     {
-        // The client may be waiting for the "100 Continue" that is still held back.
+        // The client may wait for the "100 Continue" that the stream still holds.
         if (!send(takeOutput()) || !is_readable())
             return -1;
         m_readPosition = 0;
@@ -94,7 +94,7 @@ private:
 
 namespace {
 
-// The connection that the calling worker serves: httplib does not tell its handlers.
+// The connection of the calling worker thread. httplib does not pass it to handlers.
 thread_local Connection *currentConnection = nullptr;
 
 } // namespace
@@ -109,7 +109,7 @@ HttpServer::HttpServer(Handler handler) : m_handler(std::move(handler))
     set_tcp_nodelay(true);
     set_keep_alive_max_count(1000000);
     set_keep_alive_timeout(idleSeconds);
-    // Not the default, which lets two servers share a port.
+    // httplib's default lets two servers share a port.
     set_socket_options([](socket_t socket) {
         const int yes = 1;
         ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
@@ -137,7 +137,7 @@ bool HttpServer::start(int port)
     if (m_port < 0)
         return false;
     m_listener = std::thread([this] { listen_after_bind(); });
-    while (!is_running()) // stop() has no effect before
+    while (!is_running()) // stop() has no effect before.
         std::this_thread::yield();
     return true;
 }

@@ -13,23 +13,23 @@ namespace zelvano::sandbox {
 
 class Connection;
 
-// How an answer leaves the server.
+// How the server sends an answer.
 struct Delivery
 {
     enum class Kind {
         Whole,
-        Nothing, // the connection is closed without a byte
-        Half,    // headers and half of the body, then the connection is closed
-        Never,   // the connection stays open and silent
-        Drip     // headers, then the body byte by byte, `delay` apart
+        Nothing, // Closes the connection without a byte.
+        Half,    // Sends the headers and half of the body, then closes the connection.
+        Never,   // Sends nothing and keeps the connection open.
+        Drip     // Sends the headers, then one byte of the body each `delay`.
     };
 
     Kind kind = Kind::Whole;
-    std::chrono::milliseconds delay{0}; // before the first byte
+    std::chrono::milliseconds delay{0}; // Before the first byte.
 };
 
-// An HTTP server on 127.0.0.1 that sends each answer, headers and body, in one write, and can be stopped while
-// answers are held back.
+// An HTTP server on 127.0.0.1. It sends each answer, headers and body, in one write: two writes cost 40 ms. It can stop
+// while answers are delayed.
 class HttpServer : private httplib::Server
 {
 public:
@@ -38,7 +38,7 @@ public:
     explicit HttpServer(Handler handler);
     ~HttpServer() override;
 
-    bool start(int port); // 0: any free port
+    bool start(int port); // 0 for any free port.
     int port() const { return m_port; }
 
 private:
@@ -46,7 +46,7 @@ private:
     bool serveOne(Connection &connection);
     bool deliver(Connection &connection);
     bool drip(Connection &connection, std::string_view bytes);
-    bool pause(std::chrono::milliseconds time); // false once the server stops
+    bool pause(std::chrono::milliseconds time); // False if the server stops meanwhile.
     bool admit(socket_t socket);
     void dismiss(socket_t socket);
 

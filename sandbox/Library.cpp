@@ -21,7 +21,7 @@ struct Video
     qint64 published;
 };
 
-// Video n of this list is media/n+1.mp4: see media/make-media.sh.
+// Entry n is media/n+1.mp4 of media/make-media.sh.
 constexpr std::array<Video, 9> videos{{
     {"Northern Lights"_L1, "northern-lights"_L1, "FORYOU"_L1, 24, 97, 1700000000},
     {"Deep Dive"_L1, "deep-dive"_L1, "MOSTVIEWED"_L1, 30, 93, 1700600000},
@@ -57,8 +57,7 @@ QJsonObject toJson(const QString &baseUrl, size_t index, size_t round)
     };
 }
 
-// Where the list starts: behind the video that plays, by its URL or its identifier, or at the beginning when it is
-// none of these.
+// The index after the current video, which may be a URL or an identifier; 0 for an unknown one.
 size_t firstIndex(const QString &baseUrl, const QString &playing)
 {
     for (size_t index = 0; index < videos.size(); ++index) {

@@ -9,7 +9,7 @@
 
 #include <deque>
 
-// Not within a namespace: the resources of a static library are linked in only when they are asked for.
+// Links the resources of a static library. Q_INIT_RESOURCE does not compile inside a namespace.
 static void initResources()
 {
     Q_INIT_RESOURCE(zelvano_sandbox_pages);
@@ -24,7 +24,7 @@ namespace {
 
 constexpr size_t maximumLog = 10000;
 constexpr int maximumTestBytes = 64 << 20;
-// With its parameter, which keeps httplib from compressing: the answers are read by people with network tools, too.
+// The charset keeps httplib from compressing, so that network tools show the answers as text.
 constexpr const char *jsonType = "application/json; charset=utf-8";
 
 struct FaultEntry
@@ -57,7 +57,7 @@ Request readRequest(const httplib::Request &request)
     result.path = QString::fromStdString(request.path);
     for (const auto &[name, value] : request.headers)
         result.headers.emplace(QByteArray::fromStdString(name).toLower(), QByteArray::fromStdString(value));
-    // httplib hands its handlers these two as if they were headers.
+    // httplib adds these two, which are not headers of the request.
     result.headers.erase("remote_addr");
     result.headers.erase("remote_port");
     result.headers.erase("local_addr");
@@ -131,7 +131,7 @@ void serveTest(const Request &request, httplib::Response &response)
     else if (what == "bytes"_L1)
         setBody(response, bytes, "application/octet-stream");
     else if (what == "gzip"_L1)
-        setBody(response, bytes, "text/plain"); // httplib compresses text for a client that takes it so
+        setBody(response, bytes, "text/plain"); // httplib compresses text if the client accepts it.
     else if (what == "redirect"_L1)
         response.set_redirect(number > 1 ? "/test/redirect/" + std::to_string(number - 1) : "/test/echo");
     else if (what == "redirect-loop"_L1)
@@ -189,9 +189,8 @@ int serviceStatusOf(const httplib::Response &response)
 
 } // namespace
 
-class Sandbox::Private
+struct Sandbox::Private
 {
-public:
     Delivery handle(const httplib::Request &httpRequest, httplib::Response &response);
     void serve(const QString &call, const Request &request, const httplib::Request &httpRequest,
                httplib::Response &response);
@@ -267,7 +266,7 @@ std::optional<Fault> Sandbox::Private::takeFault(const QString &path, const QStr
 void Sandbox::Private::log(Request request, const Delivery &delivery, const httplib::Response &response)
 {
     if (delivery.kind != Delivery::Kind::Nothing && delivery.kind != Delivery::Kind::Never) {
-        request.httpStatus = response.status > 0 ? response.status : 200; // httplib decides later otherwise
+        request.httpStatus = response.status > 0 ? response.status : 200; // Without a status httplib later sends 200.
         request.serviceStatus = serviceStatusOf(response);
     }
     {

@@ -46,7 +46,7 @@ Fault serviceStatus(int status, int times = -1)
     return {.kind = Kind::ServiceStatus, .status = status, .times = times};
 }
 
-// One picture that is not there, one that nobody names, one under no address, and one that is as it should be.
+// In turn: a missing picture, no picture, an empty address, and an intact picture.
 void loosePicture(QJsonObject &video, int position)
 {
     const int way = position % 4;
@@ -60,7 +60,7 @@ void loosePicture(QJsonObject &video, int position)
     }
 }
 
-// Words that break, and one that does not.
+// In turn: a long title of many words, and a long title of one word.
 void lengthenTitle(QJsonObject &video, int position)
 {
     const QString title = video["title"_L1].toString();
@@ -72,7 +72,7 @@ void lengthenTitle(QJsonObject &video, int position)
             : title + u"Donaudampfschifffahrtselektrizitätenhauptbetriebswerkbauunterbeamtengesellschaft"_s;
 }
 
-// Hebrew, Arabic, and both with what is written from left to right.
+// Hebrew and Arabic, alone and mixed with left-to-right text.
 void turnTitle(QJsonObject &video, int position)
 {
     static const QStringList titles{u"אורות הצפון"_s, u"الغوص العميق"_s, u"גן הפטרי: פרק 3 (2024)"_s,
@@ -80,7 +80,7 @@ void turnTitle(QJsonObject &video, int position)
     video["title"_L1] = titles[position % titles.size()];
 }
 
-// What each scenario changes. The names are those of the command line.
+// The changes of each scenario, by its name on the command line.
 const std::vector<Row> &table()
 {
     const std::vector<QString> slowPaths{calls()[0], calls()[1],       calls()[2],
@@ -99,7 +99,7 @@ const std::vector<Row> &table()
           {calls()[1], {}, serviceStatus(500)},
           {calls()[2], {}, serviceStatus(404)},
           {calls()[3], {}, serviceStatus(401)}}},
-        // Not always: the library would open the channel and repeat the event without end.
+        // Once for each event: the library repeats an event after each 406.
         {Scenario::ChannelLost,
          u"channel-lost"_s,
          {},

@@ -8,11 +8,11 @@
 
 namespace zelvano::sandbox {
 
-// What the service answers to its calls. Not safe for use by several threads at a time.
+// The answers to the service's calls. Not thread-safe.
 class Service
 {
 public:
-    // The call that a path ends in, such as "events"; null for any other path.
+    // The call at the end of a path, such as "events"; null for another path.
     static QString callOf(const QString &path);
 
     QJsonObject answer(const QString &call, const Request &request, const QString &baseUrl);
@@ -26,7 +26,7 @@ private:
     QJsonArray edited(QJsonArray videos) const;
     QJsonObject recommendation(const Request &request, const QString &baseUrl) const;
 
-    std::set<QString> m_openChannels; // by user
+    std::set<QString> m_openChannels; // By user.
 };
 
 } // namespace zelvano::sandbox

@@ -43,28 +43,29 @@ int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
-    parser.setApplicationDescription(u"The recommendation service, on this machine only."_s);
+    parser.setApplicationDescription(u"A recommendation service for development. It listens on 127.0.0.1 only."_s);
     parser.addHelpOption();
-    parser.addOption({u"port"_s, u"The port of 127.0.0.1 to listen on; 0 for any free one."_s, u"N"_s, u"8080"_s});
+    parser.addOption({u"port"_s, u"Listen on port <N>; 0 for any free one."_s, u"N"_s, u"8080"_s});
     const QStringList scenarios = Sandbox::scenarioNames();
-    parser.addOption({u"scenario"_s, u"What the service answers: "_s + scenarios.join(", "_L1) + u'.', u"name"_s,
+    parser.addOption({u"scenario"_s, u"Answer as in scenario <name>: "_s + scenarios.join(", "_L1) + u'.', u"name"_s,
                       scenarios.constFirst()});
     parser.process(application);
 
     bool valid = false;
     const quint16 port = parser.value(u"port"_s).toUShort(&valid);
     if (!valid) {
-        std::fputs("zelvano-sandbox: --port takes a number from 0 to 65535\n", stderr);
+        std::fputs("zelvano-sandbox: --port must be a number from 0 to 65535\n", stderr);
         return 2;
     }
 
     const auto scenario = Sandbox::scenarioByName(parser.value(u"scenario"_s));
     if (!scenario) {
-        std::fprintf(stderr, "zelvano-sandbox: --scenario takes one of %s\n", qUtf8Printable(scenarios.join(", "_L1)));
+        std::fprintf(stderr, "zelvano-sandbox: --scenario must be one of %s\n",
+                     qUtf8Printable(scenarios.join(", "_L1)));
         return 2;
     }
 
-    // Blocked before the server's threads begin, so that only sigwait() below receives them.
+    // Block the signals before the server starts its threads, so that only sigwait() receives them.
     const sigset_t signals = stopSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
@@ -72,7 +73,7 @@ int main(int argc, char **argv)
     sandbox.setScenario(*scenario);
     sandbox.setRequestListener(printRequest);
     if (!sandbox.start(port)) {
-        std::fprintf(stderr, "zelvano-sandbox: port %d of 127.0.0.1 is taken\n", port);
+        std::fprintf(stderr, "zelvano-sandbox: port %d of 127.0.0.1 is in use\n", port);
         return 1;
     }
     std::printf("The recommendation service is at %s\n", qUtf8Printable(sandbox.url(u"/"_s).toString()));

@@ -53,7 +53,7 @@
     try {
       const answer = await (await fetch(`/console/requests?after=${last}`)).json();
       if (answer.last < last)
-        location.reload(); // another run of the service, which counts from 1 again
+        location.reload(); // The service has restarted and counts from 1.
       if (last === 0 && answer.last > 0)
         sessions.replaceChildren();
       answer.requests.forEach(show);

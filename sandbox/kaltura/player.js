@@ -1,15 +1,15 @@
 "use strict";
 
-// An outside party's player. It shows one video, and offers itself as window.kPlayer. A native host that injects
-// qwebchannel.js and registers an object "kHost" is told what happens, in order:
-//   mediaDidChange(media)               four times a second while the video plays, and before every other call
-//   loadStateDidChange(1)               once a source, when it can be played
+// A web player of another maker. It shows one video and is available as window.kPlayer. If a native host injects
+// qwebchannel.js and registers an object "kHost", the player calls it in order:
+//   mediaDidChange(media)               four times a second during play, and before each other call
+//   loadStateDidChange(1)               once for each source, when it can play
 //   playbackStateDidChange(state)       see playbackState; the first call is "loaded"
-//   eventDidFire(name, params)          what a plug-in raises
+//   eventDidFire(name, params)          an event of a plug-in
 (() => {
   const lastVideo = 9; // media/1.mp4 to media/9.mp4
   const arrowSeconds = 5;
-  const controlsMilliseconds = 2500; // how long they stay while the video plays
+  const controlsMilliseconds = 2500; // How long the controls stay during play.
   const messageMilliseconds = 5000;
 
   const loadState = { playable: 1 };
@@ -25,10 +25,10 @@
   const configuration = new URLSearchParams(location.search);
   const autoPlay = configuration.get("autoPlay") === "true";
   let entryId = "";
-  let playable = false; // the source has said so: asked again after every seek, it would say so again
+  let playable = false; // The element repeats the event after each seek.
   let playsWhenPlayable = false;
-  let seeks = []; // those asked for, of which the element is still to tell
-  let reported = "none"; // what the host was told last of these: "none", "playing", "paused", "ended"
+  let seeks = []; // Requested seeks without an event from the element yet.
+  let reported = "none"; // The last state sent to the host: "none", "playing", "paused" or "ended".
 
   const finite = (number) => (Number.isFinite(number) ? number : 0);
   const wantsToPlay = () => !video.error && (playsWhenPlayable || !video.paused);
@@ -36,7 +36,7 @@
   // ---- To the host ----
 
   let host = null;
-  let waitingCalls = []; // until the channel is connected
+  let waitingCalls = []; // Until the channel connects.
 
   function call(method, ...parameters) {
     if (host)
@@ -56,7 +56,7 @@
     });
   }
 
-  // The host answers questions from what it was told last: it must know better before it hears of anything.
+  // The host reads the last media values in its handlers, so send them before each other call.
   function report(method, ...parameters) {
     reportMedia();
     call(method, ...parameters);
@@ -96,7 +96,7 @@
 
   // ---- The video ----
 
-  // "3", or an identifier that the service gives video 3: "sandbox-3", or "sandbox-3-2" in a longer list.
+  // "3", or the service's identifier for video 3: "sandbox-3", or "sandbox-3-2" in a longer list.
   function numberOf(id) {
     const [, plain, listed] = /^(\d+)$|^sandbox-(\d+)(?:-\d+)?$/.exec(id) ?? [];
     const number = Number(plain ?? listed);
@@ -129,8 +129,8 @@
     playsWhenPlayable = !playable;
     if (playable) {
       if (video.currentTime >= video.duration)
-        video.currentTime = 0; // the element does so by itself only where it has played to the end
-      video.play().catch(() => {}); // a browser's policy, or a pause that came first
+        video.currentTime = 0; // The element does this by itself only at its own end.
+      video.play().catch(() => {}); // Rejected by the browser's policy, or by an earlier pause.
     }
     refresh();
   }
@@ -147,7 +147,7 @@
     if (!Number.isFinite(target) || target === from)
       return;
     if (reported === "ended")
-      reported = "paused"; // the end is reached once more, perhaps
+      reported = "paused"; // The video may reach its end again.
     video.currentTime = target;
     seeks.push(target > from ? playbackState.seekForward : playbackState.seekBackward);
     refresh();
@@ -164,7 +164,7 @@
     refresh();
   }
 
-  // A media element repeats itself, after each seek for instance. The host hears of every change once.
+  // A media element repeats events, for example after a seek. The host gets each change once.
   function become(what) {
     if (reported === what)
       return;
@@ -177,17 +177,17 @@
     canplay: becomePlayable,
     playing: () => become("playing"),
     pause: () => {
-      // An end pauses as well, and so does what has not begun.
+      // The element also pauses at the end and before the first play.
       if (!video.ended && reported === "playing")
         become("paused");
     },
     ended: () => become("ended"),
     waiting: () => {
-      if (!video.seeking) // a seek has been told
+      if (!video.seeking) // The seek is reported already.
         reportPlayback(playbackState.waiting);
     },
     seeking: () => {
-      if (seeks.length > 0) // playing again from the end is a seek of the element's own
+      if (seeks.length > 0) // Without a request: the element seeks by itself to play again from the end.
         reportPlayback(seeks.shift());
     },
     error: () => {
@@ -211,7 +211,7 @@
   let controlsTimer = 0;
   let lastState = "";
 
-  // Over a video that is there the message leaves again.
+  // Over a loaded video the message disappears.
   function showMessage(text) {
     clearTimeout(messageTimer);
     message.textContent = text;
@@ -251,7 +251,7 @@
     showSeconds(Math.floor(Number(seekBar.value)), Math.floor(duration));
   }
 
-  // Only when they change: the bar moves with every frame.
+  // Only on changes: the bar moves with each frame.
   function showSeconds(position, duration) {
     const shown = `${position}/${duration}`;
     if (shown === seekBar.dataset.shown)
@@ -310,7 +310,7 @@
       playOrPause();
   });
   toggle.addEventListener("click", playOrPause);
-  // The picture follows when the handle is let go: one seek, not one a pixel.
+  // Seek when the handle is released, not for each pixel.
   seekBar.addEventListener("input", () => { scrubbing = true; showTime(); });
   seekBar.addEventListener("change", () => { scrubbing = false; seek(seekBar.value); });
   document.addEventListener("keydown", onKey);
@@ -335,8 +335,8 @@
     evaluate: (expression) => (Object.hasOwn(evaluations, expression) ? evaluations[expression]() : null),
     sendNotification,
 
-    // For plug-ins. They draw in the layer, which lies over the video above the controls and takes the height that its
-    // content needs; a handler of states is called with "playing", "paused" or "ended" at every change.
+    // For plug-ins. They draw in the layer, which is over the video above the controls and as high as its content. Each
+    // state change calls the state handlers with "playing", "paused" or "ended".
     layer,
     get state() { return state(); },
     onState: (handler) => { stateHandlers.push(handler); },

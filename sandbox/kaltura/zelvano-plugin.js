@@ -1,6 +1,6 @@
 "use strict";
 
-// A plug-in of the player: shows recommended videos while the video rests, and says which one was chosen.
+// A plug-in of the player. It shows recommended videos while the video is paused, and reports the viewer's pick.
 (() => {
   const player = window.kPlayer;
   const clock = window.zelvanoClock;
@@ -21,9 +21,9 @@
   list.setAttribute("role", "list");
 
   let videos = [];
-  let chosen = false; // until the video has played again
+  let chosen = false; // Until the video plays again.
 
-  // JSON text of an array; whatever else is no suggestions.
+  // The JSON text of an array. Anything else means no suggestions.
   function read(params) {
     try {
       const value = JSON.parse(params);
@@ -67,7 +67,7 @@
     fade();
   }
 
-  // Where more cards lie beyond an edge, the cards fade out towards it.
+  // Cards fade out towards an edge with more cards beyond it.
   function fade() {
     const beyond = list.scrollWidth - list.clientWidth - Math.abs(list.scrollLeft);
     list.style.setProperty("--fade-start", Math.abs(list.scrollLeft) > 1 ? "28px" : "0px");
@@ -77,7 +77,7 @@
   function setVideos(params) {
     videos = read(params);
     chosen = false;
-    // What is no video takes no card, yet keeps its position in the list that the others are counted by.
+    // An entry that is not a video gets no card but keeps its index.
     const valid = (video) => typeof video === "object" && video !== null && !Array.isArray(video);
     const cards = videos.flatMap((video, index) => (valid(video) ? [makeCard(video, index)] : []));
     list.replaceChildren(...cards);
@@ -105,7 +105,7 @@
     const targets = { ArrowLeft: current - 1, ArrowRight: current + 1, Home: 0, End: cards.length - 1 };
     if (current < 0 || !(event.key in targets))
       return;
-    event.preventDefault(); // beyond the last card, too: the player would seek
+    event.preventDefault(); // Also at the last card, or the player would seek.
     cards[targets[event.key]]?.focus();
   }
 

@@ -1,7 +1,7 @@
 "use strict";
 
 (() => {
-  const smallestCard = 110; // where all cards are seen at once
+  const smallestCard = 110; // When all cards fit.
   const smallestScrolledCard = 100;
   const largestCard = 420;
   const roomyCard = 190;
@@ -45,7 +45,7 @@
     return item;
   }
 
-  // The number of columns that makes the cards largest while all of them are seen.
+  // The number of columns with the largest cards that all fit.
   function bestGrid(count, width, height, gap) {
     let best = { columns: 1, cardWidth: 0 };
     for (let tried = 1; tried <= count; ++tried) {
@@ -69,7 +69,7 @@
     const height = list.clientHeight - parseFloat(style.paddingBottom);
 
     let { columns: fitting, cardWidth } = bestGrid(count, width, height, gap);
-    // Downwards only: a sideways movement belongs to the library, which swipes the page away with it.
+    // Scroll only vertically: a horizontal swipe makes the library close the page.
     const scrolls = cardWidth < smallestCard && count > 1;
     if (scrolls) {
       fitting = Math.max(1, Math.floor((width + gap) / (smallestScrolledCard + gap)));
@@ -88,7 +88,7 @@
     const valid = (video) => typeof video === "object" && video !== null;
     const shown = Array.isArray(videos) ? videos : [];
     const focused = document.activeElement?.dataset?.index;
-    // What is no video takes no card, yet keeps its position in the list that the library counts by.
+    // An entry that is not a video gets no card but keeps its index, because the library counts it.
     list.replaceChildren(...shown.flatMap((video, index) => (valid(video) ? [makeCard(video, index)] : [])));
     list.scrollTo(0, 0);
     list.hidden = list.childElementCount === 0;
@@ -126,6 +126,6 @@
   new ResizeObserver(fit).observe(document.documentElement);
 
   window.updateSuggestions = updateSuggestions;
-  // Not earlier: a navigation ends the loading of the page, even one that leads nowhere.
+  // Wait for load: a navigation stops the loading of the page, even a refused one.
   window.addEventListener("load", () => { location.href = "zelvano://ready"; });
 })();

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Draws the sample videos into OUTDIR: media/N.mp4, thumbnails/N.jpg and strips/N.jpg (eight stills side by side).
-# Needs ffmpeg and the DejaVu fonts only. Titles and lengths are repeated in Library.cpp; the tests compare the lengths.
+# Needs only ffmpeg and the DejaVu fonts. Library.cpp repeats titles and lengths, and the tests compare the lengths.
 set -euo pipefail
 out=${1:?usage: make-media.sh OUTDIR}
 mkdir -p "$out"/{media,thumbnails,strips}
 
-# Builds may share the folder: one draws, the others wait for it.
+# Builds may share OUTDIR: one draws, and the others wait.
 exec 9>"$out/lock"
 flock 9
 drawn=$out/drawn
@@ -13,10 +13,10 @@ drawn=$out/drawn
 
 size=640x360
 
-# draw NUMBER TITLE SECONDS GRAPH: the stills show the picture alone, the video carries title and clock as well.
+# draw NUMBER TITLE SECONDS GRAPH: the video shows the title and a clock, the stills do not.
 draw() {
   local number=$1 title=$2 seconds=$3 graph=$4
-  local rate=$((3600 / seconds)) # the same size for every video
+  local rate=$((3600 / seconds)) # the same file size for each video
   local text="font='DejaVu Sans\:style=Bold':fontcolor=white:borderw=1:bordercolor=black@0.3:shadowcolor=black@0.5:shadowx=2:shadowy=2"
   local jpeg=(-frames:v 1 -q:v 4 -fflags +bitexact -flags:v +bitexact -update 1)
   ffmpeg -nostdin -hide_banner -loglevel error -y -filter_complex "
@@ -30,13 +30,13 @@ draw() {
     -map '[thumbnail]' "${jpeg[@]}" "$out/thumbnails/$number.jpg" -map '[strip]' "${jpeg[@]}" "$out/strips/$number.jpg"
 }
 
-# Waits for the two that are being drawn, and fails with either.
+# Waits for the two running draws and fails if one of them fails.
 both() {
   local job
   for job in $(jobs -p); do wait "$job"; done
 }
 
-# Smooth pictures are computed small and enlarged: geq evaluates its formulas for every pixel.
+# geq evaluates its formulas for each pixel, so smooth pictures are computed small and enlarged.
 smooth="color=black:s=160x90:r=25,format=gbrp,geq"
 
 draw 1 'Northern Lights' 24 "$smooth=

@@ -1,6 +1,6 @@
 "use strict";
 
-// How long videos are, for eyes and for ears. Both take whole seconds.
+// The length of a video, as text and for screen readers. Both take whole seconds.
 window.zelvanoClock = {
   text(seconds) {
     const pad = (number) => String(number).padStart(2, "0");
