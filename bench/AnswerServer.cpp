@@ -23,7 +23,7 @@ std::string wholeAnswer(std::string_view type, std::string_view body)
            "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + std::string(body);
 }
 
-/// Whole answers by what is asked for: the files, and behind them what every other request gets.
+/// The complete answers: the files, then the answer to every other request.
 std::vector<std::string> answersWith(const std::vector<std::string> &files, std::string_view other)
 {
     std::vector<std::string> answers;
@@ -33,7 +33,7 @@ std::vector<std::string> answersWith(const std::vector<std::string> &files, std:
     return answers;
 }
 
-/// The number that is the request's path; none for any other.
+/// The number in the request's path; empty for another path.
 std::size_t fileNumber(std::string_view request)
 {
     constexpr std::string_view begin = "GET /";
@@ -43,7 +43,7 @@ std::size_t fileNumber(std::string_view request)
     return number;
 }
 
-/// How many bytes the first request takes; 0 while it is not whole.
+/// The size of the first request in bytes; 0 while it is incomplete.
 std::size_t requestSize(std::string_view received)
 {
     constexpr std::string_view endOfHead = "\r\n\r\n";
@@ -67,14 +67,14 @@ struct Debt
     const std::string *answer;
 };
 
-/// A client and what it is still owed.
+/// A client and its pending answers.
 struct Client
 {
     std::string received;
     std::vector<Debt> debts;
 };
 
-/// Takes what the client sent. False when the connection is over.
+/// Receives data from the client. False when the connection has ended.
 bool receive(int socket, Client &client, const std::vector<std::string> &answers, std::chrono::milliseconds delay)
 {
     std::array<char, 16384> bytes;
@@ -92,7 +92,7 @@ bool receive(int socket, Client &client, const std::vector<std::string> &answers
     return true;
 }
 
-/// Answers what is due. False when the connection is over.
+/// Sends the due answers. False when the connection has ended.
 bool answer(int socket, Client &client)
 {
     while (!client.debts.empty() && client.debts.front().due <= Clock::now()) {
@@ -104,7 +104,7 @@ bool answer(int socket, Client &client)
     return true;
 }
 
-/// Milliseconds until something is due; -1 for nothing.
+/// Milliseconds until the next answer is due; -1 for none.
 int untilDue(const std::vector<Client> &clients)
 {
     int least = -1;
@@ -144,7 +144,7 @@ void AnswerServer::serve(int listener, int lifeline, const std::vector<std::stri
             const bool goesOn = !sockets[i].revents || receive(sockets[i].fd, clients[i], answers, delay);
             if (sockets[i].fd >= 0 && (!goesOn || !answer(sockets[i].fd, clients[i]))) {
                 close(sockets[i].fd);
-                sockets[i].fd = -1; // poll() passes over it.
+                sockets[i].fd = -1; // poll() ignores it.
                 clients[i] = {};
             }
         }

@@ -12,33 +12,34 @@
 
 namespace zelvano::bench {
 
-/// A service on 127.0.0.1 in a process of its own, so that its work is not counted as this one's. It gives every
-/// request the same answer, which suits each call that opens a view, or the file of that number, and keeps its
+/// A service on 127.0.0.1 in a separate process, so that its work does not count as this process's. It answers each
+/// request with the file of that number, or else with one answer that suits all calls of a session. It keeps
 /// connections open.
 class AnswerServer
 {
 public:
-    /// What begins so is never answered: it keeps its connection from others.
+    /// A request with this prefix gets no answer and occupies its connection.
     static constexpr auto heldRequest = "GET /hold";
 
-    /// An answer that opens a view, without recommendations. An hour between keep-alives: none comes in the way.
+    /// An answer that opens a view, without recommendations. The keep-alive interval is one hour, so that none
+    /// disturbs.
     static constexpr std::string_view openView =
         R"({"status":200,"data":{"userId":"user-1","userUUID":"uuid-1","pageUUID":"page-1","viewUUID":"view-1"},)"
         R"("sdkConfig":{"showUI":"false","keepALiveInterval":3600000}})";
 
-    /// Forks: to be made before any other thread is. Each answer waits for the delay. The first file is at /0.
+    /// Forks, so construct it before other threads start. Delays each answer by `delay`. The first file is at /0.
     explicit AnswerServer(std::chrono::milliseconds delay = {}, const std::vector<std::string> &files = {},
                           std::string_view answer = openView);
-    /// The child ends with its parent in any case.
+    /// The child also ends when its parent dies.
     ~AnswerServer();
     Q_DISABLE_COPY_MOVE(AnswerServer)
 
     quint16 port() const { return m_port; }
-    /// How many connections there have been.
+    /// The number of accepted connections.
     int connections() const { return m_shared->connections; }
 
 private:
-    /// Lies in memory that both processes have.
+    /// In memory that both processes share.
     struct Shared
     {
         std::atomic<int> connections;

@@ -4,10 +4,9 @@
 
 namespace zelvano::bench {
 
-// Where threads run is not left to the scheduler: it moves them about, and since waking a thread on another core of a
-// virtual machine can take longer than a whole request, what it does would be most of what is measured. The service,
-// the library's own threads and the bare loop share one core; the host's thread has another, where there is one.
-// Threads and processes start on the core of the one that makes them.
+// Fixes the core of each thread. In a virtual machine, waking a thread on another core can take longer than a request,
+// so the scheduler's choices would dominate the figures. The service, the library's threads and the bare loop share one
+// core, and the host's thread has another if there is one. Threads and processes start on the core of their creator.
 
 struct Cores
 {
@@ -15,7 +14,7 @@ struct Cores
     int network = 0;
 };
 
-/// The first and the last that the process may use. Asked for before anything is moved.
+/// The first and the last core that the process may use. Call it before you move a thread.
 inline const Cores &cores()
 {
     static const Cores both = [] {
@@ -36,7 +35,7 @@ inline const Cores &cores()
     return both;
 }
 
-/// The calling thread.
+/// Moves the calling thread.
 inline void moveToCore(int core)
 {
     cpu_set_t only;

@@ -8,8 +8,8 @@
 
 namespace zelvano::bench {
 
-/// A session as hosts have it while a video plays: an engine with a view open and one listener, logging off, against
-/// the service on a port of 127.0.0.1. One at a time; needs the application object.
+/// A host's session while a video plays: an engine with an open view and one listener, with logging off, and a service
+/// on a port of 127.0.0.1. Use one at a time; needs the application object.
 class OpenEngine
 {
 public:
@@ -17,13 +17,13 @@ public:
     ~OpenEngine();
     Q_DISABLE_COPY_MOVE(OpenEngine)
 
-    /// One player event. What it needs is made beforehand: the call is the engine's alone.
+    /// One player event. Its arguments exist already, so that the call is the engine's work only.
     void sendEvent() { m_engine->playerEvent(m_event, m_subscriber); }
 
-    /// Waits until every call is answered and the listener has heard of it, and forgets the calls.
+    /// Waits until all calls are answered and the listener has been called, and clears the record of calls.
     void drain();
 
-    /// The request that a player event goes out as, for others to compare with.
+    /// The request of a player event, for the floor.
     http::Request eventRequest();
 
 private:

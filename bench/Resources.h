@@ -11,7 +11,7 @@ inline double seconds(const timeval &time)
     return double(time.tv_sec) + double(time.tv_usec) * 1e-6;
 }
 
-/// What this process, all threads of it, has used of the processors so far, in seconds. Children are not in it.
+/// The CPU time of all threads of this process, in seconds, without child processes.
 inline double processCpu()
 {
     rusage usage = {};
@@ -19,7 +19,7 @@ inline double processCpu()
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-/// The same of the calling thread.
+/// The CPU time of the calling thread, in seconds.
 inline double threadCpu()
 {
     timespec time = {};
@@ -27,7 +27,7 @@ inline double threadCpu()
     return double(time.tv_sec) + double(time.tv_nsec) * 1e-9;
 }
 
-/// Bytes that are allocated, of all threads.
+/// Allocated bytes of all threads.
 inline double allocated()
 {
     const auto info = mallinfo2();

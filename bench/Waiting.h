@@ -10,7 +10,7 @@
 
 namespace zelvano::bench {
 
-/// Runs the event loop until it is so. What never becomes so ends the program.
+/// Runs the event loop until the predicate holds. Ends the program if it never does.
 template<class Predicate> void wait(const char *what, Predicate predicate)
 {
     const QDeadlineTimer deadline(std::chrono::seconds(20));

@@ -12,7 +12,7 @@ namespace zelvano::bench {
 
 inline constexpr QSize windowSize(400, 720);
 
-/// A window on the screen, and a wait for what it draws.
+/// A window on the screen, and functions that wait for its frames.
 class Window : public QQuickWindow
 {
 public:
@@ -23,13 +23,13 @@ public:
         waitForFrame();
     }
 
-    /// Draws, at the earliest what is asked for now.
+    /// Waits for a frame that contains all changes up to now.
     void waitForFrame()
     {
         waitForFrame([] { return true; });
     }
 
-    /// Draws again and again, until the predicate holds at the end of a frame.
+    /// Draws frames until the predicate holds at the end of one.
     template<class Predicate> void waitForFrame(Predicate predicate)
     {
         bool holds = false;
@@ -44,10 +44,10 @@ public:
         disconnect(connection);
     }
 
-    /// The event loop sleeps where there is nothing to do: other threads have the core.
+    /// Lets the event loop sleep when idle, so that other threads get the core.
     template<class Predicate> static void waitUntil(Predicate predicate)
     {
-        QTimer patience; // What never comes must not keep the loop asleep.
+        QTimer patience; // Wakes the loop if nothing else does.
         patience.start(std::chrono::seconds(1));
         const QDeadlineTimer deadline(std::chrono::seconds(60));
         while (!predicate()) {
@@ -65,7 +65,7 @@ inline double secondsSince(Clock::time_point begin)
     return std::chrono::duration<double>(Clock::now() - begin).count();
 }
 
-/// Before the application object: draws into memory, without a pause before a frame.
+/// Call before the application object exists: draws into memory, without a delay before a frame.
 inline void drawIntoMemory()
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");

@@ -1,6 +1,5 @@
-// Player events a second from the engine to the end of their delivery, and this process's CPU for each, against a
-// bare libcurl loop that posts the same request in the same run. Both on six connections, the library's default, and on
-// one.
+// Delivered player events in a second and this process's CPU time for each. The floor is a bare libcurl loop that posts
+// the same request in the same run. Both run on six connections, the library's default, and on one.
 
 #include "AnswerServer.h"
 #include "BareLoop.h"
@@ -28,7 +27,7 @@ constexpr int mostConnections = 6;
 constexpr int eventsInRun = 10000;
 constexpr int eventsInBurst = 500; // Up to two bursts are in flight.
 
-/// Counts what was delivered. Called for each transfer, so it adds two uncontended locks to what is measured.
+/// Counts deliveries. It runs for each transfer and adds two uncontended locks to the figure.
 class DeliveryCount : public http::TrafficObserver
 {
 public:
@@ -46,7 +45,7 @@ public:
     std::atomic<int> delivered = 0;
 };
 
-/// Takes all of the library's connections to the service but one, for as long as it lives.
+/// Holds all connections of the library to the service but one during its lifetime.
 class OneConnection
 {
 public:
@@ -73,7 +72,7 @@ private:
     std::vector<std::shared_ptr<http::Task>> m_held;
 };
 
-/// As a host does it: events from the main thread, whose event loop goes on in between.
+/// Like a host: sends events from the main thread and runs the event loop in between.
 void deliverThroughEngine(OpenEngine &engine, const DeliveryCount &count)
 {
     const int first = count.delivered;
@@ -138,7 +137,7 @@ int main(int argc, char **argv)
     };
     BareLoop onSix(request, server.port(), mostConnections);
     BareLoop onOne(request, server.port(), 1);
-    // Connections and memory pools of all are there before anything is timed.
+    // Opens all connections and fills the memory pools before the timing.
     deliverThroughEngine(engine, *count);
     onSix.post(eventsInRun);
     onOne.post(eventsInRun);

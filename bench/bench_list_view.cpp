@@ -1,6 +1,6 @@
-// What the list costs with n videos whose thumbnails are cached: the first frame with its cells, a step of scrolling,
-// memory; each against a bare pooled view of Qt's with the same picture, in the same run. And what it costs to fill
-// it up to the cells on the screen, and to group as many into the category view.
+// The cost of the list with n videos and cached thumbnails: the first frame with its cells, a scroll step, and memory.
+// The floor is Qt's pooled view with the same picture in the same run. Also the cost of filling the visible cells, and
+// of grouping the videos in the category view.
 
 #include "ImagesCache.h"
 #include "MainQueue.h"
@@ -34,7 +34,7 @@ namespace {
 constexpr auto smallestUrl = "http://videos.example/smallest.png"_L1;
 constexpr auto thumbnailUrl = "http://videos.example/thumbnail.jpg"_L1;
 constexpr QSize thumbnailSize(160, 90);
-constexpr double scrollStep = 48; // Points: a fast flick at 60 frames a second.
+constexpr double scrollStep = 48; // Points. A fast flick at 60 frames a second.
 constexpr int scrollSteps = 200;
 constexpr int cellsInWindow = 8;
 
@@ -99,14 +99,14 @@ void fillCategories(benchmark::State &state)
 
 // Against the bare view
 
-/// Bytes that are allocated, of all threads.
+/// Allocated bytes of all threads.
 double allocated()
 {
     const auto info = mallinfo2();
     return double(info.uordblks) + double(info.hblkhd);
 }
 
-/// What is left of the view before is gone.
+/// Waits until the earlier view is deleted.
 double allocatedAfterClearing(Window &window)
 {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -114,7 +114,7 @@ double allocatedAfterClearing(Window &window)
     return allocated();
 }
 
-/// Time, and this thread's share of it.
+/// Wall-clock time, and this thread's CPU time.
 struct Span
 {
     Clock::time_point begin = Clock::now();
@@ -131,7 +131,7 @@ void reportFirstFrame(benchmark::State &state, const Span &span)
     state.counters["frame_cpu_ms"] = span.cpuSeconds() * 1e3;
 }
 
-/// Steps before those that are measured fill the pools; what they began to animate comes to rest.
+/// Steps before the timed ones fill the pools. Then all animations end.
 template<class Predicate> void scroll(benchmark::State &state, Window &window, QQuickItem *scroller, Predicate isAtRest)
 {
     double position = scroller->property("contentY").toDouble();
@@ -188,7 +188,7 @@ void showList(benchmark::State &state, Window &window)
             return std::none_of(records.begin(), records.end(), [](auto &video) { return video->image().isNull(); });
         });
         window.waitForFrame();
-        // The records' pictures are theirs: one each, of the size that the service chose.
+        // Without the records' pictures: one for each, in the service's size.
         const double pictures = double(count) * double(records.front()->image().sizeInBytes());
         const auto isAtRest = [&] {
             const auto cells = items->shownCells();
@@ -200,7 +200,7 @@ void showList(benchmark::State &state, Window &window)
     }
 }
 
-/// What the bare view's cell shows of a video.
+/// The values in a cell of the bare view.
 struct BareVideo
 {
     Q_GADGET
@@ -218,7 +218,7 @@ public:
     QImage image;
 };
 
-/// Two videos a row, read when they are asked for.
+/// Two videos in each row, read on request.
 class BareModel : public QAbstractListModel
 {
 public:
@@ -296,7 +296,7 @@ int main(int argc, char **argv)
     ImagesCache::shared().store(thumbnailUrl, pictureFile(thumbnailSize, "JPG"));
 
     Window window;
-    const auto first = ZVListView::create(); // Keeps what the library has compiled, as the bare view's component does.
+    const auto first = ZVListView::create(); // Keeps the compiled QML alive, as the bare view's component does.
     QQmlEngine engine;
     QQmlComponent bare(&engine, QUrl(u"qrc:/bench/BarePool.qml"_s));
     const auto list = [&](benchmark::State &state) { showList(state, window); };

@@ -1,7 +1,7 @@
-// From a pause to the frame that shows the overlay's page, which has been loaded before; what is left of it without
-// the half second that a pause must last. Against one frame: a plain item that becomes visible, in the same run. The
-// page, the web engine and the engine's calls are real; the player only says that it plays and pauses. Prints one line
-// of JSON: scripts/bench.sh runs it several times, for the page's first showing.
+// The time from a pause to a frame with the overlay's page, without the half second that a pause must last. The page is
+// loaded in advance. The floor is one frame in which a plain item becomes visible, in the same run. The page, the web
+// engine and the engine's calls are real; the player only reports play and pause. Prints one line of JSON.
+// scripts/bench.sh runs it several times to measure the page's first showing.
 
 #include "FakePlayer.h"
 #include "Window.h"
@@ -35,7 +35,7 @@ namespace {
 
 constexpr auto pauseDelay = 500ms;
 constexpr int showings = 5;
-constexpr auto rest = 200ms; // What a change leaves to be done is done.
+constexpr auto rest = 200ms; // Deferred work after a change ends within this time.
 constexpr QSizeF videoSize(400, 225);
 
 class ScreenPlayer : public FakePlayer
@@ -55,13 +55,13 @@ void waitFor(std::chrono::milliseconds time)
     Window::waitUntil([end] { return Clock::now() >= end; });
 }
 
-/// What the window shows of the page: not its close control, which is no part of the page.
+/// The pixels of the page in the window, without the close button.
 QImage picture(Window &window)
 {
     return window.screen()->grabWindow(window.winId(), 60, 100, 120, 80).toImage();
 }
 
-/// Milliseconds from the moment until a frame, drawn for its own reasons, shows something else than before.
+/// Milliseconds from `since` to the first frame with other pixels than `before`. No frame is forced.
 double waitForChange(Window &window, const QImage &before, Clock::time_point since)
 {
     bool hasChanged = false;
@@ -85,7 +85,7 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
     if (geteuid() == 0)
-        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1"); // As root the web engine refuses to start with it.
+        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1"); // Chromium refuses to run as root with its sandbox on.
     QLoggingCategory::setFilterRules(u"zelvano*=false\nqt.webenginecontext=false"_s);
     QtWebEngineQuick::initialize();
     QGuiApplication application(argc, argv);

@@ -1,5 +1,5 @@
-// What one player event costs the thread that reports it, with a view open, one listener and logging off; and the
-// floor: the same body formatted by hand and put into a queue under a mutex.
+// The cost of one player event on the calling thread, with an open view, one listener and logging off. The floor
+// formats the same body by hand and puts it into a queue under a mutex.
 
 #include "AnswerServer.h"
 #include "Cores.h"
@@ -24,14 +24,14 @@ using namespace zelvano::bench;
 
 namespace {
 
-constexpr int eventsInBurst = 500; // As much as is ever in flight.
+constexpr int eventsInBurst = 500; // The maximum in flight.
 constexpr int burstsInRun = 40;
 constexpr int pacedEvents = 400;
 constexpr auto pace = std::chrono::milliseconds(5);
 
 using Clock = std::chrono::steady_clock;
 
-/// Two readings of the clock included.
+/// Includes two readings of the clock.
 template<class Call> double microsecondsOf(Call call)
 {
     const auto before = Clock::now();
@@ -49,7 +49,7 @@ void report(benchmark::State &state, std::vector<double> times)
     state.counters["p99_us"] = at(0.99);
 }
 
-/// Each call is timed by itself; what drains the burst is not.
+/// Times each call alone, and not the wait for the burst's answers.
 template<class Call, class Drain> void measureBursts(benchmark::State &state, Call call, Drain drain)
 {
     std::vector<double> times;
@@ -68,7 +68,7 @@ template<class Call, class Drain> void measureBursts(benchmark::State &state, Ca
     report(state, std::move(times));
 }
 
-/// One call every few milliseconds, the event loop in between: all threads sleep before each.
+/// One call every few milliseconds, with the event loop in between, so that all threads sleep before each call.
 template<class Call> void measurePaced(benchmark::State &state, Call call)
 {
     std::vector<double> times;
@@ -84,7 +84,7 @@ template<class Call> void measurePaced(benchmark::State &state, Call call)
     report(state, std::move(times));
 }
 
-/// What the body of a player event is made of.
+/// The values in the body of a player event.
 struct Parts
 {
     QByteArray type, userId, userUUID, viewUUID, userAgent;

@@ -1,5 +1,5 @@
-// From the bytes of a ready answer to its records read, for growing numbers of videos, against the JSON parser alone
-// on the same bytes; and the grouping by category.
+// The time from the bytes of a ready answer to its records, for growing numbers of videos. The floor is the JSON parser
+// alone on the same bytes. Also the grouping by category.
 
 #include "Utilities.h"
 #include "ZVAPIResponse.h"
@@ -45,7 +45,7 @@ std::shared_ptr<ZVRecommendation> recordOf(const QByteArray &bytes)
     return recommendations(ZVAPIResponse(bytes).params().value_or(QJsonObject()));
 }
 
-/// Divides the time by the number of videos, and fits it to a line through them.
+/// Divides the time by the number of videos and fits a line.
 void countVideos(benchmark::State &state)
 {
     state.SetComplexityN(state.range(0));

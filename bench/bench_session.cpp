@@ -1,5 +1,5 @@
-// What a session costs beside its events, in one fresh process: prints one line of JSON. scripts/bench.sh runs it
-// several times.
+// The cost of a session beside its events, in a new process. Prints one line of JSON. scripts/bench.sh runs it several
+// times.
 
 #include "AnswerServer.h"
 #include "FakePlayer.h"
@@ -42,7 +42,7 @@ QStringList threads()
     return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
 }
 
-/// How often a thread of this process has gone to sleep of itself so far.
+/// The number of voluntary context switches of this process's threads.
 qint64 sleeps()
 {
     qint64 sum = 0;
@@ -77,7 +77,7 @@ int main(int argc, char **argv)
     useService(QStringLiteral("127.0.0.1:%1").arg(server.port()));
     const auto subscriber = std::make_shared<FakeSubscriber>();
 
-    // From nothing, without an identity, to the answer that brings the recommendations.
+    // From the start without an identity to the answer with the recommendations.
     const double before = bench::allocated();
     const auto start = Clock::now();
     const auto engine = begin(subscriber);
@@ -89,7 +89,7 @@ int main(int argc, char **argv)
     const double firstMemory = bench::allocated() - before;
     const int connections = server.connections();
 
-    QThread::msleep(200); // The keep-alive's answer comes.
+    QThread::msleep(200); // The keep-alive's answer arrives meanwhile.
     QCoreApplication::processEvents();
     const auto sleepsBefore = sleeps();
     QThread::sleep(static_cast<unsigned long>(idleTime.count()));

@@ -1,6 +1,6 @@
-// A hundred thumbnails that are not cached, from the moment they are asked for: until the fetcher has handed over the
-// last, and until the list has drawn with it. Against a libcurl multi loop by hand whose answers QImage decodes on a
-// pool, in the same run; both have all cores.
+// The time from the request of a hundred uncached thumbnails until the fetcher has delivered the last, and until the
+// list has drawn it. The floor is a libcurl multi loop with QImage decoding on a pool, in the same run. Both may use
+// all cores.
 
 #include "AnswerServer.h"
 #include "Curl.h"
@@ -31,9 +31,9 @@ namespace {
 
 constexpr int thumbnails = 100;
 constexpr QSize thumbnailSize(480, 270);
-constexpr int connections = 6; // The library's.
+constexpr int connections = 6; // As in the library.
 
-/// Pictures with as much in them as a still of a video has: about 30 kB each.
+/// Pictures with the detail of a video still: about 30 kB each.
 std::vector<std::string> pictures()
 {
     QRandomGenerator random(1);
@@ -85,7 +85,7 @@ void check(const std::vector<QImage> &images)
         qFatal("a thumbnail did not come");
 }
 
-/// The main thread does nothing but ask and wait.
+/// The main thread only requests and waits.
 void fetch(quint16 port)
 {
     QSemaphore arrived;
@@ -178,7 +178,7 @@ public:
 
 private:
     const quint16 m_port;
-    std::vector<http::EasyHandle> m_handles; // Before the multi handle, which goes first.
+    std::vector<http::EasyHandle> m_handles; // Declared before the multi handle, which must be destroyed first.
     http::MultiHandle m_multi;
     std::vector<QByteArray> m_files = std::vector<QByteArray>(thumbnails);
     QThreadPool m_pool;
@@ -228,7 +228,7 @@ int main(int argc, char **argv)
         }
     };
     benchmark::RegisterBenchmark("thumbnails", load)->UseManualTime()->Iterations(1);
-    fetch(server.port()); // Connections and threads of both are there before anything is timed.
+    fetch(server.port()); // Opens the connections and starts the threads of both before the timing.
     byHand.fetch();
     benchmark::RunSpecifiedBenchmarks();
     return 0;

@@ -1,5 +1,5 @@
-// Viewings one after another, each with its own engine, player and about a hundred events over real HTTP, on a clock
-// that does not wait. Prints what the process holds after each twentieth of them, and how it grows after the first
+// Runs viewings one after another, each with its own engine and player and about a hundred events over real HTTP, on a
+// clock that does not wait. Prints the process's resources after each twentieth, and their growth after the first
 // fifth. Usage: soak [VIEWINGS]
 
 #include "AnswerServer.h"
@@ -24,8 +24,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int rounds = 45;  // Of one viewing: five events each.
-constexpr int samples = 20; // Of a run.
+constexpr int rounds = 45;  // In one viewing, with five events each.
+constexpr int samples = 20; // In one run.
 
 constexpr std::string_view answer =
     R"({"status":200,"data":{"userId":"user-1","userUUID":"uuid-1","pageUUID":"page-1","viewUUID":"view-1","videos":[)"
@@ -88,10 +88,10 @@ void view(const std::shared_ptr<EventCount> &listener)
     player->reachEnd();
     bench::wait("the answers", bench::allCallsEnded);
     engine->dismissZelvano();
-    ZVAPIObject::stopAllSessions(); // Hosts end a session so; the handles of its calls stay until then.
+    ZVAPIObject::stopAllSessions(); // As hosts do at the end of a session: it releases the handles of the calls.
 }
 
-/// Kilobytes that a thousand viewings add, by least squares.
+/// Growth in kilobytes for a thousand viewings, by least squares.
 double slope(const std::vector<Sample> &found)
 {
     double x = 0, y = 0, xx = 0, xy = 0;

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Makes the tables of docs/performance.md out of what the benchmark programs wrote: medians, with the least and the
-greatest value of all repetitions behind them. Usage: tables.py FOLDER MACHINE-LINE
+"""Makes the tables of docs/performance.md from the output of the benchmark programs: medians, with the lowest and the
+highest value of all repetitions. Usage: tables.py FOLDER MACHINE-LINE
 
-With --check in place of the machine's line it prints no table, and fails when a figure is ten times from what is wanted:
-on a busy machine a short run says no more than that."""
+With --check in place of MACHINE-LINE it prints no table and fails when a figure is ten times worse than its target. On
+a busy machine, a short run cannot show more."""
 
 import json
 import re
@@ -40,7 +40,7 @@ far_off = []
 
 
 def judged(label, value, wanted):
-    """What is wanted, for the table; a figure that is an order of magnitude from it is noted."""
+    """Returns the target for the table, and notes a figure that is ten times worse."""
     if found := re.match(r"([\d.,]+) at (most|least)", wanted):
         limit = float(found[1].replace(",", ""))
         if value > 10 * limit if found[2] == "most" else value < limit / 10:
@@ -70,7 +70,7 @@ def player_event():
     for label, engine, floor, counter, wanted in calls:
         ours, theirs = column(found[engine], counter), column(found[floor], counter)
         ratio = number(median(ours) / median(theirs))
-        # The 99th call belongs to the machine's other work as much as to the library.
+        # The machine's other work affects the 99th call as much as the library does.
         wanted = judged(label, median(ours), wanted) if counter == "p50_us" else wanted
         rows.append([label, cell(ours), cell(theirs), ratio, wanted])
     return table(["µs a call", "playerEvent", "by hand", "ratio", "wanted"], rows), len(found["playerEvent"])
@@ -181,7 +181,7 @@ def stalls():
         "longestOtherMs": ("of others: players, the web engine, the demo itself", "16 at most"),
         "webEngineStartMs": ("the web engine's one start", ""),
         "longestDrawingMs": ("drawing the window, without a GPU", ""),
-    }, check=lambda label, value, wanted: wanted)  # A stall may be that of the whole machine.
+    }, check=lambda label, value, wanted: wanted)  # The whole machine may have stalled.
 
 
 def session():
@@ -213,9 +213,9 @@ def main():
     if sys.argv[2] != "--check":
         print("\n\n".join(texts))
     elif far_off:
-        sys.exit("Ten times from what is wanted:\n" + "\n".join(far_off))
+        sys.exit("Ten times worse than the target:\n" + "\n".join(far_off))
     else:
-        print("No figure is ten times from what is wanted.")
+        print("No figure is ten times worse than its target.")
 
 
 main()
