@@ -7,21 +7,21 @@
 using namespace Qt::StringLiterals;
 using namespace zelvano;
 
-/// The host drops an engine whose calls hang in the network.
+/// The host releases an engine with calls that hang in the network.
 class tst_Dropping : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void whateverTheNetworkDoes_data() { addBadNetworks(); }
-    /// 50 ms are wanted; ten times as much is asserted, since sanitizers and a busy machine take their time.
+    /// The target is 50 ms. The test asserts ten times as much, for sanitizers and busy machines.
     void whateverTheNetworkDoes()
     {
         QFETCH(const RawServer::Script, script);
         QFETCH(const bool, isSecure);
         EngineFixture service;
         service.storeIdentity();
-        // The library's threads run from here on.
+        // Starts the library's threads.
         QCOMPARE(HttpLoad(httpGet(service.sandbox.url(u"/test/bytes/1"_s))).resume().result().status(), 200);
         const auto threads = countOfOwn(u"task"_s);
         const auto descriptors = countOfOwn(u"fd"_s);
@@ -44,7 +44,7 @@ private Q_SLOTS:
                     service.engine->dismissZelvano();
                 service.engine.reset();
                 microseconds.push_back(clock.nsecsElapsed() / 1000);
-                ZVAPIObject::stopAllSessions(); // The call would hold it until it times out.
+                ZVAPIObject::stopAllSessions(); // Otherwise the call holds the engine until its timeout.
                 service.settle();
                 QVERIFY(watched.expired());
             }
@@ -59,7 +59,7 @@ private Q_SLOTS:
                  qPrintable(u"%1, before %2"_s.arg(countOfOwn(u"fd"_s)).arg(descriptors)));
     }
 
-    /// Made, begun and dropped at once, with a good service.
+    /// Creates, starts and releases engines at once, with a good service.
     void manyEngines()
     {
         EngineFixture service;
@@ -81,7 +81,7 @@ private Q_SLOTS:
         QCOMPARE(service.sentCount(ZVRetrieveInit), count + 1);
         QCOMPARE(service.sandbox.requests().size(), std::size_t(std::min(service.sent().size(), qsizetype(10000))));
         QVERIFY(EngineFixture::wait([&] { return countOfOwn(u"task"_s) <= threads; }));
-        constexpr int kept = 2 * 6; // Six connections that may be used again; the service is in this process, too.
+        constexpr int kept = 2 * 6; // Six reusable connections, with both ends in this process.
         QVERIFY(EngineFixture::wait([&] { return countOfOwn(u"fd"_s) <= descriptors + kept; }));
     }
 

@@ -14,11 +14,11 @@ using Answer = EngineModel::Answer;
 
 namespace {
 
-/// Something that the service does to one call, and what that is to the engine.
+/// A fault of the service in one call, and its meaning to the engine.
 struct ServiceFault
 {
     Fault fault;
-    std::optional<Answer> answer; ///< Nothing: the answer arrives all the same.
+    std::optional<Answer> answer; ///< Empty when the ordinary answer arrives.
 };
 
 constexpr Answer useless{};
@@ -37,7 +37,7 @@ ServiceFault bodyFault(const QByteArray &body, const Answer &answer)
     return {fault, answer};
 }
 
-/// Broken, or valid JSON, though not what anybody would expect.
+/// Broken answers, and valid JSON of unexpected shape.
 const std::vector<ServiceFault> &badAnswers()
 {
     static const QByteArray config = R"(,"sdkConfig":{"keepALiveInterval":30000,"showUI":"perhaps"},"uiTagUrls":7})";
@@ -71,7 +71,7 @@ template<class List> auto &oneOf(const List &list, QRandomGenerator &random)
     return list[typename List::size_type(random.bounded(int(list.size())))];
 }
 
-/// One of those that fit the call.
+/// A fault that suits the call.
 ServiceFault randomServiceFault(QRandomGenerator &random, bool mayLackInterval)
 {
     constexpr std::array statuses{0, 100, 199, 201, 204, 400, 401, 404, 406, 406, 500, 503, 599, -200};
@@ -83,7 +83,7 @@ ServiceFault randomServiceFault(QRandomGenerator &random, bool mayLackInterval)
     case 1:
         fault.kind = Fault::Kind::HttpStatus;
         fault.status = random.bounded(200, 600);
-        // Of these HTTP knows no body.
+        // HTTP allows no body with these.
         return {fault, fault.status == 204 || fault.status == 304 ? std::optional(useless) : std::nullopt};
     case 2:
         return statusFault(mayLackInterval && random.bounded(4) == 0 ? 200 : oneOf(statuses, random));
@@ -99,8 +99,8 @@ ServiceFault randomServiceFault(QRandomGenerator &random, bool mayLackInterval)
     }
 }
 
-/// What no HTTP server would do; the call that meets it fails. More of it, on its own, has tst_SessionTasks.
-/// Without a script the connection is refused.
+/// Answers that no HTTP server sends. The call fails. tst_SessionTasks tests more of them on the transfer alone.
+/// Without a script the port refuses the connection.
 using RoadFault = RawServer::Script;
 
 RawServer::Script resetAfter(const QByteArray &bytes)
@@ -117,7 +117,7 @@ const std::vector<RoadFault> &roadFaults()
     static const QByteArray ok = "HTTP/1.1 200 OK\r\n";
     static const QByteArray answer = R"({"status":200,"data":{"pageUUID":"p","viewUUID":"v","userId":"u"}})";
     static const auto bomb = [] {
-        const QByteArray zlib = qCompress(QByteArray(65 << 20, ' '), 9).sliced(4); // Without Qt's own four bytes.
+        const QByteArray zlib = qCompress(QByteArray(65 << 20, ' '), 9).sliced(4); // Without Qt's four-byte header.
         return httpAnswer(zlib, "HTTP/1.1 200 OK\r\nContent-Encoding: deflate");
     }();
     static const std::vector<RoadFault> faults{
@@ -129,13 +129,13 @@ const std::vector<RoadFault> &roadFaults()
         always(httpRedirect("307", "http://127.0.0.2:1/events")),       // Redirect to another host.
         once("HTTP/1.1 000 None\r\nContent-Length: 0\r\n\r\n"),         // Status 0.
         once("HTTP/1.1 099 None\r\nContent-Length: 0\r\n\r\n"),         // Status 99.
-        once(QByteArray("HTTP/1.1 100 Continue\r\n\r\n").repeated(50)), // Interim for ever.
+        once(QByteArray("HTTP/1.1 100 Continue\r\n\r\n").repeated(50)), // Endless interim answers.
         always(bomb),                                                   // Too large, compressed.
     };
     return faults;
 }
 
-/// Null when they are alike.
+/// Null if they are equal.
 template<class Value> QString difference(const char *what, const Value &real, const Value &model)
 {
     if (real == model)
@@ -147,8 +147,8 @@ template<class Value> QString difference(const char *what, const Value &real, co
 
 } // namespace
 
-/// Any faults, in any order: what was sent is what the service recorded and what the rules say, nothing is sent twice,
-/// and the next good answer works.
+/// Random faults in random order. The sent calls match the service's record and the rules, no call is sent twice, and
+/// the next good answer works.
 class tst_FaultSequences : public QObject
 {
     Q_OBJECT
@@ -158,7 +158,7 @@ private Q_SLOTS:
 
     void rules_data()
     {
-        // "500 page": the next such call is answered with this status.
+        // "500 page" answers the next page call with status 500.
         addColumns<QString, QString>({"steps", "sent"});
         const auto row = [](const char *name, const char *steps, const char *sent) {
             QTest::newRow(name) << QString::fromLatin1(steps) << QString::fromLatin1(sent);
@@ -199,7 +199,7 @@ private Q_SLOTS:
             "init keepalive page ready recommendationClick ready pause");
     }
 
-    /// The rules one by one: what is sent stands in the row, all else in the model.
+    /// Each rule alone. The row has the expected calls, the model everything else.
     void rules()
     {
         QFETCH(QString, steps);
@@ -250,7 +250,7 @@ private Q_SLOTS:
 
             m_service->sandbox.clearFaults();
             m_model->clearFaults();
-            // The first view may end with a click that waited for it.
+            // A queued click can close the first view.
             for (const auto &name : {u"initialize"_s, u"page"_s, u"ready"_s, u"ready"_s})
                 step(name);
             if (m_failure.isNull() && m_model->view < 0)
@@ -265,7 +265,7 @@ private Q_SLOTS:
         qInfo("%lld steps and faults, %lld calls", qint64(steps), qint64(calls));
     }
 
-    /// The channel is opened again for as long as the service wants it, one call after another, and not once longer.
+    /// The channel is opened again once for each 406, and no more.
     void channelGoneForEver()
     {
         constexpr int rounds = 300;
@@ -311,7 +311,7 @@ private:
                 QTest::addRow("%s, %zu", qPrintable(call), i) << call << i;
         }
     }
-    /// The main flow, with what befalls one call; it goes on from there as soon as the host repeats the step.
+    /// The main flow with a fault in one call. It continues when the host repeats the step.
     void runFlow(const std::function<void(const QString &)> &befall)
     {
         QFETCH(QString, call);
@@ -330,7 +330,8 @@ private:
         QVERIFY(m_model->sent.contains(call));
     }
 
-    /// One of the host's, or else a player's event. Compares once all is quiet; the first difference stays.
+    /// Performs a step of the host, or a player's event. Compares when everything is quiet and keeps the first
+    /// difference.
     void step(const QString &name)
     {
         if (!m_failure.isNull())
@@ -356,8 +357,7 @@ private:
             engine.readyEvent(m_service->subscriber);
             m_model->sendReady();
         } else if (name == "wait"_L1) {
-            // To the keep-alive's very moment, so that its answer comes at no other; or to beyond one that must not
-            // come.
+            // To the exact time of the keep-alive, so that its answer arrives then; or past a time without one.
             const auto time = m_model->untilKeepAlive().value_or(60s);
             MainQueueTestClock::advance(time);
             m_model->advance(time);
@@ -398,7 +398,7 @@ private:
             m_failure = u"a cancelled call that does not end"_s;
     }
 
-    /// Empty when engine, service and model agree.
+    /// Empty if engine, service and model agree.
     QString differences() const
     {
         const auto &engine = *m_service->engine;
@@ -418,7 +418,7 @@ private:
         for (const auto &url : m_service->subscriber->nextVideos)
             nextVideos.append(!url.isNull());
         const auto kept = engine.state().recommendations;
-        // Of what went a broken road, some was recorded there and the rest nowhere. All else arrived, and once.
+        // A broken connection recorded some of its calls. All other calls arrived exactly once.
         auto arrived = recorded();
         arrived.sort();
         withBody.sort();
@@ -444,7 +444,7 @@ private:
         list.removeAll(QString());
         return list.join(u'\n');
     }
-    /// What arrived anywhere, with its body.
+    /// All received calls with their bodies.
     QStringList recorded() const
     {
         QStringList list;
@@ -466,12 +466,12 @@ private:
         m_service->fault(call, fault.fault);
         m_model->addFault(call, fault.answer);
     }
-    /// From here on the calls go another way, until repairRoad().
+    /// Sends the calls to another server until repairRoad().
     void breakRoad(const RoadFault &fault)
     {
         m_steps.append(u"(road: %1)"_s.arg(&fault - roadFaults().data()));
         m_road = fault ? std::make_unique<RawServer>(fault) : nullptr;
-        // Refused by a port that was closed again.
+        // A closed port refuses them.
         useService(QString::fromLatin1(m_road ? m_road->hostAndPort() : RawServer(silence()).hostAndPort()));
         m_model->isRoadBroken = true;
     }
@@ -495,12 +495,12 @@ private:
                                        u"autoPlay"_s,       u"pause"_s,     u"progress"_s,  u"end"_s};
         for (int faults = random.bounded(3); faults > 0; --faults) {
             const auto &call = oneOf(calls, random);
-            // Without an interval keep-alives never pause, and nothing would ever be quiet.
+            // Without an interval keep-alives follow at once, and nothing becomes quiet.
             addFault(call, randomServiceFault(random, call != ZVRetrieveInit || m_model->isKeepAliveRunning));
         }
         const bool isBroken = random.bounded(8) == 0;
         if (isBroken) {
-            // The last one costs a tenth of a second.
+            // The last one takes 0.1 s.
             const auto last = random.bounded(20) == 0 ? roadFaults().size() : roadFaults().size() - 1;
             breakRoad(roadFaults()[std::size_t(random.bounded(int(last)))]);
         }

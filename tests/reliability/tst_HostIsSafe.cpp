@@ -54,7 +54,7 @@ int endWithCallsUnderWay(int count, char **arguments)
 
 } // namespace
 
-/// The process is the host's.
+/// The library leaves settings of the process alone: they belong to the host.
 class tst_HostIsSafe : public QObject
 {
     Q_OBJECT
@@ -70,8 +70,8 @@ private Q_SLOTS:
         QStringList before, meanwhile;
         int errors = 0;
         {
-            EngineFixture service;    // Its server ignores SIGPIPE for the process.
-            signal(SIGPIPE, SIG_DFL); // A write to a connection that was reset would end the process.
+            EngineFixture service;    // Its server makes the process ignore SIGPIPE.
+            signal(SIGPIPE, SIG_DFL); // With this, a write to a reset connection ends the process.
             before = processSettings();
             service.openView();
             for (const auto kind : {Fault::Kind::CutBeforeAnswer, Fault::Kind::CutWithinAnswer, Fault::Kind::Garbage}) {
@@ -86,7 +86,7 @@ private Q_SLOTS:
                 for (int i = 0; i < 20; ++i)
                     errors += HttpLoad(request).resume().result().error.has_value();
             }
-            meanwhile = processSettings(); // While its threads run, and not only when all is over.
+            meanwhile = processSettings(); // While the library's threads run, not only after their end.
         }
         fflush(stdout);
         dup2(own, STDOUT_FILENO);
@@ -124,7 +124,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// What belongs to the whole process, as text.
+    /// The settings of the process as text.
     static QStringList processSettings()
     {
         QStringList list;

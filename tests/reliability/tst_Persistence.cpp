@@ -28,17 +28,17 @@ namespace {
 
 QString valueOf(int number)
 {
-    return u"%1-"_s.arg(number) + QString(500, u'x') + u"-%1"_s.arg(number); // Torn, its ends differ.
+    return u"%1-"_s.arg(number) + QString(500, u'x') + u"-%1"_s.arg(number); // The ends of a torn value differ.
 }
 
-/// The number that a value was made from; -1 when it is torn, -2 when there is none.
+/// The number in a value; -1 if the value is torn, -2 if there is none.
 int numberOf(const QString &value)
 {
     const int number = value.isNull() ? -2 : value.section(u'-', 0, 0).toInt();
     return value.isNull() || value == valueOf(number) ? number : -1;
 }
 
-/// In a process of its own: writes one number after another, each said once it is stored.
+/// A separate process: writes one number after another and prints each after it is stored.
 int writeNumbers(const QStringList &arguments)
 {
     auto &defaults = UserDefaults::standard();
@@ -53,17 +53,17 @@ int writeNumbers(const QStringList &arguments)
     return 0;
 }
 
-/// In a process of its own, which may do less than this one: what it can read, and how often it complains of writing.
+/// A separate process with fewer rights: reports what it can read, and the number of its write errors.
 int useOnce(const QStringList &arguments)
 {
     const LogCollector log;
     const auto user = geteuid();
     const auto state = arguments.value(3);
     if (state == "full"_L1) {
-        const rlimit limit{64, 64}; // No file grows beyond; as on a full disk the write fails half way.
+        const rlimit limit{64, 64}; // The limit of a file's size. A write fails half way, as on a full disk.
         signal(SIGXFSZ, SIG_IGN);
         setrlimit(RLIMIT_FSIZE, &limit);
-    } else if (state != "not text"_L1 && user == 0 && seteuid(65534) != 0) { // Root may write everything.
+    } else if (state != "not text"_L1 && user == 0 && seteuid(65534) != 0) { // Root may write to all files.
         return 1;
     }
     auto &defaults = UserDefaults::standard();
@@ -74,13 +74,13 @@ int useOnce(const QStringList &arguments)
         defaults.synchronize();
     }
     printf("%d %d\n", read, int(log.beginningWith(u"Error writing user defaults to "_s).size()));
-    // The leak check at the end looks at its own process, which one that changed its user may not.
+    // The leak check at the end may not read a process that changed its user.
     return seteuid(user) == 0 && prctl(PR_SET_DUMPABLE, 1) == 0 ? 0 : 1;
 }
 
 } // namespace
 
-/// Whatever befalls the store, it costs the persistence at most.
+/// A fault of the store costs only the persistence.
 class tst_Persistence : public QObject
 {
     Q_OBJECT
@@ -88,7 +88,7 @@ class tst_Persistence : public QObject
 private Q_SLOTS:
     void init()
     {
-        // In memory, where there is such a folder: a disk's own time is no part of this.
+        // In memory if possible, to exclude the disk's time.
         const auto parent = QFileInfo(u"/dev/shm"_s).isWritable() ? u"/dev/shm"_s : QDir::tempPath();
         m_folder = std::make_unique<QTemporaryDir>(parent + u"/tst_Persistence-XXXXXX"_s);
         m_file = m_folder->filePath(u"store/defaults.ini"_s);
@@ -118,7 +118,7 @@ private Q_SLOTS:
             UserDefaults::standard().setString(valueOf(0), ZVUserIdKey);
             const auto writer = start({u"--write"_s, m_file, ZVUserIdKey, u"1000000"_s});
             QVERIFY(writer->waitForReadyRead(10000));
-            usleep(QRandomGenerator::global()->bounded(3000u)); // Somewhere within the next few writes.
+            usleep(QRandomGenerator::global()->bounded(3000u)); // During one of the next writes.
             writer->kill();
             QVERIFY(writer->waitForFinished(10000));
             const int said = writer->readAllStandardOutput().trimmed().split('\n').last().toInt();
@@ -127,21 +127,21 @@ private Q_SLOTS:
             QCOMPARE(stored(ZVUserUUIDKey), valueOf(0));
             newOnes += found != said;
         }
-        UserDefaults::standard().setString(valueOf(7), ZVUserIdKey); // No lock was left behind.
+        UserDefaults::standard().setString(valueOf(7), ZVUserIdKey); // Fails if a lock is left behind.
         QCOMPARE(stored(ZVUserIdKey), valueOf(7));
         const auto left = QDir(QFileInfo(m_file).path()).entryList(QDir::Files | QDir::Hidden).size() - 1;
         qInfo("%d kills, %d with the new value in place before it was said, %lld temporary files left", count, newOnes,
               qint64(left));
     }
 
-    /// By a process that was killed as it made its lock.
+    /// A lock file of a process that was killed while it wrote the file.
     void lockLeftBehind()
     {
         QFile lock(m_file + u".lock"_s);
         QVERIFY(lock.open(QIODevice::WriteOnly));
         const int folder = open(QFile::encodeName(QFileInfo(m_file).path()).constData(), O_RDONLY | O_DIRECTORY);
         for (const int number : {1, 2}) {
-            if (number == 2) // One that a process holds which hangs.
+            if (number == 2) // A lock of a hanging process.
                 QCOMPARE(flock(folder, LOCK_EX), 0);
             QElapsedTimer clock;
             clock.start();
@@ -192,7 +192,7 @@ private Q_SLOTS:
             if (state == "full device"_L1)
                 continue;
             QVERIFY(QFile::setPermissions(m_file, readable));
-            QCOMPARE(numberOf(stored(ZVUserIdKey)), complaints > 0 ? 0 : 8); // As it was.
+            QCOMPARE(numberOf(stored(ZVUserIdKey)), complaints > 0 ? 0 : 8); // Unchanged.
         }
     }
 
@@ -221,7 +221,7 @@ private:
         return process;
     }
 
-    /// Out of a copy: of the file itself Qt may remember what stood there before.
+    /// Reads a copy, because Qt may cache the file itself.
     QString stored(const QString &key)
     {
         const auto copy = m_folder->filePath(u"%1.ini"_s.arg(++m_copies));

@@ -12,15 +12,15 @@ using namespace std::chrono_literals;
 using namespace zelvano;
 using sandbox::Fault;
 
-/// One engine with its player, as a host has them.
+/// One engine with its player.
 struct Host
 {
     std::shared_ptr<Zelvano> engine;
     std::shared_ptr<FakePlayer> player;
 };
 
-/// Host calls, adapter events, answers, cancels, dismissals and destruction meet at every moment. For the sanitizers,
-/// mostly: ZELVANO_SECONDS=60.
+/// Host calls, adapter events, answers, cancels, dismissals and destruction at random moments, mainly for the
+/// sanitizers. ZELVANO_SECONDS=60 runs longer.
 class tst_Races : public QObject
 {
     Q_OBJECT
@@ -116,7 +116,7 @@ private:
         service.fault(calls.at(random.bounded(calls.size())), {.kind = kind, .status = 406, .delay = delay});
     }
 
-    /// Another thread holds engines for a while, asks them and lets go of them, perhaps as the last.
+    /// Another thread holds engines for a while, reads their state and releases them, perhaps last.
     void lettingGo()
     {
         while (!m_isOver) {
@@ -150,7 +150,7 @@ private:
     }
 
     std::mutex m_mutex;
-    std::vector<std::shared_ptr<Zelvano>> m_shared; ///< Engines whose last reference may go on another thread.
+    std::vector<std::shared_ptr<Zelvano>> m_shared; ///< Another thread may release the last reference.
     std::atomic<bool> m_isOver = false;
 };
 

@@ -12,21 +12,21 @@ using namespace zelvano;
 
 namespace {
 
-/// A certificate that the library is made to trust; empty: the system's alone.
+/// A certificate that the library trusts in this test; empty for the system's only.
 QByteArray trusted;
 
 } // namespace
 
 #undef curl_easy_setopt
 
-/// In place of libcurl's: nothing else could make the library trust a certificate of the test's own.
+/// Replaces libcurl's function: the library has no other way to trust a test certificate.
 extern "C" Q_DECL_EXPORT CURLcode curl_easy_setopt(CURL *easy, CURLoption option, ...)
 {
     using SetOption = CURLcode (*)(CURL *, CURLoption, ...);
     static const auto next = reinterpret_cast<SetOption>(dlsym(RTLD_NEXT, "curl_easy_setopt"));
     va_list rest;
     va_start(rest, option);
-    const auto value = va_arg(rest, void *); // All options' values are passed alike, and are as wide.
+    const auto value = va_arg(rest, void *); // All option values have the same width and passing convention.
     va_end(rest);
     if (option == CURLOPT_URL) {
         const char *authorities = nullptr;
@@ -37,7 +37,7 @@ extern "C" Q_DECL_EXPORT CURLcode curl_easy_setopt(CURL *easy, CURLoption option
     return next(easy, option, value);
 }
 
-/// What others may want of the library.
+/// Attacks on the library.
 class tst_Security : public QObject
 {
     Q_OBJECT
@@ -88,7 +88,7 @@ private Q_SLOTS:
         }
     }
 
-    /// Key, page and ids come from the host, the service and the player; none of them leaves its place.
+    /// Key, page and ids come from the host, the service and the player. None may break out of its place in a request.
     void headerInjection()
     {
         EngineFixture service;
@@ -112,11 +112,11 @@ private Q_SLOTS:
         QCOMPARE(requests.size(), std::size_t(service.sent().size()));
         for (const auto &request : requests)
             QVERIFY(request.headers.count("x-evil") == 0 && request.headers.count("x-user-uuid") == 0);
-        QVERIFY(requests.back().headers.count("x-api-key") == 0); // Left out as a whole.
+        QVERIFY(requests.back().headers.count("x-api-key") == 0); // The whole header is left out.
     }
 
 private:
-    /// A TLS server on a free port that says what the files of the folder say.
+    /// A TLS server on a free port that serves the files of the folder.
     bool start(QProcess &server)
     {
         server.setWorkingDirectory(m_folder.path());

@@ -7,7 +7,7 @@
 using namespace Qt::StringLiterals;
 using namespace zelvano::sandbox;
 
-/// The service as its callers see it. What it does when it is told to misbehave, the library's own tests live by.
+/// The service as seen by clients. The library's own tests cover its faults.
 class tst_Sandbox : public QObject
 {
     Q_OBJECT
@@ -18,8 +18,8 @@ private Q_SLOTS:
     void scenarios()
     {
         const QList<int> well(8, 200);
-        // The statuses of the calls below, 0 for no JSON; and how many videos the second ready event, which asks for 5,
-        // is told of, -1 for no list.
+        // The statuses of the calls below, 0 without JSON; then the number of videos for the second ready event, which
+        // requests 5, or -1 without a list.
         const std::tuple<const char *, QList<int>, int> cases[] = {
             {"ordinary", well, 5},
             {"empty", well, 0},
@@ -29,7 +29,7 @@ private Q_SLOTS:
             {"channel-lost", {200, 200, 406, 200, 406, 200, 200, 200}, 5},
             {"garbage", QList<int>(8, 0), -1},
         };
-        for (const auto &[name, statuses, videos] : cases) { // What each leaves behind is gone with the next.
+        for (const auto &[name, statuses, videos] : cases) { // Each replaces the one before.
             const Case current(name);
             m_sandbox.setScenario(*Sandbox::scenarioByName(QLatin1StringView(name)));
             QList<int> answered;
@@ -52,7 +52,7 @@ private Q_SLOTS:
         }
     }
 
-    // A server on all addresses would answer at the second one, too.
+    // A server on all addresses would also answer at the second one.
     void loopbackOnly()
     {
         auto elsewhere = m_sandbox.url(u"/layout/"_s);

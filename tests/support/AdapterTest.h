@@ -11,13 +11,13 @@
 
 #include <thread>
 
-/// A test of an adapter over a player whose every move is a step of the test, on the test clock.
+/// A test of an adapter on the test clock. Each step of the test is an action of the player.
 template<class Adapter, class PlayerType> class AdapterTest : public QObject
 {
 protected:
     using Actions = QMap<QString, std::function<void(const QString &)>>;
 
-    /// Makes a player, or one in its controller, and has it watched.
+    /// Creates a player, alone or in its view controller, with an adapter.
     virtual void create(bool inController) = 0;
     void begin()
     {
@@ -32,7 +32,7 @@ protected:
         m_adapter->setObserver(m_engine);
     }
 
-    /// "play, wait 500": one step after another.
+    /// Performs steps such as "play, wait 500".
     void perform(const QString &steps)
     {
         const LogCollector log;
@@ -45,7 +45,7 @@ protected:
 
     static void addStepColumns()
     {
-        // What the steps before bring is not looked at, and a long list is heard as counts.
+        // Events of the earlier steps do not count. A long list is compared by counts.
         addColumns<bool, QString, QString, QString>({"inController", "before", "steps", "heard"});
     }
     void row(const char *name, const QByteArray &before, const QByteArray &steps, const QByteArray &heard)
@@ -73,7 +73,7 @@ protected:
             QCOMPARE(m_engine->last, m_adapter);
     }
 
-    /// The host lets go of the adapter inside the event that each of the steps brings.
+    /// The host releases the adapter inside the event of each step.
     void endInside(const QString &before, const QStringList &steps)
     {
         for (const auto &step : steps) {
@@ -117,7 +117,7 @@ protected:
     std::shared_ptr<PlayerType> m_player;
     std::shared_ptr<Adapter> m_adapter;
     std::shared_ptr<RecordingSubscription> m_engine;
-    QList<bool> m_hosts{false, true}; ///< Whether the player is in a controller.
+    QList<bool> m_hosts{false, true}; ///< Whether the player is in a view controller.
     Actions m_actions{
         {QStringLiteral("wait"),
          [](auto &how) { zelvano::MainQueueTestClock::advance(std::chrono::milliseconds(how.toInt())); }},
@@ -133,7 +133,7 @@ protected:
     }
 
 private:
-    /// Nothing else holds it: neither the player, nor what waits.
+    /// No other reference exists, neither in the player nor in pending tasks.
     void drop()
     {
         m_engine->last.reset();

@@ -2,14 +2,14 @@
 
 #include <QTest>
 
-/// QTest::addColumn for one after another.
+/// Calls QTest::addColumn for each column.
 template<class... Types> void addColumns(std::initializer_list<const char *> names)
 {
     auto name = names.begin();
     (QTest::addColumn<Types>(*name++), ...);
 }
 
-/// One of the cases of a test that goes through them in a loop: says which it was when the test fails in it.
+/// A case in a test's loop. If the test fails inside, it prints the case's name.
 class Case
 {
 public:

@@ -4,7 +4,7 @@
 
 namespace zelvano {
 
-/// The configuration lives as long as the process; tests start each from an empty one.
+/// Clears the configuration, which lives as long as the process, so that each test starts from an empty one.
 class ZVConfigTestAccess
 {
 public:

@@ -6,7 +6,7 @@
 #include <ZelvanoUI/Application.h>
 #include <ZelvanoUI/ZelvanoViewController.h>
 
-/// Keeps what a controller tells.
+/// Records the calls of a controller.
 class ControllerHost : public zelvano::ZelvanoViewControllerDelegate
 {
 public:
@@ -28,7 +28,7 @@ public:
     std::function<void()> onSelect, onDone;
 };
 
-/// A controller with a running engine, its host and its window.
+/// A controller with a running engine, a host and a window.
 struct ControllerSession
 {
     EngineFixture service;
@@ -54,14 +54,14 @@ struct ControllerSession
     }
     std::shared_ptr<zelvano::Zelvano> engine() const { return controller->zelvano(); }
     zelvano::ZVTopRecommendationView *overlay() const { return controller->webView(); }
-    /// For the plug-ins alone: the engine has no such operation.
+    /// For the plug-ins only: the engine lacks this operation.
     void addPlayer(const std::shared_ptr<QObject> &player) const
     {
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("No such method .*Zelvano::addPlayer")));
         controller->addPlayer(player);
     }
 
-    // The engine's calls: it holds its listener meanwhile.
+    // Calls of the engine, which holds its listener meanwhile.
     void recommend(int videos, const std::shared_ptr<QObject> &player = nullptr) const
     {
         controller->shared_from_this()->suggestionsDidFetched(nullptr, player, recommendationOf(videosJson(videos)));
@@ -74,7 +74,7 @@ struct ControllerSession
     {
         controller->shared_from_this()->stateDidChanged(nullptr, nullptr, state);
     }
-    /// What the page does when it has loaded.
+    /// The page's first command after it has loaded.
     void beReady() const { overlay()->shouldStartLoadWithRequest(QUrl(QStringLiteral("zelvano://ready"))); }
     void pick(int position) const
     {

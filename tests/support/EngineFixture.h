@@ -17,7 +17,7 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
-/// The name of a call: an event's type, else the path; null for what is no call.
+/// The name of a call: an event's type, or the path. Null for another request.
 inline QString callName(const QString &path, const QJsonObject &body)
 {
     for (const auto name : {zelvano::ZVRetrieveUserIdAPI, zelvano::ZVRetrieveInit, zelvano::ZVKeepAlive}) {
@@ -28,8 +28,8 @@ inline QString callName(const QString &path, const QJsonObject &body)
     return path.endsWith(event) ? body.value(QLatin1StringView("type")).toString(event) : QString();
 }
 
-/// The service calls as the library hands them to the network, and what they brought. In the order in which they were
-/// sent: on several connections they may well arrive in another.
+/// Records the service calls and their results in the order of sending. With several connections they may arrive in
+/// another order.
 class Traffic : public zelvano::http::TrafficObserver
 {
 public:
@@ -75,7 +75,7 @@ public:
             names.append(call.name);
         return names;
     }
-    /// Until that many calls were sent and that many of them run; false when it takes too long.
+    /// Waits until `sent` calls are sent and `running` of them run. False on timeout.
     bool await(qsizetype sent, qsizetype running)
     {
         std::unique_lock lock(m_mutex);
@@ -90,7 +90,7 @@ private:
     std::vector<Call> m_calls;
 };
 
-/// Keeps what an engine tells it, in order.
+/// Records an engine's calls in order.
 class RecordingListener : public zelvano::ZelvanoPrivateDelegate
 {
 public:
@@ -117,7 +117,7 @@ public:
     QStringList heard;
     std::vector<std::shared_ptr<zelvano::ZVRecommendation>> recommendations;
     std::function<void()> onCall;
-    /// Another list that keeps what several listeners hear.
+    /// A second list, for the calls of several listeners.
     QStringList *common = nullptr;
 
 private:
@@ -134,13 +134,13 @@ private:
     const QString m_name;
 };
 
-/// An engine against a real service on loopback, on the test clock, with settings of its own.
+/// An engine with a real service on loopback, on the test clock, with separate user defaults.
 class EngineFixture
 {
 public:
     explicit EngineFixture(const zelvano::sandbox::Settings &settings = {})
     {
-        // What media backends and web engines warn of is not the library's.
+        // Warnings of media backends and web engines do not concern the library.
         if (!QCoreApplication::instance()->inherits("QGuiApplication"))
             QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
         sandbox.setSettings(settings);
@@ -186,7 +186,7 @@ public:
         engine->readyEvent(subscriber);
         settle();
     }
-    /// A session as far as a known page, with a stored identity.
+    /// Begins a session with a stored identity, up to the answered page event.
     void openPage()
     {
         storeIdentity();
@@ -194,13 +194,13 @@ public:
         setPage();
         settle();
     }
-    /// As far as an open view.
+    /// Continues up to an open view.
     void openView()
     {
         openPage();
         sendReady();
     }
-    /// Another engine, with its player's page on its way.
+    /// A second engine with a sent page event.
     std::shared_ptr<zelvano::Zelvano> begunEngine(const std::shared_ptr<QObject> &player) const
     {
         const auto begun = zelvano::Zelvano::create();
@@ -209,10 +209,10 @@ public:
         begun->setPlayer(player, QStringLiteral("page"));
         return begun;
     }
-    /// Leaves the current subscriber as it is: nobody knows this kind of player.
+    /// Sets a player of an unknown class, so that the current subscriber stays.
     void setPage() { engine->setPlayer(std::make_shared<QObject>(), QStringLiteral("page")); }
 
-    /// Waits until no call is under way and the main queue is empty. The clock stands still.
+    /// Waits until no call is pending and the main queue is empty. The clock stands still.
     void settle()
     {
         qsizetype before = -1;
@@ -223,7 +223,7 @@ public:
             zelvano::MainQueueTestClock::advance(std::chrono::milliseconds(0));
         }
     }
-    /// One event after another.
+    /// Sends the events in order.
     void report(const QStringList &events)
     {
         for (const auto &event : events) {
@@ -237,12 +237,12 @@ public:
         settle();
     }
 
-    /// The calls in the order in which they were sent.
+    /// The calls in the order of sending.
     QStringList sent() const { return traffic->sent(); }
-    /// Those since the last call of this function.
+    /// The calls since the last use of this function.
     QStringList sentSince() { return sent().sliced(std::exchange(m_seen, sent().size())); }
     qsizetype sentCount(const QString &call) const { return sent().count(call); }
-    /// The last such call, as it arrived.
+    /// The latest call with this name, as it arrived.
     zelvano::sandbox::Request arrived(const QString &call) const
     {
         const auto requests = sandbox.requests();
@@ -257,13 +257,13 @@ public:
         const bool isEvent = !others.contains(call);
         sandbox.addFault(isEvent ? QString(zelvano::ZVReadyEventAPI) : call, isEvent ? call : QString(), fault);
     }
-    /// The next such call is answered with this text.
+    /// Answers the next call with this name with this text.
     void answer(const QString &call, const QByteArray &body)
     {
         this->fault(call, {.kind = zelvano::sandbox::Fault::Kind::Body, .body = body});
     }
 
-    /// As QTest::qWaitFor, but looks more often.
+    /// Like QTest::qWaitFor, but checks more often.
     template<class Predicate> static bool wait(Predicate predicate)
     {
         const QDeadlineTimer deadline(10000);

@@ -10,33 +10,33 @@
 #include <deque>
 #include <functional>
 
-/// The engine's rules once more, without threads, network or JSON: what is sent, heard and known after each step, given
-/// what becomes of each call. A step is a call of the host's and all that its answers bring.
+/// The engine's rules a second time, without threads, network or JSON. Given the result of each call, it predicts the
+/// sent calls, the listener calls and the state after each step. A step is a call of the host and all its consequences.
 class EngineModel
 {
 public:
-    /// What an answer means to the engine.
+    /// The meaning of an answer to the engine.
     struct Answer
     {
         enum class Kind { Ok, ChannelGone, Useless };
 
         Kind kind = Kind::Useless;
-        bool hasIds = false; ///< Those that the call is there for.
+        bool hasIds = false; ///< The identifiers that the call requests.
         bool showsUI = false;
         int videos = 0;
-        bool isSilent = false; ///< Never came; the call is cancelled once all others have ended.
+        bool isSilent = false; ///< No answer: the test cancels the call when all others have ended.
     };
 
     explicit EngineModel(const QString &storedUser) : m_user(storedUser) {}
 
-    // What befalls calls. Without a fault the service answers as it should.
-    bool isRoadBroken = false; ///< Nothing reaches the service.
-    /// Of the next such call. Nothing: as it should, though in an odd way.
+    // Faults of calls. Without a fault the service answers correctly.
+    bool isRoadBroken = false; ///< No call reaches the service.
+    /// The fault of the next call with this name. Empty: an odd but correct answer.
     void addFault(const QString &call, const std::optional<Answer> &answer) { m_faults[call].push_back(answer); }
     void clearFaults() { m_faults.clear(); }
     void expireChannels() { m_channels.clear(); }
 
-    // Steps of the host's; each is over with takeAnswers().
+    // Steps of the host. takeAnswers() ends each.
     void initialize()
     {
         if (hasUser())
@@ -96,7 +96,7 @@ public:
         for (; !m_answers.empty(); m_answers.pop_front())
             m_answers.front()();
     }
-    /// Until the next keep-alive; nothing while none waits.
+    /// Time until the next keep-alive; empty when none waits.
     std::optional<std::chrono::milliseconds> untilKeepAlive() const
     {
         return due ? std::optional(*due - m_now) : std::nullopt;
@@ -105,19 +105,19 @@ public:
     bool hasUser() const { return !m_user.isNull(); }
 
     QStringList sent;
-    qsizetype unreachable = 0; ///< Of those, what the service never saw.
+    qsizetype unreachable = 0; ///< The calls among them that never reached the service.
     qsizetype silent = 0;      ///< In the last step.
     QStringList heard;
     QStringList queue;
-    QList<bool> nextVideos; ///< Whether there was a URL.
-    // Which of the calls sent brought the identifier; -1 while there is none.
+    QList<bool> nextVideos; ///< True with a URL.
+    // The index of the sent call that returned the identifier; -1 for none.
     qsizetype page = -1;
     qsizetype view = -1;
     bool isPageOwed = false;
     bool isReadyOwed = false;
     bool isKeepAliveRunning = false;
     bool isSelectedByUser = false;
-    int videos = -1; ///< Of the recommendation that is kept; -1 while there is none.
+    int videos = -1; ///< The number of videos in the current recommendation; -1 for none.
     std::optional<std::chrono::milliseconds> due;
 
 private:
@@ -204,7 +204,7 @@ private:
             const auto waiting = queue;
             for (const auto &name : waiting)
                 report(name);
-            queue.clear(); // With what came meanwhile.
+            queue.clear(); // Also clears events that arrived meanwhile.
             if (m_showsUI && m_isHeard) {
                 heard.append(QStringLiteral("suggestions %1").arg(answer.videos));
                 videos = answer.videos;

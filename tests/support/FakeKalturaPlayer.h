@@ -7,7 +7,7 @@
 
 #include <vector>
 
-/// Keeps what it is told and asked.
+/// Records all calls.
 class FakeKalturaPlayer : public zelvano::KPViewController
 {
 public:

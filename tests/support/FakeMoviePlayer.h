@@ -2,7 +2,7 @@
 
 #include <ZelvanoUI/MPMoviePlayerViewController.h>
 
-/// A movie player that does what it is told, and nothing by itself.
+/// A movie player that changes only by calls of the test.
 class FakeMoviePlayer : public zelvano::MPMoviePlayerController
 {
 public:
@@ -37,7 +37,7 @@ public:
     using MPMoviePlayerController::tellFinish;
 
     State state = State::Stopped;
-    QList<State> states; ///< All that it was brought into.
+    QList<State> states; ///< All states so far.
     zelvano::MPMovieLoadStates loaded;
     double length = 60;
     double time = 0;

@@ -8,7 +8,7 @@
 
 #include <atomic>
 
-/// A player that does what it is told, and nothing by itself: its time stands still between two calls.
+/// A player that changes only by calls of the test. Its time stands still in between.
 class FakePlayer : public zelvano::AVPlayer
 {
 public:
@@ -37,7 +37,7 @@ public:
         timeJumped();
     }
 
-    /// The item's status turns; the player's turned before.
+    /// Sets the item's status after the player's.
     void becomeReady(double duration = 60)
     {
         m_status = zelvano::AVPlayerStatus::ReadyToPlay;
@@ -78,7 +78,7 @@ private:
     mutable QObject m_view;
 };
 
-/// An adapter without a player. Its values are read by the delivery thread, too: set them before.
+/// An adapter without a player. The delivery thread reads its values, so set them in advance.
 class FakeSubscriber : public zelvano::PlayerSubscriber
 {
 public:

@@ -6,7 +6,7 @@
 
 #include <future>
 
-/// How a transfer ended.
+/// The result of a transfer.
 struct HttpResult
 {
     QByteArray data;

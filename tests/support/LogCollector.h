@@ -4,7 +4,7 @@
 #include <QMutex>
 #include <QStringList>
 
-/// Keeps the library's log lines while it lives. What others log goes where it went before.
+/// Records the library's log messages during its lifetime. Other messages go to the earlier handler.
 class LogCollector
 {
 public:
@@ -40,7 +40,8 @@ private:
 
     static State &state()
     {
-        static auto *const state = new State; // A thread of the library's may log while the process ends.
+        static auto *const state =
+            new State; // Never destroyed: a thread of the library may log while the process ends.
         return *state;
     }
 

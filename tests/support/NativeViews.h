@@ -13,7 +13,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 
-/// Keeps what the viewer picks.
+/// Records the viewer's picks.
 class Picks : public zelvano::ZVRecommendationViewDelegate
 {
 public:
@@ -30,7 +30,7 @@ inline std::shared_ptr<zelvano::ZVRecommendation> recommendationOf(const QJsonAr
     return zelvano::recommendations({{QStringLiteral("data"), QJsonObject{{QStringLiteral("videos"), videos}}}});
 }
 
-/// A video by its number, of a category or of none.
+/// A video by its number, with or without a category.
 inline QJsonObject videoJson(int number, const QUrl &image = {}, const QString &category = {})
 {
     QJsonObject video{{QStringLiteral("title"), QStringLiteral("Video %1").arg(number)},
@@ -43,7 +43,7 @@ inline QJsonObject videoJson(int number, const QUrl &image = {}, const QString &
     return video;
 }
 
-/// Videos from 0 on, of each category as many.
+/// Videos from number 0 on, the same number for each category.
 inline QJsonArray videosJson(int count, const QUrl &image = {}, const QStringList &categories = {QString()})
 {
     QJsonArray videos;
@@ -66,7 +66,7 @@ inline QString textOf(const zelvano::ZVItemViewCell *cell, const QString &outlet
     return label ? label->property("text").toString() : QString();
 }
 
-/// A service on loopback, and a window of the host's in which a native view stands.
+/// A service on loopback, and a host's window with a native view.
 template<class View> class NativeStage
 {
 public:
@@ -83,7 +83,7 @@ public:
     zelvano::ZVItemView *items() const { return qobject_cast<zelvano::ZVItemView *>(view->view()); }
     zelvano::ZVItemViewCell *cell(qint64 row) const { return items()->cellForRow(row); }
 
-    /// The address of a picture, the only one under this name.
+    /// The URL of a picture, unique for this name.
     QUrl picture(const QString &name, const QByteArray &body, std::chrono::milliseconds delay = {})
     {
         const auto path = QStringLiteral("/pictures/") + name;
@@ -91,7 +91,7 @@ public:
         sandbox.addFault(path, {}, {.kind = kind, .delay = delay, .body = body, .times = -1});
         return sandbox.url(path);
     }
-    /// Videos with one and the same picture.
+    /// Videos that share a picture.
     QJsonArray videos(int count, const QStringList &categories = {QString()})
     {
         return videosJson(count, picture(common, pictureFile({32, 18})), categories);
@@ -114,7 +114,7 @@ public:
     {
         return waitUntil([&] { return picks->videos.size() == count; });
     }
-    /// By what its cells show, from the top.
+    /// The texts of the cells from the top.
     QStringList titles() const
     {
         items()->layoutIfNeeded();

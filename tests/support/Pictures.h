@@ -3,7 +3,7 @@
 #include <QBuffer>
 #include <QImage>
 
-/// A picture of one colour as a file.
+/// An image file of one colour.
 inline QByteArray pictureFile(QSize size, const char *format = "PNG", QImage::Format depth = QImage::Format_RGB32)
 {
     QImage image(size, depth);
@@ -14,7 +14,7 @@ inline QByteArray pictureFile(QSize size, const char *format = "PNG", QImage::Fo
     return buffer.data();
 }
 
-/// One pixel by one; Qt does not write this format.
+/// One pixel. Qt cannot write this format.
 inline QByteArray gifFile()
 {
     return QByteArray::fromHex("47494638396101000100800000ff0000ffffff2c00000000010001000002024401003b");

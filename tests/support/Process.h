@@ -3,7 +3,7 @@
 #include <QDir>
 #include <QString>
 
-/// How many entries /proc has of this process: "fd" its open descriptors, "task" its threads.
+/// The number of entries in a folder of /proc/self: "fd" for descriptors, "task" for threads.
 inline qsizetype countOfOwn(const QString &what)
 {
     return QDir(QStringLiteral("/proc/self/") + what)
@@ -11,7 +11,7 @@ inline qsizetype countOfOwn(const QString &what)
         .size();
 }
 
-/// A figure from the environment, for the long form of a test; else the short form's.
+/// A number from the environment for the long form of a test, or that of the short form.
 inline int figure(const char *variable, int shortForm)
 {
     return qEnvironmentVariableIsSet(variable) ? qEnvironmentVariableIntValue(variable) : shortForm;

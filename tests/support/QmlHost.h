@@ -11,7 +11,7 @@
 Q_IMPORT_QML_PLUGIN(ZelvanoUIPlugin)
 #endif
 
-/// A host that is QML only, against a service on loopback, on the test clock.
+/// A QML host with a service on loopback, on the test clock.
 struct QmlHost
 {
     EngineFixture service;
@@ -92,7 +92,7 @@ struct QmlHost
         auto headers = service.arrived(call).headers;
         return QString::fromUtf8(headers["x-api-key"]);
     }
-    /// Sessions so far: each opens the channel.
+    /// The number of sessions so far. Each opens the channel once.
     qsizetype sessions()
     {
         QCoreApplication::processEvents();

@@ -57,7 +57,7 @@ public:
             return true;
         }
 
-        /// Ends the connection with a reset.
+        /// Resets the connection.
         void reset()
         {
             sockaddr none = {};

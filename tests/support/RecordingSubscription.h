@@ -9,7 +9,7 @@
 #include <memory>
 #include <utility>
 
-/// Stands in for the engine: keeps what adapters say, in order.
+/// Stands in for the engine and records the adapters' calls in order.
 class RecordingSubscription : public zelvano::PlayerSubscription
 {
 public:
@@ -26,7 +26,7 @@ public:
         note(selection ? QStringLiteral("(by user)") : QStringLiteral("(not by user)"), last);
     }
 
-    /// What came since the last call.
+    /// The events since the last call of this function.
     QStringList take() { return std::exchange(m_heard, {}); }
 
     bool selected = true;

@@ -20,7 +20,7 @@
 #include <chrono>
 #include <memory>
 
-/// The main function of a test program that needs a window system and the web engine.
+/// The main function of a test program with a window system and the web engine.
 template<class Test> int runUiTest(int argc, char **argv)
 {
     if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND"))
@@ -38,7 +38,7 @@ template<class Test> int runUiTest(int argc, char **argv)
         return runUiTest<Test>(argc, argv);                                                                            \
     }
 
-/// Runs an event loop until the predicate holds: web pages load at full speed inside one, unlike in QTest::qWaitFor.
+/// Runs an event loop until the predicate holds. Web pages load at full speed in it, unlike in QTest::qWaitFor.
 template<class Predicate>
 bool waitUntil(Predicate predicate, std::chrono::milliseconds longest = std::chrono::seconds(10))
 {
@@ -58,7 +58,7 @@ bool waitUntil(Predicate predicate, std::chrono::milliseconds longest = std::chr
     return holds;
 }
 
-/// Lets the main queue do what it was given before.
+/// Runs the tasks that the main queue holds now.
 inline bool flushMainQueue()
 {
     const auto done = std::make_shared<bool>(false);
@@ -71,7 +71,7 @@ inline QPoint centreOf(const QQuickItem *item)
     return item->mapToScene({item->width() / 2, item->height() / 2}).toPoint();
 }
 
-/// What a screen reader is told of an item: its role and its name.
+/// The accessible role and name of an item.
 inline QString spoken(QObject *item)
 {
     const auto *interface = QAccessible::queryAccessibleInterface(item);
@@ -84,7 +84,7 @@ inline void pressByScreenReader(QObject *item)
     QAccessible::queryAccessibleInterface(item)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
 }
 
-/// An item of the host's that mirrors all that is in it.
+/// An item of the host with mirrored content.
 inline std::unique_ptr<QQuickItem> mirroringItem(QQmlEngine &engine)
 {
     QQmlComponent component(&engine);
@@ -93,7 +93,7 @@ inline std::unique_ptr<QQuickItem> mirroringItem(QQmlEngine &engine)
     return std::unique_ptr<QQuickItem>(qobject_cast<QQuickItem *>(component.create()));
 }
 
-/// An item of the host's that takes all input it gets, and counts it.
+/// An item of the host that accepts and counts all input.
 class HostItem : public QQuickItem
 {
 public:
@@ -113,7 +113,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override { keys.append(event->key()); }
 };
 
-/// A window that is on the screen and has the keyboard.
+/// A visible window with the keyboard focus.
 class HostWindow : public QQuickWindow
 {
 public:
@@ -137,7 +137,7 @@ public:
 enum class Pointer { Mouse, Touch };
 Q_DECLARE_METATYPE(Pointer)
 
-/// A press, a straight way in small steps, a release.
+/// A press, a straight movement in small steps, and a release.
 inline void drag(QWindow &window, Pointer pointer, QPoint from, QPoint way)
 {
     static auto *const touchScreen = QTest::createTouchDevice();
@@ -160,7 +160,7 @@ inline void tap(QWindow &window, Pointer pointer, QPoint at)
     drag(window, pointer, at, {});
 }
 
-/// Towards the viewer, by four notches.
+/// Four notches towards the viewer.
 inline void turnWheel(QWindow &window, QPoint at)
 {
     QWheelEvent wheel(at, at, {0, -480}, {0, -480}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);

@@ -6,13 +6,13 @@
 #include <QJSEngine>
 #include <QUrl>
 
-/// A page as an address, so that it needs no server.
+/// A page as a data URL, which needs no server.
 inline QUrl pageOf(const QString &html)
 {
     return QUrl::fromEncoded("data:text/html;charset=utf-8," + QUrl::toPercentEncoding(html));
 }
 
-/// A page that keeps what the library gives it in "got", and then says that it is ready.
+/// A page that stores the library's data in "got" and then reports that it is ready.
 inline QUrl listeningPage(const QString &body = {})
 {
     return pageOf(QStringLiteral("<body>%1<script>var got = []; function updateSuggestions(...v) { got.push(...v); }"
@@ -20,7 +20,7 @@ inline QUrl listeningPage(const QString &body = {})
                       .arg(body));
 }
 
-/// What the expression is worth in a web view's page; invalid when the page does not answer.
+/// The value of the expression in a web view's page; invalid if the page does not answer.
 inline QVariant evaluateIn(QQuickItem *page, const QString &expression)
 {
     auto *const engine = page ? qmlEngine(page) : nullptr;
@@ -45,7 +45,7 @@ inline bool waitForPage(const zelvano::ZVTopRecommendationView &overlay, const Q
     return waitUntil([&] { return evaluate(overlay, QStringLiteral("!!(%1)").arg(condition)).toBool(); });
 }
 
-/// Waits until the page is drawn as it is now: before that nothing in it can be hit.
+/// Waits until the page's current state is drawn. Before that, clicks do not hit its elements.
 inline bool waitForPicture(const zelvano::ZVTopRecommendationView &overlay)
 {
     evaluate(overlay,
@@ -53,7 +53,7 @@ inline bool waitForPicture(const zelvano::ZVTopRecommendationView &overlay)
     return waitForPage(overlay, QStringLiteral("drawn > 3"));
 }
 
-/// Where the middle of the page's element for a video stands in the window.
+/// The centre of a video's element in the page, in window coordinates.
 inline QPoint centreOfVideo(const zelvano::ZVTopRecommendationView &overlay, int index)
 {
     const auto place =
