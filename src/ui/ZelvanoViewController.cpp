@@ -10,6 +10,7 @@
 #include <ZelvanoUI/NotificationCenter.h>
 
 #include <QJsonDocument>
+#include <QPointer>
 #include <QQuickWindow>
 
 #include <utility>
@@ -23,12 +24,12 @@ namespace {
 constexpr auto customerMediaUrl = "http://media.customer.example/videos/"_L1;
 constexpr double overlayShare = 0.8; // Of the player's width.
 constexpr QRectF firstOverlayFrame{20, 64, 300, 200};
-constexpr double aboveEverything = 1e6;
+constexpr double topmost = 1e6; // Of the overlay's z.
 
-// Adapters look for the class by its name: where it exists, somebody may post suggestions.
+// An adapter looks for this class by its name, and expects suggestions where it exists.
 const int registeredType = qRegisterMetaType<ZelvanoViewController *>();
 
-/// The content of the key window, or of the first that shows Qt Quick; null when no window does.
+/// The content of the key window, else of the first Qt Quick window; null without one.
 QQuickItem *windowContent()
 {
     const auto &application = Application::shared();
@@ -41,14 +42,44 @@ QQuickItem *windowContent()
     return nullptr;
 }
 
+struct EndOverlay
+{
+    void operator()(ZVTopRecommendationView *overlay) const { overlay->end(); }
+};
+
 } // namespace
 
-void ZelvanoViewController::EndOverlay::operator()(ZVTopRecommendationView *view) const
+struct ZelvanoViewController::Private
 {
-    view->end();
-}
+    Private(ZelvanoViewController *controller, const QString &key) : q(controller), apiKey(key) {}
 
-ZelvanoViewController::ZelvanoViewController(const QString &apiKey) : m_apiKey(apiKey) {}
+    void rotation();
+    void playerViewDidMove();
+    ZVTopRecommendationView *overlayOfSession();
+    void dropOverlay();
+    std::optional<QString> pluginText() const;
+    void postSuggestions(const QString &text) const;
+
+    ZelvanoViewController *const q;
+    const QString apiKey;
+    bool isSeeking = false;
+    bool disableSuggestionsBottomView = true;
+    bool shouldSendImpression = false;
+    bool isReportingDone = false;
+    qint64 type = 0;
+    qint64 suggestionsSize = 0;
+    std::weak_ptr<ZelvanoViewControllerDelegate> delegate;
+    std::shared_ptr<Zelvano> zelvano;
+    std::shared_ptr<ZVRecommendationView> recommendationView;
+    ZVVideoList videoList;
+    std::shared_ptr<QObject> player;
+    std::optional<QJsonArray> jsonArray;
+    std::unique_ptr<ZVTopRecommendationView, EndOverlay> webView;
+    std::unique_ptr<VideoView> playerView;
+    double proportion = 0;
+};
+
+ZelvanoViewController::ZelvanoViewController(const QString &apiKey) : d(std::make_unique<Private>(this, apiKey)) {}
 
 ZelvanoViewController::~ZelvanoViewController()
 {
@@ -56,57 +87,130 @@ ZelvanoViewController::~ZelvanoViewController()
     ZV_LOG("dealloc");
 }
 
-/// The engine holds its listeners, so controller and engine hold each other until dismiss(). What the host gets is
-/// therefore a second owner, whose end breaks that ring.
+/// The engine holds its listeners, so controller and engine hold each other until dismiss(). The host gets a second
+/// owner, and its end breaks that ring without a call of the delegate.
 std::shared_ptr<ZelvanoViewController> ZelvanoViewController::create(const QString &apiKey)
 {
     std::shared_ptr<ZelvanoViewController> self(new ZelvanoViewController(apiKey), MainThreadDeleter{});
-    self->startListening();
     auto *const controller = self.get();
+    NotificationCenter::defaultCenter().addObserver(controller, UIDeviceOrientationDidChangeNotification,
+                                                    [controller](const Notification &) { controller->d->rotation(); });
     return {controller, [self = std::move(self)](ZelvanoViewController *) mutable {
-                self->abandon();
+                self->d->delegate.reset();
+                self->dismiss();
                 self.reset();
             }};
 }
 
-void ZelvanoViewController::startListening()
+// Properties
+
+QString ZelvanoViewController::apiKey() const
 {
-    NotificationCenter::defaultCenter().addObserver(this, UIDeviceOrientationDidChangeNotification,
-                                                    [this](const Notification &) { rotation(); });
+    return d->apiKey;
 }
 
-/// Not dismiss(): a host that is going away is told nothing.
-void ZelvanoViewController::abandon()
+qint64 ZelvanoViewController::suggestionsSize() const
 {
-    m_delegate.reset();
-    dismiss();
+    return d->suggestionsSize;
 }
+
+void ZelvanoViewController::setSuggestionsSize(qint64 size)
+{
+    d->suggestionsSize = size;
+}
+
+std::shared_ptr<ZelvanoViewControllerDelegate> ZelvanoViewController::delegate() const
+{
+    return d->delegate.lock();
+}
+
+void ZelvanoViewController::setDelegate(const std::weak_ptr<ZelvanoViewControllerDelegate> &delegate)
+{
+    d->delegate = delegate;
+}
+
+std::shared_ptr<QObject> ZelvanoViewController::player() const
+{
+    return d->player;
+}
+
+std::shared_ptr<ZVRecommendationView> ZelvanoViewController::recommendationView() const
+{
+    return d->recommendationView;
+}
+
+void ZelvanoViewController::setRecommendationView(const std::shared_ptr<ZVRecommendationView> &view)
+{
+    d->recommendationView = view;
+}
+
+ZVVideoList ZelvanoViewController::videoList() const
+{
+    return d->videoList;
+}
+
+std::optional<QJsonArray> ZelvanoViewController::jsonArray() const
+{
+    return d->jsonArray;
+}
+
+bool ZelvanoViewController::shouldSendImpression() const
+{
+    return d->shouldSendImpression;
+}
+
+double ZelvanoViewController::proportion() const
+{
+    return d->proportion;
+}
+
+bool ZelvanoViewController::disableSuggestionsBottomView() const
+{
+    return d->disableSuggestionsBottomView;
+}
+
+void ZelvanoViewController::setDisableSuggestionsBottomView(bool disable)
+{
+    d->disableSuggestionsBottomView = disable;
+}
+
+qint64 ZelvanoViewController::type() const
+{
+    return d->type;
+}
+
+void ZelvanoViewController::setType(qint64 type)
+{
+    d->type = type;
+}
+
+// Engine and overlay
 
 std::shared_ptr<Zelvano> ZelvanoViewController::zelvano()
 {
-    if (!m_zelvano) {
-        m_zelvano = Zelvano::create();
-        m_zelvano->initializeWithAPIKey(m_apiKey);
-        m_zelvano->addListener(shared_from_this());
-        m_zelvano->setRecommenationsSize(m_suggestionsSize);
+    if (!d->zelvano) {
+        d->zelvano = Zelvano::create();
+        d->zelvano->initializeWithAPIKey(d->apiKey);
+        d->zelvano->addListener(shared_from_this());
+        d->zelvano->setRecommenationsSize(d->suggestionsSize);
     }
-    return m_zelvano;
+    return d->zelvano;
 }
 
 ZVTopRecommendationView *ZelvanoViewController::webView()
 {
-    if (!m_webView) {
-        m_webView.reset(new ZVTopRecommendationView(firstOverlayFrame));
-        m_webView->setZ(aboveEverything);
-        m_webView->setDelegate(shared_from_this());
+    if (!d->webView) {
+        d->webView.reset(new ZVTopRecommendationView(firstOverlayFrame));
+        d->webView->setZ(topmost);
+        d->webView->setDelegate(shared_from_this());
     }
-    return m_webView.get();
+    return d->webView.get();
 }
 
-/// What the engine still tells after dismiss() finds what is there; only the host begins anew.
-ZVTopRecommendationView *ZelvanoViewController::overlayOfSession()
+/// A late call of the engine, after dismiss(), creates no overlay; only the host starts another session.
+ZVTopRecommendationView *ZelvanoViewController::Private::overlayOfSession()
 {
-    return m_zelvano ? webView() : m_webView.get();
+    return zelvano ? q->webView() : webView.get();
 }
 
 void ZelvanoViewController::setPlayer(const std::shared_ptr<QObject> &player, const QString &pageId)
@@ -116,49 +220,51 @@ void ZelvanoViewController::setPlayer(const std::shared_ptr<QObject> &player, co
 
 void ZelvanoViewController::addPlayer(const std::shared_ptr<QObject> &player)
 {
-    m_player = player;
+    d->player = player;
+    // Intended: the engine has no such operation, and hosts rely on the call being harmless.
     QMetaObject::invokeMethod(zelvano().get(), "addPlayer", Q_ARG(QObject *, player.get()));
 }
 
-// What the engine tells
+// Calls of the engine
 
 void ZelvanoViewController::suggestionsDidFetched(const std::shared_ptr<Zelvano> &,
                                                   const std::shared_ptr<QObject> &player,
                                                   const std::shared_ptr<ZVRecommendation> &recommendation)
 {
-    m_videoList = recommendation->videoList();
-    m_jsonArray = recommendation->videosArray();
-    if (auto *overlay = overlayOfSession()) {
-        if (m_jsonArray)
-            overlay->setJsonSuggestions(QString::fromUtf8(QJsonDocument(*m_jsonArray).toJson(QJsonDocument::Indented)));
+    d->videoList = recommendation->videoList();
+    d->jsonArray = recommendation->videosArray();
+    if (auto *overlay = d->overlayOfSession()) {
+        if (d->jsonArray)
+            overlay->setJsonSuggestions(
+                QString::fromUtf8(QJsonDocument(*d->jsonArray).toJson(QJsonDocument::Indented)));
         overlay->setUrl(ZVConfig::shared().UITagUrl());
     }
-    const auto text = pluginText();
-    if (player && player == m_player && text)
-        postSuggestions(*text);
-    // The first video is the overlay's and the plug-in's alone.
-    if (m_videoList.size() > 1)
-        recommendation->setVideoList(ZVVideoList(m_videoList.begin() + 1, m_videoList.end()));
+    const auto text = d->pluginText();
+    if (player && player == d->player && text)
+        d->postSuggestions(*text);
+    // Only the overlay and the plug-in show the first video.
+    if (d->videoList.size() > 1)
+        recommendation->setVideoList(ZVVideoList(d->videoList.begin() + 1, d->videoList.end()));
     else
         recommendation->setVideoList(std::nullopt);
     MainQueue::shared().post([weak = weak_from_this(), recommendation] {
         const auto self = weak.lock();
-        if (self && self->m_recommendationView)
-            self->m_recommendationView->setRecommendations(recommendation);
+        if (self && self->d->recommendationView)
+            self->d->recommendationView->setRecommendations(recommendation);
     });
-    m_shouldSendImpression = true;
+    d->shouldSendImpression = true;
 }
 
 void ZelvanoViewController::stateDidChanged(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
                                             const QString &state)
 {
-    if (state == PlayerEvent::Pause && m_isSeeking)
+    if (state == PlayerEvent::Pause && d->isSeeking)
         return;
-    m_isSeeking = false;
-    // A seek does not set the flag: a pause that follows it shows the overlay.
+    d->isSeeking = false;
+    // Intended: a seek does not set the flag, so that a pause after it shows the overlay.
     if (state == PlayerEvent::Play || state == PlayerEvent::AutoPlay) {
-        if (m_webView)
-            m_webView->setHidden(true);
+        if (d->webView)
+            d->webView->setHidden(true);
     } else if (state == PlayerEvent::Done) {
         dismiss();
     }
@@ -167,71 +273,69 @@ void ZelvanoViewController::stateDidChanged(const std::shared_ptr<Zelvano> &, co
 void ZelvanoViewController::addRecommendationToView(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
                                                     QObject *view, QSizeF videoSize)
 {
-    auto *overlay = overlayOfSession();
+    auto *overlay = d->overlayOfSession();
     if (!overlay || !overlay->isReady()) {
         ZV_LOG("Error: webView is not ready");
         return;
     }
-    if (m_isSeeking) {
+    if (d->isSeeking) {
         ZV_LOG("When seeking webView is not shown");
         return;
     }
-    // Un-hidden first: the impression goes out before the overlay has its place.
+    // First: the impression is sent before the overlay has its place.
     overlay->setHidden(false);
-    m_proportion = videoSize.height() / videoSize.width();
-    m_playerView = std::make_unique<VideoView>(qobject_cast<QQuickItem *>(view));
-    connect(m_playerView.get(), &VideoView::frameChanged, this, &ZelvanoViewController::playerViewDidMove);
+    d->proportion = videoSize.height() / videoSize.width();
+    d->playerView = std::make_unique<VideoView>(qobject_cast<QQuickItem *>(view));
+    connect(d->playerView.get(), &VideoView::frameChanged, this, [this] { d->playerViewDidMove(); });
     overlay->setFrame(webviewFrame());
     overlay->setParentItem(windowContent());
 }
 
-void ZelvanoViewController::rotation()
+void ZelvanoViewController::Private::rotation()
 {
     const auto text = pluginText();
-    if (m_webView)
-        m_webView->setFrame(webviewFrame());
+    if (webView)
+        webView->setFrame(q->webviewFrame());
     if (text)
         postSuggestions(*text);
 }
 
-/// The player's view moved under a shown overlay: in a turned or resized window, which is laid out later.
-void ZelvanoViewController::playerViewDidMove()
+/// A turned or resized window lays out the player's view later, under the shown overlay.
+void ZelvanoViewController::Private::playerViewDidMove()
 {
-    if (m_webView && !m_webView->isHidden())
-        m_webView->setFrame(webviewFrame());
+    if (webView && !webView->isHidden())
+        webView->setFrame(q->webviewFrame());
 }
 
-std::optional<QString> ZelvanoViewController::pluginText() const
+std::optional<QString> ZelvanoViewController::Private::pluginText() const
 {
-    const auto part = subArrayToIndex(m_jsonArray.value_or(QJsonArray()), index());
+    const auto part = subArrayToIndex(jsonArray.value_or(QJsonArray()), q->index());
     return part ? std::optional(toJSON(*part)) : std::nullopt;
 }
 
-void ZelvanoViewController::postSuggestions(const QString &text) const
+void ZelvanoViewController::Private::postSuggestions(const QString &text) const
 {
-    const auto object = m_player ? QVariant::fromValue(m_player.get()) : QVariant();
+    const auto object = player ? QVariant::fromValue(player.get()) : QVariant();
     NotificationCenter::defaultCenter().post({SuggestionsDidFetchedNotification, object, {{ZelvanoDataKey, text}}});
 }
 
-// What the views tell
+// Calls of the views
 
 void ZelvanoViewController::didSelecteRecommendation(ZVTopRecommendationView *view, qint64 index)
 {
-    if (index < 0 || static_cast<std::size_t>(index) >= m_videoList.size()) {
-        ZV_LOG("Error: the layout page picked video " << index << " of " << m_videoList.size());
+    if (index < 0 || static_cast<std::size_t>(index) >= d->videoList.size()) {
+        ZV_LOG("Error: the layout page picked video " << index << " of " << d->videoList.size());
         return;
     }
-    const auto video = m_videoList[static_cast<std::size_t>(index)];
-    const QPointer<ZVTopRecommendationView> overlay(view); // The host may dismiss from inside its call.
-    if (const auto host = delegate())
-        host->didSelectVideo(this, video);
-    if (m_zelvano)
-        m_zelvano->setSelectionByUser(true);
+    const auto video = d->videoList[static_cast<std::size_t>(index)];
+    const QPointer<ZVTopRecommendationView> overlay(view); // The delegate may dismiss.
+    didSelecteRecommendation(video);
+    if (d->zelvano)
+        d->zelvano->setSelectionByUser(true); // Already here: hiding returns the focus, and the host may react.
     if (overlay)
         overlay->setHidden(true);
-    const auto subscriber = m_zelvano ? m_zelvano->playerEventsHandler()->currentSubscriber() : nullptr;
-    if (subscriber)
-        subscriber->setNextVideo(video->url().toString(QUrl::FullyEncoded));
+    if (d->zelvano)
+        d->zelvano->playSelected(video);
 }
 
 void ZelvanoViewController::didSelecteRecommendation(const std::shared_ptr<ZVVideoParams> &video)
@@ -244,18 +348,18 @@ void ZelvanoViewController::viewDidDismiss(ZVTopRecommendationView *) {}
 
 void ZelvanoViewController::recommendationViewDidLoad()
 {
-    if (!m_shouldSendImpression)
+    if (!d->shouldSendImpression)
         return;
-    if (m_zelvano)
-        m_zelvano->playerEvent(PlayerEvent::Impression, nullptr);
-    m_shouldSendImpression = false;
+    if (d->zelvano)
+        d->zelvano->playerEvent(PlayerEvent::Impression, nullptr);
+    d->shouldSendImpression = false;
 }
 
 // Geometry
 
 QQuickItem *ZelvanoViewController::playerView() const
 {
-    return m_playerView ? m_playerView->item() : nullptr;
+    return d->playerView ? d->playerView->item() : nullptr;
 }
 
 qint64 ZelvanoViewController::index() const
@@ -268,8 +372,8 @@ QRectF ZelvanoViewController::webviewFrame() const
     const auto *view = playerView();
     const auto player = view ? QRectF(view->position(), view->size()) : QRectF(0, 0, 0, 0);
     const double width = overlayShare * player.width();
-    const double height = width * m_proportion;
-    // The player's own x is left out: the overlay is centred as though the player stood at the left edge.
+    const double height = width * d->proportion;
+    // Intended: without the player's x. The overlay is centred as though the player stood at the left edge.
     return {(player.width() - width) / 2, player.y() + (player.height() - height) / 2, width, height};
 }
 
@@ -282,43 +386,43 @@ QString ZelvanoViewController::getMediaSrcWithDomain(const QString &path) const
 
 void ZelvanoViewController::removeZelvanoRecommendations()
 {
-    if (m_zelvano)
-        m_zelvano->stop();
-    if (m_webView)
-        m_webView->setParentItem(nullptr);
-    if (m_recommendationView) {
-        if (auto *view = m_recommendationView->view())
+    if (d->zelvano)
+        d->zelvano->stop();
+    if (d->webView)
+        d->webView->setParentItem(nullptr);
+    if (d->recommendationView) {
+        if (auto *view = d->recommendationView->view())
             view->setParentItem(nullptr);
-        m_recommendationView->setDelegate(nullptr);
+        d->recommendationView->setDelegate(nullptr);
     }
     NotificationCenter::defaultCenter().removeObserver(this);
 }
 
 void ZelvanoViewController::dismiss()
 {
-    const auto keepAlive = weak_from_this().lock(); // The engine may hold the last reference but this.
-    dropOverlay();
-    if (const auto engine = std::exchange(m_zelvano, nullptr))
+    const auto keepAlive = weak_from_this().lock(); // The engine may hold the last other reference.
+    d->dropOverlay();
+    if (const auto engine = std::exchange(d->zelvano, nullptr))
         engine->dismissZelvano();
-    m_player.reset();
-    m_playerView.reset();
+    d->player.reset();
+    d->playerView.reset();
     NotificationCenter::defaultCenter().removeObserver(this);
-    if (std::exchange(m_isTellingDone, true))
-        return; // The host, told of it, dismisses once more: it has been told.
+    if (std::exchange(d->isReportingDone, true))
+        return; // The delegate dismisses once more from inside didSelectDone().
     if (const auto host = delegate())
         host->didSelectDone(this);
-    m_delegate.reset();
-    m_isTellingDone = false;
+    d->delegate.reset();
+    d->isReportingDone = false;
 }
 
-void ZelvanoViewController::dropOverlay()
+void ZelvanoViewController::Private::dropOverlay()
 {
-    const auto overlay = std::exchange(m_webView, nullptr); // Gives the focus back: the host may dismiss once more.
+    const auto overlay = std::exchange(webView, nullptr); // First: hiding returns the focus, and the host may dismiss.
     if (!overlay)
         return;
     overlay->setHidden(true);
     overlay->setDelegate(nullptr);
-    overlay->setParentItem(nullptr); // It may live on for a moment, but not on the screen.
+    overlay->setParentItem(nullptr); // The overlay may live a moment longer.
 }
 
 } // namespace zelvano
