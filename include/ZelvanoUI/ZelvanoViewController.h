@@ -51,13 +51,17 @@ public:
     /// A native view. It receives each recommendation without its first video. Null for none.
     std::shared_ptr<ZVRecommendationView> recommendationView() const;
     void setRecommendationView(const std::shared_ptr<ZVRecommendationView> &view);
+    /// Adds another native view. It receives a copy of each recommendation, and now of the last one that the native
+    /// views received, since views store sizes and positions in the records.
+    void addRecommendationView(const std::shared_ptr<ZVRecommendationView> &view);
+    void removeRecommendationView(const std::shared_ptr<ZVRecommendationView> &view);
 
     /// The engine; created on first use.
     std::shared_ptr<Zelvano> zelvano();
     /// The overlay; created on first use. Valid until dismiss(), which the closing of the player calls too.
     ZVTopRecommendationView *webView();
 
-    /// Stops the keep-alive, removes all views from the screen and clears the delegate of the native one. Engine and
+    /// Stops the keep-alive, removes all views from the screen and clears the delegates of the native ones. Engine and
     /// overlay stay.
     void removeZelvanoRecommendations();
     /// Ends the session. A later use of engine or overlay starts another one.

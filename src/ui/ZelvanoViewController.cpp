@@ -14,6 +14,7 @@
 #include <QQuickWindow>
 
 #include <utility>
+#include <vector>
 
 namespace zelvano {
 
@@ -42,6 +43,18 @@ QQuickItem *windowContent()
     return nullptr;
 }
 
+/// Native views store sizes and positions in the records: each gets its own.
+std::shared_ptr<ZVRecommendation> copyOf(const ZVRecommendation &recommendation)
+{
+    auto copy = ZVRecommendation::create(recommendation.recommendation());
+    ZVVideoList videos;
+    for (const auto &video : recommendation.videoList())
+        videos.push_back(std::make_shared<ZVVideoParams>(video->params()));
+    if (copy)
+        copy->setVideoList(videos);
+    return copy;
+}
+
 struct EndOverlay
 {
     void operator()(ZVTopRecommendationView *overlay) const { overlay->end(); }
@@ -53,6 +66,8 @@ struct ZelvanoViewController::Private
 {
     Private(ZelvanoViewController *controller, const QString &key) : q(controller), apiKey(key) {}
 
+    std::vector<std::shared_ptr<ZVRecommendationView>> nativeViews() const;
+    void fillNativeViews(const std::shared_ptr<ZVRecommendation> &recommendation);
     void rotation();
     void playerViewDidMove();
     ZVTopRecommendationView *overlayOfSession();
@@ -71,6 +86,8 @@ struct ZelvanoViewController::Private
     std::weak_ptr<ZelvanoViewControllerDelegate> delegate;
     std::shared_ptr<Zelvano> zelvano;
     std::shared_ptr<ZVRecommendationView> recommendationView;
+    std::vector<std::shared_ptr<ZVRecommendationView>> addedViews;
+    std::shared_ptr<ZVRecommendation> shown; ///< The last one that the native views received.
     ZVVideoList videoList;
     std::shared_ptr<QObject> player;
     std::optional<QJsonArray> jsonArray;
@@ -225,6 +242,35 @@ void ZelvanoViewController::addPlayer(const std::shared_ptr<QObject> &player)
     QMetaObject::invokeMethod(zelvano().get(), "addPlayer", Q_ARG(QObject *, player.get()));
 }
 
+// Native views
+
+void ZelvanoViewController::addRecommendationView(const std::shared_ptr<ZVRecommendationView> &view)
+{
+    d->addedViews.push_back(view);
+    if (d->shown)
+        view->setRecommendations(copyOf(*d->shown));
+}
+
+void ZelvanoViewController::removeRecommendationView(const std::shared_ptr<ZVRecommendationView> &view)
+{
+    std::erase(d->addedViews, view);
+}
+
+std::vector<std::shared_ptr<ZVRecommendationView>> ZelvanoViewController::Private::nativeViews() const
+{
+    auto views = addedViews;
+    if (recommendationView)
+        views.insert(views.begin(), recommendationView);
+    return views;
+}
+
+void ZelvanoViewController::Private::fillNativeViews(const std::shared_ptr<ZVRecommendation> &recommendation)
+{
+    shown = recommendation;
+    for (const auto &view : nativeViews())
+        view->setRecommendations(view == recommendationView ? recommendation : copyOf(*recommendation));
+}
+
 // Calls of the engine
 
 void ZelvanoViewController::suggestionsDidFetched(const std::shared_ptr<Zelvano> &,
@@ -248,9 +294,8 @@ void ZelvanoViewController::suggestionsDidFetched(const std::shared_ptr<Zelvano>
     else
         recommendation->setVideoList(std::nullopt);
     MainQueue::shared().post([weak = weak_from_this(), recommendation] {
-        const auto self = weak.lock();
-        if (self && self->d->recommendationView)
-            self->d->recommendationView->setRecommendations(recommendation);
+        if (const auto self = weak.lock())
+            self->d->fillNativeViews(recommendation);
     });
     d->shouldSendImpression = true;
 }
@@ -390,10 +435,10 @@ void ZelvanoViewController::removeZelvanoRecommendations()
         d->zelvano->stop();
     if (d->webView)
         d->webView->setParentItem(nullptr);
-    if (d->recommendationView) {
-        if (auto *view = d->recommendationView->view())
+    for (const auto &native : d->nativeViews()) {
+        if (auto *view = native->view())
             view->setParentItem(nullptr);
-        d->recommendationView->setDelegate(nullptr);
+        native->setDelegate(nullptr);
     }
     NotificationCenter::defaultCenter().removeObserver(this);
 }

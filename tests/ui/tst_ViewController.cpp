@@ -230,7 +230,15 @@ private Q_SLOTS:
     {
         Session session;
         const auto list = ZVListView::create();
+        const auto added = ZVListView::create();
         session.controller->setRecommendationView(list);
+        session.controller->addRecommendationView(added);
+        const auto ids = [](const ZVListView &view) {
+            QString text;
+            for (const auto &video : view.recommendations()->videoList())
+                text += video->videoId() + u' ';
+            return text;
+        };
         // Without the overlay's first; what the rest would be of one video is its whole list.
         for (const auto &[count, expected] :
              {std::pair(3, "video-1 video-2 "), {2, "video-1 "}, {1, "video-0 "}, {0, ""}}) {
@@ -238,11 +246,19 @@ private Q_SLOTS:
             session.recommend(count);
             QCOMPARE(list->recommendations(), before);
             QVERIFY(flushMainQueue());
-            QString ids;
-            for (const auto &video : list->recommendations()->videoList())
-                ids += video->videoId() + u' ';
-            QCOMPARE(ids, QLatin1StringView(expected));
+            QCOMPARE(ids(*list), QLatin1StringView(expected));
+            QCOMPARE(ids(*added), ids(*list));
+            QVERIFY(added->recommendations() != list->recommendations()); // The views store sizes in the records.
         }
+        const auto late = ZVListView::create();
+        session.controller->addRecommendationView(late);
+        QCOMPARE(ids(*late), ids(*list));
+        session.controller->removeRecommendationView(added);
+        const auto last = added->recommendations();
+        session.recommend(3);
+        QVERIFY(flushMainQueue());
+        QCOMPARE(added->recommendations(), last);
+        QCOMPARE(ids(*late), u"video-1 video-2 "_s);
         session.controller->didSelecteRecommendation(std::make_shared<ZVVideoParams>(videoJson(1)));
         QCOMPARE(session.host->selected, QStringList{u"video-1"_s});
         QVERIFY(!session.engine()->selectionByUser()); // The host's own view: its own business.
@@ -329,17 +345,21 @@ private Q_SLOTS:
     void takenOffTheScreen()
     {
         Session session;
-        const auto list = ZVListView::create();
-        list->setDelegate(session.controller);
-        list->view()->setParentItem(session.window->contentItem());
-        session.controller->setRecommendationView(list);
+        const std::array lists{ZVListView::create(), ZVListView::create()};
+        for (const auto &list : lists) {
+            list->setDelegate(session.controller);
+            list->view()->setParentItem(session.window->contentItem());
+        }
+        session.controller->setRecommendationView(lists[0]);
+        session.controller->addRecommendationView(lists[1]);
         session.beReady();
         session.show();
         const auto *const overlay = session.overlay();
         session.controller->removeZelvanoRecommendations();
         QVERIFY(session.overlay() == overlay && !overlay->parentItem() && !overlay->isHidden());
-        QVERIFY(!list->view()->parentItem() && !list->delegate());
-        QCOMPARE(session.controller->recommendationView(), list);
+        for (const auto &list : lists)
+            QVERIFY(!list->view()->parentItem() && !list->delegate());
+        QCOMPARE(session.controller->recommendationView(), lists[0]);
         QCOMPARE(session.engine()->listeners().size(), 1U);
         ZelvanoViewController::create(u"key"_s)->removeZelvanoRecommendations(); // With nothing to work on.
     }
