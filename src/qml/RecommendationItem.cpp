@@ -1,49 +1,9 @@
 #include "RecommendationItem.h"
 
 #include <ZelvanoUI/ZVCategoryView.h>
+#include <ZelvanoUI/ZelvanoViewController.h>
 
 namespace zelvano {
-
-namespace {
-
-/// Views note sizes and places in what they show: two of them would fight over them.
-std::shared_ptr<ZVRecommendation> copyOf(const ZVRecommendation &recommendation)
-{
-    auto copy = ZVRecommendation::create(recommendation.recommendation());
-    ZVVideoList videos;
-    for (const auto &video : recommendation.videoList())
-        videos.push_back(std::make_shared<ZVVideoParams>(video->params()));
-    if (copy)
-        copy->setVideoList(videos);
-    return copy;
-}
-
-} // namespace
-
-/// Tells controller and item of what is picked.
-class RecommendationItem::Picks : public ZVRecommendationViewDelegate
-{
-public:
-    Picks(RecommendationItem *item, const std::shared_ptr<ZVRecommendationViewDelegate> &controller)
-        : m_item(item), m_controller(controller)
-    {
-    }
-
-    void didSelecteRecommendation(const std::shared_ptr<ZVVideoParams> &video) override
-    {
-        const QPointer item(m_item); // The host may begin another session, or destroy the item, when it hears of it.
-        const auto controller = m_controller.lock();
-        if (!controller)
-            return; // The session has ended.
-        controller->didSelecteRecommendation(video);
-        if (item)
-            Q_EMIT item->videoSelected(RecommendedVideo(video));
-    }
-
-private:
-    const QPointer<RecommendationItem> m_item;
-    const std::weak_ptr<ZVRecommendationViewDelegate> m_controller;
-};
 
 RecommendationItem::RecommendationItem(ZVRecommendationViewFactory::Type type) : m_type(type)
 {
@@ -72,27 +32,39 @@ void RecommendationItem::setRecommendations(Recommendations *recommendations)
     Q_EMIT recommendationsChanged();
 }
 
-void RecommendationItem::begin(const std::shared_ptr<ZVRecommendationViewDelegate> &controller)
+void RecommendationItem::begin(const std::shared_ptr<ZelvanoViewController> &controller)
 {
-    m_picks = std::make_shared<Picks>(this, controller);
+    leave();
+    m_controller = controller;
     m_view = ZVRecommendationViewFactory::recommendationViewForType(m_type);
-    m_view->setDelegate(m_picks);
-    // Nothing else in QML could give the records their pictures.
+    m_view->setDelegate(m_self);
+    // In QML nothing else gives the records their images.
     if (const auto categories = std::dynamic_pointer_cast<ZVCategoryView>(m_view))
         categories->setLoadsThumbnails(true);
-    auto *const item = m_view->view();
-    if (!item)
-        return;
-    setImplicitSize(item->width(), item->height());
-    item->setParentItem(this);
-    item->setFocus(true);
-    fillWithView();
+    if (auto *const item = m_view->view()) {
+        setImplicitSize(item->width(), item->height());
+        item->setParentItem(this);
+        item->setFocus(true);
+        fillWithView();
+    }
+    controller->addRecommendationView(m_view);
 }
 
-void RecommendationItem::show(const ZVRecommendation &recommendation)
+void RecommendationItem::leave()
 {
-    if (m_view)
-        m_view->setRecommendations(copyOf(recommendation));
+    if (const auto controller = m_controller.lock())
+        controller->removeRecommendationView(m_view);
+}
+
+void RecommendationItem::didSelecteRecommendation(const std::shared_ptr<ZVVideoParams> &video)
+{
+    const auto controller = m_controller.lock();
+    if (!controller)
+        return;                // The session has ended.
+    const QPointer self(this); // A handler may start another session or destroy the item.
+    controller->didSelecteRecommendation(video);
+    if (self)
+        Q_EMIT videoSelected(RecommendedVideo(video));
 }
 
 void RecommendationItem::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)

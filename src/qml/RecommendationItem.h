@@ -11,11 +11,11 @@
 
 namespace zelvano {
 
-/// A place for a native view, which fills it: what they have in common. Main thread.
+/// An item that a native view fills. Main thread.
 ///
-/// Each session has a view of its own, which stays after its end and is replaced by the next one's. Keyboard and
-/// accessibility are the view's.
-class RecommendationItem : public QQuickItem
+/// Each session creates a new view, which stays after the session's end. The view handles the keyboard and describes
+/// itself to assistive technology.
+class RecommendationItem : public QQuickItem, public ZVRecommendationViewDelegate
 {
     Q_OBJECT
     QML_ANONYMOUS
@@ -23,19 +23,20 @@ class RecommendationItem : public QQuickItem
 public:
     ~RecommendationItem() override;
 
-    /// Whose videos are shown; null, or destroyed, for none further.
+    /// The session whose videos are shown. Without one the last videos stay.
     Q_PROPERTY(zelvano::Recommendations *recommendations READ recommendations WRITE setRecommendations NOTIFY
                    recommendationsChanged FINAL)
     Recommendations *recommendations() const { return m_recommendations; }
     void setRecommendations(Recommendations *recommendations);
     Q_SIGNAL void recommendationsChanged();
 
-    /// The viewer picked a video here; the session has told of it before. The player does not switch by itself.
+    /// The viewer chose a video here. The session's signal comes first. The player does not switch by itself.
     Q_SIGNAL void videoSelected(const zelvano::RecommendedVideo &video);
 
-    /// Another session: an empty view. The controller is told of its picks.
-    void begin(const std::shared_ptr<ZVRecommendationViewDelegate> &controller);
-    void show(const ZVRecommendation &recommendation);
+    /// Creates an empty view for a new session.
+    void begin(const std::shared_ptr<ZelvanoViewController> &controller);
+    /// The view receives no more recommendations.
+    void leave();
 
 protected:
     explicit RecommendationItem(ZVRecommendationViewFactory::Type type);
@@ -43,19 +44,20 @@ protected:
     void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;
 
 private:
-    class Picks;
-
+    void didSelecteRecommendation(const std::shared_ptr<ZVVideoParams> &video) override;
     void fillWithView();
 
     const ZVRecommendationViewFactory::Type m_type;
+    /// For the view, which holds its delegate weakly; owns nothing.
+    const std::shared_ptr<ZVRecommendationViewDelegate> m_self{this, [](auto *) {}};
     QPointer<Recommendations> m_recommendations;
-    std::shared_ptr<Picks> m_picks;
+    std::weak_ptr<ZelvanoViewController> m_controller;
     std::shared_ptr<ZVRecommendationView> m_view;
 };
 
-// The base classes are named in full for the sake of the QML tools.
+// The QML tools find a base class by its full name only.
 
-/// The recommended videos but the first, in two columns.
+/// The recommended videos except the first, in two columns.
 class RecommendationList : public zelvano::RecommendationItem
 {
     Q_OBJECT
@@ -65,7 +67,7 @@ public:
     RecommendationList() : RecommendationItem(ZVRecommendationViewFactory::List) {}
 };
 
-/// The recommended videos in rows, one for each category.
+/// The recommended videos in one row per category.
 class RecommendationCategories : public zelvano::RecommendationItem
 {
     Q_OBJECT

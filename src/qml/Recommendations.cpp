@@ -25,7 +25,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto restDelay = 500ms; // Without a further change of the video output's frame.
+constexpr auto restDelay = 500ms; // After the last change of the video output's frame.
 
 template<class Player> std::shared_ptr<QObject> make(QMediaPlayer *player, QQuickItem *videoOutput)
 {
@@ -42,10 +42,8 @@ constexpr std::array playerMakers{
 
 } // namespace
 
-/// What a session tells, as long as it is the current one.
-class Recommendations::Listener : public ZelvanoViewControllerDelegate,
-                                  public ZelvanoPrivateDelegate,
-                                  public ZVRecommendationView
+/// Passes on the calls of the current session. The engine may hold it longer than its owner lives.
+class Recommendations::Listener : public ZelvanoViewControllerDelegate, public ZelvanoPrivateDelegate
 {
 public:
     explicit Listener(Recommendations *owner) : m_owner(owner) {}
@@ -82,22 +80,19 @@ public:
     {
     }
 
-    // ZVRecommendationView: the controller knows one, and this one passes on to any number of them.
-    QQuickItem *view() const override { return nullptr; }
-    std::shared_ptr<ZVRecommendation> recommendations() const override { return nullptr; }
-    void setRecommendations(const std::shared_ptr<ZVRecommendation> &recommendations) override
-    {
-        if (m_owner)
-            m_owner->nativeVideosDidCome(recommendations);
-    }
-    std::shared_ptr<ZVRecommendationViewDelegate> delegate() const override { return nullptr; }
-    void setDelegate(const std::shared_ptr<ZVRecommendationViewDelegate> &) override {}
-
 private:
     Recommendations *m_owner;
 };
 
-Recommendations::Recommendations(QObject *parent) : QObject(parent) {}
+Recommendations::Recommendations(QObject *parent) : QObject(parent)
+{
+    // Connected first: the handlers of a change see the session that is still to come.
+    for (const auto change :
+         {&Recommendations::apiKeyChanged, &Recommendations::pageIdChanged, &Recommendations::suggestionsChanged,
+          &Recommendations::playerChanged, &Recommendations::videoOutputChanged, &Recommendations::playerKindChanged,
+          &Recommendations::serviceAddressChanged})
+        connect(this, change, this, &Recommendations::schedule);
+}
 
 Recommendations::~Recommendations()
 {
@@ -106,42 +101,6 @@ Recommendations::~Recommendations()
 }
 
 // Properties
-
-void Recommendations::setApiKey(const QString &apiKey)
-{
-    if (std::exchange(m_apiKey, apiKey) != apiKey)
-        changed(&Recommendations::apiKeyChanged);
-}
-
-void Recommendations::setPageId(const QString &pageId)
-{
-    if (std::exchange(m_pageId, pageId) != pageId)
-        changed(&Recommendations::pageIdChanged);
-}
-
-void Recommendations::setSuggestions(int suggestions)
-{
-    if (std::exchange(m_suggestions, suggestions) != suggestions)
-        changed(&Recommendations::suggestionsChanged);
-}
-
-void Recommendations::setPlayerKind(PlayerKind kind)
-{
-    if (std::exchange(m_playerKind, kind) != kind)
-        changed(&Recommendations::playerKindChanged);
-}
-
-void Recommendations::setServiceAddress(const QString &address)
-{
-    if (std::exchange(m_serviceAddress, address) != address)
-        changed(&Recommendations::serviceAddressChanged);
-}
-
-void Recommendations::setAutomaticRestart(bool automatic)
-{
-    if (std::exchange(m_automaticRestart, automatic) != automatic)
-        Q_EMIT automaticRestartChanged();
-}
 
 void Recommendations::setPlayer(QMediaPlayer *player)
 {
@@ -168,7 +127,7 @@ void Recommendations::setVideoOutput(QQuickItem *videoOutput)
 
 void Recommendations::followPlayer()
 {
-    changed(&Recommendations::playerChanged);
+    Q_EMIT playerChanged();
     Q_EMIT currentSourceChanged();
     followOutput();
 }
@@ -186,14 +145,7 @@ void Recommendations::followOutput()
              {&QQuickItem::xChanged, &QQuickItem::yChanged, &QQuickItem::widthChanged, &QQuickItem::heightChanged})
             connect(m_videoOutput, move, this, &Recommendations::outputDidMove);
     }
-    changed(&Recommendations::videoOutputChanged);
-}
-
-/// In this order: the handlers of the signal see a session that is still to come.
-void Recommendations::changed(void (Recommendations::*signal)())
-{
-    schedule();
-    Q_EMIT(this->*signal)();
+    Q_EMIT videoOutputChanged();
 }
 
 // The session
@@ -220,7 +172,7 @@ bool Recommendations::canBegin()
 {
     if (!m_isWanted || !m_player)
         return false;
-    if (m_apiKey.isEmpty() && !std::exchange(m_toldOfMissingKey, true))
+    if (m_apiKey.isEmpty() && !std::exchange(m_hasReportedMissingKey, true))
         qmlInfo(this) << "no recommendations without an apiKey";
     return !m_apiKey.isEmpty() && static_cast<std::size_t>(m_playerKind) < playerMakers.size();
 }
@@ -229,7 +181,7 @@ void Recommendations::begin()
 {
     m_isScheduled = false;
     if (!m_isComplete)
-        return; // Its completion schedules it again.
+        return; // componentComplete() schedules it again.
     const bool wasRunning = isRunning();
     endQuietly();
     if (canBegin()) {
@@ -238,11 +190,9 @@ void Recommendations::begin()
         m_controller = ZelvanoViewController::create(m_apiKey);
         m_controller->setSuggestionsSize(m_suggestions);
         m_controller->setDelegate(m_listener);
-        m_controller->setRecommendationView(m_listener);
         m_controller->zelvano()->addListener(m_listener);
         m_controller->setPlayer(playerMakers[static_cast<std::size_t>(m_playerKind)](m_player, m_videoOutput),
                                 m_pageId);
-        m_nativeVideos.reset();
         for (auto *const item : m_items)
             item->begin(m_controller);
     }
@@ -260,7 +210,7 @@ std::shared_ptr<Zelvano> Recommendations::engine() const
     return m_controller ? m_controller->zelvano() : nullptr;
 }
 
-/// The library's address of the service stays as it is; only the connection goes elsewhere.
+/// Redirects the connection only: the service's address in the requests stays.
 void Recommendations::routeService()
 {
     const auto address = QUrl::fromUserInput(m_serviceAddress);
@@ -268,7 +218,7 @@ void Recommendations::routeService()
         useService(u"%1:%2"_s.arg(address.host()).arg(address.port(80)));
         m_isRouted = true;
     } else if (!m_serviceAddress.isEmpty()) {
-        qmlInfo(this) << "serviceAddress is no \"host:port\", it is left out of account";
+        qmlInfo(this) << "serviceAddress is not \"host:port\" and is ignored";
     } else if (std::exchange(m_isRouted, false)) {
         useService({});
     }
@@ -288,10 +238,10 @@ void Recommendations::dismiss()
     m_isWanted = false;
     cancelRestart();
     if (const auto controller = m_controller)
-        controller->dismiss(); // Tells of it.
+        controller->dismiss(); // Calls sessionDidEnd().
 }
 
-/// The listener stays: the event that ended the session is still to be told.
+/// Keeps the listener: it still receives the event that ended the session.
 void Recommendations::sessionDidEnd()
 {
     m_controller.reset();
@@ -324,7 +274,7 @@ void Recommendations::outputDidMove()
         restartLater();
 }
 
-// What comes, and what is picked
+// Recommendations and choices
 
 void Recommendations::suggestionsDidFetch(const ZVRecommendation &recommendation)
 {
@@ -337,25 +287,17 @@ void Recommendations::suggestionsDidFetch(const ZVRecommendation &recommendation
         Q_EMIT suggestionsFetched();
 }
 
-void Recommendations::nativeVideosDidCome(const std::shared_ptr<ZVRecommendation> &recommendation)
-{
-    m_nativeVideos = recommendation;
-    for (auto *const item : m_items)
-        item->show(*recommendation);
-}
-
 void Recommendations::addItem(RecommendationItem *item)
 {
     m_items.push_back(item);
     if (m_controller)
         item->begin(m_controller);
-    if (m_controller && m_nativeVideos)
-        item->show(*m_nativeVideos);
 }
 
 void Recommendations::removeItem(RecommendationItem *item)
 {
     std::erase(m_items, item);
+    item->leave();
 }
 
 void Recommendations::announceChoice(const QUrl &url)
@@ -365,12 +307,8 @@ void Recommendations::announceChoice(const QUrl &url)
 
 void Recommendations::playNext(const RecommendedVideo &video)
 {
-    if (!m_controller)
-        return;
-    const auto engine = m_controller->zelvano();
-    engine->setSelectionByUser(true);
-    if (const auto subscriber = engine->playerEventsHandler()->currentSubscriber())
-        subscriber->setNextVideo(video.url().toString(QUrl::FullyEncoded));
+    if (m_controller)
+        m_controller->zelvano()->playSelected(video.params());
 }
 
 } // namespace zelvano

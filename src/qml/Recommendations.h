@@ -21,12 +21,12 @@ class ZVRecommendation;
 class Zelvano;
 class ZelvanoViewController;
 
-/// A session with the recommendation service over a host's MediaPlayer: reports what it plays, lays recommendations
-/// over its picture while it is paused, and makes it switch when the viewer picks one.
+/// A session with the recommendation service for a host's MediaPlayer. It reports what the player does, shows
+/// recommendations over the paused video and makes the player switch to the video that the viewer chooses.
 ///
-/// A session begins by itself as soon as there are an API key and a player. A change of a property that says so begins
-/// another one, once for all changes that were made until the event loop comes round. It ends with dismiss(), with the
-/// player, or because the frame of the video output changed, which counts as the closing of the player. Main thread.
+/// A session starts when there are an API key and a player. A change of a property marked "restarts" starts another
+/// one, once for all changes within one turn of the event loop. A session ends with dismiss(), with the player, or when
+/// the frame of the video output changes, which counts as the closing of the player. Main thread.
 class Recommendations : public QObject, public QQmlParserStatus
 {
     Q_OBJECT
@@ -34,40 +34,34 @@ class Recommendations : public QObject, public QQmlParserStatus
     QML_ELEMENT
 
 public:
-    /// What the service takes the player for.
+    /// The class of player that the service sees.
     enum class PlayerKind { AVPlayerViewController, AVPlayer, MoviePlayerViewController, MoviePlayer };
     Q_ENUM(PlayerKind)
 
     explicit Recommendations(QObject *parent = nullptr);
     ~Recommendations() override;
 
-    /// The host's key to the service. A change begins another session.
-    Q_PROPERTY(QString apiKey READ apiKey WRITE setApiKey NOTIFY apiKeyChanged FINAL)
-    QString apiKey() const { return m_apiKey; }
-    void setApiKey(const QString &apiKey);
+    /// The host's key for the service. Restarts.
+    Q_PROPERTY(QString apiKey MEMBER m_apiKey NOTIFY apiKeyChanged FINAL)
     Q_SIGNAL void apiKeyChanged();
 
-    /// What the service knows the page by, on which the video stands. A change begins another session.
-    Q_PROPERTY(QString pageId READ pageId WRITE setPageId NOTIFY pageIdChanged FINAL)
-    QString pageId() const { return m_pageId; }
-    void setPageId(const QString &pageId);
+    /// The service's identifier of the page that shows the video. Restarts.
+    Q_PROPERTY(QString pageId MEMBER m_pageId NOTIFY pageIdChanged FINAL)
     Q_SIGNAL void pageIdChanged();
 
-    /// How many videos to ask for; 0 leaves it to the service. A change begins another session.
-    Q_PROPERTY(int suggestions READ suggestions WRITE setSuggestions NOTIFY suggestionsChanged FINAL)
-    int suggestions() const { return m_suggestions; }
-    void setSuggestions(int suggestions);
+    /// How many videos to ask for; 0, the default, leaves it to the service. Restarts.
+    Q_PROPERTY(int suggestions MEMBER m_suggestions NOTIFY suggestionsChanged FINAL)
     Q_SIGNAL void suggestionsChanged();
 
-    /// The host's player, with a source or without one yet. Null while there is none, and when it was destroyed. A
-    /// change begins another session; a change of its source does not.
+    /// The host's player, with or without a source. Null for none, and after its destruction. Restarts; a change of its
+    /// source does not.
     Q_PROPERTY(QMediaPlayer *player READ player WRITE setPlayer NOTIFY playerChanged FINAL)
     QMediaPlayer *player() const { return m_player; }
     void setPlayer(QMediaPlayer *player);
     Q_SIGNAL void playerChanged();
 
-    /// The item that shows the video, over which recommendations are laid: the player's own, unless another is set. A
-    /// change begins another session; without one nothing is laid over the video.
+    /// The item that shows the video; recommendations are shown over it. The player's own output by default. Without
+    /// one the overlay does not appear. Restarts.
     Q_PROPERTY(QQuickItem *videoOutput READ videoOutput WRITE setVideoOutput RESET resetVideoOutput NOTIFY
                    videoOutputChanged FINAL)
     QQuickItem *videoOutput() const { return m_videoOutput; }
@@ -75,25 +69,18 @@ public:
     void resetVideoOutput() { setVideoOutput(nullptr); }
     Q_SIGNAL void videoOutputChanged();
 
-    /// A change begins another session.
-    Q_PROPERTY(PlayerKind playerKind READ playerKind WRITE setPlayerKind NOTIFY playerKindChanged FINAL)
-    PlayerKind playerKind() const { return m_playerKind; }
-    void setPlayerKind(PlayerKind kind);
+    /// Restarts.
+    Q_PROPERTY(PlayerKind playerKind MEMBER m_playerKind NOTIFY playerKindChanged FINAL)
     Q_SIGNAL void playerKindChanged();
 
-    /// For development: where what is meant for the service goes instead, such as "127.0.0.1:8080". It holds for the
-    /// whole process; empty is the service itself. A change begins another session.
-    Q_PROPERTY(QString serviceAddress READ serviceAddress WRITE setServiceAddress NOTIFY serviceAddressChanged FINAL)
-    QString serviceAddress() const { return m_serviceAddress; }
-    void setServiceAddress(const QString &address);
+    /// For development: "host:port" that replaces the service's address, for the whole process. Empty for the service
+    /// itself. Restarts.
+    Q_PROPERTY(QString serviceAddress MEMBER m_serviceAddress NOTIFY serviceAddressChanged FINAL)
     Q_SIGNAL void serviceAddressChanged();
 
-    /// Whether another session begins half a second after the frame of the video output, whose change ended the last
-    /// one, has come to rest. True at first.
-    Q_PROPERTY(
-        bool automaticRestart READ automaticRestart WRITE setAutomaticRestart NOTIFY automaticRestartChanged FINAL)
-    bool automaticRestart() const { return m_automaticRestart; }
-    void setAutomaticRestart(bool automatic);
+    /// Whether another session starts after a change of the video output's frame has ended the last one, 0.5 seconds
+    /// after the frame's last change. True by default.
+    Q_PROPERTY(bool automaticRestart MEMBER m_automaticRestart NOTIFY automaticRestartChanged FINAL)
     Q_SIGNAL void automaticRestartChanged();
 
     /// Whether there is a session.
@@ -101,43 +88,44 @@ public:
     bool isRunning() const { return m_controller != nullptr; }
     Q_SIGNAL void runningChanged();
 
-    /// What the player plays. A MediaPlayer's own source does not follow when the library switches it.
+    /// The video that the player plays. The MediaPlayer's source property in QML keeps its old value when the library
+    /// switches the player.
     Q_PROPERTY(QUrl currentSource READ currentSource NOTIFY currentSourceChanged FINAL)
     QUrl currentSource() const { return m_player ? m_player->source() : QUrl(); }
     Q_SIGNAL void currentSourceChanged();
 
-    /// The videos of the last recommendation, each a recommendedVideo; empty again when another session begins.
+    /// The videos of the last recommendation, each a recommendedVideo. A new session empties the list.
     Q_PROPERTY(QVariantList videos READ videos NOTIFY videosChanged FINAL)
     QVariantList videos() const { return m_videos; }
     Q_SIGNAL void videosChanged();
 
-    /// Begins a session, another one if one runs, once the event loop comes round.
+    /// Starts a session, or another one, in the next turn of the event loop.
     Q_INVOKABLE void start();
-    /// Ends the session. None begins before start().
+    /// Ends the session. Only start() starts another one.
     Q_INVOKABLE void dismiss();
-    /// The viewer picked a video outside the library's views: the player switches to it, and the host plays it.
+    /// Reports that the viewer chose a video outside the library's views, which the host plays.
     Q_INVOKABLE void announceChoice(const QUrl &url);
-    /// Makes the player switch to the video and play it, as it does for a pick in the overlay.
+    /// Makes the player switch to the video and play it, as a choice in the overlay does.
     Q_INVOKABLE void playNext(const zelvano::RecommendedVideo &video);
 
 Q_SIGNALS:
-    /// A session has begun, the first one or another.
+    /// A session has started.
     void sessionBegan();
-    /// A player event was reported: "play", "pause", "seek" and the like.
+    /// The session reported a player event: "play", "pause", "seek" and the like.
     void stateChanged(const QString &state);
-    /// Recommendations have come, and are in videos.
+    /// A recommendation has arrived; videos has its videos.
     void suggestionsFetched();
-    /// The viewer picked a video. In the overlay: the player switches to it by itself. In a list, which has a signal
-    /// of its own as well: that is the host's to do, with playNext() say.
+    /// The viewer chose a video. The player switches by itself for a choice in the overlay. For one in a native view,
+    /// which has a signal of its own too, the host calls playNext() or acts otherwise.
     void videoSelected(const zelvano::RecommendedVideo &video);
-    /// The session was ended: by dismiss(), or because the frame of the video output changed.
+    /// The session has ended by dismiss() or by a change of the video output's frame.
     void finished();
 
 public:
-    /// The engine of the session; null while there is none.
+    /// The session's engine; null without a session.
     std::shared_ptr<Zelvano> engine() const;
 
-    // For the elements that show native views. One that is added is told of what runs and what has come.
+    /// Each session gives the item a view, this one included.
     void addItem(RecommendationItem *item);
     void removeItem(RecommendationItem *item);
 
@@ -148,7 +136,6 @@ public:
 private:
     class Listener;
 
-    void changed(void (Recommendations::*signal)());
     void schedule();
     void begin();
     bool canBegin();
@@ -160,9 +147,8 @@ private:
     void restartLater();
     void cancelRestart();
 
-    // What the listener hears.
+    // Called by the listener.
     void suggestionsDidFetch(const ZVRecommendation &recommendation);
-    void nativeVideosDidCome(const std::shared_ptr<ZVRecommendation> &recommendation);
     void sessionDidEnd();
 
     QString m_apiKey;
@@ -178,14 +164,13 @@ private:
     QVariantList m_videos;
 
     bool m_isComplete = true;
-    bool m_isWanted = true; ///< Not dismissed, and not ended for good.
+    bool m_isWanted = true; ///< Neither dismissed nor ended for good.
     bool m_isScheduled = false;
     bool m_waitsForRest = false;
-    bool m_toldOfMissingKey = false;
+    bool m_hasReportedMissingKey = false;
     bool m_isRouted = false;
     std::shared_ptr<ZelvanoViewController> m_controller;
     std::shared_ptr<Listener> m_listener;
-    std::shared_ptr<ZVRecommendation> m_nativeVideos; ///< What the native views of this session show.
     std::vector<RecommendationItem *> m_items;
 };
 

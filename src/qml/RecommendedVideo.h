@@ -12,26 +12,26 @@
 
 namespace zelvano {
 
-/// One recommended video, as QML sees it: a value. Texts are empty and URLs invalid when the service gave none.
+/// One recommended video, a value in QML. Texts are empty and URLs invalid when the service sent none.
 class RecommendedVideo
 {
     Q_GADGET
     QML_VALUE_TYPE(recommendedVideo)
     Q_PROPERTY(QString title READ title CONSTANT FINAL)
     Q_PROPERTY(QString videoId READ videoId CONSTANT FINAL)
-    /// The host's own identifier of the video; the spelling is the service's.
+    /// The host's own identifier of the video. The service spells it this way.
     Q_PROPERTY(QString costumerVideoId READ costumerVideoId CONSTANT FINAL)
     /// A code such as "FORYOU", "MOSTVIEWED" or "MOSTRECENT".
     Q_PROPERTY(QString category READ category CONSTANT FINAL)
     Q_PROPERTY(QUrl url READ url CONSTANT FINAL)
     Q_PROPERTY(QUrl imageUrl READ imageUrl CONSTANT FINAL)
     Q_PROPERTY(QUrl stripUrl READ stripUrl CONSTANT FINAL)
-    /// Seconds; not a number when the service gave none.
+    /// Seconds; NaN when the service sent none.
     Q_PROPERTY(double durationSec READ durationSec CONSTANT FINAL)
 
 public:
     RecommendedVideo() = default;
-    explicit RecommendedVideo(std::shared_ptr<const ZVVideoParams> params) : m_params(std::move(params)) {}
+    explicit RecommendedVideo(std::shared_ptr<ZVVideoParams> params) : m_params(std::move(params)) {}
 
     QString title() const { return read(&ZVVideoParams::title); }
     QString videoId() const { return read(&ZVVideoParams::videoId); }
@@ -42,6 +42,12 @@ public:
     QUrl stripUrl() const { return read(&ZVVideoParams::stripUrl); }
     double durationSec() const { return read(&ZVVideoParams::durationSec).toDouble(qQNaN()); }
 
+    /// An empty record for a default value.
+    std::shared_ptr<ZVVideoParams> params() const
+    {
+        return m_params ? m_params : std::make_shared<ZVVideoParams>(QJsonObject());
+    }
+
     friend bool operator==(const RecommendedVideo &, const RecommendedVideo &) = default;
 
 private:
@@ -50,7 +56,7 @@ private:
         return m_params ? (m_params.get()->*getter)() : Value();
     }
 
-    std::shared_ptr<const ZVVideoParams> m_params;
+    std::shared_ptr<ZVVideoParams> m_params;
 };
 
 } // namespace zelvano
