@@ -2,14 +2,14 @@ import QtQuick
 import QtWebChannel
 import QtWebEngine
 
-// The Kaltura player's page, and the way between it and its owner.
+// The Kaltura player's page and the channel between it and its owner.
 Item {
     id: content
 
-    // The player. What the page tells goes there.
+    // Receives the page's calls.
     required property var owner
 
-    // A function of the page's player; nothing happens before the page has one.
+    // Calls a function of the page's player. Does nothing before the page has a player.
     function call(name: var, args: var) {
         page.runJavaScript(`window.kPlayer?.${name}(...${JSON.stringify(args)})`);
     }
@@ -38,32 +38,15 @@ Item {
         }
     }
 
-    WebEngineView {
+    ZVWebPage {
         id: page
 
-        objectName: "webView"
         anchors.fill: parent
-        activeFocusOnTab: true
         backgroundColor: "black"
+        settings.playbackRequiresUserGesture: false
 
         webChannel: WebChannel {
             registeredObjects: [host]
-        }
-        // Nothing of the page outlives it, and it shares nothing with the host's own web views.
-        profile: WebEngineProfile {
-            offTheRecord: true
-        }
-        settings {
-            playbackRequiresUserGesture: false
-            localContentCanAccessFileUrls: false
-            localContentCanAccessRemoteUrls: false
-            javascriptCanOpenWindows: false
-            javascriptCanAccessClipboard: false
-            pluginsEnabled: false
-            fullScreenSupportEnabled: false
-            errorPageEnabled: false
-            focusOnNavigationEnabled: false
-            showScrollBars: false
         }
 
         Component.onCompleted: {
@@ -73,29 +56,6 @@ Item {
             script.injectionPoint = WebEngineScript.DocumentCreation;
             script.worldId = WebEngineScript.MainWorld;
             userScripts.insert(script);
-        }
-
-        onNavigationRequested: request => {
-            if (!/^(https?|about|data|blob):/i.test(request.url.toString()))
-                request.reject();
-        }
-        onFeaturePermissionRequested: (origin, feature) => grantFeaturePermission(origin, feature, false)
-        onContextMenuRequested: request => request.accepted = true
-        onJavaScriptDialogRequested: request => {
-            request.accepted = true;
-            request.dialogReject();
-        }
-        onAuthenticationDialogRequested: request => {
-            request.accepted = true;
-            request.dialogReject();
-        }
-        onColorDialogRequested: request => {
-            request.accepted = true;
-            request.dialogReject();
-        }
-        onFileDialogRequested: request => {
-            request.accepted = true;
-            request.dialogReject();
         }
     }
 }

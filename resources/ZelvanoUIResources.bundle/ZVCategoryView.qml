@@ -7,7 +7,7 @@ import ZelvanoUI.Interface
 ZVTableView {
     id: table
 
-    // The category view; it fills this one.
+    // The ZVCategoryView that fills this view.
     required property var owner
 
     width: 320
@@ -21,7 +21,7 @@ ZVTableView {
     Accessible.name: qsTr("Recommended videos by category")
 
     LayoutMirroring.childrenInherit: true
-    // Otherwise as the host's own items are. Qt 6.4's qmllint does not know the direction.
+    // In a left-to-right application the host's items decide. Qt 6.4's qmllint does not know the direction.
     Binding {
         target: table.LayoutMirroring
         property: "enabled"

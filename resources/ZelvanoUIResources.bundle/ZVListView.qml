@@ -7,7 +7,7 @@ import ZelvanoUI.Interface
 ZVCollectionView {
     id: list
 
-    // The list view; it fills this one.
+    // The ZVListView that fills this view.
     required property var owner
 
     width: 320
@@ -20,7 +20,7 @@ ZVCollectionView {
     Accessible.name: qsTr("Recommended videos")
 
     LayoutMirroring.childrenInherit: true
-    // Otherwise as the host's own items are. Qt 6.4's qmllint does not know the direction.
+    // In a left-to-right application the host's items decide. Qt 6.4's qmllint does not know the direction.
     Binding {
         target: list.LayoutMirroring
         property: "enabled"

@@ -3,7 +3,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import ZelvanoUI.Interface
 
-// A category's name over its videos, which scroll sideways. The name has the colour of the surroundings' text.
+// A category's name over its videos, which scroll sideways. The name has the host's text colour.
 Item {
     id: row
 
@@ -24,7 +24,7 @@ Item {
         y: 12
         width: parent.width - 2 * x
         height: 20
-        horizontalAlignment: Text.AlignLeft // Mirrored as the videos are, whatever the name's language.
+        horizontalAlignment: Text.AlignLeft // By layout direction, not by the name's language.
         verticalAlignment: Text.AlignVCenter
         textFormat: Text.PlainText
         maximumLineCount: 1

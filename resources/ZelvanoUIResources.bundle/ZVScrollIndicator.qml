@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 
-// Shows where a list stands while it moves. In the colour of the surroundings' text.
+// Shows a list's position while it moves, in the host's text colour.
 Rectangle {
     id: indicator
 

@@ -3,50 +3,33 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QtWebEngine
 
-// The overlay's content: the layout page, a way to swipe it off to either side, and a control that closes it.
+// The overlay's content: the layout page, swipes to both sides, and a control that closes it.
 ZVTopRecommendationContentView {
     id: content
 
-    // The overlay; null once it has taken this content down.
+    // The overlay; null after it has removed this content.
     required property var owner
 
     readonly property bool shown: owner !== null && owner.visible
 
-    // The page leaves room for the close control at its right, in every language.
+    // The page leaves room for the close control at its right, in right-to-left languages too.
     LayoutMirroring.enabled: false
     LayoutMirroring.childrenInherit: true
 
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Recommended videos")
 
-    WebEngineView {
+    ZVWebPage {
         id: page
 
-        objectName: "webView"
         anchors.fill: parent
-        activeFocusOnTab: true
         backgroundColor: "transparent"
         zoomFactor: 1
+        // Otherwise Chromium drops a command that the page sends by location.href, without asking.
+        settings.unknownUrlSchemePolicy: WebEngineSettings.AllowAllUnknownUrlSchemes
+        allows: url => content.owner !== null && content.owner.shouldStartLoadWithRequest(url)
 
-        // Nothing of the page outlives it, and it shares nothing with the host's own web views.
-        profile: WebEngineProfile {
-            offTheRecord: true
-        }
-        settings {
-            // Without this a command set by location.href would never be asked about.
-            unknownUrlSchemePolicy: WebEngineSettings.AllowAllUnknownUrlSchemes
-            localContentCanAccessFileUrls: false
-            localContentCanAccessRemoteUrls: false
-            javascriptCanOpenWindows: false
-            javascriptCanAccessClipboard: false
-            pluginsEnabled: false
-            fullScreenSupportEnabled: false
-            errorPageEnabled: false
-            focusOnNavigationEnabled: false
-            showScrollBars: false
-        }
-
-        // The page is transparent, so it is its own picture that has the overlay's round corners.
+        // Rounds the corners of the page itself: the overlay around it is transparent.
         Component.onCompleted: {
             const script = WebEngine.script();
             script.name = "roundCorners";
@@ -55,33 +38,9 @@ ZVTopRecommendationContentView {
             script.worldId = WebEngineScript.ApplicationWorld;
             userScripts.insert(script);
         }
-
-        onNavigationRequested: request => {
-            const isPage = /^(https?|about|data|blob):/i.test(request.url.toString());
-            if (content.owner === null || !content.owner.shouldStartLoadWithRequest(request.url) || !isPage)
-                request.reject();
-        }
-        onFeaturePermissionRequested: (origin, feature) => grantFeaturePermission(origin, feature, false)
-        onContextMenuRequested: request => request.accepted = true
-        onJavaScriptDialogRequested: request => {
-            request.accepted = true;
-            request.dialogReject();
-        }
-        onAuthenticationDialogRequested: request => {
-            request.accepted = true;
-            request.dialogReject();
-        }
-        onColorDialogRequested: request => {
-            request.accepted = true;
-            request.dialogReject();
-        }
-        onFileDialogRequested: request => {
-            request.accepted = true;
-            request.dialogReject();
-        }
     }
 
-    // Above the page, so that it sees a press before the page takes it; it takes none itself. One swipe a press.
+    // Above the page, to see a press before the page does; it accepts none. One swipe per press.
     Item {
         anchors.fill: parent
 
@@ -101,7 +60,7 @@ ZVTopRecommendationContentView {
                 if (!active || recognized || Math.abs(x) < threshold || Math.abs(x) < 2 * Math.abs(y))
                     return;
                 recognized = true;
-                // A finger that has moved taps nothing, but a mouse would click where it is released.
+                // A moved finger taps nothing, but a mouse clicks where it is released.
                 if (point.device.type === PointerDevice.Mouse)
                     page.enabled = false;
                 content.owner.didSwipe(x < 0 ? 2 : 1);
@@ -109,7 +68,7 @@ ZVTopRecommendationContentView {
         }
     }
 
-    // The visible circle is smaller than what can be hit, so that a thumb finds it.
+    // The hit area is larger than the visible circle, for thumbs.
     Item {
         id: dismiss
 
@@ -127,7 +86,7 @@ ZVTopRecommendationContentView {
         Keys.onReturnPressed: content.owner.dismissPressed()
         Keys.onEnterPressed: content.owner.dismissPressed()
 
-        // Two rings, one of which shows on any video.
+        // Two rings: one is visible on any video.
         Rectangle {
             visible: dismiss.activeFocus
             anchors.centerIn: parent

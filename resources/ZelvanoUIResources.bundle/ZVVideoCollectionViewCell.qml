@@ -3,8 +3,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import ZelvanoUI.Interface
 
-// One video: a picture, and on it the badge, the title and the length. Its colours are its own, so that it reads the
-// same on light and on dark surroundings.
+// One video: an image under a badge, the title and the length. It has colours of its own, for light and dark hosts.
 Item {
     id: content
 
@@ -12,7 +11,7 @@ Item {
     required property var owner
 
     readonly property real corner: 8
-    // What the badge's colour says to those who see it.
+    // In words, for screen readers, what the badge's colour shows.
     readonly property var categoryNames: ({
         FORYOU: qsTr("For you"),
         MOSTVIEWED: qsTr("Most viewed"),
@@ -44,7 +43,7 @@ Item {
         opacity: content.owner.shadowOpacity / 3
     }
 
-    // Where there is no picture.
+    // Visible without an image.
     Rectangle {
         anchors.fill: parent
         radius: content.corner
@@ -61,7 +60,7 @@ Item {
         opacity: 0
     }
 
-    // Under the texts, so that white reads on any picture.
+    // Makes white text readable on any image.
     Rectangle {
         anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
         height: Math.min(parent.height, titleLable.height + 44)
@@ -134,7 +133,7 @@ Item {
         color: tap.pressed ? "#40000000" : hover.hovered ? "#1fffffff" : "transparent"
     }
 
-    // Two rings, one of which shows on any picture.
+    // Two rings: one is visible on any image.
     Rectangle {
         visible: content.owner.current
         anchors.fill: parent

@@ -1,0 +1,46 @@
+import QtQuick
+import QtWebEngine
+
+// A web page that can show and play, and nothing else: no windows, files, clipboard, permissions, dialogs or downloads.
+// Every web view of the library is one of these.
+WebEngineView {
+    id: page
+
+    // Called for each navigation; false refuses it. Only web addresses load, whatever it returns.
+    property var allows: url => true
+
+    function refuse(request: var) {
+        request.accepted = true;
+        request.dialogReject();
+    }
+
+    objectName: "webView"
+    activeFocusOnTab: true
+
+    // The page leaves nothing behind and shares nothing with the host's own web views.
+    profile: WebEngineProfile {
+        offTheRecord: true
+    }
+    settings {
+        localContentCanAccessFileUrls: false
+        localContentCanAccessRemoteUrls: false
+        javascriptCanOpenWindows: false
+        javascriptCanAccessClipboard: false
+        pluginsEnabled: false
+        fullScreenSupportEnabled: false
+        errorPageEnabled: false
+        focusOnNavigationEnabled: false
+        showScrollBars: false
+    }
+
+    onNavigationRequested: request => {
+        if (!allows(request.url) || !/^(https?|about|data|blob):/i.test(request.url.toString()))
+            request.reject();
+    }
+    onFeaturePermissionRequested: (origin, feature) => grantFeaturePermission(origin, feature, false)
+    onContextMenuRequested: request => request.accepted = true
+    onJavaScriptDialogRequested: request => refuse(request)
+    onAuthenticationDialogRequested: request => refuse(request)
+    onColorDialogRequested: request => refuse(request)
+    onFileDialogRequested: request => refuse(request)
+}
