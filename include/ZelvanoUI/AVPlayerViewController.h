@@ -13,9 +13,6 @@ class ZELVANOCORE_EXPORT AVPlayerViewController : public Player
     Q_OBJECT
 
 public:
-    AVPlayerViewController();
-    ~AVPlayerViewController() override;
-
     /// Null when it shows none. Any thread.
     virtual std::shared_ptr<AVPlayer> player() const = 0;
 };

@@ -15,13 +15,10 @@ class ZELVANOCORE_EXPORT Player : public QObject
     Q_PROPERTY(QRectF videoBounds READ videoBounds FINAL)
 
 public:
-    Player();
-    ~Player() override;
-
     /// The view to lay recommendations over, for ZelvanoUI::UI a QQuickItem. Null by default: no recommendations.
-    virtual QObject *view() const;
+    virtual QObject *view() const { return nullptr; }
     /// The rectangle of the picture inside the view, in points. Empty by default and until there is a picture.
-    virtual QRectF videoBounds() const;
+    virtual QRectF videoBounds() const { return {}; }
 
 Q_SIGNALS:
     /// The view was moved or resized in its superview. Emit it once per change of layout.

@@ -34,21 +34,21 @@ public:
 
     /// A command: switches the player to the video at this URL and plays it, later on the main thread. Null only plays.
     /// The getter is always null. Any thread.
-    virtual void setNextVideo(const QString &url);
+    virtual void setNextVideo(const QString &) {}
     QString nextVideo() const { return {}; }
 
     /// Length of the current video in seconds; std::nullopt when the player has none. Any thread.
-    virtual std::optional<double> duration() const;
+    virtual std::optional<double> duration() const { return std::nullopt; }
     /// Seconds. Any thread.
-    virtual double currentPosition() const;
+    virtual double currentPosition() const { return 0; }
     /// The kind of player; null when the service has no name for it. Any thread.
-    virtual QString playerId() const;
+    virtual QString playerId() const { return {}; }
     /// URL or identifier of the current video. Any thread.
-    virtual QString videoId() const;
+    virtual QString videoId() const { return {}; }
     /// The view to lay recommendations over; null when there is none.
-    virtual QObject *parentView() const;
+    virtual QObject *parentView() const { return nullptr; }
     /// Size of the picture in points.
-    virtual QSizeF videoSize() const;
+    virtual QSizeF videoSize() const { return {0, 0}; }
 
 private:
     struct Private;

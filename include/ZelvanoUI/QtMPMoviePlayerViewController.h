@@ -16,7 +16,6 @@ class ZELVANOUI_EXPORT QtMPMoviePlayerViewController : public MPMoviePlayerViewC
 public:
     /// Main thread. Both may be null, and be destroyed at any time.
     static std::shared_ptr<QtMPMoviePlayerViewController> create(QMediaPlayer *player, QQuickItem *videoOutput);
-    ~QtMPMoviePlayerViewController() override;
 
 private:
     using MPMoviePlayerViewController::MPMoviePlayerViewController;

@@ -21,36 +21,4 @@ void PlayerSubscriber::setObserver(const std::weak_ptr<PlayerSubscription> &obse
     d->observer = observer;
 }
 
-void PlayerSubscriber::setNextVideo(const QString &) {}
-
-std::optional<double> PlayerSubscriber::duration() const
-{
-    return std::nullopt;
-}
-
-double PlayerSubscriber::currentPosition() const
-{
-    return 0;
-}
-
-QString PlayerSubscriber::playerId() const
-{
-    return {};
-}
-
-QString PlayerSubscriber::videoId() const
-{
-    return {};
-}
-
-QObject *PlayerSubscriber::parentView() const
-{
-    return nullptr;
-}
-
-QSizeF PlayerSubscriber::videoSize() const
-{
-    return {0, 0};
-}
-
 } // namespace zelvano

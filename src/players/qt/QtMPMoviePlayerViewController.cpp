@@ -5,8 +5,6 @@
 
 namespace zelvano {
 
-QtMPMoviePlayerViewController::~QtMPMoviePlayerViewController() = default;
-
 std::shared_ptr<QtMPMoviePlayerViewController> QtMPMoviePlayerViewController::create(QMediaPlayer *player,
                                                                                      QQuickItem *videoOutput)
 {
