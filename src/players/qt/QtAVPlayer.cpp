@@ -21,38 +21,113 @@ struct QtAVPlayer::Private
     std::atomic<AVPlayerStatus> status = AVPlayerStatus::Unknown;
     std::atomic<double> currentTime = 0;
 
-    Private(QtAVPlayer *owner, QMediaPlayer *player, QQuickItem *videoOutput);
-
-    bool isPlaying() const;
-    void updateRate();
-    void tellRate();
-    void updateStatus();
-    void updateDuration();
-    void updatePosition();
-    void itemDidEnd(AVPlayerItem *item);
-    void takeSource();
-};
-
-QtAVPlayer::Private::Private(QtAVPlayer *owner, QMediaPlayer *player, QQuickItem *videoOutput)
-    : q(owner), media(player), view(videoOutput), currentTime(media.position())
-{
-    connect(&view, &VideoView::frameChanged, q, &Player::frameChanged);
-    connect(&media, &MediaPlayback::stateChanged, q, [this] { updateRate(); });
-    connect(&media, &MediaPlayback::mediumChanged, q, [this] { updateStatus(); });
-    connect(&media, &MediaPlayback::durationChanged, q, [this] { updateDuration(); });
-    connect(&media, &MediaPlayback::positionChanged, q, [this] { updatePosition(); });
-    connect(&media, &MediaPlayback::jumped, q, [this] { q->timeJumped(); });
-    connect(&media, &MediaPlayback::sourceChanged, q, [this] {
+    Private(QtAVPlayer *owner, QMediaPlayer *player, QQuickItem *videoOutput)
+        : q(owner), media(player), view(videoOutput), currentTime(media.position())
+    {
+        connect(&view, &VideoView::frameChanged, q, &Player::frameChanged);
+        connect(&media, &MediaPlayback::stateChanged, q, [this] { updateRate(); });
+        connect(&media, &MediaPlayback::mediumChanged, q, [this] { updateStatus(); });
+        connect(&media, &MediaPlayback::durationChanged, q, [this] { updateDuration(); });
+        connect(&media, &MediaPlayback::positionChanged, q, [this] { updatePosition(); });
+        connect(&media, &MediaPlayback::jumped, q, [this] { q->timeJumped(); });
+        connect(&media, &MediaPlayback::sourceChanged, q, [this] {
+            takeSource();
+            updateStatus();
+        });
         takeSource();
-        updateStatus();
-    });
-    takeSource();
-    // Later: an adapter that gets this player now must see it become ready, also when the source is loaded already.
-    QMetaObject::invokeMethod(
-        q, [this] { updateStatus(); }, Qt::QueuedConnection);
-    QMetaObject::invokeMethod(
-        q, [this] { updateRate(); }, Qt::QueuedConnection);
-}
+        // Later: an adapter that gets this player now must see it become ready, also when the source is loaded already.
+        later(&Private::updateStatus);
+        later(&Private::updateRate);
+    }
+
+    void later(void (Private::*task)())
+    {
+        QMetaObject::invokeMethod(
+            q, [this, task] { (this->*task)(); }, Qt::QueuedConnection);
+    }
+
+    /// The media player's source becomes the current item.
+    void takeSource()
+    {
+        const auto source = media.source();
+        q->setCurrentItem(source.isEmpty() ? nullptr : AVPlayerItem::create(AVURLAsset(source)));
+    }
+
+    /// A player that waits for its medium has its rate already.
+    bool isPlaying() const { return media.isAboutToPlay() || media.state() == QMediaPlayer::PlayingState; }
+
+    void updateRate()
+    {
+        hasPlayed = hasPlayed || media.state() == QMediaPlayer::PlayingState;
+        // Later: the host may be changing the source, and go on playing. That is not a pause.
+        if (!isPlaying() && media.state() == QMediaPlayer::StoppedState)
+            later(&Private::tellRate);
+        else
+            tellRate();
+    }
+
+    /// Emits rateChanged() also when only the item changed: adapters report the item's start on it.
+    void tellRate()
+    {
+        const auto now = isPlaying() ? static_cast<float>(media.pace()) : 0.0F;
+        const auto item = q->currentItem();
+        const bool isAnotherItem = now != 0 && playedItem.lock() != item;
+        if (now != 0)
+            playedItem = item;
+        if (rate.exchange(now) != now || isAnotherItem)
+            Q_EMIT q->rateChanged();
+    }
+
+    /// Sets the player's own status first: adapters read it when the item's status changes.
+    void updateStatus()
+    {
+        const auto item = q->currentItem();
+        if (!item)
+            return;
+        switch (media.medium()) {
+        case MediaPlayback::Medium::None:
+        case MediaPlayback::Medium::Stalled:
+            break;
+        case MediaPlayback::Medium::Broken:
+            status = AVPlayerStatus::Failed;
+            item->setStatus(AVPlayerItemStatus::Failed);
+            break;
+        case MediaPlayback::Medium::Ended:
+            if (item->status() == AVPlayerItemStatus::ReadyToPlay) {
+                itemDidEnd(item.get());
+                break;
+            }
+            [[fallthrough]]; // It ended before this player was created.
+        case MediaPlayback::Medium::Loaded:
+        case MediaPlayback::Medium::Buffered:
+            updateDuration();
+            status = AVPlayerStatus::ReadyToPlay;
+            item->setStatus(AVPlayerItemStatus::ReadyToPlay);
+            break;
+        }
+    }
+
+    /// When stopped at the end, Qt's FFmpeg backend may report the end twice.
+    void itemDidEnd(AVPlayerItem *item)
+    {
+        if (std::exchange(hasPlayed, false)) {
+            NotificationCenter::defaultCenter().post(
+                {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(item), {}});
+        }
+    }
+
+    void updateDuration()
+    {
+        if (const auto item = q->currentItem())
+            item->setDuration(media.duration());
+    }
+
+    void updatePosition()
+    {
+        currentTime = media.position();
+        updateRate(); // Some backends do not report a change of pace.
+    }
+};
 
 QtAVPlayer::QtAVPlayer(QMediaPlayer *player, QQuickItem *videoOutput) : d(new Private(this, player, videoOutput)) {}
 
@@ -108,92 +183,6 @@ void QtAVPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
         d->media.play();
     d->updateRate();
     d->updateStatus();
-}
-
-/// The media player's source becomes the current item.
-void QtAVPlayer::Private::takeSource()
-{
-    const auto source = media.source();
-    q->setCurrentItem(source.isEmpty() ? nullptr : AVPlayerItem::create(AVURLAsset(source)));
-}
-
-/// A player that waits for its medium has its rate already.
-bool QtAVPlayer::Private::isPlaying() const
-{
-    return media.isAboutToPlay() || media.state() == QMediaPlayer::PlayingState;
-}
-
-void QtAVPlayer::Private::updateRate()
-{
-    hasPlayed = hasPlayed || media.state() == QMediaPlayer::PlayingState;
-    // Later: the host may be changing the source, and go on playing. That is not a pause.
-    if (!isPlaying() && media.state() == QMediaPlayer::StoppedState)
-        QMetaObject::invokeMethod(
-            q, [this] { tellRate(); }, Qt::QueuedConnection);
-    else
-        tellRate();
-}
-
-/// Emits rateChanged() also when only the item changed: adapters report the item's start on it.
-void QtAVPlayer::Private::tellRate()
-{
-    const auto now = isPlaying() ? static_cast<float>(media.pace()) : 0.0F;
-    const auto item = q->currentItem();
-    const bool isAnotherItem = now != 0 && playedItem.lock() != item;
-    if (now != 0)
-        playedItem = item;
-    if (rate.exchange(now) != now || isAnotherItem)
-        Q_EMIT q->rateChanged();
-}
-
-/// Sets the player's own status first: adapters read it when the item's status changes.
-void QtAVPlayer::Private::updateStatus()
-{
-    const auto item = q->currentItem();
-    if (!item)
-        return;
-    switch (media.medium()) {
-    case MediaPlayback::Medium::None:
-    case MediaPlayback::Medium::Stalled:
-        break;
-    case MediaPlayback::Medium::Broken:
-        status = AVPlayerStatus::Failed;
-        item->setStatus(AVPlayerItemStatus::Failed);
-        break;
-    case MediaPlayback::Medium::Ended:
-        if (item->status() == AVPlayerItemStatus::ReadyToPlay) {
-            itemDidEnd(item.get());
-            break;
-        }
-        [[fallthrough]]; // It ended before this player was created.
-    case MediaPlayback::Medium::Loaded:
-    case MediaPlayback::Medium::Buffered:
-        updateDuration();
-        status = AVPlayerStatus::ReadyToPlay;
-        item->setStatus(AVPlayerItemStatus::ReadyToPlay);
-        break;
-    }
-}
-
-/// When stopped at the end, Qt's FFmpeg backend may report the end twice.
-void QtAVPlayer::Private::itemDidEnd(AVPlayerItem *item)
-{
-    if (std::exchange(hasPlayed, false)) {
-        NotificationCenter::defaultCenter().post(
-            {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(item), {}});
-    }
-}
-
-void QtAVPlayer::Private::updateDuration()
-{
-    if (const auto item = q->currentItem())
-        item->setDuration(media.duration());
-}
-
-void QtAVPlayer::Private::updatePosition()
-{
-    currentTime = media.position();
-    updateRate(); // Some backends do not report a change of pace.
 }
 
 } // namespace zelvano

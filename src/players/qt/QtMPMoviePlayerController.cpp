@@ -52,61 +52,174 @@ struct QtMPMoviePlayerController::Private
     std::atomic<double> duration = 0;
     std::atomic<double> currentTime = 0;
 
-    Private(QtMPMoviePlayerController *owner, QMediaPlayer *player, QQuickItem *videoOutput);
+    Private(QtMPMoviePlayerController *owner, QMediaPlayer *player, QQuickItem *videoOutput)
+        : q(owner), media(player), view(videoOutput), currentTime(media.position())
+    {
+        connect(&view, &VideoView::frameChanged, q, &Player::frameChanged);
+        connect(&media, &MediaPlayback::stateChanged, q, [this] { updatePlaybackState(); });
+        connect(&media, &MediaPlayback::mediumChanged, q, [this] { mediumDidChange(); });
+        connect(&media, &MediaPlayback::durationChanged, q, [this] { updateDuration(); });
+        connect(&media, &MediaPlayback::positionChanged, q, [this] { positionDidChange(); });
+        connect(&media, &MediaPlayback::jumped, q, [this](double step) { positionDidJump(step); });
+        connect(&media, &MediaPlayback::sourceChanged, q, [this] { sourceDidChange(); });
+        setUpFullscreen();
+
+        q->setCurrentContentURL(media.source());
+        // Later: an adapter that gets this player now must see it become ready, also when the source is loaded already.
+        later(&Private::mediumDidChange);
+        later(&Private::updatePlaybackState);
+    }
+
     ~Private() { disconnect(windowConnection); }
 
-    void setUpFullscreen();
-
-    void sourceDidChange();
-    void mediumDidChange();
-    void positionDidChange();
-    void updateDuration();
-    void updatePlaybackState();
-    void setPlaybackState(MPMoviePlaybackState state);
-    void setLoadState(MPMovieLoadStates state);
-    void positionDidJump(double step);
-    void finish();
-    void finishStopped();
+    void later(void (Private::*task)())
+    {
+        QMetaObject::invokeMethod(
+            q, [this, task] { (this->*task)(); }, Qt::QueuedConnection);
+    }
 
     QQuickWindow *window() const { return view.item() ? view.item()->window() : nullptr; }
-    void followWindow();
-    void updateFullscreen();
-};
 
-QtMPMoviePlayerController::Private::Private(QtMPMoviePlayerController *owner, QMediaPlayer *player,
-                                            QQuickItem *videoOutput)
-    : q(owner), media(player), view(videoOutput), currentTime(media.position())
-{
-    connect(&view, &VideoView::frameChanged, q, &Player::frameChanged);
-    connect(&media, &MediaPlayback::stateChanged, q, [this] { updatePlaybackState(); });
-    connect(&media, &MediaPlayback::mediumChanged, q, [this] { mediumDidChange(); });
-    connect(&media, &MediaPlayback::durationChanged, q, [this] { updateDuration(); });
-    connect(&media, &MediaPlayback::positionChanged, q, [this] { positionDidChange(); });
-    connect(&media, &MediaPlayback::jumped, q, [this](double step) { positionDidJump(step); });
-    connect(&media, &MediaPlayback::sourceChanged, q, [this] { sourceDidChange(); });
-    setUpFullscreen();
-
-    q->setCurrentContentURL(media.source());
-    // Later: an adapter that gets this player now must see it become ready, also when the source is loaded already.
-    QMetaObject::invokeMethod(
-        q, [this] { mediumDidChange(); }, Qt::QueuedConnection);
-    QMetaObject::invokeMethod(
-        q, [this] { updatePlaybackState(); }, Qt::QueuedConnection);
-}
-
-void QtMPMoviePlayerController::Private::setUpFullscreen()
-{
-    exitDelay.setSingleShot(true);
-    connect(&exitDelay, &QTimer::timeout, q, [this] { q->tellExitingFullscreen(); });
-    connect(&view, &VideoView::frameChanged, &exitDelay, [this] {
-        if (exitDelay.isActive())
-            exitDelay.start(0ms);
-    });
-    if (view.item()) {
-        connect(view.item(), &QQuickItem::windowChanged, q, [this] { followWindow(); });
-        followWindow();
+    void setUpFullscreen()
+    {
+        exitDelay.setSingleShot(true);
+        connect(&exitDelay, &QTimer::timeout, q, [this] { q->tellExitingFullscreen(); });
+        connect(&view, &VideoView::frameChanged, &exitDelay, [this] {
+            if (exitDelay.isActive())
+                exitDelay.start(0ms);
+        });
+        if (view.item()) {
+            connect(view.item(), &QQuickItem::windowChanged, q, [this] { followWindow(); });
+            followWindow();
+        }
     }
-}
+
+    void sourceDidChange()
+    {
+        finish();
+        loadState = MPMovieLoadStates();
+        q->setCurrentContentURL(media.source());
+        updateDuration();
+        updatePlaybackState();
+        mediumDidChange();
+    }
+
+    void updatePlaybackState() { setPlaybackState(stateOf(media.state())); }
+
+    void setPlaybackState(MPMoviePlaybackState state)
+    {
+        if (playbackState.exchange(state) == state)
+            return;
+        isUnfinished = isUnfinished || state == MPMoviePlaybackState::Playing;
+        q->tellPlaybackState();
+        // Later: a QMediaPlayer stops before it reports the end, and adapters compare position and end.
+        if (state == MPMoviePlaybackState::Stopped)
+            later(&Private::finishStopped);
+    }
+
+    void finishStopped()
+    {
+        if (playbackState == MPMoviePlaybackState::Stopped)
+            finish();
+    }
+
+    /// A QMediaPlayer seeks at once, so the seeking state lasts until the event loop runs.
+    void positionDidJump(double step)
+    {
+        setPlaybackState(step > 0 ? MPMoviePlaybackState::SeekingForward : MPMoviePlaybackState::SeekingBackward);
+        later(&Private::updatePlaybackState);
+    }
+
+    void finish()
+    {
+        if (std::exchange(isUnfinished, false))
+            q->tellFinish(MPMovieFinishReason::PlaybackEnded);
+    }
+
+    void mediumDidChange()
+    {
+        if (media.source() != q->contentURL())
+            return; // The source is being changed; another report follows.
+        const auto becomePlayable = [this] {
+            updateDuration();
+            if (loadState == MPMovieLoadStates()) // Otherwise it was playable before, and a stop does not reload it.
+                setLoadState(MPMovieLoadState::Playable);
+        };
+        switch (media.medium()) {
+        case MediaPlayback::Medium::None:
+            setLoadState({});
+            break;
+        case MediaPlayback::Medium::Loaded:
+            becomePlayable();
+            break;
+        case MediaPlayback::Medium::Buffered:
+            becomePlayable();
+            setLoadState(MPMovieLoadState::Playable | MPMovieLoadState::PlaythroughOK);
+            break;
+        case MediaPlayback::Medium::Stalled:
+            setLoadState(MPMovieLoadState::Stalled);
+            break;
+        case MediaPlayback::Medium::Ended:
+            becomePlayable();
+            // A QMediaPlayer stops a little before the end.
+            currentTime = std::max(currentTime.load(), duration.load());
+            updatePlaybackState();
+            finish();
+            break;
+        case MediaPlayback::Medium::Broken:
+            setLoadState({});
+            q->tellFinish(MPMovieFinishReason::PlaybackError);
+            break;
+        }
+    }
+
+    void setLoadState(MPMovieLoadStates state)
+    {
+        if (loadState.exchange(state) == state)
+            return;
+        const bool playsByItself = shouldAutoplay && state == MPMovieLoadState::Playable;
+        q->tellLoadState();
+        if (playsByItself)
+            media.play();
+    }
+
+    void updateDuration()
+    {
+        const double seconds = media.duration();
+        duration = std::isnan(seconds) ? 0 : seconds;
+    }
+
+    /// A stop moves a QMediaPlayer to the beginning; the position reached stays current here.
+    void positionDidChange()
+    {
+        if (media.state() != QMediaPlayer::StoppedState)
+            currentTime = media.position();
+    }
+
+    void followWindow()
+    {
+        disconnect(windowConnection);
+        if (!window())
+            return;
+        isFullscreen = window()->visibility() == QWindow::FullScreen;
+        windowConnection = connect(window(), &QWindow::visibilityChanged, q, [this] { updateFullscreen(); });
+    }
+
+    /// Posts the exit once the view has its new place, so that an overlay gets the right size.
+    void updateFullscreen()
+    {
+        const bool fullscreen = window() && window()->visibility() == QWindow::FullScreen;
+        if (std::exchange(isFullscreen, fullscreen) == fullscreen)
+            return;
+        if (fullscreen) {
+            exitDelay.stop();
+            q->tellEnteringFullscreen();
+        } else {
+            exitDelay.start(longestExit);
+        }
+        Q_EMIT q->fullscreenChanged();
+    }
+};
 
 QtMPMoviePlayerController::QtMPMoviePlayerController(QMediaPlayer *player, QQuickItem *videoOutput)
     : d(new Private(this, player, videoOutput))
@@ -215,112 +328,6 @@ void QtMPMoviePlayerController::loadContent(const QUrl &url)
     d->mediumDidChange();
 }
 
-void QtMPMoviePlayerController::Private::sourceDidChange()
-{
-    finish();
-    loadState = MPMovieLoadStates();
-    q->setCurrentContentURL(media.source());
-    updateDuration();
-    updatePlaybackState();
-    mediumDidChange();
-}
-
-void QtMPMoviePlayerController::Private::updatePlaybackState()
-{
-    setPlaybackState(stateOf(media.state()));
-}
-
-void QtMPMoviePlayerController::Private::setPlaybackState(MPMoviePlaybackState state)
-{
-    if (playbackState.exchange(state) == state)
-        return;
-    isUnfinished = isUnfinished || state == MPMoviePlaybackState::Playing;
-    q->tellPlaybackState();
-    // Later: a QMediaPlayer stops before it reports the end, and adapters compare position and end.
-    if (state == MPMoviePlaybackState::Stopped)
-        QMetaObject::invokeMethod(
-            q, [this] { finishStopped(); }, Qt::QueuedConnection);
-}
-
-void QtMPMoviePlayerController::Private::finishStopped()
-{
-    if (playbackState == MPMoviePlaybackState::Stopped)
-        finish();
-}
-
-/// A QMediaPlayer seeks at once, so the seeking state lasts until the event loop runs.
-void QtMPMoviePlayerController::Private::positionDidJump(double step)
-{
-    setPlaybackState(step > 0 ? MPMoviePlaybackState::SeekingForward : MPMoviePlaybackState::SeekingBackward);
-    QMetaObject::invokeMethod(
-        q, [this] { updatePlaybackState(); }, Qt::QueuedConnection);
-}
-
-void QtMPMoviePlayerController::Private::finish()
-{
-    if (std::exchange(isUnfinished, false))
-        q->tellFinish(MPMovieFinishReason::PlaybackEnded);
-}
-
-void QtMPMoviePlayerController::Private::mediumDidChange()
-{
-    if (media.source() != q->contentURL())
-        return; // The source is being changed; another report follows.
-    const auto becomePlayable = [this] {
-        updateDuration();
-        if (loadState == MPMovieLoadStates()) // Otherwise it was playable before, and a stop does not reload it.
-            setLoadState(MPMovieLoadState::Playable);
-    };
-    switch (media.medium()) {
-    case MediaPlayback::Medium::None:
-        setLoadState({});
-        break;
-    case MediaPlayback::Medium::Loaded:
-        becomePlayable();
-        break;
-    case MediaPlayback::Medium::Buffered:
-        becomePlayable();
-        setLoadState(MPMovieLoadState::Playable | MPMovieLoadState::PlaythroughOK);
-        break;
-    case MediaPlayback::Medium::Stalled:
-        setLoadState(MPMovieLoadState::Stalled);
-        break;
-    case MediaPlayback::Medium::Ended:
-        becomePlayable();
-        currentTime = std::max(currentTime.load(), duration.load()); // A QMediaPlayer stops a little before the end.
-        updatePlaybackState();
-        finish();
-        break;
-    case MediaPlayback::Medium::Broken:
-        setLoadState({});
-        q->tellFinish(MPMovieFinishReason::PlaybackError);
-        break;
-    }
-}
-
-void QtMPMoviePlayerController::Private::setLoadState(MPMovieLoadStates state)
-{
-    if (loadState.exchange(state) == state)
-        return;
-    const bool playsByItself = shouldAutoplay && state == MPMovieLoadState::Playable;
-    q->tellLoadState();
-    if (playsByItself)
-        media.play();
-}
-
-void QtMPMoviePlayerController::Private::updateDuration()
-{
-    const double seconds = media.duration();
-    duration = std::isnan(seconds) ? 0 : seconds;
-}
-
-/// A stop moves a QMediaPlayer to the beginning; the position reached stays current here.
-void QtMPMoviePlayerController::Private::positionDidChange()
-{
-    if (media.state() != QMediaPlayer::StoppedState)
-        currentTime = media.position();
-}
-
 // Full screen
 
 bool QtMPMoviePlayerController::isFullscreen() const
@@ -333,30 +340,6 @@ void QtMPMoviePlayerController::setFullscreen(bool fullscreen)
     auto *const window = d->window();
     if (window && fullscreen != d->isFullscreen)
         window->setWindowStates(window->windowStates().setFlag(Qt::WindowFullScreen, fullscreen));
-}
-
-void QtMPMoviePlayerController::Private::followWindow()
-{
-    disconnect(windowConnection);
-    if (!window())
-        return;
-    isFullscreen = window()->visibility() == QWindow::FullScreen;
-    windowConnection = connect(window(), &QWindow::visibilityChanged, q, [this] { updateFullscreen(); });
-}
-
-/// Posts the exit once the view has its new place, so that an overlay gets the right size.
-void QtMPMoviePlayerController::Private::updateFullscreen()
-{
-    const bool fullscreen = window() && window()->visibility() == QWindow::FullScreen;
-    if (std::exchange(isFullscreen, fullscreen) == fullscreen)
-        return;
-    if (fullscreen) {
-        exitDelay.stop();
-        q->tellEnteringFullscreen();
-    } else {
-        exitDelay.start(longestExit);
-    }
-    Q_EMIT q->fullscreenChanged();
 }
 
 } // namespace zelvano
