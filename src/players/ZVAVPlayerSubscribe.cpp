@@ -33,25 +33,6 @@ QString fixedText(double number)
 
 } // namespace
 
-/// Removes its time observer at the end of its life.
-struct ZVAVPlayerSubscribe::TimeObservation
-{
-    std::weak_ptr<AVPlayer> player;
-    std::shared_ptr<AVPlayer::TimeObserverToken> token;
-
-    TimeObservation(const std::shared_ptr<AVPlayer> &watched, AVPlayer::TimeObserver observer)
-        : player(watched), token(watched->addPeriodicTimeObserver(tickInterval, std::move(observer)))
-    {
-    }
-    TimeObservation(TimeObservation &&) = default;
-    TimeObservation &operator=(TimeObservation &&) = default;
-    ~TimeObservation()
-    {
-        if (const auto observed = player.lock())
-            observed->removeTimeObserver(token);
-    }
-};
-
 struct ZVAVPlayerSubscribe::StatusObservation
 {
     std::weak_ptr<AVPlayerItem> item;
@@ -105,7 +86,12 @@ void ZVAVPlayerSubscribe::attachTimeObserver()
 {
     m_currentPosition = 0;
     if (const auto watched = player()) {
-        m_timeObservers.emplace_back(watched, weakly(&ZVAVPlayerSubscribe::positionDidReach));
+        const auto token =
+            watched->addPeriodicTimeObserver(tickInterval, weakly(&ZVAVPlayerSubscribe::positionDidReach));
+        m_timeObservers.emplace_back(nullptr, [player = std::weak_ptr(watched), token](void *) {
+            if (const auto observed = player.lock())
+                observed->removeTimeObserver(token);
+        });
         m_hasPlayerObserver = true;
     }
 }

@@ -45,7 +45,6 @@ public:
 
 private:
     enum class PlayerState { Normal = 0, Seeking = 1, Ended = 3 };
-    struct TimeObservation;
     struct StatusObservation;
 
     explicit ZVAVPlayerSubscribe(const std::shared_ptr<QObject> &player);
@@ -72,9 +71,9 @@ private:
     Observation m_frame;
     Observation m_itemChange;
     std::vector<StatusObservation> m_statuses;
-    /// Only the last one is ever replaced or removed. Those before it go on ticking: with two of them a jump settles,
-    /// and its seek is reported, at once. Intended.
-    std::vector<TimeObservation> m_timeObservers;
+    /// Each removes its time observer when it ends. Only the last one is ever replaced or removed. Those before it go
+    /// on ticking: with two of them a jump settles, and its seek is reported, at once. Intended.
+    std::vector<std::shared_ptr<void>> m_timeObservers;
     bool m_hasPlayerObserver = false; ///< The last one is not removed yet.
 
     std::atomic<double> m_currentPosition = 0;

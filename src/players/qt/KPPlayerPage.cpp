@@ -84,9 +84,9 @@ void KPPlayerPage::eventDidFire(const QString &event, const QVariant &params)
 {
     later(this, [this, event, value = plain(params)] {
         const auto listeners = m_listeners; // A handler may add another, and end the player.
-        for (const auto &listener : listeners) {
-            if (listener.event == event)
-                listener.handler(value);
+        for (const auto &[awaited, handler] : listeners) {
+            if (awaited == event)
+                handler(value);
         }
     });
 }

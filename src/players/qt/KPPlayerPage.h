@@ -11,6 +11,7 @@
 
 #include <limits>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace zelvano {
@@ -41,7 +42,7 @@ public:
     /// Calls a function of the page's player. Does nothing until the page has loaded.
     void call(const QString &function, const QVariantList &arguments = {});
     void evaluate(const QString &expression, const KPHandler &handler);
-    void addListener(const QString &event, const KPHandler &handler) { m_listeners.push_back({event, handler}); }
+    void addListener(const QString &event, const KPHandler &handler) { m_listeners.emplace_back(event, handler); }
 
     // The interface resource calls these for the page. They act later and in order: a host may end the player, and with
     // it the page, inside any report.
@@ -58,17 +59,11 @@ Q_SIGNALS:
     void playbackStateChanged(int state);
 
 private:
-    struct Listener
-    {
-        QString event;
-        KPHandler handler;
-    };
-
     void setMedia(const QVariantMap &media);
 
     std::unique_ptr<InterfaceResource> m_content;
     std::unique_ptr<VideoView> m_view;
-    std::vector<Listener> m_listeners;
+    std::vector<std::pair<QString, KPHandler>> m_listeners; // By the event.
     QHash<int, KPHandler> m_evaluations;
     int m_lastEvaluation = 0;
     Media m_media;
