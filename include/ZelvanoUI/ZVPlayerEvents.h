@@ -36,7 +36,7 @@ public:
     std::shared_ptr<ZVKalturaSubscribe> kalturaEvents() const;
     void setKalturaEvents(const std::shared_ptr<ZVKalturaSubscribe> &subscriber);
 
-    /// The engine: the observer of every adapter to come. Held weakly.
+    /// The engine: the observer of every new adapter. Held weakly.
     std::shared_ptr<PlayerSubscription> delegate() const;
     void setDelegate(const std::weak_ptr<PlayerSubscription> &delegate);
 

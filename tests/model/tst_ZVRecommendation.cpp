@@ -93,7 +93,7 @@ private Q_SLOTS:
                 const auto list = recommendation->videoList();
                 const auto group = recommendation->videosForCategory(u"C%1"_s.arg(t)).value_or(ZVVideoList());
                 right += list.size() == count && group.size() == count / 10 ? 1 : 0;
-                for (int i = 0; i < count; ++i) // The services' order, whoever asks first.
+                for (int i = 0; i < count; ++i) // The service's order on every thread.
                     right -= list[std::size_t(i)]->url() == QUrl(u"http://v/%1"_s.arg(i)) ? 0 : 1;
             });
         }

@@ -85,7 +85,7 @@ private Q_SLOTS:
         row("next video", none, "next x:2, wait 0, ready", "progress, start, videoStart, play, (ready)");
         row("next video while playing", "play", "next x:2, wait 0, pause, play", "progress, start, videoStart, play");
         row("next video after closing", "ready, frame", "next x:2, wait 0", none);
-        // Only the observer that was added last is taken away, and that once: one stays, and then there are two again.
+        // The last observer is removed, once. One stays, and then there are two again.
         row("two next videos", "ready, next x:2, next x:3, wait 0, tick 1.5, ready", "tick 30", "seek");
 
         constexpr auto gone = "wait 500, play, tick 30, tick 30, frame, end, click x:2, item x:3, ready, wait 1000";
@@ -125,7 +125,7 @@ private Q_SLOTS:
     void statusesThatAreOnlyLogged()
     {
         const LogCollector log;
-        m_player->setStatus(AVPlayerStatus::Failed); // The item says ready: the player's status is what is read.
+        m_player->setStatus(AVPlayerStatus::Failed); // The item is ready; the player's status is read.
         m_player->currentItem()->setStatus(AVPlayerItemStatus::ReadyToPlay);
         m_player->setStatus(AVPlayerStatus::Unknown);
         m_player->currentItem()->setStatus(AVPlayerItemStatus::Failed);

@@ -9,7 +9,7 @@ using namespace zelvano;
 
 namespace host {
 
-/// A host's own player that has the name and offers next to nothing.
+/// A host's own player with the right name and almost none of the operations.
 class KPViewController : public QObject
 {
     Q_OBJECT
@@ -40,7 +40,7 @@ public:
     }
 
 private Q_SLOTS:
-    /// Core alone has no controller that posts suggestions; after the first look at that, a type takes its place.
+    /// Core alone has no controller that posts suggestions. After this check a registered type stands in for it.
     void initTestCase()
     {
         begin();
@@ -105,7 +105,7 @@ private Q_SLOTS:
             object = notification.object.value<QObject *>();
         };
         NotificationCenter::defaultCenter().addObserver(this, PluginPlayNotification, note);
-        perform(u"load 1, load 1"_s); // A second listener, and all of them announce it.
+        perform(u"load 1, load 1"_s); // Two listeners, and both post the choice.
         QCOMPARE(m_player->listeners, QStringList(2, u"zelvanoPluginEvent zelvanoEvent"_s));
         const QVariantMap params{{u"index"_s, 3}};
         const auto handlers = m_player->handlers;
@@ -123,7 +123,7 @@ private Q_SLOTS:
     {
         const QVariantMap text{{ZelvanoDataKey, u"[1]"_s}};
         post(text);
-        for (const auto &other : {QVariant(), QVariant(u"no player"_s)}) // A turned device tells of none, too.
+        for (const auto &other : {QVariant(), QVariant(u"no player"_s)}) // Posted when the device is turned.
             post(text, other);
         QCOMPARE(m_player->notifications, QStringList()); // Later, on the main queue.
         m_adapter->dismissSubscriber();
@@ -153,7 +153,7 @@ private Q_SLOTS:
         QCOMPARE(m_adapter->videoId(), u"entry-1"_s);
         QCOMPARE(m_adapter->duration().value_or(0), 60.0);
         QVERIFY(m_adapter->parentView() == m_player->view() && m_adapter->videoSize() == QSizeF(320, 180));
-        m_player->time = 8; // Another thread hears what was last heard on the main one.
+        m_player->time = 8; // Another thread gets the value last read on the main thread.
         double position = 0;
         std::thread([&] { position = m_adapter->currentPosition(); }).join();
         QCOMPARE(position, 7.0);

@@ -30,7 +30,7 @@ public:
             {u"leave"_s, [](auto &) { FakeMoviePlayer().tellExitingFullscreen(); }}, // Any player's counts.
             {u"frame"_s, [this](auto &) { Q_EMIT m_host->frameChanged(); }},
             {u"others"_s,
-             [](auto &) { // Another player's doings are none of this adapter's business.
+             [](auto &) { // Another player's reports are ignored.
                  FakeMoviePlayer other;
                  other.play();
                  other.load(1);
@@ -134,7 +134,7 @@ private Q_SLOTS:
         bool isInFront = true;
         Application::shared().setTransitionQuery([&] { return isInFront; });
         const QStringList shown{u"pause"_s, u"(view)"_s}, notShown{u"pause"_s};
-        for (const auto &expected : {shown, notShown, notShown}) { // The first pause shows them all the same.
+        for (const auto &expected : {shown, notShown, notShown}) { // The first pause ignores the transition.
             perform(u"pause, wait 100"_s);
             QCOMPARE(m_engine->take(), expected);
         }
@@ -150,7 +150,7 @@ private Q_SLOTS:
         QCOMPARE(m_player->states, (QList{State::Playing, State::Stopped, State::Playing}));
     }
 
-    /// It goes on after a dismissal and does not keep the adapter.
+    /// The readings go on after a dismissal, and do not keep the adapter alive.
     void positionChain()
     {
         perform(u"play, time 5, wait 500"_s);

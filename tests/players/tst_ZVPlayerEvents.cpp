@@ -18,7 +18,7 @@ class MyAVPlayer : public QObject
     Q_OBJECT
 };
 
-/// Classes of a host that have our names, and nothing else in common with ours.
+/// Classes of a host with the names of the library's players, and nothing else in common.
 class AVPlayer : public QObject
 {
     Q_OBJECT
@@ -75,7 +75,7 @@ private Q_SLOTS:
                        engine = std::make_shared<RecordingSubscription>();
             const auto before = std::make_shared<FakeSubscriber>();
             ZVPlayerEvents events(player);
-            QVERIFY(!events.currentSubscriber()); // The player given at its making is ignored.
+            QVERIFY(!events.currentSubscriber()); // The constructor ignores the player.
             events.setDelegate(former);
             events.setCurrentSubscriber(before);
             events.setPlayer(nullptr);
@@ -90,7 +90,7 @@ private Q_SLOTS:
             QCOMPARE(adapter != nullptr, kind == Kind::AV);
             QCOMPARE(movieAdapter != nullptr, kind == Kind::Movie);
             QCOMPARE(std::dynamic_pointer_cast<ZVKalturaSubscribe>(subscriber) != nullptr, kind == Kind::Kaltura);
-            QCOMPARE(subscriber->observer(), engine); // The one that stayed is given its receiver again.
+            QCOMPARE(subscriber->observer(), engine); // Also an adapter that stayed gets the new delegate.
             QCOMPARE(before->dismissals, 0);
             QVERIFY(!events.player() && !events.kalturaEvents());
             QCOMPARE((adapter && adapter->player()) || (movieAdapter && movieAdapter->player()), isOurs);

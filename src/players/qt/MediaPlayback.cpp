@@ -52,7 +52,7 @@ void MediaPlayback::load(const QUrl &source)
     m_lastPosition = 0;
 }
 
-/// Qt's FFmpeg backend sometimes stops for good when play() comes while it loads.
+/// Qt's FFmpeg backend sometimes stops for good when play() is called while it loads.
 void MediaPlayback::play()
 {
     if (!m_player)

@@ -15,7 +15,7 @@ using Kind = sandbox::Fault::Kind;
 
 namespace {
 
-/// What a fetch came to. The completion holds the promise: it is broken when the completion is dropped without a call.
+/// The result of a fetch. The completion owns the promise, which breaks when the completion is dropped without a call.
 struct Result
 {
     QImage image;
@@ -33,7 +33,7 @@ std::future<Result> fetch(const QUrl &url)
     return future;
 }
 
-/// Nothing when the completion was dropped. Fails where neither happens.
+/// std::nullopt when the completion was dropped. Fails if neither happens.
 std::optional<Result> resultOf(std::future<Result> future)
 {
     if (future.wait_for(20s) != std::future_status::ready)
@@ -121,7 +121,7 @@ private Q_SLOTS:
     {
         const auto url = m_sandbox.url(u"/thumbnails/1.jpg"_s);
         const auto before = m_sandbox.hits(url.path());
-        fault(url.path(), {Kind::HttpStatus, 404}); // Whatever that says.
+        fault(url.path(), {Kind::HttpStatus, 404}); // The body is an image all the same.
         const auto first = resultOf(fetch(url));
         auto again = fetch(url);
         QCOMPARE(again.wait_for(0s), std::future_status::ready);
@@ -148,7 +148,7 @@ private Q_SLOTS:
         QCOMPARE(ZVImagesFetcher::cachedImages().size(), 1);
     }
 
-    /// While one completion takes its time, look-ups go on everywhere, and no other download's completion begins.
+    /// While one completion runs, look-ups go on, and no completion of another download begins.
     void completionsRunUnderTheLock()
     {
         const auto url = m_sandbox.url(u"/thumbnails/7.jpg"_s);

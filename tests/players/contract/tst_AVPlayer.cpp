@@ -26,14 +26,14 @@ private Q_SLOTS:
         m_player->addPeriodicTimeObserver(200ms, note(u"a"_s));
         QCOMPARE(advance(1s), QStringList());
         m_player->jumpTo(7);
-        QCOMPARE(advance(0ms), QStringList{u"a 7@1000"_s}); // At once, also while nothing plays.
+        QCOMPARE(advance(0ms), QStringList{u"a 7@1000"_s}); // At once, also while it does not play.
 
         m_player->play();
         QCOMPARE(advance(199ms), QStringList());
         QCOMPARE(advance(201ms), QStringList({u"a 7@1200"_s, u"a 7@1400"_s}));
         const auto token = m_player->addPeriodicTimeObserver(100ms, note(u"b"_s)); // Another one, while it plays.
         QCOMPARE(advance(200ms), QStringList({u"b 7@1500"_s, u"a 7@1600"_s, u"b 7@1600"_s}));
-        m_player->setRate(2); // The interval starts anew, and there is still one tick for each.
+        m_player->setRate(2); // The interval restarts, with one tick for each.
         m_player->removeTimeObserver(token);
         m_player->removeTimeObserver(token);
         m_player->jumpTo(30);
@@ -59,12 +59,12 @@ private Q_SLOTS:
         });
         replace(u"x:1"_s);
         player.replaceCurrentItemWithPlayerItem(nullptr);
-        replace(u"x:refused"_s); // Never loaded: it is no more the current one by then.
+        replace(u"x:refused"_s); // Never loaded: another item is current by then.
         QCOMPARE(player.steps.join(u", "_s), u"current x:1, load x:1, current , load , current x:refused, "
                                              "current x:instead, load x:instead"_s);
     }
 
-    /// Itself and the one behind it, or the player.
+    /// An observer removes itself and the next one, or ends the player.
     void observerEndsObservers()
     {
         for (const bool byJump : {false, true}) {

@@ -109,7 +109,7 @@ private Q_SLOTS:
         QCOMPARE(adapter->videoId(), u"sandbox-3"_s);
     }
 
-    /// A page that is no player, or tells nonsense: nothing is reported, and the calls on it lead nowhere.
+    /// A page without a player, or with malformed reports: nothing is reported, and calls to it do nothing.
     void hostilePage()
     {
         const QStringList scripts{
@@ -138,7 +138,7 @@ private Q_SLOTS:
         }
     }
 
-    /// A host may drop the player from inside anything that it is told.
+    /// A host may drop the player inside every report.
     void endsInsideWhatItTells()
     {
         for (const auto &when : {u"(page)"_s, u"(ready)"_s, u"media"_s, u"choice"_s}) {

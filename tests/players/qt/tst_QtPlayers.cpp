@@ -16,8 +16,8 @@ using namespace zelvano;
 
 namespace {
 
-/// A host's media player, with somewhere to put the pictures: without that it would not decode them. Over it both
-/// kinds of the library's player, and all that they tell, in order.
+/// A host's media player with a video sink, without which it decodes nothing. Both kinds of the library's player over
+/// it, and all their reports in order.
 struct Players
 {
     explicit Players(bool attached = true)
@@ -32,7 +32,7 @@ struct Players
             movieTold.append(u"state %1"_s.arg(static_cast<int>(movie->playbackState())));
         });
         center.addObserver(this, MPMoviePlayerLoadStateDidChangeNotification, [this](const Notification &) {
-            if (movie->loadState() == MPMovieLoadState::Playable) // What else there is depends on the buffer.
+            if (movie->loadState() == MPMovieLoadState::Playable) // Other states depend on the buffer.
                 movieTold.append(u"playable"_s);
         });
         center.addObserver(this, MPMoviePlayerPlaybackDidFinishNotification, [this](const Notification &notification) {
@@ -54,7 +54,7 @@ struct Players
     {
         av = QtAVPlayer::create(media.get(), nullptr);
         movie = QtMPMoviePlayerController::create(media.get(), nullptr);
-        // Far apart, so that it is the jumps that are told.
+        // A long interval, so that only jumps call it.
         av->addPeriodicTimeObserver(1h, [this](double to) { avTold.append(u"jump %1"_s.arg(qRound(to))); });
         const auto watchItem = [this] {
             if (const auto *item = av->currentItem().get())
@@ -153,10 +153,10 @@ private Q_SLOTS:
         Players players(false);
         players.media->setSource(first);
         QVERIFY(waitUntil([&] { return players.media->mediaStatus() == QMediaPlayer::LoadedMedia; }));
-        players.media->play(); // Told so before, the backend may stand still for good.
+        players.media->play(); // Earlier, the backend might stop for good.
         QVERIFY(waitUntil([&] { return players.media->position() > 300; }));
         players.attach();
-        QCOMPARE(players.avTold + players.movieTold, QStringList()); // Its observers come after it.
+        QCOMPARE(players.avTold + players.movieTold, QStringList()); // The observers were added after the player.
         for (const auto &what : {u"ready"_s, u"rate 1"_s, u"playable"_s, u"state 1"_s})
             QVERIFY(players.tells(what));
     }
@@ -197,9 +197,9 @@ private Q_SLOTS:
         QVERIFY(!players.movieTold.contains(u"playable"_s));
         QCOMPARE(players.av->currentItem()->status(), AVPlayerItemStatus::ReadyToPlay);
         players.forget();
-        players.attach(); // Who comes now hears nothing of an end that is past.
+        players.attach(); // A new player does not report an earlier end.
         QVERIFY(players.tells(u"ready"_s) && players.tells(u"playable"_s));
-        players.movie->stop(); // Qt's FFmpeg backend may say once more that this is the end.
+        players.movie->stop(); // Qt's FFmpeg backend may report the end again.
         QTest::qWait(0);
         QVERIFY(!players.avTold.contains(u"end"_s) && players.movieTold.filter(u"finish"_s).isEmpty());
     }
@@ -215,25 +215,26 @@ private Q_SLOTS:
             QVERIFY(players.tells(u"jump 6"_s));
             players.forget();
             const auto item = AVPlayerItem::create(AVURLAsset(second));
-            connect(players.av.get(), &AVPlayer::currentItemChanged, &players.sink,
-                    [&] { QCOMPARE(players.media->source(), first); }); // Told before it loads: it can be observed.
+            connect(players.av.get(), &AVPlayer::currentItemChanged, &players.sink, [&] {
+                QCOMPARE(players.media->source(), first);
+            }); // Reported before it loads, so that it can be observed.
             players.av->replaceCurrentItemWithPlayerItem(item);
             QCOMPARE(players.media->source(), second);
             QVERIFY(players.av->currentTime() < 1);
-            // It plays once it is loaded: told so before, the backend may stand still for good.
+            // It plays once it is loaded. Earlier, the backend might stop for good.
             QVERIFY(players.media->mediaStatus() != QMediaPlayer::LoadingMedia ||
                     players.media->playbackState() == QMediaPlayer::StoppedState);
             QVERIFY(players.tells(u"ready"_s));
             if (playing)
                 QVERIFY(players.plays(0.3) && players.av->currentTime() < 3);
-            // The rate lasts across the change, and is told for the new item.
+            // The rate is kept, and reported for the new item.
             QCOMPARE(players.avTold.join(u", "_s), playing ? u"item, rate 1, ready"_s : u"item, ready"_s);
             QCOMPARE(players.av->rate() != 0, playing);
             QCOMPARE(players.av->currentItem(), item);
         }
     }
 
-    /// Be it the same; by the movie player's owner, or by the media player's.
+    /// The same source too, set on the movie player or on the media player.
     void anotherMovie()
     {
         for (const auto &[next, byHost] : {std::pair(second, false), {first, false}, {second, true}}) {
@@ -257,9 +258,9 @@ private Q_SLOTS:
             QCOMPARE(contents.size(), 1);
             QCOMPARE(players.media->source(), next);
             QCOMPARE(players.movieTold, anotherMovieTold);
-            players.avTold.removeAll(u"rate 0"_s); // Before the item or behind it, as the backend likes.
+            players.avTold.removeAll(u"rate 0"_s); // Before or after the item, depending on the backend.
             players.avTold.sort();
-            players.avTold.removeDuplicates(); // The same again is no item for a moment.
+            players.avTold.removeDuplicates(); // Reloading the same source has no item for a moment.
             QCOMPARE(players.avTold.join(u", "_s), u"item, rate 1, ready"_s);
             players.media->setSource(QUrl());
             QVERIFY(!players.av->currentItem() && players.movie->contentURL().isEmpty());
@@ -319,7 +320,7 @@ private Q_SLOTS:
         QCOMPARE(QtMPMoviePlayerViewController::create(nullptr, nullptr)->view(), nullptr);
     }
 
-    /// Told on the way in at once, and on the way out once the view has its new place.
+    /// Entering is reported at once, leaving once the view has its new place.
     void fullscreen()
     {
         HostWindow window;
@@ -335,7 +336,7 @@ private Q_SLOTS:
         player->setFullscreen(true);
         QVERIFY(waitUntil([&] { return player->isFullscreen(); }));
         QCoreApplication::processEvents();       // The window system confirms it.
-        window.setVisibility(QWindow::Windowed); // Whoever takes it back.
+        window.setVisibility(QWindow::Windowed); // By anyone, not only by the player.
         QCOMPARE(told.size(), 1);
         window.below.setWidth(321);
         QVERIFY(waitUntil([&] { return told.size() == 2; }));
@@ -350,7 +351,7 @@ private Q_SLOTS:
         const auto controller = QtAVPlayerViewController::create(nullptr, &screen);
         const QSignalSpy frames(controller.get(), &Player::frameChanged);
         const QSignalSpy framesOfPlayer(controller->player().get(), &Player::frameChanged);
-        screen.setSize({100, 50}); // Its first place is no change.
+        screen.setSize({100, 50}); // The first layout is not a change.
         QTest::qWait(0);
         screen.setPosition({10, 20});
         screen.setSize({300, 200});
