@@ -12,20 +12,20 @@
 
 namespace zelvano {
 
-/// Something that happened, for whoever listens.
+/// An event, as observers receive it.
 struct Notification
 {
     QString name;
-    /// Who or what it is about: a QObject pointer, or a value such as a QUrl. A pointer is valid while handlers run.
+    /// The sender: a QObject pointer, or a value such as a QUrl. A pointer is valid while the handlers run.
     QVariant object;
     QVariantMap userInfo;
 };
 
-/// Delivers notifications by name and sender, synchronously, in the order in which the observers came.
+/// Calls the observers of a notification synchronously, in the order in which they were added.
 ///
-/// An observer is known by a key, usually its address, which is never looked into. Handlers may post, add and remove:
-/// one that is removed is not called any more, one that is added hears of the next notification. Main thread; a
-/// notification posted from another thread is delivered on the main thread, later.
+/// Handlers may post, add and remove. A removed handler is not called again; an added one receives the next
+/// notification. Main thread. post() may be called on any thread: from another one it delivers later, on the main
+/// thread.
 class ZELVANOCORE_EXPORT NotificationCenter
 {
 public:
@@ -33,18 +33,16 @@ public:
 
     static NotificationCenter &defaultCenter();
 
-    /// An absent (invalid) sender stands for any. The same observer may be added several times and then hears as often.
+    /// The observer is a key, usually an address, and is never dereferenced. A null name matches every notification, an
+    /// invalid sender every sender. An observer added twice is called twice.
     void addObserver(const void *observer, const QString &name, Handler handler, const QVariant &sender = {});
-    /// From all notifications, or those of a name.
-    void removeObserver(const void *observer);
-    void removeObserver(const void *observer, const QString &name);
+    /// Removes the observer's handlers for this name; all of them when the name is null.
+    void removeObserver(const void *observer, const QString &name = {});
 
     void post(const Notification &notification);
 
 private:
     struct Entry;
-
-    template<class Predicate> void removeIf(Predicate predicate);
 
     std::vector<std::shared_ptr<Entry>> m_entries;
 };

@@ -13,11 +13,12 @@ struct NotificationCenter::Entry
     QString name;
     QVariant sender;
     Handler handler;
-    bool removed = false;
+    bool isRemoved = false;
 
-    bool hears(const Notification &notification) const
+    bool matches(const Notification &notification) const
     {
-        return !removed && name == notification.name && (!sender.isValid() || sender == notification.object);
+        return !isRemoved && (name.isNull() || name == notification.name) &&
+               (!sender.isValid() || sender == notification.object);
     }
 };
 
@@ -31,25 +32,17 @@ void NotificationCenter::addObserver(const void *observer, const QString &name, 
     m_entries.push_back(std::make_shared<Entry>(Entry{observer, name, sender, std::move(handler)}));
 }
 
-template<class Predicate> void NotificationCenter::removeIf(Predicate predicate)
-{
-    std::vector<std::shared_ptr<Entry>> removed; // Ends last: what a handler owns may come back in here as it goes.
-    std::erase_if(m_entries, [&](const auto &entry) {
-        entry->removed = entry->removed || predicate(*entry); // For a post() that is under way on a copy.
-        if (entry->removed)
-            removed.push_back(entry);
-        return entry->removed;
-    });
-}
-
-void NotificationCenter::removeObserver(const void *observer)
-{
-    removeIf([&](const Entry &entry) { return entry.observer == observer; });
-}
-
 void NotificationCenter::removeObserver(const void *observer, const QString &name)
 {
-    removeIf([&](const Entry &entry) { return entry.observer == observer && entry.name == name; });
+    std::vector<std::shared_ptr<Entry>> removed; // Destroyed last: a handler may own an object that calls the centre.
+    std::erase_if(m_entries, [&](const auto &entry) {
+        const bool isIts = entry->observer == observer && (name.isNull() || name == entry->name);
+        if (isIts) {
+            entry->isRemoved = true; // For a post() that iterates over a copy.
+            removed.push_back(entry);
+        }
+        return isIts;
+    });
 }
 
 void NotificationCenter::post(const Notification &notification)
@@ -60,7 +53,7 @@ void NotificationCenter::post(const Notification &notification)
     }
     const auto entries = m_entries;
     for (const auto &entry : entries) {
-        if (entry->hears(notification))
+        if (entry->matches(notification))
             entry->handler(notification);
     }
 }

@@ -18,7 +18,7 @@ namespace {
 bool ranForFirstApplication = false;
 } // namespace
 
-/// What the main thread runs later, and the notifications that it hears.
+/// The main queue and the notification centre.
 class tst_MainQueue : public QObject
 {
     Q_OBJECT
@@ -80,7 +80,7 @@ private Q_SLOTS:
         QCOMPARE(m_ran, expected);
     }
 
-    /// What a task owns goes with it, and may call the queue as it goes: after a run, and after a cancellation.
+    /// The destructor of an object that a task owns may call the queue: after a run, and after a cancellation.
     void ownedByATask()
     {
         MainQueueTestClock::start();
@@ -135,7 +135,7 @@ private Q_SLOTS:
         }
     }
 
-    /// Posted and delayed ones keep an order each.
+    /// Posted tasks keep their order, and so do delayed ones.
     void postsFromThreads()
     {
         constexpr int each = 1000;
@@ -177,9 +177,14 @@ private Q_SLOTS:
         });
         center.addObserver(&second, u"n"_s, hear(u"second"_s));
         center.addObserver(&third, u"n"_s, hear(u"third"_s));
+        center.addObserver(&third, {}, hear(u"any"_s)); // By every name, and removed by no single one.
+        center.removeObserver(&third, u"other"_s);
         for (const auto &name : {u"n"_s, u"other"_s})
             center.post({name, {}, {}});
-        const QStringList expected{u"first"_s, u"third"_s, u"added"_s, u"back in first"_s, u"third"_s, u"other"_s};
+        center.removeObserver(&third);
+        center.post({u"n"_s, {}, {}});
+        const QStringList expected{u"first"_s, u"third"_s, u"any"_s,   u"added"_s, u"back in first"_s,
+                                   u"third"_s, u"any"_s,   u"other"_s, u"any"_s,   u"added"_s};
         QCOMPARE(m_ran, expected);
     }
 
@@ -200,7 +205,7 @@ private Q_SLOTS:
         QCOMPARE(m_ran, QStringList{u"other"_s});
     }
 
-    /// The task of main() waited for the event loop of an application that never ran.
+    /// main() posted a task under an application whose event loop never ran.
     void secondApplication()
     {
         bool ran = false;
