@@ -4,13 +4,16 @@
 
 #include <QString>
 
+#include <memory>
+
 namespace zelvano {
 
-/// The small strings that the library keeps between runs of the host. Any thread.
+/// The strings that the library keeps between runs: the user's identity. Any thread.
 ///
-/// They stand in an INI file of the application's own configuration folder. A store that cannot be read counts as
-/// empty; one that cannot be written loses what is set and says so in the log once. Several processes may share it, and
-/// be killed at any moment: it holds the old value or the new one.
+/// They are kept in one small JSON file in the application's configuration folder. A file that cannot be read counts as
+/// empty. When it cannot be written, the value is lost and the log says so once. Each write replaces the whole file: a
+/// process that is killed leaves the old or the new one. Of two processes that write at the same moment the last one
+/// wins.
 class ZELVANOCORE_EXPORT UserDefaults
 {
 public:
@@ -18,17 +21,12 @@ public:
 
     /// Null when there is no such entry.
     QString stringForKey(const QString &key) const;
-    /// A null value removes the entry.
+    /// Writes the file to disk before it returns. A null value removes the entry.
     void setString(const QString &value, const QString &key);
-    /// Forces what was set to disk.
-    void synchronize();
 
-    /// Another file, for hosts that keep their settings elsewhere, and for tests. The file is to be the library's own.
-    /// A null path is the standard one.
+    /// Uses this file instead of "zelvano.json" in the configuration folder. It must be the library's own. A null path
+    /// restores the default.
     void setFilePath(const QString &path);
-
-    UserDefaults(const UserDefaults &) = delete;
-    UserDefaults &operator=(const UserDefaults &) = delete;
 
 private:
     template<class T> friend T &immortal();
@@ -36,7 +34,7 @@ private:
     ~UserDefaults() = delete;
 
     struct Private;
-    Private *const d;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace zelvano

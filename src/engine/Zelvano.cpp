@@ -218,14 +218,12 @@ void Zelvano::setUserId(const QString &userId)
 {
     d->locked([&] { d->rules.state.userId = userId; });
     UserDefaults::standard().setString(userId, ZVUserIdKey);
-    UserDefaults::standard().synchronize();
 }
 
 void Zelvano::setUserUUID(const QString &userUUID)
 {
     d->locked([&] { d->rules.state.userUUID = userUUID; });
     UserDefaults::standard().setString(userUUID, ZVUserUUIDKey);
-    UserDefaults::standard().synchronize();
 }
 
 ZVConfig &Zelvano::config() const

@@ -89,9 +89,7 @@ void Zelvano::Private::act(const Rules::StoreIdentity &identity)
 {
     auto &defaults = UserDefaults::standard();
     defaults.setString(identity.userId, ZVUserIdKey);
-    defaults.synchronize();
     defaults.setString(identity.userUUID, ZVUserUUIDKey);
-    defaults.synchronize();
 }
 
 void Zelvano::Private::act(const Rules::OpenChannel &request)

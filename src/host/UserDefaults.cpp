@@ -1,93 +1,67 @@
 #include <ZelvanoUI/UserDefaults.h>
 
 #include "Immortal.h"
+#include "JsonReading.h"
 #include "Logging.h"
 
-#include <QDeadlineTimer>
+#include <QDir>
 #include <QFileInfo>
+#include <QJsonDocument>
 #include <QMutex>
+#include <QSaveFile>
 #include <QSettings>
 #include <QStandardPaths>
-#include <QThread>
-
-#include <cerrno>
-#include <chrono>
-
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
 
 namespace zelvano {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-/// Keeps the library's other processes from writing the store. The system's own lock, which ends with its process: the
-/// lock file that QSettings uses outlives one that is killed, and holds the next writer up for half a minute when it
-/// was just being made, or when its process number is in use again.
-class StoreLock
-{
-public:
-    explicit StoreLock(const QString &file)
-        : m_folder(open(QFile::encodeName(QFileInfo(file).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
-    {
-        // Not for ever: whoever holds it may hang, and the host must not.
-        const QDeadlineTimer deadline(patience);
-        bool isHeld = false;
-        while (m_folder >= 0 && !isHeld && !deadline.hasExpired()) {
-            isHeld = flock(m_folder, LOCK_EX | LOCK_NB) == 0;
-            if (!isHeld && errno != EWOULDBLOCK && errno != EINTR)
-                return; // A file system without locks: QSettings' own has to do.
-            if (!isHeld)
-                QThread::msleep(1);
-        }
-        if (isHeld)
-            QFile::remove(file + ".lock"_L1); // Left behind: whoever made it would be in here.
-    }
-    ~StoreLock()
-    {
-        if (m_folder >= 0)
-            close(m_folder);
-    }
-    Q_DISABLE_COPY_MOVE(StoreLock)
-
-private:
-    static constexpr auto patience = std::chrono::milliseconds(500);
-
-    const int m_folder;
-};
-
-} // namespace
-
-/// Every access opens the store anew: a QSettings object belongs to one thread, while the file behind it, which
-/// Qt caches and locks, may be used from all.
 struct UserDefaults::Private
 {
     mutable QMutex mutex;
     QString path;
     bool failureLogged = false;
 
-    /// Asked for when it is needed, so that the host has named itself by then.
-    QString file() const
+    /// Looked up on each use: the host may set its application name late.
+    QString file(QLatin1StringView defaultName = "zelvano.json"_L1) const
     {
-        if (!path.isNull())
-            return path;
-        return QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) + "/zelvano.ini"_L1;
+        const QDir folder(QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation));
+        return path.isNull() ? folder.filePath(defaultName) : path;
     }
 
-    /// By the object that set the value: another one does not learn that the file could not be written.
-    void write(QSettings &store)
+    QJsonObject read() const
     {
-        store.sync();
-        if (store.status() == QSettings::NoError || failureLogged)
-            return;
-        failureLogged = true;
-        ZV_LOG("Error writing user defaults to " << store.fileName() << ", the identity lasts for this run only");
+        QFile json(file());
+        if (json.open(QIODevice::ReadOnly)) {
+            constexpr qint64 mostBytes = 1024 * 1024; // A path to a device may have no end.
+            const auto document = QJsonDocument::fromJson(json.read(mostBytes));
+            if (document.isObject())
+                return document.object();
+        }
+        return readIni();
+    }
+
+    /// Earlier versions wrote an INI file. The first write replaces it, so that an update keeps the user's identity.
+    QJsonObject readIni() const
+    {
+        const QSettings ini(file("zelvano.ini"_L1), QSettings::IniFormat);
+        QJsonObject entries;
+        for (const auto &key : ini.allKeys())
+            entries.insert(key, ini.value(key).toString());
+        return entries;
+    }
+
+    bool write(const QJsonObject &entries) const
+    {
+        QDir().mkpath(QFileInfo(file()).path());
+        QSaveFile target(file());
+        // commit() does not report a disk that is full; flush() does.
+        return target.open(QIODevice::WriteOnly) && target.write(QJsonDocument(entries).toJson()) > 0 &&
+               target.flush() && target.commit();
     }
 };
 
-UserDefaults::UserDefaults() : d(new Private) {}
+UserDefaults::UserDefaults() : d(std::make_unique<Private>()) {}
 
 UserDefaults &UserDefaults::standard()
 {
@@ -97,28 +71,20 @@ UserDefaults &UserDefaults::standard()
 QString UserDefaults::stringForKey(const QString &key) const
 {
     const QMutexLocker lock(&d->mutex);
-    const QSettings store(d->file(), QSettings::IniFormat);
-    const auto value = store.value(key);
-    return value.isValid() ? value.toString() : QString();
+    return json::stringValue(d->read().value(key));
 }
 
 void UserDefaults::setString(const QString &value, const QString &key)
 {
     const QMutexLocker lock(&d->mutex);
-    const StoreLock storeLock(d->file());
-    QSettings store(d->file(), QSettings::IniFormat);
+    auto entries = d->read();
     if (value.isNull())
-        store.remove(key);
+        entries.remove(key);
     else
-        store.setValue(key, value);
-    d->write(store);
-}
-
-void UserDefaults::synchronize()
-{
-    const QMutexLocker lock(&d->mutex);
-    QSettings store(d->file(), QSettings::IniFormat);
-    d->write(store);
+        entries.insert(key, value);
+    if (d->write(entries) || std::exchange(d->failureLogged, true))
+        return;
+    ZV_LOG("Error writing user defaults to " << d->file() << ", the identity lasts for this run only");
 }
 
 void UserDefaults::setFilePath(const QString &path)

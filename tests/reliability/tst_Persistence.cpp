@@ -5,18 +5,16 @@
 #include <ZelvanoUI/Zelvano.h>
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QRandomGenerator>
-#include <QRegularExpression>
+#include <QSettings>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <memory>
 
-#include <fcntl.h>
 #include <signal.h>
 #include <stdio.h>
-#include <sys/file.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -46,7 +44,6 @@ int writeNumbers(const QStringList &arguments)
     const int last = arguments.value(4).toInt();
     for (int i = 1; i <= last; ++i) {
         defaults.setString(valueOf(i), arguments.value(3));
-        defaults.synchronize();
         printf("%d\n", i);
         fflush(stdout);
     }
@@ -71,7 +68,6 @@ int useOnce(const QStringList &arguments)
     const int read = numberOf(defaults.stringForKey(ZVUserIdKey));
     for (int i = 0; i < 3; ++i) {
         defaults.setString(valueOf(8), ZVUserIdKey);
-        defaults.synchronize();
     }
     printf("%d %d\n", read, int(log.beginningWith(u"Error writing user defaults to "_s).size()));
     // The leak check at the end may not read a process that changed its user.
@@ -91,7 +87,7 @@ private Q_SLOTS:
         // In memory if possible, to exclude the disk's time.
         const auto parent = QFileInfo(u"/dev/shm"_s).isWritable() ? u"/dev/shm"_s : QDir::tempPath();
         m_folder = std::make_unique<QTemporaryDir>(parent + u"/tst_Persistence-XXXXXX"_s);
-        m_file = m_folder->filePath(u"store/defaults.ini"_s);
+        m_file = m_folder->filePath(u"store/defaults.json"_s);
         UserDefaults::standard().setFilePath(m_file);
         for (const auto key : {ZVUserIdKey, ZVUserUUIDKey})
             UserDefaults::standard().setString(valueOf(0), key);
@@ -127,29 +123,27 @@ private Q_SLOTS:
             QCOMPARE(stored(ZVUserUUIDKey), valueOf(0));
             newOnes += found != said;
         }
-        UserDefaults::standard().setString(valueOf(7), ZVUserIdKey); // Fails if a lock is left behind.
-        QCOMPARE(stored(ZVUserIdKey), valueOf(7));
         const auto left = QDir(QFileInfo(m_file).path()).entryList(QDir::Files | QDir::Hidden).size() - 1;
         qInfo("%d kills, %d with the new value in place before it was said, %lld temporary files left", count, newOnes,
               qint64(left));
     }
 
-    /// A lock file of a process that was killed while it wrote the file.
-    void lockLeftBehind()
+    /// A file of an earlier version, at a host's path and at the default one.
+    void iniFileOfAnEarlierVersion()
     {
-        QFile lock(m_file + u".lock"_s);
-        QVERIFY(lock.open(QIODevice::WriteOnly));
-        const int folder = open(QFile::encodeName(QFileInfo(m_file).path()).constData(), O_RDONLY | O_DIRECTORY);
-        for (const int number : {1, 2}) {
-            if (number == 2) // A lock of a hanging process.
-                QCOMPARE(flock(folder, LOCK_EX), 0);
-            QElapsedTimer clock;
-            clock.start();
-            UserDefaults::standard().setString(valueOf(number), ZVUserIdKey);
-            QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
-            if (number == 2)
-                close(folder);
-            QCOMPARE(stored(ZVUserIdKey), valueOf(number));
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_folder->path()));
+        const auto standard = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+        QVERIFY(standard.startsWith(m_folder->path()));
+        QVERIFY(QFile::remove(m_file));
+        for (const auto &path : {m_file, QString()}) {
+            const auto ini = path.isNull() ? standard + "/zelvano.ini"_L1 : path;
+            for (const auto key : {ZVUserIdKey, ZVUserUUIDKey})
+                QSettings(ini, QSettings::IniFormat).setValue(key, u"a, b;c"_s);
+            UserDefaults::standard().setFilePath(path);
+            QCOMPARE(stored(ZVUserIdKey), u"a, b;c"_s);
+            UserDefaults::standard().setString(valueOf(1), ZVUserIdKey);
+            QCOMPARE(stored(ZVUserIdKey), valueOf(1));
+            QCOMPARE(stored(ZVUserUUIDKey), u"a, b;c"_s);
         }
     }
 
@@ -179,7 +173,7 @@ private Q_SLOTS:
                 QVERIFY(QFile::remove(m_file));
                 QVERIFY(QFile::link(u"/dev/full"_s, m_file));
             }
-            const auto path = state == "inside a file"_L1 ? m_file + "/defaults.ini"_L1
+            const auto path = state == "inside a file"_L1 ? m_file + "/defaults.json"_L1
                               : state == "a folder"_L1    ? folder
                                                           : m_file;
             const auto process = start({u"--use"_s, path, state});
@@ -196,6 +190,7 @@ private Q_SLOTS:
         }
     }
 
+    /// Neither leaves a torn value. Entries written at the same moment may be lost, but not those of the last write.
     void twoProcesses()
     {
         constexpr int last = 100;
@@ -208,8 +203,7 @@ private Q_SLOTS:
             QVERIFY(numberOf(stored(ZVUserIdKey)) >= 0);
             QVERIFY(numberOf(stored(ZVUserUUIDKey)) >= 0);
         }
-        QCOMPARE(stored(ZVUserIdKey), valueOf(last));
-        QCOMPARE(stored(ZVUserUUIDKey), valueOf(last));
+        QVERIFY(numberOf(stored(ZVUserIdKey)) == last || numberOf(stored(ZVUserUUIDKey)) == last);
     }
 
 private:
@@ -221,20 +215,10 @@ private:
         return process;
     }
 
-    /// Reads a copy, because Qt may cache the file itself.
-    QString stored(const QString &key)
-    {
-        const auto copy = m_folder->filePath(u"%1.ini"_s.arg(++m_copies));
-        QFile::copy(m_file, copy);
-        UserDefaults::standard().setFilePath(copy);
-        const auto value = UserDefaults::standard().stringForKey(key);
-        UserDefaults::standard().setFilePath(m_file);
-        return value;
-    }
+    static QString stored(const QString &key) { return UserDefaults::standard().stringForKey(key); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_file;
-    int m_copies = 0;
 };
 
 int main(int count, char **arguments)
