@@ -2,10 +2,10 @@
 
 #include <ZelvanoUI/zelvanocore_export.h>
 
-#include <QPointer>
 #include <QWindow>
 
 #include <functional>
+#include <memory>
 
 namespace zelvano {
 
@@ -15,26 +15,27 @@ class ZELVANOCORE_EXPORT Application
 public:
     static Application &shared();
 
-    /// The window that the host named, else the one with the focus; null when there is neither.
+    /// The window set by the host, else the focused one; null when there is neither.
     QWindow *keyWindow() const;
     /// All top-level windows of the process.
     QList<QWindow *> windows() const;
 
-    /// For a host that knows better than the focus. It may be destroyed at any time; null takes it back.
+    /// Overrides the focus. The window may be destroyed at any time. Null removes the override.
     void setKeyWindow(QWindow *window);
 
-    /// Whether a transition between two screens stands in front of the player, as it does where a screen was presented
-    /// over another one. The movie player's later pauses then show no recommendations. False unless a host says so.
+    /// Whether one screen is presented over another, in front of the player. While it is, a pause of the movie player
+    /// after its first shows no recommendations. False unless the host sets a query.
     bool isTransitionInFront() const;
-    /// Asked each time; null takes it back.
+    /// Sets the function that answers isTransitionInFront() each time. Null removes it.
     void setTransitionQuery(std::function<bool()> query);
 
 private:
     template<class T> friend T &immortal();
-    Application() = default;
+    Application();
+    ~Application() = delete;
 
-    QPointer<QWindow> m_keyWindow;
-    std::function<bool()> m_transitionQuery;
+    struct Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace zelvano

@@ -2,44 +2,43 @@
 
 #include <ZelvanoUI/zelvanocore_export.h>
 
-#include <QJsonObject>
 #include <QString>
 #include <QUrl>
 
+#include <memory>
 #include <optional>
 
 namespace zelvano {
 
-/// A folder of resources with an Info.json that describes it: compiled in, or beside the host's executable. A value.
+/// A folder of resources described by its Info.json: compiled in, or beside the host's executable. A value.
 class ZELVANOCORE_EXPORT Bundle
 {
 public:
-    /// Nothing when the folder has no readable Info.json; ":/..." is a compiled-in folder.
+    /// Nothing when the folder has no Info.json that holds a JSON object. ":/..." is a compiled-in folder.
     static std::optional<Bundle> atPath(const QString &path);
-    /// Makes a bundle known under its identifier ("CFBundleIdentifier"), in place of an earlier one. Any thread.
+    /// Registers a bundle under its "CFBundleIdentifier" and replaces an earlier one. Any thread.
     static void load(const Bundle &bundle);
-    /// One that was loaded.
+    /// A registered bundle. Any thread.
     static std::optional<Bundle> withIdentifier(const QString &identifier);
-    /// A bundle inside the host application: a folder beside its executable, else a compiled-in one.
+    /// A folder beside the host's executable, else a compiled-in one.
     static std::optional<Bundle> inMainBundle(const QString &resource, const QString &extension);
-    /// The host application's own name, which stands for its bundle's info; empty when it has none.
+    /// The host's QCoreApplication::applicationName(). Empty when it has none.
     static QString mainBundleName();
 
-    QString path() const { return m_path; }
-    /// Null when the info dictionary has no text under the key.
+    /// Null when Info.json has no string for the key.
     QString infoValue(const QString &key) const;
     /// Invalid when the bundle has no such file.
     QUrl resource(const QString &name, const QString &extension) const;
 
 private:
-    Bundle(QString path, QJsonObject info);
+    struct Private;
+    explicit Bundle(std::shared_ptr<const Private> data);
 
-    QString m_path;
-    QJsonObject m_info;
+    std::shared_ptr<const Private> d;
 };
 
-/// The library's own resources: the loaded bundle "ZelvanoUI" if there is one, else "ZelvanoUIResources.bundle" inside
-/// the host application, looked for once. Nothing when neither is there, which is logged. Any thread.
+/// The library's resources: the registered bundle "ZelvanoUI", else "ZelvanoUIResources.bundle" in the host
+/// application, searched for once. Nothing, with a log line, when neither exists. Any thread.
 ZELVANOCORE_EXPORT std::optional<Bundle> zelvanoBundle();
 
 } // namespace zelvano

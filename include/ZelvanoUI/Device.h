@@ -3,15 +3,13 @@
 #include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QLatin1StringView>
-#include <QMutex>
-#include <QPointer>
 #include <QString>
 
-#include <optional>
+#include <memory>
 
 namespace zelvano {
 
-/// Posted on the notification centre when the device was turned; its object is absent.
+/// Posted to the notification centre when the orientation changes. Its object is absent.
 inline constexpr QLatin1StringView UIDeviceOrientationDidChangeNotification{"UIDeviceOrientationDidChangeNotification"};
 
 enum class UIUserInterfaceIdiom { Unspecified = -1, Phone = 0, Pad = 1 };
@@ -36,25 +34,25 @@ constexpr bool isLandscape(UIDeviceOrientation orientation)
     return orientation == UIDeviceOrientation::LandscapeLeft || orientation == UIDeviceOrientation::LandscapeRight;
 }
 
-/// The machine that the host runs on. Read from any thread; what a host sets wins over what the system says.
+/// The machine that the host runs on. A value that the host sets overrides the system's. Getters: any thread.
 class ZELVANOCORE_EXPORT Device
 {
 public:
     static Device &current();
 
-    /// Reads the screen, once a QGuiApplication exists, and follows its orientation. Main thread; the engine calls it
-    /// when it starts. Until then, and in a host without a screen, idiom and orientation are unspecified.
+    /// Reads the primary screen and follows its orientation. Without a QGuiApplication it does nothing: idiom and
+    /// orientation stay unspecified. Main thread; the engine calls it when it starts.
     void followScreen();
 
-    /// Of the primary screen: 7 inches and more across is a pad.
+    /// Pad for a primary screen of 7 inches or more across, else phone.
     UIUserInterfaceIdiom userInterfaceIdiom() const;
-    /// Such as "12" or "22.04"; empty when the system has none.
+    /// Such as "12" or "22.04". Empty when the system has none.
     QString systemVersion() const;
     UIDeviceOrientation orientation() const;
 
     void setUserInterfaceIdiom(UIUserInterfaceIdiom idiom);
     void setSystemVersion(const QString &version);
-    /// From here on the host says how the device is held. A change posts the notification. Main thread.
+    /// A change posts the notification. The screen's orientation is ignored from then on. Main thread.
     void setOrientation(UIDeviceOrientation orientation);
 
 private:
@@ -62,15 +60,8 @@ private:
     Device();
     ~Device() = delete;
 
-    void applyOrientation(UIDeviceOrientation orientation);
-
-    mutable QMutex m_mutex;
-    QPointer<QObject> m_followedScreen;
-    bool m_orientationIsHosts = false;
-    std::optional<UIUserInterfaceIdiom> m_hostsIdiom;
-    UIUserInterfaceIdiom m_screensIdiom = UIUserInterfaceIdiom::Unspecified;
-    QString m_systemVersion;
-    UIDeviceOrientation m_orientation = UIDeviceOrientation::Unknown;
+    struct Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace zelvano

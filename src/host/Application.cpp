@@ -3,10 +3,19 @@
 #include "Immortal.h"
 
 #include <QGuiApplication>
+#include <QPointer>
 
 #include <utility>
 
 namespace zelvano {
+
+struct Application::Private
+{
+    QPointer<QWindow> keyWindow;
+    std::function<bool()> transitionQuery;
+};
+
+Application::Application() : d(std::make_unique<Private>()) {}
 
 Application &Application::shared()
 {
@@ -15,7 +24,7 @@ Application &Application::shared()
 
 QWindow *Application::keyWindow() const
 {
-    return m_keyWindow ? m_keyWindow.data() : QGuiApplication::focusWindow();
+    return d->keyWindow ? d->keyWindow.data() : QGuiApplication::focusWindow();
 }
 
 QList<QWindow *> Application::windows() const
@@ -25,17 +34,17 @@ QList<QWindow *> Application::windows() const
 
 void Application::setKeyWindow(QWindow *window)
 {
-    m_keyWindow = window;
+    d->keyWindow = window;
 }
 
 bool Application::isTransitionInFront() const
 {
-    return m_transitionQuery && m_transitionQuery();
+    return d->transitionQuery && d->transitionQuery();
 }
 
 void Application::setTransitionQuery(std::function<bool()> query)
 {
-    m_transitionQuery = std::move(query);
+    d->transitionQuery = std::move(query);
 }
 
 } // namespace zelvano

@@ -24,7 +24,13 @@ struct LoadedBundles
 
 } // namespace
 
-Bundle::Bundle(QString path, QJsonObject info) : m_path(std::move(path)), m_info(std::move(info)) {}
+struct Bundle::Private
+{
+    QString path;
+    QJsonObject info;
+};
+
+Bundle::Bundle(std::shared_ptr<const Private> data) : d(std::move(data)) {}
 
 std::optional<Bundle> Bundle::atPath(const QString &path)
 {
@@ -33,10 +39,10 @@ std::optional<Bundle> Bundle::atPath(const QString &path)
         return std::nullopt;
     const auto document = QJsonDocument::fromJson(info.readAll());
     if (!document.isObject()) {
-        ZV_LOG("Error reading bundle: " << info.fileName() << " holds no JSON object");
+        ZV_LOG("Error reading bundle: " << info.fileName() << " is no JSON object");
         return std::nullopt;
     }
-    return Bundle(path, document.object());
+    return Bundle(std::make_shared<Private>(Private{path, document.object()}));
 }
 
 void Bundle::load(const Bundle &bundle)
@@ -71,12 +77,12 @@ QString Bundle::mainBundleName()
 
 QString Bundle::infoValue(const QString &key) const
 {
-    return json::stringValue(m_info.value(key));
+    return json::stringValue(d->info.value(key));
 }
 
 QUrl Bundle::resource(const QString &name, const QString &extension) const
 {
-    const auto file = m_path + u'/' + name + u'.' + extension;
+    const auto file = d->path + u'/' + name + u'.' + extension;
     if (!QFile::exists(file))
         return {};
     return file.startsWith(u':') ? QUrl("qrc"_L1 + file) : QUrl::fromLocalFile(file);
@@ -86,7 +92,7 @@ std::optional<Bundle> zelvanoBundle()
 {
     if (auto loaded = Bundle::withIdentifier(u"ZelvanoUI"_s))
         return loaded;
-    static const auto inMainBundle = [] { // Looked for once: every request asks.
+    static const auto inMainBundle = [] { // Searched for once: each request needs it.
         auto bundle = Bundle::inMainBundle(u"ZelvanoUIResources"_s, u"bundle"_s);
         if (!bundle)
             ZV_LOG(

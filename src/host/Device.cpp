@@ -4,10 +4,13 @@
 #include <ZelvanoUI/NotificationCenter.h>
 
 #include <QGuiApplication>
+#include <QMutex>
+#include <QPointer>
 #include <QScreen>
 #include <QSysInfo>
 
 #include <cmath>
+#include <optional>
 #include <utility>
 
 namespace zelvano {
@@ -16,7 +19,7 @@ namespace {
 
 UIDeviceOrientation orientationOf(const QScreen &screen)
 {
-    // A screen without a sensor says "primary": then its shape tells.
+    // A screen without a sensor reports "primary". Then its shape decides.
     const auto turned = screen.orientation();
     switch (turned == Qt::PrimaryOrientation ? screen.primaryOrientation() : turned) {
     case Qt::PortraitOrientation:
@@ -35,7 +38,7 @@ UIDeviceOrientation orientationOf(const QScreen &screen)
 
 UIUserInterfaceIdiom idiomOf(const QScreen &screen)
 {
-    constexpr double smallestPad = 7 * 25.4; // Millimetres across.
+    constexpr double smallestPad = 7 * 25.4; // Millimetres, diagonally.
     const auto size = screen.physicalSize();
     return std::hypot(size.width(), size.height()) >= smallestPad ? UIUserInterfaceIdiom::Pad
                                                                   : UIUserInterfaceIdiom::Phone;
@@ -43,10 +46,32 @@ UIUserInterfaceIdiom idiomOf(const QScreen &screen)
 
 } // namespace
 
-Device::Device() : m_systemVersion(QSysInfo::productVersion())
+/// The mutex guards what getters read. The rest belongs to the main thread.
+struct Device::Private
 {
-    if (m_systemVersion == QLatin1StringView("unknown"))
-        m_systemVersion.clear();
+    mutable QMutex mutex;
+    QPointer<QScreen> followedScreen;
+    bool isOrientationHosts = false;
+    std::optional<UIUserInterfaceIdiom> hostsIdiom;
+    UIUserInterfaceIdiom screensIdiom = UIUserInterfaceIdiom::Unspecified;
+    QString systemVersion = QSysInfo::productVersion();
+    UIDeviceOrientation orientation = UIDeviceOrientation::Unknown;
+
+    void changeOrientation(UIDeviceOrientation changed)
+    {
+        {
+            const QMutexLocker lock(&mutex);
+            if (std::exchange(orientation, changed) == changed)
+                return;
+        }
+        NotificationCenter::defaultCenter().post({UIDeviceOrientationDidChangeNotification, {}, {}});
+    }
+};
+
+Device::Device() : d(std::make_unique<Private>())
+{
+    if (d->systemVersion == QLatin1StringView("unknown"))
+        d->systemVersion.clear();
 }
 
 Device &Device::current()
@@ -58,65 +83,55 @@ void Device::followScreen()
 {
     auto *screen =
         qobject_cast<QGuiApplication *>(QCoreApplication::instance()) ? QGuiApplication::primaryScreen() : nullptr;
-    if (!screen || m_followedScreen)
+    if (!screen || d->followedScreen)
         return;
-    m_followedScreen = screen;
+    d->followedScreen = screen;
     const auto follow = [this, screen] {
-        if (!m_orientationIsHosts)
-            applyOrientation(orientationOf(*screen));
+        if (!d->isOrientationHosts)
+            d->changeOrientation(orientationOf(*screen));
     };
     QObject::connect(screen, &QScreen::orientationChanged, screen, follow);
     QObject::connect(screen, &QScreen::primaryOrientationChanged, screen, follow);
-    const QMutexLocker lock(&m_mutex);
-    m_screensIdiom = idiomOf(*screen);
-    if (!m_orientationIsHosts)
-        m_orientation = orientationOf(*screen);
+    const QMutexLocker lock(&d->mutex);
+    d->screensIdiom = idiomOf(*screen);
+    if (!d->isOrientationHosts)
+        d->orientation = orientationOf(*screen);
 }
 
 UIUserInterfaceIdiom Device::userInterfaceIdiom() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return m_hostsIdiom.value_or(m_screensIdiom);
+    const QMutexLocker lock(&d->mutex);
+    return d->hostsIdiom.value_or(d->screensIdiom);
 }
 
 QString Device::systemVersion() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return m_systemVersion;
+    const QMutexLocker lock(&d->mutex);
+    return d->systemVersion;
 }
 
 UIDeviceOrientation Device::orientation() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return m_orientation;
+    const QMutexLocker lock(&d->mutex);
+    return d->orientation;
 }
 
 void Device::setUserInterfaceIdiom(UIUserInterfaceIdiom idiom)
 {
-    const QMutexLocker lock(&m_mutex);
-    m_hostsIdiom = idiom;
+    const QMutexLocker lock(&d->mutex);
+    d->hostsIdiom = idiom;
 }
 
 void Device::setSystemVersion(const QString &version)
 {
-    const QMutexLocker lock(&m_mutex);
-    m_systemVersion = version;
+    const QMutexLocker lock(&d->mutex);
+    d->systemVersion = version;
 }
 
 void Device::setOrientation(UIDeviceOrientation orientation)
 {
-    m_orientationIsHosts = true;
-    applyOrientation(orientation);
-}
-
-void Device::applyOrientation(UIDeviceOrientation orientation)
-{
-    {
-        const QMutexLocker lock(&m_mutex);
-        if (std::exchange(m_orientation, orientation) == orientation)
-            return;
-    }
-    NotificationCenter::defaultCenter().post({UIDeviceOrientationDidChangeNotification, {}, {}});
+    d->isOrientationHosts = true;
+    d->changeOrientation(orientation);
 }
 
 } // namespace zelvano

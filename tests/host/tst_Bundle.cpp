@@ -42,7 +42,8 @@ private Q_SLOTS:
         QCOMPARE(beside->resource(u"View"_s, u"qml"_s), QUrl::fromLocalFile(folder + "/View.qml"_L1));
         QVERIFY(!beside->resource(u"Other"_s, u"qml"_s).isValid());
         Bundle::load(*Bundle::atPath(write(m_folder.filePath(u"own"_s), R"({"CFBundleIdentifier":"ZelvanoUI"})")));
-        QCOMPARE(zelvano::zelvanoBundle()->path(), m_folder.filePath(u"own"_s));
+        QCOMPARE(zelvano::zelvanoBundle()->resource(u"Info"_s, u"json"_s),
+                 QUrl::fromLocalFile(m_folder.filePath(u"own/Info.json"_s)));
     }
 
 private:
