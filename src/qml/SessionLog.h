@@ -1,10 +1,11 @@
 #pragma once
 
+#include "EventFilter.h"
 #include "Recommendations.h"
 #include <ZelvanoUI/EventLog.h>
 
 #include <QPointer>
-#include <qqmlintegration.h>
+#include <QtQml/qqml.h>
 
 namespace zelvano {
 
@@ -29,6 +30,14 @@ private:
     void watchSession();
 
     QPointer<Recommendations> m_recommendations;
+};
+
+/// Makes Core's EventFilter an element of the module.
+struct EventFilterElement
+{
+    Q_GADGET
+    QML_FOREIGN(zelvano::EventFilter)
+    QML_NAMED_ELEMENT(EventFilter)
 };
 
 } // namespace zelvano

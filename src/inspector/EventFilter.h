@@ -1,21 +1,21 @@
 #pragma once
 
+#include <ZelvanoUI/zelvanocore_export.h>
+
 #include <QSortFilterProxyModel>
 #include <QString>
-#include <qqmlintegration.h>
 
 namespace zelvano {
 
-/// The rows of a log whose kind, title or detail contains a text.
-class EventFilter : public QSortFilterProxyModel
+/// The entries of an EventLog that contain a text in their kind, title or detail. The QML element EventFilter.
+class ZELVANOCORE_EXPORT EventFilter : public QSortFilterProxyModel
 {
     Q_OBJECT
-    QML_ELEMENT
 
 public:
     using QSortFilterProxyModel::QSortFilterProxyModel;
 
-    /// Upper and lower case are the same; empty lets all pass.
+    /// Not case-sensitive. An empty text matches every entry.
     Q_PROPERTY(QString text READ text WRITE setText NOTIFY textChanged FINAL)
     QString text() const { return m_text; }
     void setText(const QString &text);
