@@ -3,66 +3,62 @@
 #include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QAbstractListModel>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QHash>
 #include <QJsonObject>
-#include <QMutex>
 #include <QUrl>
 
-#include <deque>
 #include <memory>
 
 namespace zelvano {
 
 class Zelvano;
 
-/// What the library sends, is answered and tells, in order, as a list model for a host's developers: an opt-in, since
-/// nothing is watched while there is none. It holds API keys and identities as they are sent.
+/// What the library sends, receives and reports, in order, as a list model for a host's developers.
 ///
-/// Watching changes nothing in what is sent, or when. All of the process's service calls and the library's
-/// notifications are seen; of engines, those that it is told to watch. Main thread, but for what is marked.
+/// It sees all service calls and notifications of the process, and the listener calls of the engines given to watch().
+/// It changes neither what is sent nor when. Without an EventLog nothing is recorded. Entries hold API keys and the
+/// user's identity as they are sent. Main thread, except where a function says otherwise.
 class ZELVANOCORE_EXPORT EventLog : public QAbstractListModel
 {
     Q_OBJECT
     Q_PROPERTY(int count READ count NOTIFY countChanged FINAL)
-    /// How many occurrences are kept; the oldest go first.
+    /// The largest number of entries; the oldest are dropped first. 1000 by default, at least 1.
     Q_PROPERTY(int capacity READ capacity WRITE setCapacity NOTIFY capacityChanged FINAL)
 
 public:
-    /// Seconds since the log began, as text; kind; what happened; what there is to say of it in a word; all of it as
-    /// indented JSON.
+    /// Time: seconds since the log was made, as text. Kind: such as "request" or "listener". Title: the event in a few
+    /// words. Detail: its most telling value, such as a position. Text: the whole entry as indented JSON.
     enum Role { TimeRole = Qt::UserRole, KindRole, TitleRole, DetailRole, TextRole };
 
     explicit EventLog(QObject *parent = nullptr);
+    /// Also removes the log from the engines that it watches.
     ~EventLog() override;
 
-    /// Becomes a listener of the engine, like any other.
+    /// Adds the log to the engine's listeners, unless it is one already.
     void watch(const std::shared_ptr<Zelvano> &engine);
 
-    /// Adds an occurrence of the host's own, stamped with number, time and thread. Any thread.
-    void add(const QString &kind, QJsonObject fields);
-    /// How many occurrences there have been. Any thread.
+    /// Adds an entry of the host's own, stamped with number, time and thread. Any thread.
+    void add(const QString &kind, const QJsonObject &fields);
+    /// The number of entries so far, dropped ones included. Any thread.
     qint64 total() const;
-    /// On the main thread, in order, later than add() returns.
+    /// Emitted for each entry in order, after add() has returned.
     Q_SIGNAL void added(const QJsonObject &entry);
 
-    int count() const { return static_cast<int>(m_entries.size()); }
+    int count() const;
     Q_SIGNAL void countChanged();
-    int capacity() const { return m_capacity; }
+    int capacity() const;
     void setCapacity(int capacity);
     Q_SIGNAL void capacityChanged();
     Q_INVOKABLE void clear();
 
-    /// From here on each occurrence is written to the file as it happens, a JSON object a line. False, with
-    /// errorString() set, when the file cannot be written.
+    /// Also writes each further entry to the file, one JSON object a line. The main thread writes it before it emits
+    /// added(); the destructor writes the rest. False, with errorString() set, when the file cannot be opened.
     bool writeTo(const QString &path);
-    QString errorString() const { return m_file.errorString(); }
-    /// What is kept, a JSON object a line.
+    QString errorString() const;
+    /// The entries in the model, one JSON object a line.
     Q_INVOKABLE QByteArray toJsonLines() const;
-    /// Writes that to a local file.
+    /// Writes toJsonLines() to a local file. False when that fails.
     Q_INVOKABLE bool exportTo(const QUrl &file) const;
-    /// Writes it to a file of its own in the folder for downloads. Empty when that fails.
+    /// Writes toJsonLines() to a new file in the folder for downloads. Invalid when that fails.
     Q_INVOKABLE QUrl exportToDownloads() const;
 
     int rowCount(const QModelIndex &parent = {}) const override;
@@ -70,27 +66,8 @@ public:
     QHash<int, QByteArray> roleNames() const override;
 
 private:
-    class Watcher;
-
-    struct Entry
-    {
-        QJsonObject fields;
-        QString title;
-    };
-
-    void watchNotifications();
-    void append(const QJsonObject &fields);
-    void dropOldest();
-    QString titleOf(const QJsonObject &fields);
-
-    mutable QMutex m_mutex; // Guards the file and the number.
-    QFile m_file;
-    qint64 m_total = 0;
-    QElapsedTimer m_clock;
-    const std::shared_ptr<Watcher> m_watcher;
-    std::deque<Entry> m_entries;
-    int m_capacity = 1000;
-    QHash<qint64, QString> m_requests; ///< Those under way, by id, for their answers' titles.
+    struct Private;
+    const std::shared_ptr<Private> d;
 };
 
 } // namespace zelvano

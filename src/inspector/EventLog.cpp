@@ -2,24 +2,26 @@
 
 #include "MainQueue.h"
 #include "Traffic.h"
-#include <ZelvanoUI/AVPlayerItem.h>
-#include <ZelvanoUI/Device.h>
-#include <ZelvanoUI/MPMoviePlayerController.h>
 #include <ZelvanoUI/NotificationCenter.h>
-#include <ZelvanoUI/PlayerEvents.h>
 #include <ZelvanoUI/ZVRecommendation.h>
 #include <ZelvanoUI/Zelvano.h>
 
 #include <QDateTime>
 #include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QMutex>
 #include <QStandardPaths>
-#include <QThread>
 
 #include <algorithm>
-#include <array>
+#include <deque>
+#include <functional>
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace zelvano {
 
@@ -27,20 +29,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr std::array watchedNotifications{
-    SuggestionsDidFetchedNotification,
-    DidSelecteRecommendationNotification,
-    PluginPlayNotification,
-    AVPlayerItemDidPlayToEndTimeNotification,
-    MPMoviePlayerLoadStateDidChangeNotification,
-    MPMoviePlayerPlaybackStateDidChangeNotification,
-    MPMoviePlayerPlaybackDidFinishNotification,
-    MPMoviePlayerWillEnterFullscreenNotification,
-    MPMoviePlayerWillExitFullscreenNotification,
-    UIDeviceOrientationDidChangeNotification,
-};
-
-/// As JSON where it is JSON, else as text; of what is neither, such as a picture, only how much it is.
+/// JSON and text as they are. Of other data, such as an image, only the size.
 QJsonValue decoded(const QByteArray &data)
 {
     const auto document = QJsonDocument::fromJson(data);
@@ -76,53 +65,168 @@ QString detailOf(const QJsonObject &fields)
     return {};
 }
 
-QRectF frameOf(const QObject *view)
+QJsonArray rectangleOf(const QObject *view)
 {
     const auto edge = [view](const char *name) { return view ? view->property(name).toDouble() : 0; };
     return {edge("x"), edge("y"), edge("width"), edge("height")};
 }
 
+QJsonObject requestFields(quint64 id, const http::Request &request)
+{
+    QJsonObject headers;
+    for (const auto &[name, value] : request.headers)
+        headers.insert(QString::fromUtf8(name), QString::fromUtf8(value));
+    QJsonObject fields{{"id"_L1, static_cast<qint64>(id)},
+                       {"method"_L1, QString::fromUtf8(request.method)},
+                       {"url"_L1, request.url.toString()},
+                       {"headers"_L1, headers}};
+    if (!request.body.isNull())
+        fields.insert("body"_L1, decoded(request.body));
+    return fields;
+}
+
+QJsonObject responseFields(quint64 id, const std::optional<http::Response> &response, const QByteArray &data,
+                           const std::optional<Error> &error)
+{
+    QJsonObject fields{{"id"_L1, static_cast<qint64>(id)}};
+    if (response)
+        fields.insert("status"_L1, response->status);
+    if (error)
+        fields.insert("error"_L1, error->description);
+    else
+        fields.insert("body"_L1, decoded(data));
+    return fields;
+}
+
+/// An entry before it is decoded.
+struct Occurrence
+{
+    qint64 number;
+    qint64 milliseconds;
+    bool isOnMainThread;
+    QString kind;
+    std::function<QJsonObject()> fields;
+};
+
+struct Entry
+{
+    QJsonObject fields;
+    QString title;
+};
+
 } // namespace
 
-/// What the library calls, and what waits on the main queue. It may be called once more after the log has ended: then
-/// it has none.
-class EventLog::Watcher : public http::TrafficObserver, public ZelvanoPrivateDelegate
+/// The observer of the traffic and the listener of engines. It outlives the log while the main queue or a listener's
+/// call still holds it.
+struct EventLog::Private : http::TrafficObserver, ZelvanoPrivateDelegate, std::enable_shared_from_this<Private>
 {
-public:
-    explicit Watcher(EventLog *log) : m_log(log) {}
-    void forget() { m_log = nullptr; }
+    explicit Private(EventLog *log) : q(log) { clock.start(); }
+
+    EventLog *q; ///< Null after the log's end. Main thread, as everything below but what the mutex guards.
+    QFile file;
+    std::deque<Entry> entries;
+    int capacity = 1000;
+    QHash<qint64, QString> requests; ///< Titles of running requests by id, for their responses.
+    std::vector<std::weak_ptr<Zelvano>> engines;
+
+    QElapsedTimer clock;
+    mutable QMutex mutex; ///< Guards the total and the occurrences.
+    qint64 total = 0;
+    std::deque<Occurrence> occurrences;
+
+    /// Decodes nothing: the caller may hold the lock of an engine and of all traffic observers. Any thread.
+    void addLater(const QString &kind, std::function<QJsonObject()> fields)
+    {
+        const QMutexLocker lock(&mutex);
+        occurrences.push_back({++total, clock.elapsed(), MainQueue::isMainThread(), kind, std::move(fields)});
+        MainQueue::shared().post([self = shared_from_this()] {
+            if (self->q)
+                self->append(self->takeFirst());
+        });
+    }
+
+    void add(const QString &kind, const QJsonObject &fields)
+    {
+        addLater(kind, [fields] { return fields; });
+    }
+
+    QJsonObject takeFirst()
+    {
+        QMutexLocker lock(&mutex);
+        const auto occurrence = std::move(occurrences.front());
+        occurrences.pop_front();
+        lock.unlock();
+        auto fields = occurrence.fields();
+        fields.insert("n"_L1, occurrence.number);
+        fields.insert("ms"_L1, occurrence.milliseconds);
+        fields.insert("thread"_L1, occurrence.isOnMainThread ? u"main"_s : u"network"_s);
+        fields.insert("kind"_L1, occurrence.kind);
+        if (file.isOpen()) {
+            file.write(QJsonDocument(fields).toJson(QJsonDocument::Compact) + '\n');
+            file.flush();
+        }
+        return fields;
+    }
+
     void append(const QJsonObject &fields)
     {
-        if (m_log)
-            m_log->append(fields);
+        dropOldest();
+        const int row = q->count();
+        q->beginInsertRows({}, row, row);
+        entries.push_back({fields, titleOf(fields)});
+        q->endInsertRows();
+        Q_EMIT q->countChanged();
+        Q_EMIT q->added(fields);
     }
+
+    /// Makes room for one more.
+    void dropOldest()
+    {
+        const int surplus = q->count() - capacity + 1;
+        if (surplus <= 0)
+            return;
+        q->beginRemoveRows({}, 0, surplus - 1);
+        entries.erase(entries.begin(), entries.begin() + surplus);
+        q->endRemoveRows();
+    }
+
+    QString titleOf(const QJsonObject &fields)
+    {
+        const auto kind = textAt(fields, "kind"_L1);
+        const auto id = fields.value("id"_L1).toInteger();
+        if (kind == "request"_L1) {
+            const auto title = requestTitle(fields);
+            requests.insert(id, title);
+            return textAt(fields, "method"_L1) + u' ' + title;
+        }
+        if (kind == "response"_L1) {
+            const auto outcome = fields.contains("error"_L1) ? textAt(fields, "error"_L1) : textAt(fields, "status"_L1);
+            return requests.take(id) + u" → "_s + outcome;
+        }
+        return kind == "log"_L1 ? textAt(fields, "text"_L1) : textAt(fields, "what"_L1);
+    }
+
+    void notify(const Notification &notification)
+    {
+        add(u"notification"_s, {{"what"_L1, notification.name},
+                                {"object"_L1, notification.object.toString()},
+                                {"userInfo"_L1, QJsonObject::fromVariantMap(notification.userInfo)}});
+    }
+
+    // TrafficObserver
 
     void requestWillStart(quint64 id, const http::Request &request) override
     {
-        QJsonObject headers;
-        for (const auto &[name, value] : request.headers)
-            headers.insert(QString::fromUtf8(name), QString::fromUtf8(value));
-        QJsonObject fields{{"id"_L1, static_cast<qint64>(id)},
-                           {"method"_L1, QString::fromUtf8(request.method)},
-                           {"url"_L1, request.url.toString()},
-                           {"headers"_L1, headers}};
-        if (!request.body.isNull())
-            fields.insert("body"_L1, decoded(request.body));
-        m_log->add(u"request"_s, fields);
+        addLater(u"request"_s, [=] { return requestFields(id, request); });
     }
 
     void requestDidEnd(quint64 id, const std::optional<http::Response> &response, const QByteArray &data,
                        const std::optional<Error> &error) override
     {
-        QJsonObject fields{{"id"_L1, static_cast<qint64>(id)}};
-        if (response)
-            fields.insert("status"_L1, response->status);
-        if (error)
-            fields.insert("error"_L1, error->description);
-        else
-            fields.insert("body"_L1, decoded(data));
-        m_log->add(u"response"_s, fields);
+        addLater(u"response"_s, [=] { return responseFields(id, response, data, error); });
     }
+
+    // ZelvanoPrivateDelegate
 
     void suggestionsDidFetched(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
                                const std::shared_ptr<ZVRecommendation> &recommendation) override
@@ -130,141 +234,93 @@ public:
         QJsonArray titles;
         for (const auto &video : recommendation->videoList())
             titles.append(video->title());
-        tell({{"what"_L1, u"suggestionsDidFetched"_s}, {"videos"_L1, titles}});
+        add(u"listener"_s, {{"what"_L1, u"suggestionsDidFetched"_s}, {"videos"_L1, titles}});
     }
 
     void stateDidChanged(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
                          const QString &state) override
     {
-        tell({{"what"_L1, u"stateDidChanged"_s}, {"state"_L1, state}});
+        add(u"listener"_s, {{"what"_L1, u"stateDidChanged"_s}, {"state"_L1, state}});
     }
 
     void addRecommendationToView(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &, QObject *view,
                                  QSizeF size) override
     {
-        const auto frame = frameOf(view);
-        tell({{"what"_L1, u"addRecommendationToView"_s},
-              {"frame"_L1, u"%1,%2 %3x%4"_s.arg(frame.x()).arg(frame.y()).arg(frame.width()).arg(frame.height())},
-              {"rectangle"_L1, QJsonArray{frame.x(), frame.y(), frame.width(), frame.height()}},
-              {"videoSize"_L1, QJsonArray{size.width(), size.height()}}});
+        const auto frame = rectangleOf(view);
+        const auto edge = [&frame](int index) { return frame[index].toDouble(); };
+        add(u"listener"_s, {{"what"_L1, u"addRecommendationToView"_s},
+                            {"frame"_L1, u"%1,%2 %3x%4"_s.arg(edge(0)).arg(edge(1)).arg(edge(2)).arg(edge(3))},
+                            {"rectangle"_L1, frame},
+                            {"videoSize"_L1, QJsonArray{size.width(), size.height()}}});
     }
-
-private:
-    void tell(const QJsonObject &fields)
-    {
-        if (m_log)
-            m_log->add(u"listener"_s, fields);
-    }
-
-    EventLog *m_log;
 };
 
-EventLog::EventLog(QObject *parent) : QAbstractListModel(parent), m_watcher(std::make_shared<Watcher>(this))
+EventLog::EventLog(QObject *parent) : QAbstractListModel(parent), d(std::make_shared<Private>(this))
 {
-    m_clock.start();
-    http::Traffic::addObserver(m_watcher);
-    watchNotifications();
+    http::Traffic::addObserver(d);
+    NotificationCenter::defaultCenter().addObserver(this, {},
+                                                    [this](const auto &notification) { d->notify(notification); });
 }
 
 EventLog::~EventLog()
 {
+    d->q = nullptr;
     NotificationCenter::defaultCenter().removeObserver(this);
-    http::Traffic::removeObserver(m_watcher);
-    m_watcher->forget();
+    http::Traffic::removeObserver(d);
+    for (const auto &watched : d->engines) {
+        if (const auto engine = watched.lock())
+            engine->removeListener(d);
+    }
+    for (auto left = d->occurrences.size(); left > 0; --left)
+        d->takeFirst();
 }
 
 void EventLog::watch(const std::shared_ptr<Zelvano> &engine)
 {
     const auto listeners = engine ? engine->listeners() : std::vector<std::shared_ptr<ZelvanoDelegate>>();
-    if (engine && std::ranges::find(listeners, m_watcher) == listeners.end())
-        engine->addListener(m_watcher);
+    if (!engine || std::ranges::find(listeners, d) != listeners.end())
+        return;
+    engine->addListener(d);
+    std::erase_if(d->engines, [](const auto &watched) { return watched.expired(); });
+    d->engines.push_back(engine);
 }
 
-void EventLog::watchNotifications()
+void EventLog::add(const QString &kind, const QJsonObject &fields)
 {
-    for (const auto name : watchedNotifications) {
-        NotificationCenter::defaultCenter().addObserver(this, name, [this](const Notification &notification) {
-            add(u"notification"_s, {{"what"_L1, notification.name},
-                                    {"object"_L1, notification.object.toString()},
-                                    {"userInfo"_L1, QJsonObject::fromVariantMap(notification.userInfo)}});
-        });
-    }
-}
-
-void EventLog::add(const QString &kind, QJsonObject fields)
-{
-    const bool isMain = QThread::currentThread() == thread();
-    const QMutexLocker lock(&m_mutex);
-    fields.insert("n"_L1, ++m_total);
-    fields.insert("ms"_L1, m_clock.elapsed());
-    fields.insert("thread"_L1, isMain ? u"main"_s : u"network"_s);
-    fields.insert("kind"_L1, kind);
-    if (m_file.isOpen()) {
-        m_file.write(QJsonDocument(fields).toJson(QJsonDocument::Compact) + '\n');
-        m_file.flush();
-    }
-    MainQueue::shared().post([watcher = m_watcher, fields] { watcher->append(fields); });
+    d->add(kind, fields);
 }
 
 qint64 EventLog::total() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return m_total;
+    const QMutexLocker lock(&d->mutex);
+    return d->total;
 }
 
 // The model
 
-void EventLog::append(const QJsonObject &fields)
+int EventLog::count() const
 {
-    dropOldest();
-    const int row = count();
-    beginInsertRows({}, row, row);
-    m_entries.push_back({fields, titleOf(fields)});
-    endInsertRows();
-    Q_EMIT countChanged();
-    Q_EMIT added(fields);
+    return static_cast<int>(d->entries.size());
 }
 
-/// Makes room for one more.
-void EventLog::dropOldest()
+int EventLog::capacity() const
 {
-    const int surplus = count() - m_capacity + 1;
-    if (surplus <= 0)
-        return;
-    beginRemoveRows({}, 0, surplus - 1);
-    m_entries.erase(m_entries.begin(), m_entries.begin() + surplus);
-    endRemoveRows();
+    return d->capacity;
 }
 
 void EventLog::setCapacity(int capacity)
 {
-    if (std::exchange(m_capacity, std::max(1, capacity)) == m_capacity)
-        return;
-    Q_EMIT capacityChanged();
+    const int positive = std::max(1, capacity);
+    if (std::exchange(d->capacity, positive) != positive)
+        Q_EMIT capacityChanged();
 }
 
 void EventLog::clear()
 {
     beginResetModel();
-    m_entries.clear();
+    d->entries.clear();
     endResetModel();
     Q_EMIT countChanged();
-}
-
-QString EventLog::titleOf(const QJsonObject &fields)
-{
-    const auto kind = textAt(fields, "kind"_L1);
-    const auto id = fields.value("id"_L1).toInteger();
-    if (kind == "request"_L1) {
-        const auto title = requestTitle(fields);
-        m_requests.insert(id, title);
-        return textAt(fields, "method"_L1) + u' ' + title;
-    }
-    if (kind == "response"_L1) {
-        const auto outcome = fields.contains("error"_L1) ? textAt(fields, "error"_L1) : textAt(fields, "status"_L1);
-        return m_requests.take(id) + u" → "_s + outcome;
-    }
-    return kind == "log"_L1 ? textAt(fields, "text"_L1) : textAt(fields, "what"_L1);
 }
 
 int EventLog::rowCount(const QModelIndex &parent) const
@@ -276,7 +332,7 @@ QVariant EventLog::data(const QModelIndex &index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
-    const auto &entry = m_entries[static_cast<std::size_t>(index.row())];
+    const auto &entry = d->entries[static_cast<std::size_t>(index.row())];
     switch (role) {
     case TimeRole:
         return QString::number(entry.fields.value("ms"_L1).toDouble() / 1000, 'f', 2);
@@ -302,16 +358,20 @@ QHash<int, QByteArray> EventLog::roleNames() const
 
 bool EventLog::writeTo(const QString &path)
 {
-    const QMutexLocker lock(&m_mutex);
-    m_file.close();
-    m_file.setFileName(path);
-    return m_file.open(QIODevice::WriteOnly | QIODevice::Text);
+    d->file.close();
+    d->file.setFileName(path);
+    return d->file.open(QIODevice::WriteOnly | QIODevice::Text);
+}
+
+QString EventLog::errorString() const
+{
+    return d->file.errorString();
 }
 
 QByteArray EventLog::toJsonLines() const
 {
     QByteArray lines;
-    for (const auto &entry : m_entries)
+    for (const auto &entry : d->entries)
         lines += QJsonDocument(entry.fields).toJson(QJsonDocument::Compact) + '\n';
     return lines;
 }

@@ -100,18 +100,22 @@ private Q_SLOTS:
 
     void files()
     {
-        EventLog log;
+        auto owned = std::make_unique<EventLog>();
+        auto &log = *owned;
         QVERIFY(!log.writeTo(u"/no/such/folder/log"_s) && !log.errorString().isEmpty());
         QTemporaryFile written, exported;
         QVERIFY(written.open() && exported.open());
         QVERIFY(log.writeTo(written.fileName()));
         log.add(u"host"_s, {{"what"_L1, u"ä"_s}});
+        QVERIFY(EngineFixture::wait([&] { return log.count() == 1; }));
         const auto line = written.readAll(); // As it happens.
         QCOMPARE(QJsonDocument::fromJson(line).object().value("what"_L1).toString(), u"ä"_s);
-        QVERIFY(EngineFixture::wait([&] { return log.count() == 1; }));
         QVERIFY(!log.exportTo(QUrl(u"http://127.0.0.1/x"_s)));
         QVERIFY(log.exportTo(QUrl::fromLocalFile(exported.fileName())));
         QCOMPARE(exported.readAll(), line);
+        log.add(u"host"_s, {{"what"_L1, u"last"_s}});
+        owned.reset(); // Before the main queue has come to it.
+        QVERIFY(written.readAll().contains("last"));
     }
 
     void endsBeforeItsEngine()
@@ -121,7 +125,8 @@ private Q_SLOTS:
         auto log = std::make_unique<EventLog>();
         log->watch(service.engine);
         service.engine->playerEvent(u"pause"_s, service.subscriber);
-        log.reset(); // With an answer and a listener's call under way.
+        log.reset();                                                  // With an answer and a listener's call under way.
+        QCOMPARE(service.engine->listeners().size(), std::size_t(1)); // The fixture's own.
         service.engine->playerEvent(u"play"_s, service.subscriber);
         service.settle();
         QVERIFY(service.listener->heard.contains(u"pause"_s));
