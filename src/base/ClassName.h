@@ -1,4 +1,3 @@
-// Internal: not installed.
 #pragma once
 
 #include <ZelvanoUI/zelvanocore_export.h>
@@ -8,10 +7,10 @@
 
 namespace zelvano {
 
-/// True when the object's class, or one that it derives from, has this name, whatever its namespace. False for null.
+/// True when the object's class or a base class has this name. Ignores namespaces. False for null.
 ZELVANOCORE_EXPORT bool isKindOfClassNamed(const QObject *object, QByteArrayView name);
 
-/// True when the library's class of this name is part of the process: when it is registered as a type.
+/// True when the library's class of this name is registered with the meta-type system.
 ZELVANOCORE_EXPORT bool classExists(QByteArrayView name);
 
 } // namespace zelvano

@@ -1,4 +1,3 @@
-// Internal: not installed.
 #pragma once
 
 namespace zelvano {

@@ -7,10 +7,10 @@ namespace zelvano::json {
 
 namespace {
 
-/// The number that the text begins with, after white space. Not the locale's, and without words such as "inf".
+/// The number at the start of the text, after white space, in the C locale. Words such as "inf" are no numbers.
 double leadingNumber(const QString &text)
 {
-    constexpr qsizetype longest = 400; // More than any number needs: each end is tried.
+    constexpr qsizetype longest = 400; // Longer than any number. Bounds the loop below.
     const auto trimmed = QStringView(text).trimmed().left(longest);
     qsizetype length = 0;
     while (length < trimmed.size() && (trimmed[length].isDigit() || QStringView(u"+-.eE").contains(trimmed[length])))

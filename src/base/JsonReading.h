@@ -1,4 +1,3 @@
-// Internal: not installed.
 #pragma once
 
 #include <ZelvanoUI/zelvanocore_export.h>
@@ -8,21 +7,21 @@
 #include <QString>
 #include <QUrl>
 
-/// Reads values out of answers that nobody vouches for: what is missing or of a wrong type reads as absent.
+/// Reads values of untrusted JSON. A missing value, or one of a wrong type, reads as absent.
 namespace zelvano::json {
 
 /// Null unless the value is a string.
 ZELVANOCORE_EXPORT QString stringValue(const QJsonValue &value);
-/// Of a number, a boolean or a text that begins with a number; 0 otherwise. Cut towards zero, bounded to 64 bits.
+/// The value of a number, a boolean or a string that begins with a number; else 0. Truncated, and clamped to 64 bits.
 ZELVANOCORE_EXPORT qint64 integerValue(const QJsonValue &value);
-/// Of a number, a boolean or a text that begins with a number; 0 otherwise.
+/// The value of a number, a boolean or a string that begins with a number; else 0.
 ZELVANOCORE_EXPORT double doubleValue(const QJsonValue &value);
-/// Of a boolean, a number other than 0, or a text such as "true", "YES" or "1"; false otherwise.
+/// True for true, a number other than 0, and a string such as "true", "YES" or "1"; else false.
 ZELVANOCORE_EXPORT bool boolValue(const QJsonValue &value);
-/// Invalid unless the value is a text that is a URL as it stands.
+/// Invalid unless the value is a string that is a valid URL.
 ZELVANOCORE_EXPORT QUrl urlValue(const QJsonValue &value);
 
-/// What stands at a path of keys joined by dots, such as "data.userId"; undefined when a step is missing.
+/// The value at a path of keys such as "data.userId". Undefined when a key is missing.
 ZELVANOCORE_EXPORT QJsonValue valueForKeyPath(const QJsonObject &object, QStringView path);
 
 } // namespace zelvano::json

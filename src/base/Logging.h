@@ -1,4 +1,3 @@
-// Internal: not installed.
 #pragma once
 
 #include <ZelvanoUI/zelvanocore_export.h>
@@ -7,15 +6,15 @@
 
 namespace zelvano {
 
-/// The library's log category, "zelvano". It has one level, info: hosts silence or show it with
-/// QT_LOGGING_RULES="zelvano=false". No line of it holds an API key or a user's identity.
+/// The library's log category, "zelvano", with one level, info. QT_LOGGING_RULES="zelvano=false" turns it off. Its
+/// lines hold no API key and no user's identity.
 ZELVANOCORE_EXPORT const QLoggingCategory &logCategory();
 
-/// The bodies of requests as they are sent, the user's identity with them: "zelvano.body". Off in release builds unless
-/// a host asks for it with QT_LOGGING_RULES="zelvano.body=true".
+/// The category "zelvano.body" for request bodies, which hold the user's identity. Off in release builds;
+/// QT_LOGGING_RULES="zelvano.body=true" turns it on.
 ZELVANOCORE_EXPORT const QLoggingCategory &bodyLogCategory();
 
 } // namespace zelvano
 
-/// One line into the library's log; its arguments are not evaluated while the category is off.
+/// Logs one line. While the category is off, the arguments are not evaluated.
 #define ZV_LOG(...) qCInfo(zelvano::logCategory).noquote().nospace() << __VA_ARGS__

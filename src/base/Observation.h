@@ -7,7 +7,7 @@
 
 namespace zelvano {
 
-/// One observed property of one object: a signal connection that ends with this value.
+/// A signal connection, usually to a property's change signal. The destructor disconnects it.
 class Observation
 {
 public:

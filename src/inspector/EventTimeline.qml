@@ -4,11 +4,11 @@ import QtQuick
 import QtQuick.Controls.Basic
 import ZelvanoUI
 
-// What the library sent, was answered and told, as it happens: for a host's developers. Colours are the palette's.
+// Shows an EventLog for a host's developers: requests, responses and events, as they occur. Uses the palette's colours.
 Rectangle {
     id: timeline
 
-    // The EventLog that is shown.
+    // The EventLog to show.
     required property var log
 
     readonly property color faint: Qt.alpha(palette.windowText, 0.6)
