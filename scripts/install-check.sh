@@ -49,6 +49,17 @@ check_interface() {
   quietly g++ -std=c++20 -fPIC -Wall -Wextra -Werror -o "$work/consumer" "$work/consumer.cpp" "${flags[@]}" \
     "-Wl,-rpath,$lib"
   quietly "$work/consumer"
+  check_type_names "$lib"
+}
+
+# check_type_names LIBDIR: the libraries export each class with virtual functions. Otherwise library and host each have
+# a typeinfo for it, and dynamic_cast compares their names.
+check_type_names() {
+  local missing
+  names() { sed -n "s/.* $1 for \\(zelvano::.*\\)/\\1/p" | grep -v '::Use[0-9]' | sort -u; }
+  missing=$(comm -12 <(nm -C "$work/consumer" | names vtable) <(nm -C "$work/consumer" | names typeinfo) |
+    comm -23 - <(nm -DC "$1"/libZelvano*.so | names typeinfo))
+  [ -z "$missing" ] || fail "these classes are not exported: $missing"
 }
 
 # refuses COMPONENT TEXT: find_package fails for the component with a message that contains TEXT.
