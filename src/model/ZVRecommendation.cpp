@@ -3,6 +3,7 @@
 #include "JsonReading.h"
 #include "Logging.h"
 #include "Utilities.h"
+#include <ZelvanoUI/Protocol.h>
 
 #include <QMutex>
 
@@ -101,12 +102,12 @@ QJsonObject ZVRecommendation::recommendation() const
 
 QString ZVRecommendation::viewUUID() const
 {
-    return json::stringValue(d->answer.value("viewUUID"_L1));
+    return json::stringValue(d->answer.value(ZVViewUUID));
 }
 
 QJsonValue ZVRecommendation::status() const
 {
-    return d->answer.value("status"_L1);
+    return d->answer.value(ZVStatusKey);
 }
 
 ZVVideoList ZVRecommendation::videoList() const
