@@ -33,10 +33,7 @@ class RequestCatcher : public http::TrafficObserver
 {
 public:
     void requestWillStart(quint64, const http::Request &started) override { request = started; }
-    void requestDidEnd(quint64, const std::optional<http::Response> &, const QByteArray &,
-                       const std::optional<Error> &) override
-    {
-    }
+    void requestDidEnd(quint64, const http::Response &, const std::optional<Error> &) override {}
 
     http::Request request;
 };

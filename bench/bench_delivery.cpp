@@ -32,12 +32,11 @@ class DeliveryCount : public http::TrafficObserver
 {
 public:
     void requestWillStart(quint64, const http::Request &) override {}
-    void requestDidEnd(quint64, const std::optional<http::Response> &response, const QByteArray &,
-                       const std::optional<Error> &error) override
+    void requestDidEnd(quint64, const http::Response &response, const std::optional<Error> &error) override
     {
         if (error && error->code == static_cast<int>(http::ErrorCode::Cancelled))
             return; // A held request.
-        if (error || response->status != 200)
+        if (error || response.status != 200)
             qFatal("an event was not delivered");
         ++delivered;
     }

@@ -127,10 +127,10 @@ void ZVAPIObject::setCompletion(Completion completion)
 
 void ZVAPIObject::callRequest(http::Request request, Completion completion)
 {
-    auto handler = [self = shared_from_this(), completion = std::move(completion)](const QByteArray &data, const auto &,
+    auto handler = [self = shared_from_this(), completion = std::move(completion)](const auto &response,
                                                                                    const auto &error) {
         if (completion)
-            completion(error ? ZVAPIResponse(*error) : ZVAPIResponse(data));
+            completion(error ? ZVAPIResponse(*error) : ZVAPIResponse(response.data));
     };
     const auto task = http::Session::dataTask(std::move(request), std::move(handler));
     withState([&](ClassState &state) { state.tasks.push_back(task); });

@@ -38,11 +38,9 @@ void Job::complete(const Outcome &outcome)
     m_request = {};
     const Session::Completion completion = std::exchange(m_completion, {});
     m_stage.store(Stage::Finished);
-    Traffic::report([&](TrafficObserver &observer) {
-        observer.requestDidEnd(m_id, outcome.response, outcome.data, outcome.error);
-    });
+    Traffic::report([&](TrafficObserver &observer) { observer.requestDidEnd(m_id, outcome.response, outcome.error); });
     if (completion)
-        completion(outcome.data, outcome.response, outcome.error);
+        completion(outcome.response, outcome.error);
 }
 
 } // namespace zelvano::http

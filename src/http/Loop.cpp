@@ -166,7 +166,7 @@ void Loop::fail(Transfer &transfer, ErrorCode error, const char *description)
 
 void Loop::fail(const std::shared_ptr<Job> &job, ErrorCode error, const char *description)
 {
-    m_outcomes.push_back({job, {}, {}, makeError(error, description)});
+    m_outcomes.push_back({job, {}, makeError(error, description)});
 }
 
 void Loop::cancelAll()

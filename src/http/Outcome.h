@@ -3,8 +3,6 @@
 #include "Response.h"
 #include <ZelvanoUI/Error.h>
 
-#include <QByteArray>
-
 #include <memory>
 #include <optional>
 
@@ -16,8 +14,7 @@ class Job;
 struct Outcome
 {
     std::shared_ptr<Job> job;
-    QByteArray data;
-    std::optional<Response> response;
+    Response response;
     std::optional<Error> error;
 };
 

@@ -1,14 +1,14 @@
 #pragma once
 
-#include <QUrl>
+#include <QByteArray>
 
 namespace zelvano::http {
 
-/// The head of an answer.
+/// An answer. Empty if the transfer failed.
 struct Response
 {
     int status = 0;
-    QUrl url; ///< After redirects.
+    QByteArray data;
 };
 
 } // namespace zelvano::http

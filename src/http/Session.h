@@ -26,9 +26,7 @@ class ZELVANOCORE_EXPORT Session
 {
 public:
     /// Runs on the delivery thread, one completion after another, exactly once for every resumed task.
-    /// Without an error there is always a response. With an error `data` is empty.
-    using Completion = std::function<void(const QByteArray &data, const std::optional<Response> &response,
-                                          const std::optional<Error> &error)>;
+    using Completion = std::function<void(const Response &response, const std::optional<Error> &error)>;
 
     /// Makes a task that waits for resume(). Without resume() the completion never runs. Any thread.
     static std::shared_ptr<Task> dataTask(Request request, Completion completion);

@@ -17,8 +17,7 @@ class ZELVANOCORE_EXPORT TrafficObserver
 public:
     virtual ~TrafficObserver() = default;
     virtual void requestWillStart(quint64 id, const Request &request) = 0;
-    virtual void requestDidEnd(quint64 id, const std::optional<Response> &response, const QByteArray &data,
-                               const std::optional<Error> &error) = 0;
+    virtual void requestDidEnd(quint64 id, const Response &response, const std::optional<Error> &error) = 0;
 };
 
 } // namespace zelvano::http

@@ -25,13 +25,6 @@ void keepAuthorities(CURL *easy)
         curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
 }
 
-QUrl effectiveUrl(CURL *easy)
-{
-    const char *url = nullptr;
-    curl_easy_getinfo(easy, CURLINFO_EFFECTIVE_URL, &url);
-    return QUrl::fromEncoded(url);
-}
-
 Transfer &transferOf(void *pointer)
 {
     return *static_cast<Transfer *>(pointer);
@@ -161,14 +154,16 @@ Outcome Transfer::end(CURLcode code)
     // libcurl accepts a head that the end of the connection cuts short.
     if (code == CURLE_OK && !m_answer.isHeadWhole)
         return end(ErrorCode::ConnectionLost, "the connection ended within the head of the answer");
-    if (code == CURLE_OK)
-        return finished({{}, std::move(m_answer.data), response(), {}});
-    return finished({{}, {}, {}, errorFor(code)});
+    if (code != CURLE_OK)
+        return finished({{}, {}, errorFor(code)});
+    long status = 0;
+    curl_easy_getinfo(m_easy.get(), CURLINFO_RESPONSE_CODE, &status);
+    return finished({{}, {int(status), std::move(m_answer.data)}, {}});
 }
 
 Outcome Transfer::end(ErrorCode error, const char *description)
 {
-    return finished({{}, {}, {}, makeError(error, description)});
+    return finished({{}, {}, makeError(error, description)});
 }
 
 Outcome Transfer::finished(Outcome outcome)
@@ -193,18 +188,11 @@ Error Transfer::errorFor(CURLcode code) const
     return makeError(error, m_errorText[0] ? m_errorText.data() : curl_easy_strerror(code));
 }
 
-Response Transfer::response() const
-{
-    long status = 0;
-    long redirects = 0;
-    curl_easy_getinfo(m_easy.get(), CURLINFO_RESPONSE_CODE, &status);
-    curl_easy_getinfo(m_easy.get(), CURLINFO_REDIRECT_COUNT, &redirects);
-    return {int(status), redirects == 0 ? m_job->request().url : effectiveUrl(m_easy.get())};
-}
-
 bool Transfer::hasLeftHost() const
 {
-    const QUrl url = effectiveUrl(m_easy.get());
+    const char *current = nullptr;
+    curl_easy_getinfo(m_easy.get(), CURLINFO_EFFECTIVE_URL, &current);
+    const QUrl url = QUrl::fromEncoded(current);
     const QUrl &asked = m_job->request().url;
     return url.scheme() != asked.scheme() || hostAndPort(url) != hostAndPort(asked);
 }

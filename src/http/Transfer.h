@@ -49,7 +49,6 @@ private:
     void setHeaders(bool isForeignHost);
     bool hasLeftHost() const;
     Error errorFor(CURLcode code) const;
-    Response response() const;
     Outcome finished(Outcome outcome);
 
     // What libcurl reports. Each returns false to end the transfer.

@@ -85,16 +85,15 @@ QJsonObject requestFields(quint64 id, const http::Request &request)
     return fields;
 }
 
-QJsonObject responseFields(quint64 id, const std::optional<http::Response> &response, const QByteArray &data,
-                           const std::optional<Error> &error)
+QJsonObject responseFields(quint64 id, const http::Response &response, const std::optional<Error> &error)
 {
     QJsonObject fields{{"id"_L1, static_cast<qint64>(id)}};
-    if (response)
-        fields.insert("status"_L1, response->status);
-    if (error)
+    if (error) {
         fields.insert("error"_L1, error->description);
-    else
-        fields.insert("body"_L1, decoded(data));
+    } else {
+        fields.insert("status"_L1, response.status);
+        fields.insert("body"_L1, decoded(response.data));
+    }
     return fields;
 }
 
@@ -220,10 +219,9 @@ struct EventLog::Private : http::TrafficObserver, ZelvanoPrivateDelegate, std::e
         addLater(u"request"_s, [=] { return requestFields(id, request); });
     }
 
-    void requestDidEnd(quint64 id, const std::optional<http::Response> &response, const QByteArray &data,
-                       const std::optional<Error> &error) override
+    void requestDidEnd(quint64 id, const http::Response &response, const std::optional<Error> &error) override
     {
-        addLater(u"response"_s, [=] { return responseFields(id, response, data, error); });
+        addLater(u"response"_s, [=] { return responseFields(id, response, error); });
     }
 
     // ZelvanoPrivateDelegate

@@ -92,7 +92,7 @@ private Q_SLOTS:
         Session::dataTask(httpGet(quiet.url()), [&](auto &&...) { second.resume(); })->resume();
         QVERIFY(quiet.awaitRequests(1));
         app.reset();
-        QCOMPARE(second.result().status(), 200);
+        QCOMPARE(second.result().status, 200);
     }
 
     void endsWithoutApplication()
@@ -113,7 +113,7 @@ private Q_SLOTS:
 /// Leaves main() during a transfer, without an application object.
 static int runChild(const char *url)
 {
-    const auto print = [](const auto &, const auto &, const auto &error) {
+    const auto print = [](const auto &, const auto &error) {
         const char digit = char('0' + (error ? error->code : 0));
         if (write(STDOUT_FILENO, &digit, 1) != 1)
             abort();

@@ -101,9 +101,8 @@ private Q_SLOTS:
             RawServer server(script);
             const HttpResult result = HttpLoad(httpGet(server.url())).resume().result();
             QCOMPARE(result.errorCode(), 0);
-            QCOMPARE(result.status(), status);
+            QCOMPARE(result.status, status);
             QCOMPARE(result.data, data);
-            QCOMPARE(result.response->url, server.url());
         }
     }
 
@@ -138,7 +137,7 @@ private Q_SLOTS:
             const auto url = server.url("/", error == ErrorCode::SecureConnectionFailed);
             const HttpResult result = HttpLoad(httpGet(url)).resume().result();
             QCOMPARE(result.errorCode(), int(error));
-            QVERIFY(!result.response && result.data.isEmpty());
+            QVERIFY(result.status == 0 && result.data.isEmpty());
             QCOMPARE(result.error->domain, QString(ErrorDomain));
             QVERIFY(!result.error->description.isEmpty());
             QCOMPARE(result.error->description, result.error->description.simplified());
@@ -176,7 +175,7 @@ private Q_SLOTS:
             const Case current(name);
             RawServer server(drip(quick, slow, 50ms));
             const auto start = std::chrono::steady_clock::now();
-            QCOMPARE(HttpLoad(httpGet(server.url(), 400ms)).resume().result().status(), 200);
+            QCOMPARE(HttpLoad(httpGet(server.url(), 400ms)).resume().result().status, 200);
             QVERIFY(std::chrono::steady_clock::now() - start > 400ms);
         }
     }
@@ -201,7 +200,6 @@ private Q_SLOTS:
             RawServer server(inTurn(httpRedirect(status, "/new"), httpAnswer("arrived")));
             const HttpResult result = HttpLoad(httpPost(server.url("/old"), "the body")).resume().result();
             QCOMPARE(result.data, "arrived");
-            QCOMPARE(result.response->url, server.url("/new"));
             const auto requests = server.requests();
             QCOMPARE(requests.size(), 2u);
             const QByteArray second = requests.back();
@@ -247,7 +245,7 @@ private Q_SLOTS:
             request.setHeader("x-a", "replaced");
             request.setHeader("X-A", "b");
             request.headers.emplace_back("X-Bad", "set\r\npast: the check");
-            QCOMPARE(HttpLoad(request).resume().result().status(), 200);
+            QCOMPARE(HttpLoad(request).resume().result().status, 200);
             const auto expected = method + head + length + "\r\n" + body;
             QCOMPARE(server.requests().front(), QByteArray(expected).replace("%1", server.hostAndPort()));
         }
@@ -276,7 +274,7 @@ private Q_SLOTS:
         auto loads = resumed(20, server.raw().url());
         QVERIFY(server.raw().awaitRequests(Slots));
         RawServer quick(always(httpAnswer("{}"))); // Another host does not wait.
-        QCOMPARE(HttpLoad(httpGet(quick.url())).resume().result().status(), 200);
+        QCOMPARE(HttpLoad(httpGet(quick.url())).resume().result().status, 200);
         for (size_t next = Slots; next < loads.size(); ++next) {
             // A seventh request that went out without a slot would exceed this count.
             QCOMPARE(server.raw().requests().size(), next);
@@ -286,7 +284,7 @@ private Q_SLOTS:
         }
         server.open(Slots);
         for (HttpLoad &load : loads)
-            QCOMPARE(load.result().status(), 200);
+            QCOMPARE(load.result().status, 200);
         QCOMPARE(server.raw().accepted(), Slots);
     }
 
@@ -302,7 +300,7 @@ private Q_SLOTS:
             const int rounds = figure("ZELVANO_ROUNDS", 200);
             for (int round = 0; round < rounds; ++round) {
                 request.url = server.url("/first");
-                QCOMPARE(HttpLoad(request).resume().result().status(), 200);
+                QCOMPARE(HttpLoad(request).resume().result().status, 200);
                 request.url = server.url("/second");
                 QCOMPARE(HttpLoad(request).resume().result().errorCode(), int(ErrorCode::ConnectionLost));
             }
@@ -337,8 +335,8 @@ private Q_SLOTS:
         }
         QVERIFY(server.raw().awaitRequests(Slots + 1)); // The first waiting job gets the slot of the active one.
         server.open(Slots + 2);
-        QCOMPARE(loads[Slots].result().status(), 200);
-        QCOMPARE(loads[Slots + 2].result().status(), 200);
+        QCOMPARE(loads[Slots].result().status, 200);
+        QCOMPARE(loads[Slots + 2].result().status, 200);
         for (const QByteArray &request : server.raw().requests())
             QVERIFY(!request.startsWith("GET /7 "));
     }
@@ -362,7 +360,7 @@ private Q_SLOTS:
             load.resume();
         canceller.join();
         for (HttpLoad &load : loads)
-            QVERIFY(load.result().response || load.result().errorCode() == int(ErrorCode::Cancelled));
+            QVERIFY(load.result().status == 200 || load.result().errorCode() == int(ErrorCode::Cancelled));
         passCompletions();
         for (HttpLoad &load : loads)
             QCOMPARE(load.runs(), 1);
@@ -384,7 +382,7 @@ private Q_SLOTS:
         for (const HttpLoad &load : loads)
             QVERIFY(!load.isFinished());
         mayReturn.release();
-        QCOMPARE(loads.back().result().status(), 200);
+        QCOMPARE(loads.back().result().status, 200);
     }
 };
 

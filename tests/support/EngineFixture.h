@@ -51,13 +51,13 @@ public:
         m_calls.push_back({id, name, request.body, {}, true});
         m_changed.notify_all();
     }
-    void requestDidEnd(quint64 id, const std::optional<zelvano::http::Response> &, const QByteArray &data,
+    void requestDidEnd(quint64 id, const zelvano::http::Response &response,
                        const std::optional<zelvano::Error> &) override
     {
         const std::lock_guard lock(m_mutex);
         const auto call = std::find_if(m_calls.rbegin(), m_calls.rend(), [id](auto &c) { return c.id == id; });
         if (call != m_calls.rend()) {
-            call->answer = data;
+            call->answer = response.data;
             call->isRunning = false;
         }
         m_changed.notify_all();

@@ -7,14 +7,11 @@
 #include <future>
 
 /// The result of a transfer.
-struct HttpResult
+struct HttpResult : zelvano::http::Response
 {
-    QByteArray data;
-    std::optional<zelvano::http::Response> response;
     std::optional<zelvano::Error> error;
     std::thread::id thread;
 
-    int status() const { return response ? response->status : 0; }
     int errorCode() const { return error ? error->code : 0; }
 };
 
@@ -25,9 +22,9 @@ public:
     explicit HttpLoad(zelvano::http::Request request)
     {
         m_task = zelvano::http::Session::dataTask(
-            std::move(request), [state = m_state](const auto &data, const auto &response, const auto &error) {
+            std::move(request), [state = m_state](const auto &response, const auto &error) {
                 if (++state->runs == 1)
-                    state->promise.set_value({data, response, error, std::this_thread::get_id()});
+                    state->promise.set_value({response, error, std::this_thread::get_id()});
             });
     }
 
@@ -40,7 +37,7 @@ public:
     bool isFinished() const { return m_task->isFinished(); }
     int runs() const { return m_state->runs; }
 
-    /// Has neither response nor error if the completion does not run in time.
+    /// Has neither status nor error if the completion does not run in time.
     HttpResult result(std::chrono::milliseconds patience = std::chrono::seconds(20))
     {
         auto &future = m_state->future;

@@ -30,12 +30,12 @@ void download(const QUrl &url, const QString &key, ZVImagesFetcher::Completion c
 {
     http::Request request;
     request.url = url;
-    http::Session::dataTask(request, [key, completion = std::move(completion)](const auto &data, const auto &,
+    http::Session::dataTask(request, [key, completion = std::move(completion)](const auto &response,
                                                                                const auto &error) mutable {
         if (error)
             completion({}, error);
-        else if (!data.isEmpty())
-            imageDidLoad(key, data, std::move(completion));
+        else if (!response.data.isEmpty())
+            imageDidLoad(key, response.data, std::move(completion));
     })->resume();
 }
 
