@@ -8,8 +8,7 @@ class QQuickWindow;
 
 namespace demo {
 
-/// The viewer's hand: mouse events at a window, as the window system would send them, with the pauses of a person.
-/// The callback runs when the last one is out.
+/// Sends mouse events to a window, as the window system would, at a person's speed. Calls `done` after the last one.
 void tapAt(QQuickWindow *window, QPointF point, std::function<void()> done);
 void dragFrom(QQuickWindow *window, QPointF from, QPointF to, std::function<void()> done);
 

@@ -9,8 +9,8 @@ struct Notification;
 
 namespace demo {
 
-/// The web player's page, shown in a place of the window. The videos that its plug-in offers are switched here: the
-/// library announces the viewer's choice and leaves the rest to the host.
+/// The web player's page, shown in a place of the window. When the viewer picks a video in its plug-in, the library
+/// posts the choice and the host switches the video here.
 class KalturaDeck : public Deck
 {
     Q_OBJECT

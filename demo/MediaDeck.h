@@ -5,7 +5,7 @@
 
 namespace demo {
 
-/// A QMediaPlayer and its VideoOutput, handed to the library as one of the platform's players.
+/// A QMediaPlayer and its VideoOutput, given to the library as a player of one kind.
 class MediaDeck : public Deck
 {
     Q_OBJECT
@@ -29,7 +29,7 @@ private:
     const QString m_kind;
     const QPointer<QMediaPlayer> m_mediaPlayer;
     const QPointer<QQuickItem> m_videoOutput;
-    std::weak_ptr<zelvano::QtMPMoviePlayerController> m_moviePlayer; ///< Of the session, if it is of that kind.
+    std::weak_ptr<zelvano::QtMPMoviePlayerController> m_moviePlayer; ///< Null for other kinds.
 };
 
 } // namespace demo

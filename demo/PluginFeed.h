@@ -6,8 +6,8 @@
 
 namespace demo {
 
-/// Feeds a web player's plug-in. The engine tells its listeners of no player, so its suggestions are passed on once
-/// more, with the player that the host gave to addPlayer(): then the controller posts them to the plug-in.
+/// Passes the suggestions to a web player's plug-in. The engine calls its listeners without a player. This listener
+/// calls the controller once more, with the player given to addPlayer(), and the controller posts them to the plug-in.
 class PluginFeed : public zelvano::ZelvanoPrivateDelegate
 {
 public:

@@ -45,7 +45,8 @@ std::optional<std::vector<Command>> parseScript(const QString &text, QString &er
         const Command command{static_cast<int>(i + 1), words.takeFirst(), words};
         const auto arity = arities().constFind(command.name);
         if (arity == arities().cend() || words.size() < arity->least || words.size() > arity->most) {
-            error = u"line %1: %2"_s.arg(command.line).arg(lines[i].trimmed());
+            const auto reason = arity == arities().cend() ? u"unknown command"_s : u"wrong number of arguments"_s;
+            error = u"line %1: %2: %3"_s.arg(command.line).arg(reason, lines[i].trimmed());
             return std::nullopt;
         }
         commands.push_back(command);

@@ -8,19 +8,19 @@
 
 namespace demo {
 
-/// One line of a session's script: a command and its words.
+/// One line of a script.
 struct Command
 {
     int line = 0;
     QString name;
     QStringList arguments;
 
-    /// Whether it does something to the session, rather than wait or look.
+    /// True unless the command only waits or takes a picture.
     bool isActing() const;
 };
 
-/// The commands of a script; blank lines and lines that begin with "#" are skipped. Nothing, with the reason, for a
-/// command that does not exist or has the wrong number of words.
+/// The commands of a script, without blank lines and lines that begin with "#". Nothing, with `error` set, for an
+/// unknown command or a wrong number of arguments.
 std::optional<std::vector<Command>> parseScript(const QString &text, QString &error);
 
 } // namespace demo

@@ -20,7 +20,7 @@ double milliseconds(qint64 nanoseconds)
     return std::round(static_cast<double>(nanoseconds) / 1e4) / 100;
 }
 
-/// Of the calling thread, nanoseconds.
+/// CPU time of the calling thread, in nanoseconds.
 qint64 threadCpu()
 {
     timespec time = {};
@@ -88,7 +88,7 @@ bool StallProbe::notify(QObject *receiver, QEvent *event)
     if (m_depth > 0 || QThread::currentThread() != thread())
         return QGuiApplication::notify(receiver, event);
     const bool hadStarted = hasStarted();
-    // Both may be gone afterwards.
+    // Read now: the event may delete the receiver.
     const auto *className = receiver->metaObject()->className();
     const auto type = event->type();
     auto whose = whoseIs(receiver, type);

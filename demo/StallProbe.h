@@ -12,7 +12,7 @@
 
 namespace demo {
 
-/// An application that knows its stalls: how long one event kept the main thread.
+/// Measures how long each event keeps the main thread.
 class StallProbe : public QGuiApplication
 {
     Q_OBJECT
@@ -20,17 +20,16 @@ class StallProbe : public QGuiApplication
 public:
     using QGuiApplication::QGuiApplication;
 
-    /// Forgets what events have cost so far.
+    /// Starts the measurement again.
     void reset();
-    /// An event during which this becomes true is set aside: the web engine starts only once.
+    /// Counts the event during which this becomes true apart from the others: the web engine starts only once.
     void setExcuse(std::function<bool()> hasStarted) { m_hasStarted = std::move(hasStarted); }
 
-    /// Milliseconds: the longest of the library's events (the main queue's and those of its own objects; what it does
-    /// inside a signal of the host's player is the others'), with this thread's CPU in it; the one that was set aside;
-    /// the longest drawing of a window; and the longest of all others, the script's own work included, with its
-    /// receiver.
+    /// In milliseconds, the longest event of: the library (its main queue and its own objects), with its CPU time on
+    /// this thread; the web engine's start; drawing a window; all others, with the receiver. The others include the
+    /// script's work, and the library's inside a signal of the host's player.
     QJsonObject summary() const;
-    /// Every event but drawing that took longer than a frame of a screen lasts, and when it began since the reset.
+    /// Each event except drawing that took longer than 16 ms, with its start in milliseconds since the reset.
     QJsonArray longerThanAFrame() const;
 
     bool notify(QObject *receiver, QEvent *event) override;
