@@ -26,4 +26,15 @@ void Deck::setFullscreen(bool) {}
 
 void Deck::exit() {}
 
+void fillPlace(QQuickItem *item, QQuickItem *place)
+{
+    if (!item || !place)
+        return;
+    item->setParentItem(place);
+    const auto fill = [item, place] { item->setSize(place->size()); };
+    QObject::connect(place, &QQuickItem::widthChanged, item, fill);
+    QObject::connect(place, &QQuickItem::heightChanged, item, fill);
+    fill();
+}
+
 } // namespace demo

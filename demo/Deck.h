@@ -12,7 +12,7 @@ namespace demo {
 
 class Witness;
 
-/// The host's player, of whichever kind: what the controls and a script do to it, and what the library is given.
+/// The host's player, of any kind: what the controls and a script operate, and what the library is given.
 class Deck : public QObject
 {
     Q_OBJECT
@@ -21,25 +21,24 @@ class Deck : public QObject
     Q_PROPERTY(double position READ position WRITE seek NOTIFY changed FINAL)
     /// Seconds; 0 while unknown.
     Q_PROPERTY(double duration READ duration NOTIFY changed FINAL)
-    /// The picture brings its own controls.
+    /// True when the player shows controls of its own.
     Q_PROPERTY(bool hasControls READ hasControls CONSTANT FINAL)
 
 public:
     static const QStringList &kinds();
-    /// The kinds of Qt Multimedia's play on the media player and show it in the video output; the web player's kind
-    /// shows its page in the place.
+    /// The web player shows its page in `place`. All other kinds play on the media player into the video output.
     static std::unique_ptr<Deck> create(const QString &kind, QMediaPlayer *mediaPlayer, QQuickItem *videoOutput,
                                         QQuickItem *place);
 
-    /// The player that the library is given for one session.
+    /// Makes the player object for one session of the library.
     virtual std::shared_ptr<QObject> newPlayer(Witness &witness) = 0;
 
-    /// Loads the first video of the service.
+    /// Loads the first video.
     virtual void load(const QUrl &video) = 0;
     Q_INVOKABLE virtual void play() = 0;
     Q_INVOKABLE virtual void pause() = 0;
     virtual void seek(double seconds) = 0;
-    /// What its viewer does beyond that; does nothing where a kind has no such thing.
+    /// Only movie players have full screen and leaving; other kinds ignore these.
     virtual void setFullscreen(bool fullscreen);
     virtual void exit();
 
@@ -47,12 +46,15 @@ public:
     virtual double position() const = 0;
     virtual double duration() const = 0;
     virtual bool hasControls() const { return false; }
-    /// What it plays, as the service calls it.
+    /// The service's identifier of the playing video.
     virtual QString videoId() const = 0;
     /// The page of a web player; null for any other.
     virtual QQuickItem *webView() const { return nullptr; }
     Q_SIGNAL void changed();
     Q_SIGNAL void videoChanged();
 };
+
+/// Shows the item in the place, at the place's size from now on.
+void fillPlace(QQuickItem *item, QQuickItem *place);
 
 } // namespace demo

@@ -6,6 +6,8 @@
 #include <ZelvanoUI/PlayerEvents.h>
 #include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/UserDefaults.h>
+#include <ZelvanoUI/ZVCategoryView.h>
+#include <ZelvanoUI/ZVVideoParams.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -21,11 +23,14 @@ constexpr int restartDelay = 500; // Milliseconds without a further change of th
 
 } // namespace
 
-Host::Host(const Options &options, EventLog &log)
-    : m_options(options), m_log(log), m_witness(std::make_shared<Witness>(log)), m_nativeView(options.view)
+Host::Host(const Options &options, EventLog &log) : m_options(options), m_log(log), m_witness(log)
 {
     if (!options.defaults.isEmpty())
         UserDefaults::standard().setFilePath(options.defaults);
+    if (options.view)
+        m_nativeView = ZVRecommendationViewFactory::recommendationViewForType(*options.view);
+    if (const auto categories = std::dynamic_pointer_cast<ZVCategoryView>(m_nativeView))
+        categories->setLoadsThumbnails(true);
 }
 
 Host::~Host() = default;
@@ -41,8 +46,7 @@ bool Host::reachService()
         }
         m_service = u"127.0.0.1:%1"_s.arg(m_sandbox.port());
     }
-    // From here on what the library sends to production arrives at this service.
-    useService(m_service);
+    useService(m_service); // The library keeps its production URL.
     return true;
 }
 
@@ -54,7 +58,7 @@ void Host::attach(QQuickWindow *window)
                      window->findChild<QQuickItem *>(u"videoOutput"_s), window->findChild<QQuickItem *>(u"webPlace"_s));
     Application::shared().setKeyWindow(window);
     connect(m_deck.get(), &Deck::videoChanged, this, &Host::updateTitle);
-    m_nativeView.placeIn(window->findChild<QQuickItem *>(u"nativePlace"_s));
+    fillPlace(nativeView(), window->findChild<QQuickItem *>(u"nativePlace"_s));
     m_deck->load(firstVideo());
     updateTitle();
     Q_EMIT deckChanged();
@@ -63,7 +67,6 @@ void Host::attach(QQuickWindow *window)
     m_restart.setSingleShot(true);
     m_restart.setInterval(restartDelay);
     connect(&m_restart, &QTimer::timeout, this, &Host::startSession);
-    connect(&m_log, &EventLog::added, this, &Host::sessionMayHaveEnded);
     startSession();
 }
 
@@ -72,13 +75,13 @@ void Host::startSession()
     m_seeksOverlay = true;
     m_controller = ZelvanoViewController::create(m_options.apiKey);
     m_controller->setSuggestionsSize(m_options.suggestions);
-    m_controller->setDelegate(m_witness);
+    m_controller->setDelegate(weak_from_this());
     m_log.watch(m_controller->zelvano());
-    if (const auto view = m_nativeView.view()) {
-        view->setDelegate(m_controller);
-        m_controller->setRecommendationView(view);
+    if (m_nativeView) {
+        m_nativeView->setDelegate(m_controller);
+        m_controller->setRecommendationView(m_nativeView);
     }
-    const auto player = m_deck->newPlayer(*m_witness);
+    const auto player = m_deck->newPlayer(m_witness);
     if (m_deck->webView()) {
         m_controller->addPlayer(player);
         m_controller->zelvano()->addListener(std::make_shared<PluginFeed>(m_controller, player));
@@ -86,10 +89,18 @@ void Host::startSession()
     m_controller->setPlayer(player, m_options.page);
 }
 
-/// A resized window counts as the closing of the player. A person's session then starts anew, a script's does not.
-void Host::sessionMayHaveEnded(const QJsonObject &entry)
+void Host::didSelectVideo(ZelvanoViewController *, const std::shared_ptr<ZVVideoParams> &video)
 {
-    if (m_options.script.isEmpty() && entry.value("what"_L1) == "didSelectDone"_L1)
+    m_log.add(u"delegate"_s,
+              {{"what"_L1, u"didSelectVideo"_s}, {"title"_L1, video->title()}, {"videoId"_L1, video->videoId()}});
+}
+
+/// Resizing the window also ends a session: the library takes it for the closing of the player. The demo then begins
+/// another one, unless a script decides what happens.
+void Host::didSelectDone(ZelvanoViewController *)
+{
+    m_log.add(u"delegate"_s, {{"what"_L1, u"didSelectDone"_s}});
+    if (m_options.script.isEmpty())
         m_restart.start();
 }
 
@@ -104,7 +115,7 @@ void Host::updateTitle()
     Q_EMIT titleChanged();
 }
 
-/// The service's first sample, which the host shows of itself and nobody has recommended.
+/// The service's first sample. No recommendation holds its title.
 bool Host::isFirstVideo(const QString &id) const
 {
     return m_options.video.isEmpty() && (id.isEmpty() || id == "sandbox-1"_L1 || QUrl(id) == firstVideo());
@@ -115,14 +126,14 @@ QUrl Host::firstVideo() const
     return m_options.video.isEmpty() ? QUrl(u"http://%1/media/1.mp4"_s.arg(m_service)) : m_options.video;
 }
 
-/// The controller makes its overlay with the first recommendation; a look before that would make it too early.
+/// The controller makes its overlay with the first recommendation. An earlier webView() would make it too soon.
 void Host::watchOverlay()
 {
     if (!m_seeksOverlay || !hasRecommendations())
         return;
     m_seeksOverlay = false;
     m_overlay = m_controller->webView();
-    m_witness->watchOverlay(m_overlay);
+    m_witness.watchOverlay(m_overlay);
 }
 
 bool Host::hasRecommendations() const

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Deck.h"
-#include "NativeView.h"
 #include "Options.h"
 #include "Witness.h"
 #include <ZelvanoUI/EventLog.h>
 #include <ZelvanoUI/Sandbox.h>
+#include <ZelvanoUI/ZVRecommendationView.h>
 #include <ZelvanoUI/ZelvanoViewController.h>
 
 #include <QObject>
@@ -17,7 +17,7 @@
 namespace demo {
 
 /// The host application: a window with a video, and the library linked to it.
-class Host : public QObject
+class Host : public QObject, public zelvano::ZelvanoViewControllerDelegate, public std::enable_shared_from_this<Host>
 {
     Q_OBJECT
     Q_PROPERTY(zelvano::EventLog *log READ log CONSTANT)
@@ -29,15 +29,16 @@ public:
     Host(const Options &options, zelvano::EventLog &log);
     ~Host() override;
 
-    /// False, after a line on stderr, when there is no service to talk to.
+    /// Starts the sandbox unless the options name a service. False, after a line on stderr, when that fails.
     bool reachService();
-    /// Links the library to what the window shows, and loads the first video.
+    /// Links the library to the window's items and loads the first video.
     void attach(QQuickWindow *window);
 
     zelvano::EventLog *log() { return &m_log; }
-    bool hasNativeView() const { return m_nativeView.view() != nullptr; }
-    const NativeView &nativeView() const { return m_nativeView; }
-    /// The title of the video that plays; the file's name for one that the service has not told of.
+    bool hasNativeView() const { return m_nativeView != nullptr; }
+    /// Null without a native view.
+    QQuickItem *nativeView() const { return m_nativeView ? m_nativeView->view() : nullptr; }
+    /// The playing video's title, or its file name when the service has sent no title.
     QString title() const { return m_title; }
     Q_SIGNAL void titleChanged();
 
@@ -48,22 +49,26 @@ public:
     /// Null before the first recommendation and after dismiss().
     zelvano::ZVTopRecommendationView *overlay() const { return m_overlay; }
 
-    /// True from the moment on at which the controller has its overlay, and with it the web engine.
+    /// True once the controller has its overlay, and with it the web engine.
     bool hasRecommendations() const;
 
     Q_INVOKABLE void announceChoice(const QUrl &url);
     Q_INVOKABLE void dismiss();
-    /// Ends the session and begins another, with a player object of its own over the same video.
+    /// Ends the session and begins another with a new player object over the same video.
     void restart();
-    /// Turns the device and gives the window the shape that goes with it.
+    /// Turns the device, and swaps the window's width and height to match.
     Q_INVOKABLE void rotate(bool portrait);
+
+    // ZelvanoViewControllerDelegate
+    void didSelectVideo(zelvano::ZelvanoViewController *controller,
+                        const std::shared_ptr<zelvano::ZVVideoParams> &video) override;
+    void didSelectDone(zelvano::ZelvanoViewController *controller) override;
 
 private:
     QUrl firstVideo() const;
     bool isFirstVideo(const QString &id) const;
     void updateTitle();
     void startSession();
-    void sessionMayHaveEnded(const QJsonObject &entry);
     void watchOverlay();
 
     const Options m_options;
@@ -76,8 +81,8 @@ private:
     QPointer<QQuickWindow> m_window;
     std::unique_ptr<Deck> m_deck;
     QPointer<zelvano::ZVTopRecommendationView> m_overlay;
-    std::shared_ptr<Witness> m_witness;
-    NativeView m_nativeView;
+    Witness m_witness;
+    std::shared_ptr<zelvano::ZVRecommendationView> m_nativeView;
     std::shared_ptr<zelvano::ZelvanoViewController> m_controller;
 };
 

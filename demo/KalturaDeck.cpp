@@ -23,7 +23,7 @@ KalturaDeck::~KalturaDeck()
     NotificationCenter::defaultCenter().removeObserver(this);
 }
 
-/// The player's page stands beside the service's videos, and knows them by the service's own names.
+/// The service also serves the player's page. There a video has the service's identifier.
 void KalturaDeck::load(const QUrl &video)
 {
     const auto number = video.fileName().section(u'.', 0, 0);
@@ -31,14 +31,7 @@ void KalturaDeck::load(const QUrl &video)
         QtKPViewController::create(video.resolved(QUrl(u"/kaltura/?autoPlay=false&entryId=sandbox-"_s + number)));
     connect(m_player.get(), &KPViewController::mediaChanged, this, &Deck::changed);
     connect(m_player.get(), &KPViewController::loadStateChanged, this, &Deck::videoChanged);
-    auto *const item = qobject_cast<QQuickItem *>(m_player->view());
-    if (!item)
-        return;
-    item->setParentItem(m_place);
-    const auto fill = [item, place = m_place.data()] { item->setSize(place->size()); };
-    connect(m_place, &QQuickItem::widthChanged, item, fill);
-    connect(m_place, &QQuickItem::heightChanged, item, fill);
-    fill();
+    fillPlace(qobject_cast<QQuickItem *>(m_player->view()), m_place);
 }
 
 std::shared_ptr<QObject> KalturaDeck::newPlayer(Witness &witness)
@@ -47,7 +40,7 @@ std::shared_ptr<QObject> KalturaDeck::newPlayer(Witness &witness)
     return m_player;
 }
 
-/// It comes once for each time that the player became playable; the first one switches the video.
+/// The library posts one for each time that the player became playable. Only the first switches the video.
 void KalturaDeck::pluginDidChoose(const Notification &notification)
 {
     const auto entryId = notification.userInfo.value(u"params"_s).toMap().value(u"videoId"_s).toString();

@@ -13,12 +13,13 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int defaultSuggestions = 6;
-constexpr int defaultPluginSuggestions = 7; // A plug-in gets six of them, and nothing unless there are more.
+constexpr int defaultPluginSuggestions = 7; // A plug-in gets six, and only when there are more than six.
 
-const QStringList &views()
+const QMap<QString, zelvano::ZVRecommendationViewFactory::Type> &views()
 {
-    static const QStringList names{u"none"_s, u"list"_s, u"category"_s};
-    return names;
+    using Factory = zelvano::ZVRecommendationViewFactory;
+    static const QMap<QString, Factory::Type> types{{u"list"_s, Factory::List}, {u"category"_s, Factory::Category}};
+    return types;
 }
 
 const QStringList &colorings()
@@ -40,26 +41,30 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     const QCommandLineOption service(u"service"_s, u"Use the service at <host:port> instead of a sandbox."_s,
                                      u"host:port"_s);
     const QStringList scenarios = zelvano::sandbox::Sandbox::scenarioNames();
-    const QCommandLineOption scenario(u"scenario"_s, u"What the sandbox answers: "_s + scenarios.join(", "_L1) + u'.',
+    const QCommandLineOption scenario(u"scenario"_s, u"The sandbox's behaviour: "_s + scenarios.join(", "_L1) + u'.',
                                       u"name"_s, scenarios.constFirst());
-    const QCommandLineOption apiKey(u"api-key"_s, u"The host's API key."_s, u"key"_s, u"demo-key"_s);
+    const QCommandLineOption apiKey(u"api-key"_s, u"The API key."_s, u"key"_s, u"demo-key"_s);
     const QCommandLineOption page(u"page"_s, u"The page identifier."_s, u"id"_s, u"demo-page"_s);
-    const QCommandLineOption suggestions(u"suggestions"_s, u"How many videos to ask for."_s, u"n"_s);
+    const QCommandLineOption suggestions(u"suggestions"_s, u"The number of videos to request."_s, u"n"_s);
     const QCommandLineOption defaults(u"defaults"_s, u"Keep the user's identity in <file>."_s, u"file"_s);
     const QCommandLineOption player(u"player"_s, u"The kind of player: "_s + Deck::kinds().join(", "_L1) + u'.',
                                     u"kind"_s, u"avplayerviewcontroller"_s);
-    const QCommandLineOption view(u"view"_s, u"The native view: "_s + views().join(", "_L1) + u'.', u"kind"_s,
-                                  u"none"_s);
+    const auto noView = u"none"_s;
+    const QStringList viewNames = QStringList{noView} + views().keys();
+    const QCommandLineOption view(u"view"_s, u"The native view: "_s + viewNames.join(", "_L1) + u'.', u"kind"_s,
+                                  noView);
     const QCommandLineOption colors(u"colors"_s, u"The window's colours: "_s + colorings().join(", "_L1) + u'.',
                                     u"kind"_s, u"system"_s);
-    const QCommandLineOption video(u"video"_s, u"The first video."_s, u"url"_s);
+    const QCommandLineOption video(u"video"_s, u"The first video to play."_s, u"url"_s);
     const QCommandLineOption script(u"script"_s, u"Replay a session from <file>."_s, u"file"_s);
-    const QCommandLineOption screenshots(u"screenshots"_s, u"Where a script's screenshots go."_s, u"folder"_s, u"."_s);
-    const QCommandLineOption trace(u"trace"_s, u"Write what happens to <file>, as JSON lines."_s, u"file"_s);
-    const QCommandLineOption stalls(u"stalls"_s, u"At the end, print what kept the main thread, as JSON."_s);
+    const QCommandLineOption screenshots(u"screenshots"_s, u"Save a script's screenshots in <folder>."_s, u"folder"_s,
+                                         u"."_s);
+    const QCommandLineOption trace(u"trace"_s, u"Write the events of the session to <file>, one JSON object a line."_s,
+                                   u"file"_s);
+    const QCommandLineOption stalls(u"stalls"_s, u"At the end, print the longest events of the main thread as JSON."_s);
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(u"A host of ZelvanoUI: plays a video and shows further ones over it."_s);
+    parser.setApplicationDescription(u"A host of ZelvanoUI: plays a video and recommends further ones."_s);
     parser.addHelpOption();
     parser.addOptions({service, scenario, apiKey, page, suggestions, defaults, player, view, colors, video, script,
                        screenshots, trace, stalls});
@@ -78,22 +83,23 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     if (parser.isSet(suggestions))
         options.suggestions = parser.value(suggestions).toInt(&isNumber);
     options.colors = parser.value(colors);
-    options.view = parser.value(view);
+    if (parser.value(view) != noView)
+        options.view = views().value(parser.value(view));
     options.video = QUrl::fromUserInput(parser.value(video));
     options.script = parser.value(script);
     options.screenshots = parser.value(screenshots);
     options.trace = parser.value(trace);
     options.stalls = parser.isSet(stalls);
     if (!isNumber || options.suggestions < 0)
-        return refuse(u"--suggestions takes a number"_s);
+        return refuse(u"--suggestions takes a number of 0 or more"_s);
     if (!known)
         return refuse(u"--scenario takes one of "_s + scenarios.join(", "_L1));
     if (parser.isSet(scenario) && parser.isSet(service))
-        return refuse(u"--scenario is for the sandbox of this process, --service names another"_s);
+        return refuse(u"--scenario and --service exclude each other"_s);
     if (!Deck::kinds().contains(options.player))
         return refuse(u"--player takes one of "_s + Deck::kinds().join(", "_L1));
-    if (!views().contains(options.view))
-        return refuse(u"--view takes one of "_s + views().join(", "_L1));
+    if (!viewNames.contains(parser.value(view)))
+        return refuse(u"--view takes one of "_s + viewNames.join(", "_L1));
     if (!colorings().contains(options.colors))
         return refuse(u"--colors takes one of "_s + colorings().join(", "_L1));
     if (!options.service.isEmpty() && !options.service.contains(u':'))

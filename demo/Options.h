@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ZelvanoUI/Sandbox.h>
+#include <ZelvanoUI/ZVRecommendationViewFactory.h>
 
 #include <QString>
 #include <QStringList>
@@ -10,25 +11,25 @@
 
 namespace demo {
 
-/// What the command line asks for.
+/// The command line.
 struct Options
 {
-    QString service; ///< HOST:PORT; null: a sandbox in this process.
-    zelvano::sandbox::Scenario scenario = zelvano::sandbox::Scenario::Ordinary; ///< Of the sandbox in this process.
+    QString service; ///< HOST:PORT. Empty: a sandbox in this process.
+    zelvano::sandbox::Scenario scenario = zelvano::sandbox::Scenario::Ordinary; ///< Of that sandbox.
     QString apiKey;
     QString page;
     int suggestions = 0;
-    QString defaults; ///< Null: the application's own.
+    QString defaults; ///< A file. Empty: the application's own.
     QString player;
-    QString colors; ///< light, dark, or the system's.
-    QString view;   ///< The native view: none, list or category.
-    QUrl video;     ///< Empty: the service's first sample.
+    QString colors;                                                 ///< "light", "dark" or "system".
+    std::optional<zelvano::ZVRecommendationViewFactory::Type> view; ///< The native view, if any.
+    QUrl video;                                                     ///< Empty: the service's first sample.
     QString script;
     QString screenshots;
     QString trace;
-    bool stalls = false; ///< Whether what kept the main thread is printed at the end.
+    bool stalls = false; ///< Print the longest events of the main thread at the end.
 
-    /// Nothing, after a line on stderr, when the arguments make no sense. Ends the process for --help.
+    /// Nothing, after a line on stderr, for wrong arguments. Ends the process for --help.
     static std::optional<Options> parse(const QStringList &arguments);
 };
 

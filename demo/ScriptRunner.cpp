@@ -2,6 +2,7 @@
 
 #include "Host.h"
 #include "Input.h"
+#include "Internals.h"
 #include <ZelvanoUI/EventLog.h>
 
 #include <QDir>
@@ -107,7 +108,7 @@ void ScriptRunner::next()
 void ScriptRunner::occurred(const QJsonObject &entry)
 {
     if (entry.value("n"_L1).toInteger() <= m_before)
-        return; // It occurred before the command, and was only told now.
+        return; // It occurred before the command. The log delivers entries later.
     m_sinceActing.push_back(entry);
     if (m_deadline.isActive() && expectationIsMet()) {
         m_deadline.stop();
@@ -163,7 +164,7 @@ void ScriptRunner::waitFor(const QStringList &givenWords)
     else if (what == "request"_L1 && words.size() >= 2)
         m_expected = [name, type](const auto &entry) { return isRequest(entry, name, type); };
     else {
-        fail(u"waits for nothing that exists"_s);
+        fail(u"unknown condition"_s);
         return;
     }
     if (expectationIsMet())
@@ -172,14 +173,14 @@ void ScriptRunner::waitFor(const QStringList &givenWords)
         m_deadline.start(patience);
 }
 
-/// The page is asked where the element is; the answer comes to tapLocated(). The call is made in the web view's own
-/// QML engine: another one's callback would be dropped.
+/// Asks the page for the element's position; tapLocated() gets the answer. Only a callback of the web view's own QML
+/// engine is called.
 void ScriptRunner::tap(const QStringList &words)
 {
     auto *webView = pageOfVideos();
     auto *engine = webView ? qmlEngine(webView) : nullptr;
     if (!engine) {
-        fail(u"there is no page"_s);
+        fail(u"no page is shown"_s);
         return;
     }
     const auto script = uR"((() => {
@@ -204,7 +205,7 @@ void ScriptRunner::tapLocated(const QVariant &point)
     tapAt(m_host.window(), webView->mapToScene(point.toPointF()), [this] { nextAfter(0); });
 }
 
-/// A web player shows the videos in its own page.
+/// A web player shows the videos in its own page, other players in the overlay's.
 QQuickItem *ScriptRunner::pageOfVideos() const
 {
     if (auto *page = m_host.deck()->webView())
@@ -214,7 +215,7 @@ QQuickItem *ScriptRunner::pageOfVideos() const
 
 void ScriptRunner::tapCell(const QStringList &words)
 {
-    if (const auto centre = m_host.nativeView().centreOfCell(words[0].toLongLong()))
+    if (const auto centre = centreOfCell(m_host.nativeView(), words[0].toLongLong()))
         tapAt(m_host.window(), *centre, [this] { nextAfter(0); });
     else
         fail(u"the native view has no such cell"_s);
@@ -237,7 +238,7 @@ void ScriptRunner::dismissOverlay(const QStringList &)
     const auto *content = m_host.overlay() ? m_host.overlay()->contentView() : nullptr;
     const auto *control = content ? content->findChild<QQuickItem *>(u"dismiss"_s) : nullptr;
     if (!control) {
-        fail(u"there is no overlay"_s);
+        fail(u"there is no overlay to dismiss"_s);
         return;
     }
     tapAt(m_host.window(), control->mapToScene({control->width() / 2, control->height() / 2}),

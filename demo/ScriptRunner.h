@@ -20,7 +20,7 @@ namespace demo {
 
 class Host;
 
-/// Replays a session, command by command, with the viewer's input synthesized at the window.
+/// Replays a script's commands. The viewer's input becomes mouse events of the window.
 class ScriptRunner : public QObject
 {
     Q_OBJECT
@@ -29,11 +29,11 @@ public:
     ScriptRunner(Host &host, zelvano::EventLog &log, std::vector<Command> commands, const QString &screenshots);
 
     void start();
-    /// The page's answer to a tap's question: the centre of the element, in the page's coordinates, or nothing.
+    /// Called by the page for a tap: the element's centre in the page's coordinates, or null without such an element.
     Q_INVOKABLE void tapLocated(const QVariant &point);
 
 Q_SIGNALS:
-    /// The script is through (0), or a command failed (1).
+    /// With 0 at the script's end, with 1 after a command that failed.
     void finished(int exitStatus);
 
 private:

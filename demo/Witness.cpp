@@ -2,7 +2,6 @@
 
 #include <ZelvanoUI/EventLog.h>
 #include <ZelvanoUI/MPMoviePlayerController.h>
-#include <ZelvanoUI/ZVVideoParams.h>
 
 #include <QJsonArray>
 #include <QQuickItem>
@@ -22,7 +21,7 @@ Witness::~Witness()
     NotificationCenter::defaultCenter().removeObserver(this);
 }
 
-/// A movie player's notification tells only that something changed.
+/// A movie player's notification does not carry the new value.
 void Witness::watchMovies()
 {
     const auto note = [this](QLatin1StringView notification, QLatin1StringView what, auto valueOf) {
@@ -68,7 +67,7 @@ void Witness::watchOverlay(ZVTopRecommendationView *overlay)
     m_overlay = overlay;
     QObject::connect(overlay, &QQuickItem::visibleChanged, overlay, [this] {
         if (m_overlay->isVisible())
-            // It gets its frame after it is un-hidden.
+            // The overlay gets its frame after it becomes visible.
             QMetaObject::invokeMethod(
                 m_overlay, [this] { overlayDidAppear(); }, Qt::QueuedConnection);
         else
@@ -86,17 +85,6 @@ void Witness::overlayDidAppear()
               {{"what"_L1, u"shown"_s},
                {"frame"_L1, u"%1,%2 %3x%4"_s.arg(frame.x()).arg(frame.y()).arg(frame.width()).arg(frame.height())},
                {"rectangle"_L1, QJsonArray{frame.x(), frame.y(), frame.width(), frame.height()}}});
-}
-
-void Witness::didSelectVideo(ZelvanoViewController *, const std::shared_ptr<ZVVideoParams> &video)
-{
-    m_log.add(u"delegate"_s,
-              {{"what"_L1, u"didSelectVideo"_s}, {"title"_L1, video->title()}, {"videoId"_L1, video->videoId()}});
-}
-
-void Witness::didSelectDone(ZelvanoViewController *)
-{
-    m_log.add(u"delegate"_s, {{"what"_L1, u"didSelectDone"_s}});
 }
 
 } // namespace demo

@@ -3,7 +3,7 @@
 #include <ZelvanoUI/AVPlayer.h>
 #include <ZelvanoUI/KPViewController.h>
 #include <ZelvanoUI/NotificationCenter.h>
-#include <ZelvanoUI/ZelvanoViewController.h>
+#include <ZelvanoUI/ZVTopRecommendationView.h>
 
 #include <QPointer>
 
@@ -15,24 +15,19 @@ class EventLog;
 
 namespace demo {
 
-/// Notes what the library's log does not see: what becomes of the player and the overlay, and what the host is told. It
-/// changes nothing.
-class Witness : public zelvano::ZelvanoViewControllerDelegate
+/// Adds to the trace what the library's log does not see: changes of the player and the overlay. It changes nothing.
+class Witness
 {
 public:
     /// The log must outlive the witness.
     explicit Witness(zelvano::EventLog &log);
-    ~Witness() override;
+    ~Witness();
+    Q_DISABLE_COPY_MOVE(Witness)
 
     void watchPlayer(const std::shared_ptr<zelvano::AVPlayer> &player);
     void watchPlayer(const std::shared_ptr<zelvano::KPViewController> &player);
-    /// The overlay, once there is one; again does nothing.
+    /// Does nothing for an overlay that is watched already.
     void watchOverlay(zelvano::ZVTopRecommendationView *overlay);
-
-    // ZelvanoViewControllerDelegate
-    void didSelectVideo(zelvano::ZelvanoViewController *controller,
-                        const std::shared_ptr<zelvano::ZVVideoParams> &video) override;
-    void didSelectDone(zelvano::ZelvanoViewController *controller) override;
 
 private:
     void watchMovies();

@@ -1,5 +1,5 @@
-#include "EventFilter.h"
 #include "Host.h"
+#include "Internals.h"
 #include "Options.h"
 #include "ScriptRunner.h"
 #include "StallProbe.h"
@@ -22,8 +22,7 @@ namespace {
 QtMessageHandler defaultMessageHandler = nullptr;
 zelvano::EventLog *eventLog = nullptr;
 
-/// The library's log goes into the trace, but for the bodies of requests, which stand there already; everything else
-/// goes where it always goes.
+/// Puts the library's log into the trace. Drops request bodies, which the trace has already, and passes on other lines.
 void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     const QLatin1StringView category(context.category);
@@ -79,24 +78,24 @@ int main(int argc, char **argv)
         QGuiApplication::setPalette(QPalette(QColor(options->colors == "dark"_L1 ? Qt::black : Qt::white)));
     int status = 0;
     {
-        demo::Host host(*options, log);
-        if (!host.reachService())
+        const auto host = std::make_shared<demo::Host>(*options, log);
+        if (!host->reachService())
             return 1;
-        qmlRegisterType<zelvano::EventFilter>("ZelvanoUI", 0, 1, "EventFilter");
+        demo::registerTimelineTypes();
         QQmlApplicationEngine engine;
-        engine.setInitialProperties({{u"host"_s, QVariant::fromValue(&host)}});
+        engine.setInitialProperties({{u"host"_s, QVariant::fromValue(host.get())}});
         engine.load(QUrl(u"qrc:/demo/Main.qml"_s));
         auto *window =
             engine.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
         if (!window)
             return 1;
-        host.attach(window);
-        application.setExcuse([&host] { return host.hasRecommendations(); });
+        host->attach(window);
+        application.setExcuse([&host] { return host->hasRecommendations(); });
         application.reset();
 
         std::unique_ptr<demo::ScriptRunner> runner;
         if (!options->script.isEmpty()) {
-            runner = std::make_unique<demo::ScriptRunner>(host, log, std::move(commands), options->screenshots);
+            runner = std::make_unique<demo::ScriptRunner>(*host, log, std::move(commands), options->screenshots);
             QObject::connect(runner.get(), &demo::ScriptRunner::finished, &application,
                              [](int exitStatus) { QCoreApplication::exit(exitStatus); });
             runner->start();
