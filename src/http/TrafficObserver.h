@@ -11,7 +11,7 @@ namespace zelvano::http {
 /// Sees every transfer of the process. An observer that is added while transfers run also sees the end of those.
 ///
 /// Calls never overlap. requestWillStart() runs on the thread that resumes the task, requestDidEnd() on the delivery
-/// thread before the completion. The caller may hold an engine's lock: an observer must not call the library.
+/// thread before the completion. The lock of the observers is held meanwhile, so an observer should return soon.
 class ZELVANOCORE_EXPORT TrafficObserver
 {
 public:
