@@ -57,7 +57,7 @@ MainQueue::Duration delayOf(double seconds)
 /// A call with the key and the identity.
 std::shared_ptr<ZVAPIObject> callWith(const Rules::Identity &identity, QLatin1StringView path)
 {
-    const auto call = ZVAPIObject::create(path);
+    auto call = ZVAPIObject::create(path);
     call->setApiKey(identity.apiKey);
     call->setUserId(identity.userId);
     call->setUserUUID(identity.userUUID);
