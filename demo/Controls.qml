@@ -3,7 +3,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Controls.Basic
 
-// Play, seek and time of the host's player; of one with controls of its own only the title.
+// Play, seek and time of the host's player. A player with its own controls gets only the title.
 Item {
     id: controls
 
@@ -55,7 +55,7 @@ Item {
                 color: Theme.accent
             }
         }
-        // Time runs to the right, whatever the language.
+        // Time runs to the right in every language.
         LayoutMirroring.enabled: false
 
         handle: Rectangle {

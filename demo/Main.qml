@@ -5,8 +5,8 @@ import QtQuick.Controls.Basic
 import QtMultimedia
 import ZelvanoUI
 
-// The host's screen. Wide: video and controls to the left, to the right what happens, or the native view if there is
-// one, and what happens below the video. Narrow: one above the other, and of the two the native view.
+// The host's screen. Wide: video and controls on the left, the timeline on the right. With a native view, that is on the
+// right and the timeline below the video. Narrow: the native view, or else the timeline, below the video.
 Window {
     id: window
 
@@ -39,7 +39,7 @@ Window {
         videoOutput: videoOutput
     }
 
-    // In the window's corner: the overlay is laid as though the player stood at the left edge.
+    // At the left edge: the library computes the overlay's frame for a player there.
     Rectangle {
         width: videoOutput.width
         height: videoOutput.height
@@ -104,7 +104,7 @@ Window {
     EventTimeline {
         visible: (window.wide || !window.hasNativeView) && !window.fullscreen
         log: window.host.log
-        LayoutMirroring.enabled: false // What is sent is written from left to right.
+        LayoutMirroring.enabled: false // JSON is written from left to right.
         LayoutMirroring.childrenInherit: true
         x: window.wide && !window.hasNativeView ? videoOutput.width : 0
         y: window.wide && !window.hasNativeView ? 0 : controls.y + controls.height

@@ -11,7 +11,7 @@ namespace zelvano {
 /// The strings that the library keeps between runs: the user's identity. Any thread.
 ///
 /// They are kept in one small JSON file in the application's configuration folder. A file that cannot be read counts as
-/// empty. When it cannot be written, the value is lost and the log says so once. Each write replaces the whole file: a
+/// empty. When it cannot be written, the value is lost, with one log line. Each write replaces the whole file: a
 /// process that is killed leaves the old or the new one. Of two processes that write at the same moment the last one
 /// wins.
 class ZELVANOCORE_EXPORT UserDefaults

@@ -55,7 +55,7 @@ private Q_SLOTS:
         MainQueueTestClock::advance(99ms);
         QCOMPARE(m_ran, QStringList{u"negative@0"_s});
         MainQueueTestClock::advance(201ms);
-        QTest::qWait(5); // The clock stands still: real time brings nothing.
+        QTest::qWait(5); // Real time does not move the test clock.
         QCOMPARE(MainQueueTestClock::now() - start, 300ms);
         QCOMPARE(m_ran.join(u", "_s), u"negative@0, a@100, posted by a@100, a+0@100, a+50@150, c@300, "
                                       "d, as late as c@300"_s);
