@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Keeps the documents' code as the examples have it, and their links right. With --check it changes nothing, but fails
-where a block has to be renewed.
+"""Copies code from the examples into the documents, and checks relative links. With --check it changes nothing and
+fails where a block is out of date.
 
-A code block below "<!-- examples/NAME/FILE [PART] -->" is what stands in that file between lines that hold nothing but
-a comment with "[PART]", from the first to the second and so on; without a part it is the whole file. An example's main
-file and its QML have less than 60 lines.
+A code block below "<!-- examples/NAME/FILE [PART] -->" is the text of that file between two comment lines with
+"[PART]". A part may have several such pairs. Without a part it is the whole file. An example's main file and its QML
+have less than 60 lines.
 """
 import pathlib
 import re
@@ -28,7 +28,7 @@ def part_of(path, part):
     marks = [number for number, line in enumerate(lines) if (found := MARKER.fullmatch(line)) and found[1] == part]
     if part:
         if not marks or len(marks) % 2:
-            sys.exit(f"{path}: [{part}] stands there {len(marks)} times, not in pairs")
+            sys.exit(f"{path}: found [{part}] {len(marks)} times, expected pairs")
         stretches = [lines[start:end] for start, end in zip(marks[::2], marks[1::2])]
     else:
         stretches = [lines]
@@ -36,7 +36,7 @@ def part_of(path, part):
 
 
 def anchors(text):
-    """Of the headings, as GitHub names them."""
+    """The anchors of the headings, as GitHub makes them."""
     return {re.sub(r"[^\w\- ]", "", heading).strip().lower().replace(" ", "-")
             for heading in re.findall(r"^#+ (.*)$", text, re.MULTILINE)}
 
@@ -48,9 +48,9 @@ def broken_links(document, text):
             continue
         path = (document.parent / file) if file else document
         if not path.exists():
-            yield f"{document.relative_to(root)}: there is no {target}"
+            yield f"{document.relative_to(root)}: {target} does not exist"
         elif anchor and anchor not in anchors(path.read_text()):
-            yield f"{document.relative_to(root)}: there is no heading for {target}"
+            yield f"{document.relative_to(root)}: no heading for {target}"
 
 
 def main():
@@ -61,7 +61,7 @@ def main():
         text = document.read_text()
         renewed = BLOCK.sub(lambda found: found[1] + part_of(found[2], found[3]) + found[5], text)
         if renewed != text and check:
-            faults.append(f"{document.relative_to(root)}: its code is not the examples': scripts/docs.sh renews it")
+            faults.append(f"{document.relative_to(root)}: its code differs from the examples: scripts/docs.sh renews it")
         elif renewed != text:
             document.write_text(renewed)
         faults += broken_links(document, renewed)

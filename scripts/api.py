@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""api.py XML QMLTYPES: what hosts see of the installed headers and of the QML module, a declaration a line.
+"""api.py XML QMLTYPES: prints the public interface, headers and QML module, one declaration on each line.
 
-XML is the folder that Doxygen wrote, QMLTYPES the description of the QML module, in the module's folder. Fails when a
-class or a free function says nothing of itself.
+XML is the folder that Doxygen wrote. QMLTYPES is the description of the QML module, in the module's folder. Fails if a
+class or a free function has no doc comment.
 """
 import pathlib
 import re
@@ -10,7 +10,7 @@ import sys
 import xml.etree.ElementTree as ET
 
 NAMESPACE = "zelvano::"
-QML_HEADERS = "src/qml/"  # Not installed: hosts see of these the QML types alone.
+QML_HEADERS = "src/qml/"  # Not installed: hosts see only the QML types.
 
 
 def text(node):
@@ -21,7 +21,7 @@ def text(node):
 
 
 def words(*given):
-    """With a space between, but for pointers and references, which stand at the name."""
+    """Joins with spaces, but puts pointers and references to the name."""
     return re.sub(r"([*&]) ", r"\1", " ".join(filter(None, given)))
 
 
@@ -57,7 +57,7 @@ def written_property(node):
 
 
 def declaration(node):
-    """None for friends, which are no interface."""
+    """Returns None for friends, which are not interface."""
     kind = node.get("kind")
     if kind in ("function", "signal", "slot"):
         return function(node)
@@ -91,7 +91,7 @@ def class_lines(compound):
 
 
 def compounds(folder):
-    """Namespaces, and classes but for private ones."""
+    """Namespaces, and all classes that are not private."""
     read = [ET.parse(path).getroot().find("compounddef") for path in sorted(folder.glob("*.xml"))]
     read = [each for each in read if each is not None]
     hidden = {inner.get("refid") for each in read for inner in each.findall("innerclass")
@@ -101,7 +101,7 @@ def compounds(folder):
 
 
 def entries(compound):
-    """(what stands in a header, its lines), for a class or each declaration of a namespace."""
+    """Yields (node, lines) for a class, or for each declaration of a namespace."""
     if compound.get("kind") != "namespace":
         yield compound, class_lines(compound)
         return
@@ -113,7 +113,7 @@ def entries(compound):
 
 
 def needs_description(node):
-    """Classes and free functions; operators and helpers that compute at compile time say it by their names."""
+    """Classes and free functions need one. Operators and constexpr helpers do not: their names are enough."""
     if node.tag == "compounddef":
         return True
     return node.get("kind") == "function" and "constexpr" not in text(node.find("type")) and \
@@ -121,7 +121,7 @@ def needs_description(node):
 
 
 def cpp(folder):
-    """Header name -> [(line number, lines)], and what is not described."""
+    """Returns {header: [(line number, lines)]} and the places without a doc comment."""
     headers, bare = {}, []
     for node, lines in (entry for compound in compounds(folder) for entry in entries(compound)):
         header = node.find("location").get("file")
@@ -134,7 +134,7 @@ def cpp(folder):
 
 
 def qml_blocks(description):
-    """The blocks of a .qmltypes file as (kind, fields, blocks); fields are texts as they stand there."""
+    """The blocks of a .qmltypes file as (kind, fields, blocks), with the fields as text."""
     stack = [("", {}, [])]
     pattern = r'(\w+)\s*\{|(\w+):\s*("[^"]*"|\[[^\]]*\]|[\w.-]+)|(\})'
     for opened, key, value, closed in re.findall(pattern, description):
@@ -173,7 +173,7 @@ def qml(description):
         for _, fields, blocks in sorted(components, key=lambda component: component[1]["name"]):
             exported = re.search(r"/(\w+) ", fields.get("exports", ""))
             if not exported and not fields["name"].startswith(NAMESPACE):
-                continue  # A base of Qt's.
+                continue  # A base class of Qt.
             name = exported.group(1) if exported else f"{fields['name']} (a base of others)"
             base = f" : {fields['prototype']}" if "prototype" in fields else ""
             yield f"  {name}{base}".replace(NAMESPACE, "")
@@ -181,7 +181,7 @@ def qml(description):
 
 
 def qml_file(path):
-    """What an element that is written in QML declares: its root's own properties, signals and functions."""
+    """The properties, signals and functions that the root of a .qml file declares."""
     lines = path.read_text().splitlines()
     base = next(found[1] for line in lines if (found := re.match(r"([\w.]+) \{", line)))
     yield f"  {path.stem} : {base}"
@@ -192,7 +192,7 @@ def qml_file(path):
 def main():
     folder, description = (pathlib.Path(argument) for argument in sys.argv[1:])
     headers, bare = cpp(folder)
-    print("The public interface: what hosts see of each header, then the QML types. Made by scripts/docs.sh.")
+    print("The public interface of each header, then the QML types. scripts/docs.sh writes this list.")
     for header in sorted(headers):
         print(f"\n{header}")
         for _, lines in sorted(headers[header]):

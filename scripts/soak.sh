@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Looks for memory, threads and descriptors that grow: soak.sh [VIEWINGS] [MINUTES], by default 10,000 and 15. First it
 # runs viewings back to back over real HTTP, on a clock that does not wait. Then it plays real video for MINUTES in the
-# demo under Xvfb, with overlay and list and a new player every half minute. The service is a separate process. Every ten
-# seconds it samples the demo's process.
+# demo under Xvfb, with overlay and list and a new player every half minute. The service is a separate process. Every
+# ten seconds it samples the demo's process.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 viewings=${1:-10000}
@@ -20,8 +20,8 @@ work=$(mktemp -d)
 trap 'kill ${service:-} ${demo:-} 2>/dev/null || true; rm -rf "$work"' EXIT
 chmod 700 "$work"
 {
-  # A round takes more than 20 seconds, so the rounds last longer than MINUTES and the demo is killed at the end. A video
-  # that has ended reports no pause, so each round seeks back.
+  # A round takes more than 20 seconds, so the rounds last longer than MINUTES and the script kills the demo. A video that
+  # has ended reports no pause, so each round seeks back.
   echo 'wait-for recommendations'
   for _ in $(seq $((minutes * 4))); do
     cat <<'ROUND'
