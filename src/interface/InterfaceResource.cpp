@@ -35,10 +35,10 @@ std::unique_ptr<QQuickItem> load(QQmlEngine &engine, const QString &name, QObjec
     }
     QQmlComponent component(&engine, url);
     std::unique_ptr<QObject> object;
-    if (component.isReady()) // Asked to create from a broken file, Qt would crash.
+    if (component.isReady()) // Qt crashes when it creates from a broken file.
         object.reset(component.createWithInitialProperties({{u"owner"_s, QVariant::fromValue(owner)}}));
     if (auto *item = qobject_cast<QQuickItem *>(object.get())) {
-        std::ignore = object.release(); // Known under its own class from here on.
+        std::ignore = object.release(); // Now owned as a QQuickItem.
         QQmlEngine::setObjectOwnership(item, QQmlEngine::CppOwnership);
         return std::unique_ptr<QQuickItem>(item);
     }

@@ -18,7 +18,7 @@ VideoView::~VideoView() = default;
 
 QRectF VideoView::videoBounds() const
 {
-    // What a VideoOutput shows has a source rectangle; without one its content rectangle is only its own size.
+    // Without a source rectangle nothing is shown, and the content rectangle is only the item's size.
     return naturalSize().isEmpty() ? QRectF() : m_item->property("contentRect").toRectF();
 }
 
@@ -43,7 +43,7 @@ void VideoView::check()
 {
     m_checkPending = false;
     const auto before = std::exchange(m_frame, frame());
-    if (before != m_frame && !before.isEmpty()) // An item gets its first place when its window is laid out.
+    if (before != m_frame && !before.isEmpty()) // The first layout of a window is no change.
         Q_EMIT frameChanged();
 }
 

@@ -7,7 +7,7 @@
 
 namespace zelvano {
 
-/// The item that shows the video, a VideoOutput of the host's, as the players see it. It may be destroyed at any time.
+/// The host's item that shows the video, a VideoOutput. It may be destroyed at any time.
 class VideoView : public QObject
 {
     Q_OBJECT
@@ -17,13 +17,13 @@ public:
     ~VideoView() override;
 
     QQuickItem *item() const { return m_item; }
-    /// Where the picture stands inside the item; empty before the first one.
+    /// The picture's rectangle inside the item; empty before the first frame.
     QRectF videoBounds() const;
-    /// The picture's own size; empty before the first one.
+    /// The video's own size; empty before the first frame.
     QSizeF naturalSize() const;
 
 Q_SIGNALS:
-    /// Once for a change of layout, after all edges have moved: bindings move them one by one.
+    /// Emitted once per change of layout, after all edges have moved: bindings move them one by one.
     void frameChanged();
 
 private:

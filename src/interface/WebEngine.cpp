@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Chromium ends a process of root's, unless its sandbox is off.
+/// Chromium ends a process that runs as root with its sandbox on.
 bool isRefusedToRoot()
 {
     constexpr auto option = "--no-sandbox"_L1;

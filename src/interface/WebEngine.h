@@ -2,8 +2,8 @@
 
 namespace zelvano {
 
-/// Whether web views can be made; otherwise the log says what the host has to do. A web view made all the same would
-/// end the process.
+/// Whether web views can be created. If not, the log tells the host what to change. A web view that is created anyway
+/// ends the process.
 bool canShowWebPages();
 
 } // namespace zelvano

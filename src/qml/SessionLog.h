@@ -9,8 +9,8 @@
 
 namespace zelvano {
 
-/// The log of what the library sends, is answered and tells, of the sessions of one Recommendations. Its rows are the
-/// roles time, kind, title, detail and text.
+/// A log of the library's requests, responses and calls during the sessions of one Recommendations. The roles of its
+/// rows are time, kind, title, detail and text.
 class SessionLog : public zelvano::EventLog
 {
     Q_OBJECT
@@ -19,7 +19,7 @@ class SessionLog : public zelvano::EventLog
 public:
     explicit SessionLog(QObject *parent = nullptr);
 
-    /// Whose listeners' calls are seen; service calls and notifications are seen without one.
+    /// The source of listener calls. Service calls and notifications are logged without one.
     Q_PROPERTY(zelvano::Recommendations *recommendations READ recommendations WRITE setRecommendations NOTIFY
                    recommendationsChanged FINAL)
     Recommendations *recommendations() const { return m_recommendations; }

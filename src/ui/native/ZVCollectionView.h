@@ -10,14 +10,14 @@
 
 namespace zelvano {
 
-/// Items in lines, each item of a size of its own; one section. Main thread.
+/// Items of different sizes in lines; one section. Main thread.
 class ZELVANOUI_EXPORT ZVCollectionView : public zelvano::ZVItemView
 {
     Q_OBJECT
     QML_ELEMENT
-    /// In which it scrolls.
+    /// The direction of scrolling.
     Q_PROPERTY(Qt::Orientation direction MEMBER m_direction FINAL)
-    /// What holds for all items when the data source does not say otherwise. Points.
+    /// Defaults of the data source, in points.
     Q_PROPERTY(QSizeF itemSize MEMBER m_itemSize FINAL)
     Q_PROPERTY(double spacing MEMBER m_spacing FINAL)
     Q_PROPERTY(double inset MEMBER m_inset FINAL)
@@ -26,7 +26,7 @@ public:
     ZVCollectionView();
     ~ZVCollectionView() override;
 
-    /// Not owned; null takes it away.
+    /// Not owned; null for none.
     void setDataSource(ZVCollectionViewDataSource *source);
 
     QSizeF itemSize() const { return m_itemSize; }

@@ -7,7 +7,7 @@ namespace zelvano {
 
 namespace {
 
-constexpr double tolerance = 0.001; // Of sums of doubles: columns that just fit do fit.
+constexpr double tolerance = 0.001; // For rounding: columns that just fit do fit.
 
 } // namespace
 

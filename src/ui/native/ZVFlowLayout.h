@@ -8,16 +8,15 @@
 
 namespace zelvano {
 
-/// Places items in lines, one after another: a line takes as many as fit, and is as high as its highest. Points.
-/// Adding one costs the same however many there are.
+/// Places items in lines. A line takes as many items as fit and is as high as its highest. In points. The cost of
+/// adding an item does not depend on their number.
 class ZVFlowLayout
 {
 public:
-    /// Lengths in points; an inset or a spacing that is not given is 0.
     struct Metrics
     {
-        Qt::Orientation direction = Qt::Vertical; ///< In which the lines follow each other.
-        double breadth = 0;                       ///< Of the view, across that direction.
+        Qt::Orientation direction = Qt::Vertical; ///< From line to line.
+        double breadth = 0;                       ///< The view's extent across that direction.
         QMarginsF inset;
         double lineSpacing = 0;
         double itemSpacing = 0;
@@ -25,20 +24,20 @@ public:
         friend bool operator==(const Metrics &, const Metrics &) = default;
     };
 
-    /// Begins anew, without items.
+    /// Removes all items.
     void start(const Metrics &metrics);
     const Metrics &metrics() const { return m_metrics; }
     void append(QSizeF size);
 
     qint64 count() const { return static_cast<qint64>(m_rects.size()); }
     QRectF rect(qint64 row) const { return m_rects[static_cast<std::size_t>(row)]; }
-    /// Along the direction, insets included; 0 without items.
+    /// Extent along the direction, with insets; 0 without items.
     double length() const;
-    /// The rows of all lines that touch the stretch along the direction: from the first to before the second.
+    /// The rows [first, second) of all lines that touch this range along the direction.
     std::pair<qint64, qint64> rowsBetween(double from, double to) const;
-    /// The row above or below (-1, 1), that is, in the line before or after, which stands nearest; the same at an end.
+    /// The nearest row in the line before or after (-1, 1); the same row at an end.
     qint64 neighbour(qint64 row, int lines) const;
-    /// The row before or after (-1, 1) in the same line; the same at its end.
+    /// The row before or after (-1, 1) in the same line; the same row at an end.
     qint64 besides(qint64 row, int step) const;
 
 private:
@@ -56,7 +55,7 @@ private:
     Metrics m_metrics;
     std::vector<QRectF> m_rects;
     std::vector<Line> m_lines;
-    double m_across = 0; ///< Where the next item of the last line stands.
+    double m_across = 0; ///< The position of the next item in the last line.
 };
 
 } // namespace zelvano

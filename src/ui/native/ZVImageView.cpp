@@ -6,7 +6,7 @@ namespace zelvano {
 
 namespace {
 
-/// The middle of the picture, of the shape that is to be filled.
+/// The largest rectangle of this shape in the middle of the image.
 QRect middle(const QImage &image, QSizeF shape)
 {
     const auto size = shape.scaled(image.size(), Qt::KeepAspectRatio).toSize().expandedTo({1, 1});
@@ -37,7 +37,7 @@ void ZVImageView::paint(QPainter *painter)
     if (m_image.isNull() || pixels.isEmpty())
         return;
     auto part = m_image.copy(middle(m_image, size()));
-    // Averages where it makes smaller, which a painter's own scaling does not.
+    // Averages pixels when it shrinks the image; a painter's own scaling does not.
     part = part.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     QBrush brush(part);
     brush.setTransform(QTransform::fromScale(width() / pixels.width(), height() / pixels.height()));

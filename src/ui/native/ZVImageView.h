@@ -8,8 +8,8 @@
 
 namespace zelvano {
 
-/// A picture that fills its item, cut at two sides where the shapes differ; round corners. Drawn once, in the pixels of
-/// the screen. It needs no shaders, so that it looks the same without a GPU.
+/// An image with round corners that fills its item; two sides are cropped when the shapes differ. Painted in the pixels
+/// of the screen, without shaders, so that it looks the same without a GPU.
 class ZELVANOUI_EXPORT ZVImageView : public QQuickPaintedItem
 {
     Q_OBJECT

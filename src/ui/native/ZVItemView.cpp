@@ -18,7 +18,7 @@ namespace zelvano {
 
 namespace {
 
-constexpr double marginShare = 0.5; // Of the view's extent, before and behind it, in which rows have cells.
+constexpr double marginShare = 0.5; // Of the view's extent: so far before and after it rows have cells.
 
 } // namespace
 
@@ -122,7 +122,7 @@ void ZVItemView::invalidateLayout()
 void ZVItemView::insertItemAtEnd()
 {
     if (m_isLayoutStale || metrics() != m_layout.metrics())
-        m_isLayoutStale = true; // The whole layout, in which the new item is, waits for the next frame.
+        m_isLayoutStale = true; // The next frame lays out everything, the new item too.
     else
         m_layout.append(sizeOfItem(m_layout.count()));
     polish();
@@ -136,12 +136,12 @@ void ZVItemView::updatePolish()
 void ZVItemView::layoutIfNeeded()
 {
     if (m_isLayingOut)
-        return; // A cell that is being filled moves something; polish() has noted it.
+        return; // Called while a cell is being filled; polish() is already scheduled.
     const QScopedValueRollback busy(m_isLayingOut, true);
     if (std::exchange(m_isLayoutStale, false))
         placeItems();
     publishContentSize();
-    // Its start is at the far end of the content, which has moved.
+    // The start is at the right end of the content, which has moved.
     if (std::exchange(m_restartsWhenMirrored, false) && runsLeft())
         scrollToStart();
     updateCells();
@@ -171,7 +171,7 @@ void ZVItemView::updateCells()
     if (width() > 0 && height() > 0)
         fillViewport();
     else
-        recycleOutside(0, 0); // Nothing is seen, and without an extent all items would stand in one place.
+        recycleOutside(0, 0); // Without an extent all items would be in the viewport.
     for (const auto &waiting : std::as_const(m_reusable)) {
         for (auto *const cell : waiting)
             cell->setVisible(false);
@@ -179,7 +179,7 @@ void ZVItemView::updateCells()
     markCurrent();
 }
 
-/// Cells around the viewport come with a later frame than those in it that had to be made.
+/// A frame that creates cells fills the viewport only; the rows around it follow in a later frame.
 void ZVItemView::fillViewport()
 {
     const double margin = extent() * marginShare;
@@ -220,7 +220,7 @@ void ZVItemView::recycleOutside(qint64 first, qint64 end)
 
 void ZVItemView::showRow(qint64 row)
 {
-    // A row that is filled again gets the cell that it has: the one put back last.
+    // A row keeps its cell: the one recycled last is dequeued first.
     if (const auto shown = m_shown.find(row); shown != m_shown.end()) {
         recycle(shown->second);
         m_shown.erase(shown);
@@ -233,7 +233,7 @@ void ZVItemView::showRow(qint64 row)
     placeCell(cell);
 }
 
-/// On whole pixels of the screen: what stands between two is blurred.
+/// Aligns to whole pixels of the screen: other positions look blurred.
 void ZVItemView::placeCell(ZVItemViewCell *cell)
 {
     const double pixels = window() ? window()->effectiveDevicePixelRatio() : 1;
@@ -257,19 +257,19 @@ void ZVItemView::geometryChange(const QRectF &newGeometry, const QRectF &oldGeom
 
 // Scrolling
 
-/// Before the first item and behind the last, which the scroller adds to the content.
+/// The scroller's margin before the first item and after the last.
 double ZVItemView::margin() const
 {
     return m_scroller ? m_scroller->property(isVertical() ? "topMargin" : "leftMargin").toDouble() : 0;
 }
 
-/// What runs to the left begins at the right end, with few items too.
+/// A row from right to left starts at the right edge, with few items too.
 double ZVItemView::contentLength() const
 {
     return runsLeft() ? std::max(m_layout.length(), extent() - 2 * margin()) : m_layout.length();
 }
 
-/// From the start of the content, wherever that is.
+/// Distance from the start of the content, which is at the right for a row from right to left.
 double ZVItemView::offset() const
 {
     const double position = m_scroller ? m_scroller->property(isVertical() ? "contentY" : "contentX").toDouble() : 0;
@@ -310,7 +310,7 @@ void ZVItemView::scrollToRow(qint64 row)
 
 // Input
 
-/// A press that halts a flick picks nothing: the viewer wants the view to stand still.
+/// A press that stops a flick chooses nothing.
 void ZVItemView::pressDidBegin()
 {
     m_pressStopsMovement = m_scroller && m_scroller->property("moving").toBool();
@@ -327,7 +327,7 @@ void ZVItemView::cellWasTapped(qint64 row)
     select(row);
 }
 
-/// Later: the listener may well drop the view, which must not happen inside one of its own handlers.
+/// Queued: the delegate may drop the view, which must not happen inside a handler of the view.
 void ZVItemView::select(qint64 row)
 {
     QMetaObject::invokeMethod(
@@ -413,7 +413,7 @@ bool ZVItemView::handleKey(QKeyEvent *event)
     }
     const auto row = rowForKey(key);
     if (row == m_currentRow || row < 0 || row >= m_layout.count())
-        return false; // At an end the key is the surroundings'.
+        return false; // At an end the parent items handle the key.
     setCurrentRow(row);
     scrollToRow(row);
     return true;

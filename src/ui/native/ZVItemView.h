@@ -16,22 +16,21 @@ namespace zelvano {
 
 class ZVItemViewCell;
 
-/// A scrolling view of items of which only those near the viewport have cells; cells are reused.
+/// A scrolling view of items. Only items near the viewport have cells, which are reused.
 ///
-/// Its interface resource gives it a Flickable as scroller. The arrow keys, Home, End, Page Up and Page Down move from
-/// item to item, Return and Space pick one. Main thread.
+/// Its interface resource sets a Flickable as scroller. The arrow keys, Home, End, Page Up and Page Down move between
+/// items, Return and Space choose one. Main thread.
 class ZELVANOUI_EXPORT ZVItemView : public QQuickItem
 {
     Q_OBJECT
     QML_ANONYMOUS
     Q_PROPERTY(QQuickItem *scroller READ scroller WRITE setScroller NOTIFY scrollerChanged FINAL)
-    /// From right to left. Its interface resource says so: in a right-to-left application, or as the host's own items
-    /// do.
+    /// From right to left. Set by the interface resource, from the application's or the host item's layout direction.
     Q_PROPERTY(bool mirrored READ isMirrored WRITE setMirrored NOTIFY mirroredChanged FINAL)
     Q_PROPERTY(QSizeF contentSize READ contentSize NOTIFY contentSizeChanged FINAL)
 
 public:
-    /// Null when the cell cannot be made.
+    /// Returns null when the cell cannot be created.
     using CellFactory = std::function<ZVItemViewCell *()>;
 
     ~ZVItemView() override;
@@ -46,34 +45,34 @@ public:
     Q_SIGNAL void contentSizeChanged();
 
     void registerCell(const QString &identifier, const CellFactory &factory);
-    /// A cell to be filled, for the data source's answer; null for an identifier that was not registered, or when the
-    /// cell cannot be made. The view owns it.
+    /// A cell for the data source to fill. Null when the identifier is unknown or the cell cannot be created. The view
+    /// owns it.
     ZVItemViewCell *dequeueReusableCell(const QString &identifier);
 
-    /// Asks for everything again: count, sizes and cells.
+    /// Reads count, sizes and cells again.
     void reloadData();
-    /// Places one more item behind the last.
+    /// Adds one item at the end.
     void insertItemAtEnd();
-    /// Asks for sizes again.
+    /// Reads the sizes again.
     void invalidateLayout();
-    /// Does at once what waits for the next frame.
+    /// Applies pending changes now instead of before the next frame.
     void layoutIfNeeded();
 
     qint64 itemCount() const { return m_layout.count(); }
     /// Null while the row is not near the viewport.
     ZVItemViewCell *cellForRow(qint64 row) const;
     std::vector<ZVItemViewCell *> shownCells() const;
-    /// All that were made: those shown and those waiting to be reused.
+    /// The number of cells, shown and reusable.
     qint64 cellCount() const { return m_cellCount; }
 
-    /// Scrolls as far as it takes to see the whole row.
+    /// Scrolls until the whole row is visible.
     void scrollToRow(qint64 row);
     void scrollToStart();
 
-    /// Where the keyboard is; 0 at first.
+    /// The row that keys act on; 0 at first.
     qint64 currentRow() const { return m_currentRow; }
     void setCurrentRow(qint64 row);
-    /// Whether the cell of the current row is marked. By itself a view marks it when the focus came by keyboard.
+    /// Whether the current row is marked. By default only when the focus came by keyboard.
     void setShowsCurrent(bool shows);
     bool handleKey(QKeyEvent *event);
 
@@ -83,7 +82,7 @@ protected:
     virtual qint64 countItems() = 0;
     virtual QSizeF sizeOfItem(qint64 row) = 0;
     virtual ZVFlowLayout::Metrics metrics() = 0;
-    /// Dequeues a cell and fills it.
+    /// Dequeues and fills a cell.
     virtual ZVItemViewCell *cellForItem(qint64 row) = 0;
     virtual void selectItem(qint64 row) = 0;
 

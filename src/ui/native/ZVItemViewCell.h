@@ -14,7 +14,7 @@ namespace zelvano {
 class InterfaceResource;
 class ZVItemView;
 
-/// A cell of an item view, which shows now one row, now another. Its look is an interface resource that fills it.
+/// A cell of an item view, reused for other rows. An interface resource fills it.
 class ZELVANOUI_EXPORT ZVItemViewCell : public QQuickItem
 {
     Q_OBJECT
@@ -22,9 +22,9 @@ class ZELVANOUI_EXPORT ZVItemViewCell : public QQuickItem
 public:
     ~ZVItemViewCell() override;
 
-    /// The row that it shows; -1 while it shows none.
+    /// The row shown; -1 for none.
     qint64 row() const { return m_row; }
-    /// Whether the keyboard is at this cell.
+    /// Whether keys act on this cell.
     Q_PROPERTY(bool current READ isCurrent NOTIFY currentChanged FINAL)
     bool isCurrent() const { return m_isCurrent; }
     Q_SIGNAL void currentChanged();
@@ -32,18 +32,18 @@ public:
     virtual void setCurrent(bool current);
     /// Called when it stops showing its row.
     virtual void prepareForReuse() {}
-    /// A key pressed while it is current; false when it means nothing here.
+    /// Handles a key while current; false for a key without a meaning here.
     virtual bool handleKey(QKeyEvent *) { return false; }
 
-    // Actions of the interface resource.
+    // Called by the interface resource.
     Q_INVOKABLE void pressBegan();
-    /// The viewer picks the cell. The view tells of it a moment later, outside the input's delivery.
+    /// The viewer chose the cell. The view reports it in the next turn of the event loop.
     Q_INVOKABLE void activate();
 
 protected:
     ZVItemViewCell();
 
-    /// Takes the look from the bundle, and its size for a start. Null when there is none.
+    /// Loads the resource and takes its size. Null without one.
     InterfaceResource *loadContent(const QString &name);
     QQuickItem *outlet(const QString &objectName) const;
 

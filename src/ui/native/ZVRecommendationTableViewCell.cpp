@@ -70,7 +70,7 @@ void ZVRecommendationTableViewCell::setCurrent(bool current)
         m_videosCollectionView->setShowsCurrent(current);
 }
 
-/// Another category begins at its first video.
+/// The next category starts at its first video.
 void ZVRecommendationTableViewCell::prepareForReuse()
 {
     if (!m_videosCollectionView)

@@ -9,7 +9,7 @@
 
 namespace zelvano {
 
-/// A category: its name, and its videos in a row that scrolls sideways. Main thread.
+/// A category's name over its videos, which scroll sideways. Main thread.
 class ZELVANOUI_EXPORT ZVRecommendationTableViewCell : public ZVItemViewCell, public ZVCollectionViewDataSource
 {
     Q_OBJECT
@@ -31,9 +31,9 @@ public:
     QQuickItem *categoryLabel() const { return m_categoryLabel; }
     ZVCollectionView *videosCollectionView() const { return m_videosCollectionView; }
 
-    /// Shows what has been learned of a video, if it is on the screen.
+    /// Updates the video's cell, if it is shown.
     void videoDidChange(const std::shared_ptr<ZVVideoParams> &video);
-    /// A video comes near the viewport.
+    /// A video came near the viewport.
     Q_SIGNAL void willShowVideo(const std::shared_ptr<zelvano::ZVVideoParams> &video);
 
     // ZVItemViewCell

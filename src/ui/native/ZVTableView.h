@@ -10,18 +10,18 @@ namespace zelvano {
 
 class ZVTableView;
 
-/// Tells a table view what its rows are. Main thread.
+/// The rows of a table view. Main thread.
 class ZELVANOUI_EXPORT ZVTableViewDataSource
 {
 public:
     virtual ~ZVTableViewDataSource() = default;
 
     virtual qint64 numberOfRowsInSection(ZVTableView *view, qint64 section) = 0;
-    /// A cell from the view's dequeueReusableCell(), filled; null leaves the place empty.
+    /// A filled cell from the view's dequeueReusableCell(); null leaves the row empty.
     virtual ZVItemViewCell *cellForRowAtIndexPath(ZVTableView *view, const IndexPath &path) = 0;
 };
 
-/// Rows of one height, as wide as the view, one below the other; one section. Main thread.
+/// Rows of equal height and the view's width; one section. Main thread.
 class ZELVANOUI_EXPORT ZVTableView : public zelvano::ZVItemView
 {
     Q_OBJECT
@@ -33,7 +33,7 @@ public:
     ZVTableView();
     ~ZVTableView() override;
 
-    /// Not owned; null takes it away.
+    /// Not owned; null for none.
     void setDataSource(ZVTableViewDataSource *source);
 
 protected:

@@ -51,7 +51,7 @@ bool ZVVideoCollectionViewCell::load()
     m_shadowOffset = size() * double(shadowWidthPercent);
     m_shadowRadius = width() * double(shadowWidthPercent);
     m_shadowOpacity = 0.8;
-    setClip(true); // Last: the shadow is meant to end at the cell's edge.
+    setClip(true); // Intended, and last: the cell's edge cuts off the shadow.
     if (m_valueHolderView)
         m_valueHolderView->setProperty("radius", badgeRadius);
     return true;
@@ -76,13 +76,13 @@ void ZVVideoCollectionViewCell::setParams(const std::shared_ptr<ZVVideoParams> &
         m_category = params->category();
         Q_EMIT categoryChanged();
     }
-    setText(m_valueLabel, QString::number(params->index())); // Not the percentage: the badge counts the list.
+    setText(m_valueLabel, QString::number(params->index())); // Intended: the position in the list, not percentValue.
 }
 
 void ZVVideoCollectionViewCell::fadeIn()
 {
     if (m_iconImageView->findChild<QPropertyAnimation *>())
-        return; // It has begun, and its first frame is still to come.
+        return; // Already started; its first frame is still to come.
     auto *const animation = new QPropertyAnimation(m_iconImageView, "opacity", m_iconImageView);
     animation->setDuration(fadeDuration);
     animation->setEndValue(1.0);

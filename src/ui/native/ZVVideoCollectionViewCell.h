@@ -14,16 +14,16 @@ namespace zelvano {
 
 class ZVVideoParams;
 
-/// The cell's shadow, as a share of its size.
+/// Size of the cell's shadow, as a share of the cell's size.
 inline constexpr float shadowWidthPercent = 0.03F;
 /// For hosts; the library does not use it.
 inline constexpr float textHeightPercent = 0.15F;
 
-/// One recommended video: thumbnail, title, length, and a badge in the colour of its category. Main thread.
+/// One recommended video: thumbnail, title, length and a badge in its category's colour. Main thread.
 class ZELVANOUI_EXPORT ZVVideoCollectionViewCell : public ZVItemViewCell
 {
     Q_OBJECT
-    /// The video's, as the service names it; null when it names none.
+    /// The service's code; null without one.
     Q_PROPERTY(QString category READ category NOTIFY categoryChanged FINAL)
     Q_PROPERTY(QSizeF shadowOffset READ shadowOffset CONSTANT FINAL)
     Q_PROPERTY(double shadowRadius READ shadowRadius CONSTANT FINAL)
@@ -34,9 +34,9 @@ public:
     static ZVVideoCollectionViewCell *create();
     ~ZVVideoCollectionViewCell() override;
 
-    /// Fills the cell; the video is not kept.
+    /// Fills the cell.
     void setParams(const std::shared_ptr<ZVVideoParams> &params);
-    /// Always null.
+    /// Always null, intended: setParams() does not store the video.
     std::shared_ptr<ZVVideoParams> params() const { return nullptr; }
 
     QString category() const { return m_category; }
@@ -50,15 +50,15 @@ public:
     ZVImageView *iconImageView() const { return m_iconImageView; }
     void setIconImageView(ZVImageView *view) { m_iconImageView = view; }
 
-    // Points; seen only where a host turns the clipping off.
+    // In points; visible only when a host turns clipping off.
     QSizeF shadowOffset() const { return m_shadowOffset; }
     double shadowRadius() const { return m_shadowRadius; }
     double shadowOpacity() const { return m_shadowOpacity; }
 
-    /// "61:05": minutes and seconds, without hours. An absent value counts as 0; null, after a log line, gives a null
-    /// text.
+    /// Minutes and seconds without hours, such as "61:05". An absent value counts as 0. A JSON null is logged and gives
+    /// a null string.
     static QString secToTime(const QJsonValue &seconds);
-    /// Transparent for an unknown code; letter case counts.
+    /// Transparent for an unknown code; case-sensitive.
     static QColor colorForCategory(const QString &category);
 
 protected:
