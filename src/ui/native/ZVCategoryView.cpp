@@ -31,7 +31,10 @@ struct ZVCategoryView::Private : public ZVTableViewDataSource
     void imageDidArrive(const std::shared_ptr<ZVVideoParams> &video);
 
     // ZVTableViewDataSource
-    qint64 numberOfRowsInSection(ZVTableView *view, qint64 section) override;
+    qint64 numberOfRowsInSection(ZVTableView *, qint64) override
+    {
+        return recommendations ? recommendations->categories().size() : 0;
+    }
     ZVItemViewCell *cellForRowAtIndexPath(ZVTableView *view, const IndexPath &path) override;
 
     ZVCategoryView *const q;
@@ -147,11 +150,6 @@ void ZVCategoryView::Private::imageDidArrive(const std::shared_ptr<ZVVideoParams
 }
 
 // ZVTableViewDataSource
-
-qint64 ZVCategoryView::Private::numberOfRowsInSection(ZVTableView *, qint64)
-{
-    return recommendations ? recommendations->categories().size() : 0;
-}
 
 ZVItemViewCell *ZVCategoryView::Private::cellForRowAtIndexPath(ZVTableView *view, const IndexPath &path)
 {

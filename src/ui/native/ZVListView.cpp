@@ -34,7 +34,10 @@ struct ZVListView::Private : public ZVCollectionViewDataSource
     explicit Private(ZVListView *list);
     ~Private() override;
 
-    bool isKnown(const QString &videoId) const;
+    bool isKnown(const QString &videoId) const
+    {
+        return videoId.isNull() ? knowsVideoWithoutId : knownIds.contains(videoId);
+    }
     void remember(const QString &videoId);
     void fetchThumbnails(const std::shared_ptr<const ZVVideoList> &videos, std::size_t first);
     void fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video);
@@ -42,16 +45,19 @@ struct ZVListView::Private : public ZVCollectionViewDataSource
     void imageDidArrive(const std::shared_ptr<ZVVideoParams> &video);
     void sortCells();
     void fitCells();
-    double cellWidth() const;
+    double cellWidth() const { return items ? (items->width() - 3 * inset) / 2 : 0; }
     std::shared_ptr<ZVVideoParams> videoAt(qint64 row) const;
 
     // ZVCollectionViewDataSource
-    qint64 numberOfItemsInSection(ZVCollectionView *view, qint64 section) override;
+    qint64 numberOfItemsInSection(ZVCollectionView *, qint64) override
+    {
+        return static_cast<qint64>(videoCells.size());
+    }
     ZVItemViewCell *cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
     QSizeF sizeForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
-    double minimumLineSpacingForSectionAtIndex(ZVCollectionView *view, qint64 section) override;
-    double minimumInteritemSpacingForSectionAtIndex(ZVCollectionView *view, qint64 section) override;
-    QMarginsF insetForSectionAtIndex(ZVCollectionView *view, qint64 section) override;
+    double minimumLineSpacingForSectionAtIndex(ZVCollectionView *, qint64) override { return inset; }
+    double minimumInteritemSpacingForSectionAtIndex(ZVCollectionView *, qint64) override { return inset; }
+    QMarginsF insetForSectionAtIndex(ZVCollectionView *, qint64) override { return {inset, inset, inset, inset}; }
     void didSelectItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
 
     ZVListView *const q;
@@ -215,16 +221,6 @@ void ZVListView::Private::fitCells()
     items->invalidateLayout();
 }
 
-double ZVListView::Private::cellWidth() const
-{
-    return items ? (items->width() - 3 * inset) / 2 : 0;
-}
-
-bool ZVListView::Private::isKnown(const QString &videoId) const
-{
-    return videoId.isNull() ? knowsVideoWithoutId : knownIds.contains(videoId);
-}
-
 void ZVListView::Private::remember(const QString &videoId)
 {
     if (videoId.isNull())
@@ -241,11 +237,6 @@ std::shared_ptr<ZVVideoParams> ZVListView::Private::videoAt(qint64 row) const
 
 // ZVCollectionViewDataSource
 
-qint64 ZVListView::Private::numberOfItemsInSection(ZVCollectionView *, qint64)
-{
-    return static_cast<qint64>(videoCells.size());
-}
-
 ZVItemViewCell *ZVListView::Private::cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path)
 {
     auto *const cell = view->dequeueReusableCell(cellIdentifier);
@@ -258,21 +249,6 @@ QSizeF ZVListView::Private::sizeForItemAtIndexPath(ZVCollectionView *, const Ind
 {
     const auto video = videoAt(path.row);
     return video ? video->size() : QSizeF(0, 0);
-}
-
-double ZVListView::Private::minimumLineSpacingForSectionAtIndex(ZVCollectionView *, qint64)
-{
-    return inset;
-}
-
-double ZVListView::Private::minimumInteritemSpacingForSectionAtIndex(ZVCollectionView *, qint64)
-{
-    return inset;
-}
-
-QMarginsF ZVListView::Private::insetForSectionAtIndex(ZVCollectionView *, qint64)
-{
-    return {inset, inset, inset, inset};
 }
 
 void ZVListView::Private::didSelectItemAtIndexPath(ZVCollectionView *, const IndexPath &path)
