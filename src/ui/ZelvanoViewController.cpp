@@ -25,7 +25,7 @@ namespace {
 constexpr auto customerMediaUrl = "http://media.customer.example/videos/"_L1;
 constexpr double overlayShare = 0.8; // Of the player's width.
 constexpr QRectF firstOverlayFrame{20, 64, 300, 200};
-constexpr double topmost = 1e6; // Of the overlay's z.
+constexpr double topmost = 1e6; // The z of the overlay.
 
 // An adapter looks for this class by its name, and expects suggestions where it exists.
 const int registeredType = qRegisterMetaType<ZelvanoViewController *>();
