@@ -52,14 +52,14 @@ check_interface() {
   check_type_names "$lib"
 }
 
-# check_type_names LIBDIR: the libraries export each class with virtual functions. Otherwise library and host each have
-# a typeinfo for it, and dynamic_cast compares their names.
+# check_type_names LIBDIR: no library hides the vtable of a class of the public headers. Otherwise library and host each
+# have a typeinfo for it, and dynamic_cast compares their names.
 check_type_names() {
-  local missing
-  names() { sed -n "s/.* $1 for \\(zelvano::.*\\)/\\1/p" | grep -v '::Use[0-9]' | sort -u; }
-  missing=$(comm -12 <(nm -C "$work/consumer" | names vtable) <(nm -C "$work/consumer" | names typeinfo) |
-    comm -23 - <(nm -DC "$1"/libZelvano*.so | names typeinfo))
-  [ -z "$missing" ] || fail "these classes are not exported: $missing"
+  local hidden
+  vtables() { nm "$@" | sed -n 's/.* vtable for \(zelvano::.*\)/\1/p' | sort -u; }
+  hidden=$(comm -23 <(vtables -C "$1"/libZelvano*.so) <(vtables -DC "$1"/libZelvano*.so) |
+    comm -12 - <(vtables -C "$work/consumer"))
+  [ -z "$hidden" ] || fail "these classes are not exported: $hidden"
 }
 
 # refuses COMPONENT TEXT: find_package fails for the component with a message that contains TEXT.
