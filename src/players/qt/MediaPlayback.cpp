@@ -10,6 +10,8 @@
 
 namespace zelvano {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr double millisecond = 0.001; // Seconds.
@@ -35,6 +37,7 @@ MediaPlayback::MediaPlayback(QMediaPlayer *player) : m_player(player), m_end(pla
     connect(player, &QMediaPlayer::durationChanged, this, &MediaPlayback::durationChanged);
     connect(player, &QMediaPlayer::positionChanged, this, &MediaPlayback::positionDidChange);
     connect(player, &QMediaPlayer::sourceChanged, this, &MediaPlayback::sourceDidChange);
+    m_hasPlayed = state() != QMediaPlayer::StoppedState;
     m_lastPosition = position();
 }
 
@@ -49,6 +52,7 @@ void MediaPlayback::load(const QUrl &source)
     m_player->setSource(source);
     m_isLoading = false;
     m_playsWhenLoaded = false;
+    m_hasPlayed = m_isBrokenOff = false;
     m_lastPosition = 0;
 }
 
@@ -109,6 +113,8 @@ double MediaPlayback::pace() const
 MediaPlayback::Medium MediaPlayback::medium() const
 {
     const auto status = m_player ? m_player->mediaStatus() : QMediaPlayer::NoMedia;
+    if (m_isBrokenOff)
+        return Medium::Broken;
     switch (status) {
     case QMediaPlayer::NoMedia:
     case QMediaPlayer::LoadingMedia:
@@ -157,11 +163,17 @@ void MediaPlayback::playbackStateDidChange(QMediaPlayer::PlaybackState state)
 {
     if (state != QMediaPlayer::StoppedState)
         m_playsWhenLoaded = false; // The host has played or paused it meanwhile.
+    if (state == QMediaPlayer::PlayingState) {
+        m_hasPlayed = true;
+        m_isBrokenOff = false;
+    }
     Q_EMIT stateChanged();
 }
 
 void MediaPlayback::mediaStatusDidChange(QMediaPlayer::MediaStatus status)
 {
+    if (status == QMediaPlayer::EndOfMedia && std::exchange(m_hasPlayed, false))
+        m_isBrokenOff = breaksOff();
     Q_EMIT mediumChanged();
     // Later: the host may be setting another source.
     if (m_playsWhenLoaded && !m_isLoading && status != QMediaPlayer::LoadingMedia)
@@ -173,7 +185,17 @@ void MediaPlayback::sourceDidChange()
     if (m_isLoading)
         return;
     m_playsWhenLoaded = false;
+    m_hasPlayed = m_isBrokenOff = false;
+    m_lastPosition = 0;
     Q_EMIT sourceChanged();
+}
+
+/// A QMediaPlayer reports a lost connection as the end. A file's duration may be an estimate, so its end is believed.
+bool MediaPlayback::breaksOff() const
+{
+    const auto url = source();
+    const bool isRemote = !url.isLocalFile() && url.scheme() != "qrc"_L1;
+    return isRemote && m_lastPosition + jumpTolerance < duration(); // False while the duration is unknown.
 }
 
 void MediaPlayback::positionDidChange()
@@ -183,12 +205,28 @@ void MediaPlayback::positionDidChange()
     const double elapsed = m_sincePosition.isValid() ? seconds(m_sincePosition.elapsed()) : 0;
     m_sincePosition.start();
     const double reached = position();
+    const double played = state() == QMediaPlayer::PlayingState ? elapsed * pace() : 0;
+    const double tolerance = played + jumpTolerance;
+    if (!(reached >= duration()) || reached - m_lastPosition <= tolerance) {
+        positionDidReach(tolerance);
+        return;
+    }
+    // Later: Qt's FFmpeg backend moves to the end right before it reports the end, also when the connection broke.
+    const auto later = [this, tolerance, source = source()] {
+        if (m_player && m_player->mediaStatus() != QMediaPlayer::EndOfMedia && this->source() == source)
+            positionDidReach(tolerance);
+    };
+    QMetaObject::invokeMethod(this, later, Qt::QueuedConnection);
+}
+
+void MediaPlayback::positionDidReach(double tolerance)
+{
+    const double reached = position();
     const double step = reached - std::exchange(m_lastPosition, reached);
     Q_EMIT positionChanged();
     // A stop moves the position to the beginning, which is not a seek. Some backends report the stop after the move.
     const auto isStopped = [this] { return state() == QMediaPlayer::StoppedState; };
-    const double played = state() == QMediaPlayer::PlayingState ? elapsed * pace() : 0;
-    if (isStopped() || std::abs(step) <= played + jumpTolerance)
+    if (isStopped() || std::abs(step) <= tolerance)
         return;
     if (reached > 0) {
         Q_EMIT jumped(step);

@@ -10,8 +10,8 @@
 namespace zelvano {
 
 /// A host's QMediaPlayer with the same behaviour on every backend. play() waits until the source is loaded, a source
-/// that failed to open is Broken, and a seek is distinguished from playing on. The host may go on using the player, and
-/// destroy it at any time: it then counts as stopped. Main thread.
+/// that failed to open or that broke off is Broken, and a seek is distinguished from playing on. The host may go on
+/// using the player, and destroy it at any time: it then counts as stopped. Main thread.
 class MediaPlayback : public QObject
 {
     Q_OBJECT
@@ -58,13 +58,17 @@ private:
     void mediaStatusDidChange(QMediaPlayer::MediaStatus status);
     void sourceDidChange();
     void positionDidChange();
+    void positionDidReach(double tolerance);
     void playLoaded();
+    bool breaksOff() const;
 
     const QPointer<QMediaPlayer> m_player;
     const PlayerEnd m_end;
     bool m_isLoading = false;
     bool m_playsWhenLoaded = false;
-    double m_lastPosition = 0;
+    bool m_hasPlayed = false;   ///< Since the last end.
+    bool m_isBrokenOff = false; ///< The medium ended early. Until it plays again, or another source is set.
+    double m_lastPosition = 0;  ///< The last one that playing or a seek reached, in seconds.
     QElapsedTimer m_sincePosition;
 };
 

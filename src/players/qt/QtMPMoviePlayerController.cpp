@@ -168,6 +168,7 @@ struct QtMPMoviePlayerController::Private
             break;
         case MediaPlayback::Medium::Broken:
             setLoadState({});
+            isUnfinished = false;
             q->tellFinish(MPMovieFinishReason::PlaybackError);
             break;
         }
