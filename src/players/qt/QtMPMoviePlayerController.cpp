@@ -47,6 +47,7 @@ struct QtMPMoviePlayerController::Private
     bool shouldAutoplay = false;
     bool isFullscreen = false;
     bool isUnfinished = false; // Playback began and its finish is not posted yet.
+    bool hasFailed = false;    // The error of this source is posted. Until it plays or another is set.
     std::atomic<MPMoviePlaybackState> playbackState = MPMoviePlaybackState::Stopped;
     std::atomic<MPMovieLoadStates> loadState = MPMovieLoadStates();
     std::atomic<double> duration = 0;
@@ -97,6 +98,7 @@ struct QtMPMoviePlayerController::Private
     void sourceDidChange()
     {
         finish();
+        hasFailed = false;
         loadState = MPMovieLoadStates();
         q->setCurrentContentURL(media.source());
         updateDuration();
@@ -110,7 +112,10 @@ struct QtMPMoviePlayerController::Private
     {
         if (playbackState.exchange(state) == state)
             return;
-        isUnfinished = isUnfinished || state == MPMoviePlaybackState::Playing;
+        if (state == MPMoviePlaybackState::Playing && media.medium() != MediaPlayback::Medium::Broken) {
+            isUnfinished = true;
+            hasFailed = false;
+        }
         q->tellPlaybackState();
         // Later: a QMediaPlayer stops before it reports the end, and adapters compare position and end.
         if (state == MPMoviePlaybackState::Stopped)
@@ -142,6 +147,8 @@ struct QtMPMoviePlayerController::Private
             return; // The source is being changed; another report follows.
         const auto becomePlayable = [this] {
             updateDuration();
+            hasFailed = false;
+            isUnfinished = isUnfinished || playbackState == MPMoviePlaybackState::Playing;
             if (loadState == MPMovieLoadStates()) // Otherwise it was playable before, and a stop does not reload it.
                 setLoadState(MPMovieLoadState::Playable);
         };
@@ -169,7 +176,8 @@ struct QtMPMoviePlayerController::Private
         case MediaPlayback::Medium::Broken:
             setLoadState({});
             isUnfinished = false;
-            q->tellFinish(MPMovieFinishReason::PlaybackError);
+            if (!std::exchange(hasFailed, true)) // A QMediaPlayer reports a failure several times.
+                q->tellFinish(MPMovieFinishReason::PlaybackError);
             break;
         }
     }
@@ -322,6 +330,7 @@ void QtMPMoviePlayerController::loadContent(const QUrl &url)
     if (contentURL() != url)
         return; // An observer of the finish has set another URL.
     d->media.load(url);
+    d->hasFailed = false;
     d->loadState = MPMovieLoadStates();
     d->currentTime = 0;
     d->updateDuration();

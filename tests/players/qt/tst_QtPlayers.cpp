@@ -301,6 +301,11 @@ private Q_SLOTS:
         QVERIFY(players.tells(u"finish 1"_s) && players.tells(u"not ready"_s));
         QCOMPARE(players.av->status(), AVPlayerStatus::Failed);
         QVERIFY(!players.movieTold.contains(u"playable"_s));
+        players.movie->play(); // It stays a failure, which is reported once.
+        QTest::qWait(100);
+        players.movie->stop();
+        QTest::qWait(0);
+        QCOMPARE(players.movieTold.filter(u"finish"_s), QStringList{u"finish 1"_s});
         players.forget();
         players.movie->setContentURL(second); // The next good one works.
         players.movie->play();
