@@ -106,7 +106,12 @@ struct QtMPMoviePlayerController::Private
         mediumDidChange();
     }
 
-    void updatePlaybackState() { setPlaybackState(stateOf(media.state())); }
+    void updatePlaybackState()
+    {
+        if (playbackState == MPMoviePlaybackState::Stopped && media.state() != QMediaPlayer::StoppedState)
+            currentTime = media.position(); // It may have been set meanwhile.
+        setPlaybackState(stateOf(media.state()));
+    }
 
     void setPlaybackState(MPMoviePlaybackState state)
     {
@@ -198,10 +203,11 @@ struct QtMPMoviePlayerController::Private
         duration = std::isnan(seconds) ? 0 : seconds;
     }
 
-    /// A stop moves a QMediaPlayer to the beginning; the position reached stays current here.
+    /// A stop moves a QMediaPlayer to the beginning; the position reached stays current here, also at the end.
     void positionDidChange()
     {
-        if (media.state() != QMediaPlayer::StoppedState)
+        const bool isSet = media.position() > 0 && media.medium() != MediaPlayback::Medium::Ended;
+        if (isSet || media.state() != QMediaPlayer::StoppedState)
             currentTime = media.position();
     }
 

@@ -204,6 +204,33 @@ private Q_SLOTS:
         QVERIFY(!players.avTold.contains(u"end"_s) && players.movieTold.filter(u"finish"_s).isEmpty());
     }
 
+    void positionSetWhileStopped()
+    {
+        Players players;
+        QList<double> starts;
+        NotificationCenter::defaultCenter().addObserver(
+            &players, MPMoviePlayerPlaybackStateDidChangeNotification, [&](const Notification &) {
+                if (players.movie->playbackState() == MPMoviePlaybackState::Playing)
+                    starts.append(players.movie->currentPlaybackTime());
+            });
+        QVERIFY(players.loads(first));
+        players.media->setPosition(6000);
+        QCOMPARE(players.movie->currentPlaybackTime(), 6.0);
+        players.movie->play();
+        QVERIFY(players.plays(6.1));
+        players.media->setPosition(players.media->duration() - 300);
+        QVERIFY(players.tells(u"finish 0 whole"_s));
+        QCOMPARE(starts.first(), 6.0);
+        starts.clear();
+        players.forget();
+        players.movie->play(); // A replay begins anew.
+        QVERIFY(players.tells(u"state 1"_s));
+        players.movie->stop();
+        players.media->setPosition(0);
+        players.movie->play();
+        QCOMPARE(starts, QList<double>(2, 0));
+    }
+
     void replacedItem()
     {
         for (const bool playing : {true, false}) {
