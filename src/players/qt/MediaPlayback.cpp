@@ -142,9 +142,12 @@ double MediaPlayback::duration() const
     return duration > 0 ? seconds(duration) : unknown;
 }
 
+/// Qt's FFmpeg backend reports an impossible position at playback rate 0.
 double MediaPlayback::position() const
 {
-    return m_player ? seconds(m_player->position()) : 0;
+    constexpr qint64 longest = 1000LL * 60 * 60 * 24 * 365; // Milliseconds.
+    const auto position = m_player ? m_player->position() : 0;
+    return position >= 0 && position <= longest ? seconds(position) : m_lastPosition;
 }
 
 double MediaPlayback::bufferedUntil() const

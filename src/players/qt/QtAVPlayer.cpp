@@ -82,8 +82,8 @@ struct QtAVPlayer::Private
     void updateStatus()
     {
         const auto item = q->currentItem();
-        if (!item)
-            return;
+        if (!item || item->asset().URL() != media.source())
+            return; // The source is being changed; another report follows.
         switch (media.medium()) {
         case MediaPlayback::Medium::None:
         case MediaPlayback::Medium::Stalled:

@@ -47,6 +47,7 @@ struct QtMPMoviePlayerController::Private
     bool shouldAutoplay = false;
     bool isFullscreen = false;
     bool isUnfinished = false; // Playback began and its finish is not posted yet.
+    bool isPlayable = false;   // The load state was Playable since the source was set.
     bool hasFailed = false;    // The error of this source is posted. Until it plays or another is set.
     std::atomic<MPMoviePlaybackState> playbackState = MPMoviePlaybackState::Stopped;
     std::atomic<MPMovieLoadStates> loadState = MPMovieLoadStates();
@@ -98,12 +99,17 @@ struct QtMPMoviePlayerController::Private
     void sourceDidChange()
     {
         finish();
-        hasFailed = false;
-        loadState = MPMovieLoadStates();
+        setUnloaded();
         q->setCurrentContentURL(media.source());
         updateDuration();
         updatePlaybackState();
         mediumDidChange();
+    }
+
+    void setUnloaded()
+    {
+        hasFailed = isPlayable = false;
+        loadState = MPMovieLoadStates();
     }
 
     void updatePlaybackState()
@@ -154,11 +160,12 @@ struct QtMPMoviePlayerController::Private
             updateDuration();
             hasFailed = false;
             isUnfinished = isUnfinished || playbackState == MPMoviePlaybackState::Playing;
-            if (loadState == MPMovieLoadStates()) // Otherwise it was playable before, and a stop does not reload it.
+            if (!std::exchange(isPlayable, true)) // A stop or a stall does not reload it.
                 setLoadState(MPMovieLoadState::Playable);
         };
         switch (media.medium()) {
         case MediaPlayback::Medium::None:
+            isPlayable = false;
             setLoadState({});
             break;
         case MediaPlayback::Medium::Loaded:
@@ -179,8 +186,8 @@ struct QtMPMoviePlayerController::Private
             finish();
             break;
         case MediaPlayback::Medium::Broken:
+            isUnfinished = isPlayable = false;
             setLoadState({});
-            isUnfinished = false;
             if (!std::exchange(hasFailed, true)) // A QMediaPlayer reports a failure several times.
                 q->tellFinish(MPMovieFinishReason::PlaybackError);
             break;
@@ -336,8 +343,7 @@ void QtMPMoviePlayerController::loadContent(const QUrl &url)
     if (contentURL() != url)
         return; // An observer of the finish has set another URL.
     d->media.load(url);
-    d->hasFailed = false;
-    d->loadState = MPMovieLoadStates();
+    d->setUnloaded();
     d->currentTime = 0;
     d->updateDuration();
     d->updatePlaybackState();

@@ -339,6 +339,34 @@ private Q_SLOTS:
         QVERIFY(players.tells(u"state 1"_s));
     }
 
+    /// A QMediaPlayer reports the status of a resource that does not exist before it reports the new source.
+    void failureOfAnotherSource()
+    {
+        Players players;
+        QVERIFY(players.loads(first));
+        const auto item = players.av->currentItem();
+        players.media->setSource(QUrl(u"qrc:/missing.mp4"_s));
+        QVERIFY(players.tells(u"finish 1"_s) && players.av->currentItem() != item);
+        QCOMPARE(item->status(), AVPlayerItemStatus::ReadyToPlay);
+        QCOMPARE(players.av->currentItem()->status(), AVPlayerItemStatus::Failed);
+    }
+
+    /// Qt's FFmpeg backend then reports impossible positions.
+    void rateZero()
+    {
+        Players players;
+        QVERIFY(players.starts(first, 0.3));
+        QList<double> positions;
+        connect(players.media.get(), &QMediaPlayer::positionChanged, &players.sink, [&] {
+            positions.append({players.av->currentTime(), players.movie->currentPlaybackTime()});
+        });
+        players.forget();
+        players.media->setPlaybackRate(0);
+        QVERIFY(waitUntil([&] { return positions.size() >= 4; }));
+        QVERIFY(std::all_of(positions.begin(), positions.end(), [](double at) { return at >= 0.3 && at < 24; }));
+        QVERIFY(players.avTold.filter(u"jump"_s).isEmpty() && !players.movieTold.contains(u"state 5"_s));
+    }
+
     /// Qt's FFmpeg backend reports a broken connection as the end of the whole video.
     void brokenConnection()
     {
