@@ -13,7 +13,7 @@ class Job;
 /// "host:port", always with the port.
 QByteArray hostAndPort(const QUrl &url);
 
-/// The jobs of one scheme, host and port.
+/// The jobs of one purpose, scheme, host and port.
 struct Host
 {
     QByteArray key;

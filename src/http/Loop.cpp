@@ -130,7 +130,7 @@ void Loop::expireIdle()
     while (!m_active.empty() && m_active.begin()->first <= now) {
         Transfer &transfer = *m_active.begin()->second;
         if (transfer.deadline() <= now) {
-            fail(transfer, ErrorCode::TimedOut, "no byte moved for too long");
+            fail(transfer, ErrorCode::TimedOut, "the request timed out");
             continue;
         }
         auto node = m_active.extract(m_active.begin());

@@ -4,10 +4,12 @@ namespace zelvano::http {
 
 void Queues::enqueue(const std::shared_ptr<Job> &job)
 {
-    const QUrl &url = job->request().url;
-    if (url != m_lastUrl) {
-        m_lastUrl = url;
-        m_lastKey = url.scheme().toLatin1() + ' ' + hostAndPort(url);
+    const Request &request = job->request();
+    if (request.url != m_lastUrl || request.purpose != m_lastPurpose) {
+        m_lastUrl = request.url;
+        m_lastPurpose = request.purpose;
+        m_lastKey =
+            QByteArray::number(int(request.purpose)) + request.url.scheme().toLatin1() + ' ' + hostAndPort(request.url);
     }
     Host &host = m_hosts[m_lastKey];
     host.key = m_lastKey;

@@ -8,7 +8,7 @@
 
 namespace zelvano::http {
 
-/// Limits concurrent transfers per host. The rest wait in FIFO order.
+/// Limits concurrent transfers per host and purpose. The rest wait in FIFO order.
 /// Pure bookkeeping, without clock or I/O. Networking thread only.
 class Queues
 {
@@ -33,8 +33,9 @@ private:
     /// Hosts with at least one job. Its elements keep their address.
     std::unordered_map<QByteArray, Host> m_hosts;
     std::vector<std::shared_ptr<Job>> m_ready;
-    /// The key of the last URL. Events go to one URL, one after another.
+    /// The key of the last request. Events go to one URL, one after another.
     QUrl m_lastUrl;
+    Purpose m_lastPurpose = Purpose::Call;
     QByteArray m_lastKey;
 };
 

@@ -11,6 +11,9 @@
 
 namespace zelvano::http {
 
+/// Requests of different purposes have their own slots per host, so that slow pictures delay no call.
+enum class Purpose { Call, Picture };
+
 /// One HTTP request, as a value.
 struct ZELVANOCORE_EXPORT Request
 {
@@ -21,6 +24,9 @@ struct ZELVANOCORE_EXPORT Request
     QByteArray body;
     /// The transfer fails with TimedOut when no byte moves in either direction for this long.
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
+    /// The transfer fails with TimedOut after this long, even if bytes still move.
+    std::chrono::milliseconds totalTimeout = std::chrono::milliseconds::max();
+    Purpose purpose = Purpose::Call;
 
     /// Sets or replaces a header. Drops a name or value that could break out of its line, with a log line.
     void setHeader(const QByteArray &name, const QByteArray &value);

@@ -15,9 +15,9 @@ namespace zelvano::http {
 /// HTTP for the whole library: one libcurl multi loop on a networking thread, one delivery thread for completions.
 ///
 /// All tasks share connections, DNS answers and TLS sessions. The session follows redirects, decodes compressed answers
-/// and verifies TLS. It holds an answer in memory, at most 64 MiB. At most six transfers run at a time for one host;
-/// the rest wait in FIFO order. No request is sent twice: when a reused connection dies before it answers, the task
-/// fails with ConnectionLost.
+/// and verifies TLS. It holds an answer in memory, at most 64 MiB. At most six transfers run at a time for one host
+/// and purpose; the rest wait in FIFO order. No request is sent twice: when a reused connection dies before it answers,
+/// the task fails with ConnectionLost.
 ///
 /// The threads start with the first task and end with the application object, or else with the static objects. The end
 /// cancels what is in flight and runs its completions first. A task that is resumed later starts the threads again; one

@@ -5,6 +5,7 @@
 #include "Host.h"
 #include "Routes.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace zelvano::http {
@@ -114,6 +115,14 @@ void Transfer::begin(std::shared_ptr<Job> job)
     setMethod(request);
     setHeaders(false);
     touch();
+    m_begin = m_lastMove;
+}
+
+Clock::time_point Transfer::deadline() const
+{
+    const Request &request = m_job->request();
+    const auto sinceBegin = std::chrono::floor<std::chrono::milliseconds>(m_lastMove - m_begin);
+    return m_lastMove + std::min(request.timeout, request.totalTimeout - sinceBegin);
 }
 
 void Transfer::setMethod(const Request &request)

@@ -37,8 +37,8 @@ public:
     Outcome end(CURLcode code);
     Outcome end(ErrorCode error, const char *description);
 
-    /// The transfer fails with TimedOut then, unless something moves.
-    Clock::time_point deadline() const { return m_lastMove + m_job->request().timeout; }
+    /// The transfer fails with TimedOut then, unless something moves before the total timeout.
+    Clock::time_point deadline() const;
 
     Transfers::iterator place;
 
@@ -68,6 +68,7 @@ private:
     std::array<char, CURL_ERROR_SIZE> m_errorText = {};
 
     std::shared_ptr<Job> m_job;
+    Clock::time_point m_begin;
     Clock::time_point m_lastMove;
 
     /// The current job's answer so far.

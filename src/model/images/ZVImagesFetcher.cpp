@@ -13,6 +13,9 @@ namespace zelvano {
 
 namespace {
 
+/// A server that sends byte by byte would otherwise keep a connection forever.
+constexpr std::chrono::seconds LongestDownload(60);
+
 QString keyOf(const QUrl &url)
 {
     return url.toString(QUrl::FullyEncoded);
@@ -30,6 +33,8 @@ void download(const QUrl &url, const QString &key, ZVImagesFetcher::Completion c
 {
     http::Request request;
     request.url = url;
+    request.totalTimeout = LongestDownload;
+    request.purpose = http::Purpose::Picture;
     http::Session::dataTask(request, [key, completion = std::move(completion)](const auto &response,
                                                                                const auto &error) mutable {
         if (error)

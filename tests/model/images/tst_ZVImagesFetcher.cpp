@@ -1,7 +1,7 @@
-#include "Columns.h"
+#include "HttpLoad.h"
 #include "ImagesCache.h"
 #include "Pictures.h"
-#include "Session.h"
+#include "Traffic.h"
 #include <ZelvanoUI/Sandbox.h>
 #include <ZelvanoUI/ZVImagesFetcher.h>
 
@@ -44,6 +44,14 @@ std::optional<Result> resultOf(std::future<Result> future)
         return std::nullopt;
     }
 }
+
+/// Keeps the last request.
+struct LastRequest : http::TrafficObserver
+{
+    void requestWillStart(quint64, const http::Request &started) override { request = started; }
+    void requestDidEnd(quint64, const http::Response &, const std::optional<Error> &) override {}
+    http::Request request;
+};
 
 } // namespace
 
@@ -171,6 +179,26 @@ private Q_SLOTS:
         mayEnd.set_value();
         QCOMPARE(saw.wait_for(20s), std::future_status::ready);
         QVERIFY(saw.get());
+    }
+
+    /// Pictures and calls of one host have separate connections.
+    void slowPicturesDelayNoCall()
+    {
+        RawServer server([](RawServer::Connection &connection) {
+            if (connection.readRequest().startsWith("GET /picture"))
+                connection.awaitClose();
+            connection.write(httpAnswer("{}"));
+        });
+        const auto last = std::make_shared<LastRequest>();
+        http::Traffic::addObserver(last);
+        std::vector<std::future<Result>> pictures;
+        for (int i = 0; i < 7; ++i)
+            pictures.push_back(fetch(server.url("/picture" + QByteArray::number(i))));
+        http::Traffic::removeObserver(last);
+        QCOMPARE(last->request.totalTimeout, 60s);
+        QVERIFY(server.awaitRequests(6));
+        QCOMPARE(HttpLoad(httpGet(server.url("/event"))).resume().result(5s).status, 200);
+        QCOMPARE(server.requests().size(), 7u); // The seventh picture waits.
     }
 
 private:
