@@ -12,7 +12,8 @@ bool isToken(const QByteArray &text);
 bool isSafeHeader(const QByteArray &name, const QByteArray &value);
 
 /// The header lines of a request for CURLOPT_HTTPHEADER, without those that libcurl adds by itself.
-/// "x-..." headers are the caller's secrets: a foreign host, which a redirect names, does not get them.
+/// "x-..." headers are the caller's secrets: a foreign host, which a redirect names, does not get them. The same host
+/// over https gets them.
 StringList headerList(const Request &request, bool isForeignHost);
 
 } // namespace zelvano::http

@@ -114,6 +114,7 @@ void Transfer::begin(std::shared_ptr<Job> job)
     curl_easy_setopt(easy, CURLOPT_PROXY, isRouted ? "" : nullptr);
     setMethod(request);
     setHeaders(false);
+    m_trusted = request.url;
     touch();
     m_begin = m_lastMove;
 }
@@ -197,13 +198,19 @@ Error Transfer::errorFor(CURLcode code) const
     return makeError(error, m_errorText[0] ? m_errorText.data() : curl_easy_strerror(code));
 }
 
-bool Transfer::hasLeftHost() const
+/// The same scheme, host and port, or the step from http to https on the host's default port. The way back is none.
+bool Transfer::staysWithHost()
 {
     const char *current = nullptr;
     curl_easy_getinfo(m_easy.get(), CURLINFO_EFFECTIVE_URL, &current);
     const QUrl url = QUrl::fromEncoded(current);
-    const QUrl &asked = m_job->request().url;
-    return url.scheme() != asked.scheme() || hostAndPort(url) != hostAndPort(asked);
+    const bool isSame = url.scheme() == m_trusted.scheme() && hostAndPort(url) == hostAndPort(m_trusted);
+    const bool isUpgrade = m_trusted.scheme() == QLatin1StringView("http") &&
+                           url.scheme() == QLatin1StringView("https") && url.port(443) == 443 &&
+                           url.host() == m_trusted.host();
+    if (isSame || isUpgrade)
+        m_trusted = url;
+    return isSame || isUpgrade;
 }
 
 // libcurl sends a request again when a reused connection ends without an answer. The service might have acted on the
@@ -214,7 +221,7 @@ bool Transfer::requestGoesOut()
         m_answer.wouldRepeat = true;
         return false;
     }
-    if (m_answer.headSize > 0 && hasLeftHost())
+    if (m_answer.headSize > 0 && !staysWithHost())
         setHeaders(true);
     m_answer.isUnanswered = true;
     touch();

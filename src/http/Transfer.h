@@ -47,7 +47,7 @@ private:
     void setCallbacks();
     void setMethod(const Request &request);
     void setHeaders(bool isForeignHost);
-    bool hasLeftHost() const;
+    bool staysWithHost();
     Error errorFor(CURLcode code) const;
     Outcome finished(Outcome outcome);
 
@@ -64,6 +64,7 @@ private:
     /// of the networking thread.
     std::vector<std::pair<QByteArray, QByteArray>> m_headersSource;
     bool m_headersAreForeign = false;
+    QUrl m_trusted; ///< The last URL of the job whose host may have all headers.
     std::shared_ptr<curl_slist> m_routes;
     std::array<char, CURL_ERROR_SIZE> m_errorText = {};
 

@@ -1,4 +1,5 @@
 #include "EngineFixture.h"
+#include "Routes.h"
 
 #include <QProcess>
 
@@ -49,8 +50,8 @@ private Q_SLOTS:
         program.start(u"openssl"_s,
                       {u"req"_s, u"-x509"_s, u"-newkey"_s, u"ec"_s, u"-pkeyopt"_s, u"ec_paramgen_curve:P-256"_s,
                        u"-nodes"_s, u"-days"_s, u"2"_s, u"-subj"_s, u"/CN=localhost"_s, u"-addext"_s,
-                       u"subjectAltName=DNS:localhost"_s, u"-keyout"_s, m_folder.filePath(u"key.pem"_s), u"-out"_s,
-                       m_folder.filePath(u"cert.pem"_s), u"-batch"_s});
+                       u"subjectAltName=DNS:localhost,DNS:other.test"_s, u"-keyout"_s, m_folder.filePath(u"key.pem"_s),
+                       u"-out"_s, m_folder.filePath(u"cert.pem"_s), u"-batch"_s});
         QVERIFY(program.waitForFinished(10000));
         QCOMPARE(program.exitCode(), 0);
     }
@@ -73,7 +74,7 @@ private Q_SLOTS:
             const Case current(name);
             RawServer plain(always(httpAnswer("{}")));
             QProcess server;
-            QVERIFY(start(server));
+            QVERIFY(start(server, {u"-HTTP"_s}));
             trusted = isTrusted ? m_folder.filePath(u"cert.pem"_s).toUtf8() : QByteArray();
             serve("answer", httpAnswer("{}"));
             const auto location = target == "http://" ? plain.url("/answer").toEncoded() : target;
@@ -86,6 +87,46 @@ private Q_SLOTS:
             server.kill();
             server.waitForFinished();
         }
+    }
+
+    /// Headers named "x-..." follow from http to https of the same name, but not to another name or port, and not back.
+    void upgradeToHttps()
+    {
+        const std::tuple<QByteArray, bool, bool> cases[] = {{"https://localhost/", true, false},
+                                                            {"https://localhost:%1/", false, false},
+                                                            {"https://other.test/", false, false},
+                                                            {"https://localhost/", true, true}};
+        trusted = m_folder.filePath(u"cert.pem"_s).toUtf8();
+        for (const auto &[location, hasKey, isSentBack] : cases) {
+            const Case current(location);
+            QProcess server;
+            QVERIFY(start(server, {}));
+            for (const QByteArray name : {"localhost:443", "other.test:443"})
+                http::Routes::set(name, "127.0.0.1:" + QByteArray::number(m_port));
+            const auto target = QByteArray(location).replace("%1", QByteArray::number(m_port));
+            RawServer plain([&](RawServer::Connection &connection) {
+                for (QByteArray seen; !(seen = connection.readRequest()).isEmpty();)
+                    connection.write(seen.startsWith("GET /back") ? httpAnswer("{}") : httpRedirect("302", target));
+            });
+            const auto local = u"http://localhost:%1/"_s.arg(plain.url().port());
+            auto request = httpGet(QUrl(local));
+            request.setHeader("x-api-key", "secret");
+            HttpLoad load(request);
+            load.resume();
+            QByteArray received;
+            while (!received.contains("\r\n\r\n") && server.waitForReadyRead(10000))
+                received += server.readAllStandardOutput();
+            server.write(isSentBack ? httpRedirect("302", local.toLatin1() + "back") : httpAnswer("{}"));
+            server.waitForBytesWritten(10000);
+            QCOMPARE(load.result().status, 200);
+            QCOMPARE(received.contains("x-api-key: secret"), hasKey);
+            QCOMPARE(plain.requests().size(), isSentBack ? 2u : 1u);
+            QVERIFY(!isSentBack || !plain.requests().back().contains("secret"));
+            server.kill();
+            server.waitForFinished();
+        }
+        for (const QByteArray name : {"localhost:443", "other.test:443"})
+            http::Routes::set(name, {});
     }
 
     /// Key, page and ids come from the host, the service and the player. None may break out of its place in a request.
@@ -116,12 +157,14 @@ private Q_SLOTS:
     }
 
 private:
-    /// A TLS server on a free port that serves the files of the folder.
-    bool start(QProcess &server)
+    /// A TLS server on a free port. With "-HTTP" it serves the files of the folder, otherwise it prints what it
+    /// receives and sends its input.
+    bool start(QProcess &server, const QStringList &mode)
     {
         server.setWorkingDirectory(m_folder.path());
-        server.start(u"openssl"_s, {u"s_server"_s, u"-accept"_s, u"127.0.0.1:0"_s, u"-cert"_s, u"cert.pem"_s, u"-key"_s,
-                                    u"key.pem"_s, u"-HTTP"_s});
+        server.start(u"openssl"_s, QStringList{u"s_server"_s, u"-accept"_s, u"127.0.0.1:0"_s, u"-cert"_s, u"cert.pem"_s,
+                                               u"-key"_s, u"key.pem"_s} +
+                                       mode);
         QByteArray said;
         while (!said.contains("ACCEPT") && server.waitForReadyRead(10000))
             said += server.readAllStandardOutput();
