@@ -13,6 +13,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr qsizetype mostEvaluations = 32;
+
 /// QML may pass one of its own values.
 QVariant plain(const QVariant &value)
 {
@@ -58,6 +60,8 @@ void KPPlayerPage::evaluate(const QString &expression, const KPHandler &handler)
 {
     if (!m_content || !m_content->root())
         return;
+    if (m_evaluations.size() == mostEvaluations)
+        m_evaluations.erase(m_evaluations.begin());
     m_evaluations.insert(++m_lastEvaluation, handler);
     QMetaObject::invokeMethod(m_content->root(), "evaluate", Q_ARG(QVariant, expression),
                               Q_ARG(QVariant, m_lastEvaluation));

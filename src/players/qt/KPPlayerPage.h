@@ -4,7 +4,7 @@
 #include "VideoView.h"
 #include <ZelvanoUI/KPViewController.h>
 
-#include <QHash>
+#include <QMap>
 #include <QSizeF>
 #include <QUrl>
 #include <QVariantMap>
@@ -41,6 +41,7 @@ public:
 
     /// Calls a function of the page's player. Does nothing until the page has loaded.
     void call(const QString &function, const QVariantList &arguments = {});
+    /// A page that does not answer keeps the last 32 handlers only.
     void evaluate(const QString &expression, const KPHandler &handler);
     void addListener(const QString &event, const KPHandler &handler) { m_listeners.emplace_back(event, handler); }
 
@@ -64,7 +65,7 @@ private:
     std::unique_ptr<InterfaceResource> m_content;
     std::unique_ptr<VideoView> m_view;
     std::vector<std::pair<QString, KPHandler>> m_listeners; // By the event.
-    QHash<int, KPHandler> m_evaluations;
+    QMap<int, KPHandler> m_evaluations;                     // Unanswered, the oldest first.
     int m_lastEvaluation = 0;
     Media m_media;
 };

@@ -138,6 +138,15 @@ private Q_SLOTS:
         }
     }
 
+    void unansweredEvaluations()
+    {
+        openPage(pageOf({}));
+        const auto token = std::make_shared<int>();
+        for (int i = 0; i < 1000; ++i)
+            player->asyncEvaluate(u"{autoPlay}"_s, {}, [token](const QVariant &) {});
+        QVERIFY(token.use_count() > 1 && token.use_count() < 100);
+    }
+
     /// A host may drop the player inside every report.
     void endsInsideWhatItTells()
     {
