@@ -43,6 +43,8 @@ class ZELVANOCORE_EXPORT KPViewController : public Player
     Q_PROPERTY(double duration READ duration NOTIFY mediaChanged FINAL)
     /// Seconds.
     Q_PROPERTY(double currentPlaybackTime READ currentPlaybackTime NOTIFY mediaChanged FINAL)
+    /// Lets an adapter that ends see whether it is still the delegate, and only then remove itself.
+    Q_PROPERTY(QObject *delegate READ delegate WRITE setDelegate FINAL)
 
 public:
     KPViewController();

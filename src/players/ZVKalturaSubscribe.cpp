@@ -1,6 +1,7 @@
 #include "ZVKalturaSubscribe.h"
 
 #include "ClassName.h"
+#include "JsonReading.h"
 #include "MainQueue.h"
 #include <ZelvanoUI/KPViewController.h>
 #include <ZelvanoUI/MainThread.h>
@@ -25,20 +26,31 @@ QVariant valueOf(const QObject *player, const char *property)
     return player ? player->property(property) : QVariant();
 }
 
+/// Also notes the delegate in a dynamic property if the player has no property of this name.
+void setDelegate(QObject *player, QObject *delegate)
+{
+    QMetaObject::invokeMethod(player, "setDelegate", Q_ARG(QObject *, delegate));
+    if (player->metaObject()->indexOfProperty("delegate") < 0)
+        player->setProperty("delegate", QVariant::fromValue(delegate));
+}
+
 } // namespace
 
 ZVKalturaSubscribe::ZVKalturaSubscribe(const std::shared_ptr<QObject> &player) : m_player(player.get()) {}
 
+/// The player may hold its delegate by a plain pointer.
 ZVKalturaSubscribe::~ZVKalturaSubscribe()
 {
     NotificationCenter::defaultCenter().removeObserver(this);
+    if (m_player && valueOf(m_player, "delegate").value<QObject *>() == this)
+        setDelegate(m_player, nullptr);
 }
 
 std::shared_ptr<ZVKalturaSubscribe> ZVKalturaSubscribe::create(const std::shared_ptr<QObject> &player)
 {
     std::shared_ptr<ZVKalturaSubscribe> subscriber(new ZVKalturaSubscribe(player), MainThreadDeleter{});
     if (player)
-        QMetaObject::invokeMethod(player.get(), "setDelegate", Q_ARG(QObject *, subscriber.get()));
+        setDelegate(player.get(), subscriber.get());
     // Only the controller posts suggestions.
     if (classExists("ZelvanoViewController")) {
         NotificationCenter::defaultCenter().addObserver(subscriber.get(), SuggestionsDidFetchedNotification,
@@ -115,7 +127,7 @@ void ZVKalturaSubscribe::askForAutoPlay(QObject *player)
 
 void ZVKalturaSubscribe::autoPlayDidEvaluate(const QVariant &value)
 {
-    if (value.toBool())
+    if (json::boolValue(QJsonValue::fromVariant(value)))
         sendEvent(PlayerEvent::AutoPlay);
 }
 

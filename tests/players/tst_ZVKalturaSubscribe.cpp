@@ -81,9 +81,17 @@ private Q_SLOTS:
 
     void autoPlay()
     {
-        const std::pair<QVariant, QStringList> answers[] = {
-            {true, {u"autoPlay"_s}}, {u"true"_s, {u"autoPlay"_s}}, {1, {u"autoPlay"_s}}, {false, {}}, {u"false"_s, {}},
-            {QVariant(), {}},        {QVariantList{true}, {}}};
+        const std::pair<QVariant, QStringList> answers[] = {{true, {u"autoPlay"_s}},
+                                                            {u"true"_s, {u"autoPlay"_s}},
+                                                            {1, {u"autoPlay"_s}},
+                                                            {false, {}},
+                                                            {u"false"_s, {}},
+                                                            {u"YES"_s, {u"autoPlay"_s}},
+                                                            {u"no"_s, {}},
+                                                            {u"off"_s, {}},
+                                                            {0, {}},
+                                                            {QVariant(), {}},
+                                                            {QVariantList{true}, {}}};
         for (const auto &[answer, expected] : answers) {
             perform(u"state 5"_s);
             QCOMPARE(m_player->asked.last(), u"{autoPlay} {autoPlay}"_s);
@@ -183,6 +191,28 @@ private Q_SLOTS:
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"No such method.*addKPlayerEventListener"_s));
         adapter->playerLoadStateDidChange(player.get(), 1);
         QCOMPARE(m_engine->take(), QStringList({u"play"_s, u"(ready)"_s}));
+    }
+
+    /// Two kinds of player: the library's, and one that keeps a plain pointer and cannot be asked for it.
+    void endsAsDelegate()
+    {
+        const auto plain = std::make_shared<host::KPViewController>();
+        const auto delegateOf = [&](const std::shared_ptr<QObject> &player) {
+            return player == plain ? plain->delegate : m_player->delegate();
+        };
+        for (const std::shared_ptr<QObject> &player : {std::shared_ptr<QObject>(plain), {m_player}}) {
+            auto adapter = ZVKalturaSubscribe::create(player);
+            auto next = ZVKalturaSubscribe::create(player);
+            adapter.reset(); // It is the delegate no more.
+            QCOMPARE(delegateOf(player), next.get());
+            next.reset();
+            QCOMPARE(delegateOf(player), nullptr);
+        }
+        QObject other; // The host's own delegate.
+        auto adapter = ZVKalturaSubscribe::create(m_player);
+        m_player->setDelegate(&other);
+        adapter.reset();
+        QCOMPARE(m_player->delegate(), &other);
     }
 
 private:
