@@ -49,11 +49,14 @@ std::unique_ptr<QQuickItem> load(QQmlEngine &engine, const QString &name, QObjec
 } // namespace
 
 InterfaceResource::InterfaceResource(const QString &name, QObject *owner)
-    : m_engine(sharedEngine()), m_root(load(*m_engine, name, owner))
+    : m_engine(sharedEngine()), m_root(load(*m_engine, name, owner).release())
 {
 }
 
-InterfaceResource::~InterfaceResource() = default;
+InterfaceResource::~InterfaceResource()
+{
+    delete m_root;
+}
 
 QQuickItem *InterfaceResource::outlet(const QString &objectName) const
 {

@@ -4,6 +4,7 @@
 #include <ZelvanoUI/zelvanoui_export.h>
 
 #include <QObject>
+#include <QPointer>
 #include <QQuickItem>
 #include <QString>
 
@@ -24,13 +25,13 @@ public:
     InterfaceResource &operator=(const InterfaceResource &) = delete;
     ~InterfaceResource();
 
-    QQuickItem *root() const { return m_root.get(); }
+    QQuickItem *root() const { return m_root; }
     /// Null when the tree has no item of this name.
     QQuickItem *outlet(const QString &objectName) const;
 
 private:
     std::shared_ptr<QQmlEngine> m_engine; // Shared by all resources; deleted after the last tree.
-    std::unique_ptr<QQuickItem> m_root;
+    QPointer<QQuickItem> m_root;          // A host may give it a parent object that is deleted first.
 };
 
 } // namespace zelvano

@@ -2,6 +2,7 @@
 #include "ZVCollectionView.h"
 #include "ZVVideoCollectionViewCell.h"
 #include <ZelvanoUI/ZVListView.h>
+#include <ZelvanoUI/ZVRecommendationViewFactory.h>
 
 #include <QPainter>
 
@@ -318,6 +319,18 @@ private Q_SLOTS:
         cell->setParams(video({}, true));
         QCOMPARE(picture->opacity(), 1.0);
         QVERIFY(!picture->findChild<QAbstractAnimation *>());
+    }
+
+    void hostDeletesTheItem()
+    {
+        for (const auto type : {ZVRecommendationViewFactory::List, ZVRecommendationViewFactory::Category}) {
+            const auto view = ZVRecommendationViewFactory::recommendationViewForType(type);
+            auto host = std::make_unique<QObject>();
+            view->view()->setParent(host.get());
+            host.reset();
+            QVERIFY(!view->view());
+            view->setRecommendations(recommendationOf({videoJson(0, {})}));
+        }
     }
 
     void missingOutlets()
