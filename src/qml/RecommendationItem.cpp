@@ -36,18 +36,21 @@ void RecommendationItem::begin(const std::shared_ptr<ZelvanoViewController> &con
 {
     leave();
     m_controller = controller;
-    m_view = ZVRecommendationViewFactory::recommendationViewForType(m_type);
-    m_view->setDelegate(m_self);
+    const auto view = ZVRecommendationViewFactory::recommendationViewForType(m_type);
+    m_view = view;
+    view->setDelegate(m_self);
     // In QML nothing else gives the records their images.
-    if (const auto categories = std::dynamic_pointer_cast<ZVCategoryView>(m_view))
+    if (const auto categories = std::dynamic_pointer_cast<ZVCategoryView>(view))
         categories->setLoadsThumbnails(true);
-    if (auto *const item = m_view->view()) {
-        setImplicitSize(item->width(), item->height());
+    controller->addRecommendationView(view);
+    // The rest calls handlers of the host: they may end this session for the item, or begin another one.
+    if (auto *const item = view->view()) {
+        const auto size = item->size();
         item->setParentItem(this);
         item->setFocus(true);
         fillWithView();
+        setImplicitSize(size.width(), size.height());
     }
-    controller->addRecommendationView(m_view);
 }
 
 void RecommendationItem::leave()

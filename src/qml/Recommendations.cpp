@@ -184,6 +184,7 @@ void Recommendations::begin()
         return; // componentComplete() schedules it again.
     const bool wasRunning = isRunning();
     endQuietly();
+    const QPointer self(this);
     if (canBegin()) {
         routeService();
         m_listener = std::make_shared<Listener>(this);
@@ -193,16 +194,27 @@ void Recommendations::begin()
         m_controller->zelvano()->addListener(m_listener);
         m_controller->setPlayer(playerMakers[static_cast<std::size_t>(m_playerKind)](m_player, m_videoOutput),
                                 m_pageId);
-        for (auto *const item : m_items)
-            item->begin(m_controller);
+        beginItems();
     }
-    const QPointer self(this);
-    if (isRunning() && !std::exchange(m_videos, {}).isEmpty())
+    if (self && isRunning() && !std::exchange(m_videos, {}).isEmpty())
         Q_EMIT videosChanged();
     if (self && isRunning() != wasRunning)
         Q_EMIT runningChanged();
     if (self && isRunning())
         Q_EMIT sessionBegan();
+}
+
+/// A new view changes its item's implicit size, and the host's bindings then add and remove items, or end the session.
+void Recommendations::beginItems()
+{
+    const QPointer self(this);
+    const auto controller = m_controller;
+    for (const auto &item : QList<QPointer<RecommendationItem>>(m_items.begin(), m_items.end())) {
+        if (item && item->recommendations() == this)
+            item->begin(controller);
+        if (!self || m_controller != controller)
+            return;
+    }
 }
 
 std::shared_ptr<Zelvano> Recommendations::engine() const

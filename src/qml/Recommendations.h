@@ -138,6 +138,7 @@ private:
 
     void schedule();
     void begin();
+    void beginItems();
     bool canBegin();
     void routeService();
     void endQuietly();

@@ -316,6 +316,29 @@ private Q_SLOTS:
         QVERIFY(!shown);
     }
 
+    void listsChangeWhileASessionBegins()
+    {
+        // What happens when a list takes its size, and the lists that have a view then.
+        const std::tuple<const char *, int, bool> cases[] = {
+            {"loader.active = true", 3, true},   {"sibling.recommendations = null", 1, true},
+            {"recommendations = null", 0, true},
+        };
+        for (const auto &[handler, views, runs] : cases) {
+            const Case current(handler);
+            const auto twin = u"RecommendationList { id: %1; property var sibling: %2; recommendations: recs\n"
+                              "onImplicitWidthChanged: { %3 } }\n"_s;
+            const auto change = QString::fromLatin1(handler);
+            QmlHost host(player + session + twin.arg(u"one"_s, u"two"_s, change) +
+                         twin.arg(u"two"_s, u"one"_s, change) +
+                         u"Loader { id: loader; active: false\n"
+                         "sourceComponent: RecommendationList { recommendations: recs } }\n"_s);
+            QVERIFY(host.sessions() > 0);
+            const auto count = u"[one, two, loader.item].filter(i => i?.recommendations && i.children.length).length"_s;
+            QCOMPARE(host.run(count).toInt(), views);
+            QCOMPARE(host.run(u"recs.running"_s).toBool(), runs);
+        }
+    }
+
     void inspectorFollowsSessions()
     {
         QmlHost host(inspected);
