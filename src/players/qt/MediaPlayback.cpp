@@ -16,6 +16,7 @@ namespace {
 
 constexpr double millisecond = 0.001; // Seconds.
 constexpr double jumpTolerance = 1.0; // Seconds that a position may be ahead of the clock, or go back.
+constexpr double shortestTick = 0.05; // Seconds. Earlier than this, a host that starts a video has set the position.
 constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
 
 double seconds(qint64 milliseconds)
@@ -169,6 +170,7 @@ void MediaPlayback::playbackStateDidChange(QMediaPlayer::PlaybackState state)
     if (state == QMediaPlayer::PlayingState) {
         m_hasPlayed = true;
         m_isBrokenOff = false;
+        m_sincePosition.start();
     }
     Q_EMIT stateChanged();
 }
@@ -208,9 +210,14 @@ void MediaPlayback::positionDidChange()
     const double elapsed = m_sincePosition.isValid() ? seconds(m_sincePosition.elapsed()) : 0;
     m_sincePosition.start();
     const double reached = position();
-    const double played = state() == QMediaPlayer::PlayingState ? elapsed * pace() : 0;
-    const double tolerance = played + jumpTolerance;
-    if (!(reached >= duration()) || reached - m_lastPosition <= tolerance) {
+    const bool isPlaying = state() == QMediaPlayer::PlayingState;
+    const bool isAtEnd = reached >= duration();
+    if (isPlaying && m_lastPosition == 0 && elapsed >= shortestTick && !isAtEnd) {
+        positionDidReach(std::numeric_limits<double>::infinity()); // The first timestamp of the stream.
+        return;
+    }
+    const double tolerance = (isPlaying ? elapsed * pace() : 0) + jumpTolerance;
+    if (!isAtEnd || std::abs(reached - m_lastPosition) <= tolerance) {
         positionDidReach(tolerance);
         return;
     }

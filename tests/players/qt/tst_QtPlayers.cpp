@@ -7,7 +7,9 @@
 #include <ZelvanoUI/Sandbox.h>
 
 #include <QMediaPlayer>
+#include <QProcess>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QVideoSink>
 
 using namespace Qt::StringLiterals;
@@ -229,6 +231,30 @@ private Q_SLOTS:
         players.media->setPosition(0);
         players.movie->play();
         QCOMPARE(starts, QList<double>(2, 0));
+    }
+
+    /// As HLS and MPEG-TS begin.
+    void firstTimestampAboveZero()
+    {
+        const QTemporaryDir folder;
+        const auto file = folder.filePath(u"late.ts"_s);
+        const auto arguments =
+            u"-v error -i %1 -c copy -t 12 -muxdelay 2 -muxpreload 2 %2"_s.arg(first.toString(), file);
+        QCOMPARE(QProcess::execute(u"ffmpeg"_s, arguments.split(u' ')), 0);
+        Players players;
+        QVERIFY(players.starts(QUrl::fromLocalFile(file), 3));
+        players.media->setPlaybackRate(4);
+        QVERIFY(players.tells(u"finish 0 whole"_s));
+        QTest::qWait(0);
+        QCOMPARE(players.movieTold.join(u", "_s), u"playable, state 1, state 0, finish 0 whole"_s);
+        QVERIFY(players.avTold.filter(u"jump"_s).isEmpty());
+
+        players.forget();
+        players.movie->setContentURL(first); // A position that the host sets at the start is a seek.
+        QVERIFY(players.tells(u"playable"_s));
+        players.movie->play();
+        players.media->setPosition(6000);
+        QVERIFY(players.tells(u"state 4"_s) && players.tells(u"jump 6"_s));
     }
 
     void replacedItem()
