@@ -8,7 +8,7 @@ using sandbox::Settings;
 
 /// From the API key to an open view: what the calls carry, what the channel configures, and the keep-alives beside
 /// them. Then what the player's events carry, and what listeners hear. Which are sent when, tst_FaultSequences has.
-class tst_StartUp : public QObject
+class tst_Zelvano : public QObject
 {
     Q_OBJECT
 
@@ -419,5 +419,5 @@ private:
     std::unique_ptr<EngineFixture> m_service;
 };
 
-QTEST_GUILESS_MAIN(tst_StartUp)
-#include "tst_StartUp.moc"
+QTEST_GUILESS_MAIN(tst_Zelvano)
+#include "tst_Zelvano.moc"
