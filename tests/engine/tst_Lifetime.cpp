@@ -7,7 +7,7 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace zelvano;
 
-/// The host lets go at the worst moments.
+/// The host drops its objects at the worst moments.
 class tst_Lifetime : public QObject
 {
     Q_OBJECT
@@ -57,7 +57,7 @@ private Q_SLOTS:
 
     void callUnderWay()
     {
-        // What the answers still bring: some calls hold their engine.
+        // The effects of late answers: some calls hold their engine.
         const std::pair<QString, const char *> cases[] = {{ZVRetrieveUserIdAPI, ""},
                                                           {ZVRetrieveInit, "page keepalive ready start"},
                                                           {ZVPageEvent, "ready start"},
@@ -75,7 +75,7 @@ private Q_SLOTS:
             engine.readyEvent(m_service->subscriber);
             engine.initializeWithAPIKey(u"key"_s);
             QVERIFY(EngineFixture::wait([&] { return m_service->arrived(call).number > 0; }));
-            // Calls beside it that went out at the same time are over, or as good as.
+            // Calls that were sent at the same time have ended, or are about to.
             QVERIFY(EngineFixture::wait([&] {
                 return call == ZVRetrieveUserIdAPI || call == ZVRetrieveInit || m_service->sentCount(ZVKeepAlive) > 0;
             }));
@@ -103,13 +103,13 @@ private Q_SLOTS:
         player->reachEnd();
         m_service->settle();
         const auto next = m_service->sandbox.url(u"/media/1.mp4"_s);
-        QCOMPARE(player->url(), next.toString()); // The first video goes on by itself.
+        QCOMPARE(player->url(), next.toString()); // The first video starts by itself.
         player->becomeReady();
         m_service->settle();
         QCOMPARE(m_service->sentSince().join(u' '), u"channels/init/zelvano page keepalive ready start videoStart "
                                                     "autoPlay end progress start videoStart autoPlay ready"_s);
 
-        // With another player the former's adapter ends, and the player lives.
+        // Another player ends the adapter, not the player.
         std::weak_ptr<PlayerSubscriber> adapter = m_service->engine->playerEventsHandler()->currentSubscriber();
         const std::shared_ptr<QObject> others[] = {std::make_shared<FakeMoviePlayer>(),
                                                    std::make_shared<FakeKalturaPlayer>(), player};
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QVERIFY(m_service->sentSince().isEmpty());
     }
 
-    /// Whichever thread lets go, the engine and all it holds end on the main thread.
+    /// The engine and all that it holds end on the main thread, whichever thread drops the last reference.
     void lastReferenceElsewhere()
     {
         const auto ended = std::make_shared<std::atomic<int>>(0);

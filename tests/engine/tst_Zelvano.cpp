@@ -6,8 +6,8 @@ using namespace zelvano;
 using sandbox::Fault;
 using sandbox::Settings;
 
-/// From the API key to an open view: what the calls carry, what the channel configures, and the keep-alives beside
-/// them. Then what the player's events carry, and what listeners hear. Which are sent when, tst_FaultSequences has.
+/// The engine around its rules: the content of the calls, the configuration, the clock of the keep-alives and the calls
+/// of listeners. tst_SessionRules tests the rules, tst_FaultSequences their interplay.
 class tst_Zelvano : public QObject
 {
     Q_OBJECT
@@ -48,6 +48,7 @@ private Q_SLOTS:
             m_service->defaults().setString(u"stored"_s, hasUUID ? ZVUserUUIDKey : ZVUserIdKey);
             m_service->initialize();
             QCOMPARE(m_service->sentCount(ZVRetrieveUserIdAPI), hasUUID);
+            QVERIFY(!m_service->arrived(ZVRetrieveUserIdAPI).headers.count("x-user-uuid")); // Even a stored one.
             const auto channel = m_service->arrived(ZVRetrieveInit);
             QCOMPARE(channel.body.contains("userUUID"_L1), hasUUID);
             QCOMPARE(channel.headers.count("x-user-uuid") > 0, hasUUID);
@@ -74,7 +75,7 @@ private Q_SLOTS:
                                     QByteArrayList{"viewUUID=" + engine().state().viewUUID.toLatin1()}));
     }
 
-    /// Without an adapter, and with one that has no answers.
+    /// Without an adapter, and with one whose values are absent.
     void bodiesOfNothing()
     {
         m_service->openPage();
@@ -94,7 +95,7 @@ private Q_SLOTS:
         for (const auto &subscriber : {silent, std::shared_ptr<Silent>()})
             engine().addRecommendationView(subscriber);
         m_service->settle();
-        QVERIFY(sent(ZVReadyEvent, "duration"_L1).isUndefined()); // No word for it is not the same as unknown.
+        QVERIFY(sent(ZVReadyEvent, "duration"_L1).isUndefined()); // An absent duration differs from an unknown one.
         QCOMPARE(sent(u"seek"_s, "position"_L1), QJsonValue(u"0"_s));
         QVERIFY(m_service->listener->heard.filter(u"view"_s).isEmpty());
         m_service->subscriber->length = std::numeric_limits<double>::quiet_NaN();
@@ -105,7 +106,7 @@ private Q_SLOTS:
     void readyWaitsForThePagesSubscriber()
     {
         const auto early = std::make_shared<FakeSubscriber>();
-        for (const auto &video : {u"first"_s, u"second"_s}) { // The second debt replaces the first.
+        for (const auto &video : {u"first"_s, u"second"_s}) { // The second record replaces the first.
             early->video = video;
             early->length = 2.5;
             engine().readyEvent(early);
@@ -114,13 +115,13 @@ private Q_SLOTS:
         m_service->storeIdentity();
         m_service->initialize();
         m_service->setPage();
-        engine().playerEventsHandler()->setCurrentSubscriber(early); // The page went out with another.
+        engine().playerEventsHandler()->setCurrentSubscriber(early); // The page event was for another one.
         m_service->settle();
         QCOMPARE(m_service->sentCount(ZVReadyEvent), 1);
         QCOMPARE(sent(ZVReadyEvent, "videoId"_L1).toString(), m_service->subscriber->video);
         QVERIFY(!engine().state().readyParams);
         engine().readyEvent(early);
-        QVERIFY(!engine().state().readyParams); // The page is known from here on.
+        QVERIFY(!engine().state().readyParams); // The page is known now.
         m_service->settle();
         QCOMPARE(sent(ZVReadyEvent, "videoId"_L1).toString(), u"second"_s);
     }
@@ -134,7 +135,7 @@ private Q_SLOTS:
             m_service->report({u"pause"_s});
             return m_service->log.lines().filter(QRegularExpression(u"Error|failed"_s)).join(u'\n');
         };
-        // Without their reasons. The answer to a player's event is not even read.
+        // The lines without their reasons. Nothing reads the answer to a player event.
         for (const auto &[call, unreadable] : {std::pair(ZVRetrieveInit, "Error fetching init "_L1),
                                                {ZVPageEvent, "Zelvano page event failed "_L1},
                                                {ZVReadyEvent, "Zelvano ready event failed "_L1},
@@ -212,14 +213,31 @@ private Q_SLOTS:
         }
     }
 
+    /// Only a scheduled keep-alive is cancelled.
+    void stopWithAKeepAliveUnderWay()
+    {
+        m_service->storeIdentity();
+        m_service->initialize();
+        m_service->fault(ZVKeepAlive, {.delay = 20ms});
+        MainQueueTestClock::advance(30s);
+        engine().stop();
+        m_service->settle();
+        QCOMPARE(m_service->sentCount(ZVKeepAlive), 2);
+        m_service->advance(30s);
+        QCOMPARE(m_service->sentCount(ZVKeepAlive), 3);
+        engine().stop();
+        m_service->advance(24h);
+        QCOMPARE(m_service->sentCount(ZVKeepAlive), 3);
+    }
+
     void keepAliveIntervalOfZero()
     {
         m_service->answer(ZVRetrieveInit, R"({"status":200})");
         m_service->storeIdentity();
         engine().initializeWithAPIKey(u"key"_s);
         const auto count = [this] { return m_service->sentCount(ZVKeepAlive); };
-        QVERIFY(EngineFixture::wait([&] { return count() > 10; })); // The clock stands still, the loop does not.
-        QCOMPARE(ZVConfig::shared().keepAliveInterval(), 0.0);      // And not 1800.
+        QVERIFY(EngineFixture::wait([&] { return count() > 10; })); // While the clock stands still.
+        QCOMPARE(ZVConfig::shared().keepAliveInterval(), 0.0);      // Not 1800.
         m_service->fault(ZVKeepAlive, {Fault::Kind::ServiceStatus});
         QVERIFY(EngineFixture::wait([this] { return m_service->log.count(u"Keep alive failed status 500"_s) == 1; }));
         const auto last = count();
@@ -258,7 +276,7 @@ private Q_SLOTS:
         m_service->subscriber->position = 3;
         m_service->report({u"start"_s});
         QCOMPARE(engine().state().stack.front().position, 3.0);
-        m_service->subscriber->position = 42; // The service hears where the player is when the view opens.
+        m_service->subscriber->position = 42; // The replay reads the position when the view opens.
         m_service->sendReady();
         QCOMPARE(sent(u"start"_s, "position"_L1), QJsonValue(u"42"_s));
         const auto position = [&](const std::shared_ptr<PlayerSubscriber> &subscriber) {
@@ -274,6 +292,28 @@ private Q_SLOTS:
         QCOMPARE(position(nullptr), u"0"_s);
     }
 
+    /// The completion holds the ready event's subscriber, and the replay reads that one.
+    void replayReadsTheReadySubscriber()
+    {
+        m_service->openPage();
+        m_service->report({u"start"_s});
+        auto ready = std::make_shared<FakeSubscriber>();
+        ready->position = 7;
+        ready->length = 2.75;
+        engine().readyEvent(std::exchange(ready, nullptr));
+        m_service->settle();
+        QCOMPARE(sent(u"start"_s, "position"_L1), QJsonValue(u"7"_s));
+        QCOMPARE(sent(ZVReadyEvent, "duration"_L1), QJsonValue(u"2.75"_s));
+    }
+
+    void durationIsNarrowed()
+    {
+        m_service->openPage();
+        m_service->subscriber->length = 0.1 + 0.2; // 0.30000000000000004
+        m_service->sendReady();
+        QCOMPARE(sent(ZVReadyEvent, "duration"_L1), QJsonValue(u"0.3"_s));
+    }
+
     void endHandsOnTheNextVideo()
     {
         const std::tuple<const char *, bool, QString> cases[] = {
@@ -283,7 +323,7 @@ private Q_SLOTS:
             {R"([{"title":"x"},{"url":"x:2"}])", true, {}},
             {R"([{"url":{}}])", true, {}},
             {"[{\"url\":\"http://[bad\"}]", true, {}},
-            {R"([{"url":"x:1"}])", false, {}}, // Not shown.
+            {R"([{"url":"x:1"}])", false, {}}, // The configuration hides them.
         };
         for (const auto &[videos, showUI, next] : cases) {
             const Case current(videos);
@@ -298,7 +338,7 @@ private Q_SLOTS:
             engine().addListener(m_service->listener);
             m_service->sendReady();
             const auto other = std::make_shared<FakeSubscriber>();
-            engine().playerEvent(u"end"_s, other); // Whoever reports it: the current one goes on.
+            engine().playerEvent(u"end"_s, other); // The current one gets the video, whichever reports.
             QVERIFY(other->nextVideos.isEmpty());
             QCOMPARE(m_service->subscriber->nextVideos, QStringList{next});
             QCOMPARE(m_service->subscriber->nextVideos.first().isNull(), next.isNull());
@@ -318,7 +358,7 @@ private Q_SLOTS:
         QCOMPARE(std::exchange(common, {}).join(u", "_s), u"a suggestions 8, b suggestions 8, a suggestions 8"_s);
         engine().playerEvent(u"pause"_s, m_service->subscriber);
         engine().addRecommendationView(m_service->subscriber);
-        engine().removeListener(a); // Every occurrence; what is on its way still arrives.
+        engine().removeListener(a); // Every occurrence. Queued calls still arrive.
         engine().playerEvent(u"seek"_s, m_service->subscriber);
         engine().removeListener(nullptr);
         m_service->settle();
@@ -343,7 +383,38 @@ private Q_SLOTS:
         engine().removeListener(second);
         engine().removeListener(m_service->listener);
         m_service->sendReady();
-        QCOMPARE(engine().state().recommendations, own); // Replaced only where a listener is told.
+        QCOMPARE(engine().state().recommendations, own); // Only a call of a listener replaces it.
+    }
+
+    void recommendationsFollowTheCall()
+    {
+        std::optional<bool> isKnown;
+        m_service->listener->onCall = [&] { isKnown = engine().state().recommendations != nullptr; };
+        m_service->openView();
+        QCOMPARE(isKnown, false);
+        QVERIFY(engine().state().recommendations);
+    }
+
+    /// A listener of the narrower protocol gets recommendations and nothing else.
+    void narrowListener()
+    {
+        struct Narrow : ZelvanoDelegate
+        {
+            void suggestionsDidFetched(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
+                                       const std::shared_ptr<ZVRecommendation> &) override
+            {
+                ++calls;
+            }
+            int calls = 0;
+        };
+        const auto narrow = std::make_shared<Narrow>();
+        engine().removeListener(m_service->listener);
+        engine().addListener(narrow);
+        m_service->openView();
+        m_service->report({u"play"_s});
+        engine().addRecommendationView(m_service->subscriber);
+        m_service->settle();
+        QCOMPARE(narrow->calls, 1);
     }
 
     void hiddenRecommendations()
@@ -362,7 +433,7 @@ private Q_SLOTS:
         heard().clear();
         for (const auto size : {QSizeF(0, 0), QSizeF(), QSizeF(0, 180), QSizeF(320, 0), QSizeF(0.5, 1)}) {
             engine().addRecommendationView(m_service->subscriber);
-            m_service->subscriber->size = size; // Asked for when the listener is called.
+            m_service->subscriber->size = size; // Read when the listener is called.
             m_service->settle();
         }
         QCOMPARE(heard(), QStringList{u"view 0.5x1"_s});
@@ -381,10 +452,10 @@ private Q_SLOTS:
         QVERIFY(engine().state().stack.empty() && engine().listeners().empty());
         m_service->sentSince();
         m_service->advance(std::chrono::minutes(10));
-        QVERIFY(heard().isEmpty() && m_service->sentSince().isEmpty()); // Neither a replay nor a keep-alive.
+        QVERIFY(heard().isEmpty() && m_service->sentSince().isEmpty()); // No replay and no keep-alive.
         QVERIFY(!engine().state().viewUUID.isNull());
 
-        QVERIFY(engine().playerEventsHandler() != handler); // It can be used again.
+        QVERIFY(engine().playerEventsHandler() != handler); // A new one on the next use.
         QCOMPARE(engine().playerEventsHandler()->currentSubscriber(), nullptr);
         QCOMPARE(engine().playerEventsHandler()->delegate().get(), &engine());
         engine().addListener(m_service->listener);
@@ -400,7 +471,7 @@ private:
     }
     QStringList &heard() { return m_service->listener->heard; }
     Zelvano &engine() { return *m_service->engine; }
-    /// All but the user agent, the only one that is no text.
+    /// All keys but the user agent, the only value that is not a text.
     QByteArrayList keys(const QString &call) const
     {
         QByteArrayList keys;
