@@ -120,7 +120,10 @@ void Loop::collectFinished()
         const CURLcode code = message->data.result;
         Transfer &transfer = *Transfer::of(message->easy_handle);
         curl_multi_remove_handle(m_multi.get(), transfer.easy());
-        finish(transfer, transfer.end(code));
+        if (transfer.canConnectAgain(code))
+            curl_multi_add_handle(m_multi.get(), transfer.easy());
+        else
+            finish(transfer, transfer.end(code));
     }
 }
 

@@ -8,6 +8,9 @@
 #include <algorithm>
 #include <limits>
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+
 namespace zelvano::http {
 
 namespace {
@@ -15,6 +18,9 @@ namespace {
 constexpr long MostRedirects = 20;
 /// Seconds. Servers and their balancers commonly keep an idle connection for longer, so a reused one should be alive.
 constexpr long OldestIdleConnection = 15;
+/// How often the kernel repeats the first packet of a connection. It waits 1 s and 2 s, then libcurl tries the host's
+/// next address.
+constexpr int ConnectRepeats = 1;
 
 /// libcurl keeps the certificate authorities that it has read, 20 ms of work, for later connections. It does so only
 /// if they come from a file alone, without a directory.
@@ -55,7 +61,7 @@ void Transfer::setConstantOptions(CURLSH *share)
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     // A resolver that hangs must not delay a cancel or the end of the process.
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
-    // The request's own timeout is the only one.
+    // The request's own timeout limits all attempts together, the kernel each of them.
     curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, long(std::numeric_limits<int>::max()));
     curl_easy_setopt(easy, CURLOPT_TCP_NODELAY, 1L);
     curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, OldestIdleConnection);
@@ -84,7 +90,12 @@ void Transfer::setCallbacks()
     const auto onProgress = [](void *self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent) {
         return transferOf(self).takeProgress(received, sent) ? 0 : 1;
     };
+    const auto onSocket = [](void *, curl_socket_t socket, curlsocktype) {
+        setsockopt(socket, IPPROTO_TCP, TCP_SYNCNT, &ConnectRepeats, sizeof(ConnectRepeats));
+        return int(CURL_SOCKOPT_OK);
+    };
     CURL *const easy = m_easy.get();
+    curl_easy_setopt(easy, CURLOPT_SOCKOPTFUNCTION, +onSocket);
     curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, +onRequest);
     curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, +onHead);
@@ -157,6 +168,12 @@ void Transfer::setHeaders(bool isForeignHost)
     m_headers = std::move(headers);
     m_headersSource = source;
     m_headersAreForeign = isForeignHost;
+}
+
+// libcurl sets no timeout of its own here, so this code is the kernel's ETIMEDOUT.
+bool Transfer::canConnectAgain(CURLcode code) const
+{
+    return code == CURLE_OPERATION_TIMEDOUT && m_answer.headSize == 0 && !m_answer.isUnanswered;
 }
 
 Outcome Transfer::end(CURLcode code)

@@ -35,6 +35,8 @@ public:
     /// Returns the outcome and leaves the transfer free for another job. The caller has removed the easy handle from
     /// its multi.
     Outcome end(CURLcode code);
+    /// True if no address of the host answered an attempt to connect, so nothing was sent and the job may begin again.
+    bool canConnectAgain(CURLcode code) const;
     Outcome end(ErrorCode error, const char *description);
 
     /// The transfer fails with TimedOut then, unless something moves before the total timeout.

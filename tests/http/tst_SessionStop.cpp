@@ -19,10 +19,11 @@ namespace {
 
 std::counting_semaphore<> resolverIsStuck(0);
 std::counting_semaphore<> resolverMayGo(0);
+const char *const Dead = "127.0.0.2";
 
 } // namespace
 
-/// Replaces the system's resolver. Hangs on one name.
+/// Replaces the system's resolver. Hangs on one name, and knows one with a dead first address.
 extern "C" Q_DECL_EXPORT int getaddrinfo(const char *name, const char *service, const addrinfo *hints,
                                          addrinfo **result)
 {
@@ -32,8 +33,43 @@ extern "C" Q_DECL_EXPORT int getaddrinfo(const char *name, const char *service, 
         return EAI_FAIL;
     }
     static const auto next = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
-    return next(name, service, hints, result);
+    if (!name || qstrcmp(name, "dead-first.test") != 0)
+        return next(name, service, hints, result);
+    const int code = next(Dead, service, hints, result);
+    return code == 0 ? next("127.0.0.1", service, hints, &(*result)->ai_next) : code;
 }
+
+namespace {
+
+/// An address and port that answer no attempt to connect: the listener's queue is full and the kernel drops the rest.
+class DeadAddress
+{
+public:
+    explicit DeadAddress(int port)
+    {
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(quint16(port));
+        inet_pton(AF_INET, Dead, &address.sin_addr);
+        const auto *const generic = reinterpret_cast<sockaddr *>(&address);
+        if (bind(m_sockets[0], generic, sizeof(address)) != 0 || listen(m_sockets[0], 0) != 0)
+            qFatal("DeadAddress: the port is taken");
+        for (size_t i = 1; i < m_sockets.size(); ++i)
+            (void)connect(m_sockets[i], generic, sizeof(address));
+    }
+    ~DeadAddress()
+    {
+        for (const int socket : m_sockets)
+            close(socket);
+    }
+    Q_DISABLE_COPY_MOVE(DeadAddress)
+
+private:
+    static int open() { return socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0); }
+    const std::array<int, 4> m_sockets{open(), open(), open(), open()};
+};
+
+} // namespace
 
 /// The threads end promptly whatever the network does, run every completion first, and can start again.
 class tst_SessionStop : public QObject
@@ -80,6 +116,26 @@ private Q_SLOTS:
         // Nothing above waited for the resolver.
         resolverMayGo.release(2);
         QVERIFY(std::chrono::steady_clock::now() - start < 2s);
+    }
+
+    /// Each address of a name gets a few seconds. A single one is tried until the request's timeout.
+    void deadFirstAddress()
+    {
+        RawServer server(always(httpAnswer("{}")));
+        const DeadAddress dead(server.url().port());
+        const auto load = [&](const char *host, auto timeout) {
+            auto url = server.url();
+            url.setHost(QString::fromLatin1(host));
+            return HttpLoad(httpGet(url, timeout));
+        };
+        const auto start = std::chrono::steady_clock::now();
+        HttpLoad alone = load(Dead, 5s), second = load("dead-first.test", 20s);
+        alone.resume();
+        QCOMPARE(second.resume().result().status, 200);
+        QVERIFY(std::chrono::steady_clock::now() - start < 8s);
+        QCOMPARE(alone.result().errorCode(), int(ErrorCode::TimedOut));
+        QVERIFY(std::chrono::steady_clock::now() - start >= 5s);
+        QCOMPARE(server.requests().size(), 1u);
     }
 
     void resumeWhileStopping()
