@@ -26,7 +26,11 @@ void blockSigpipe()
 } // namespace
 
 Loop::Loop(Delivery &delivery)
-    : m_delivery(delivery), m_share(curl_share_init()), m_multi(curl_multi_init()), m_inbox(m_multi.get())
+    : m_delivery(delivery)
+    , m_share(curl_share_init())
+    , m_multi(curl_multi_init())
+    , m_inbox(m_multi.get())
+    , m_canWake(curl_multi_wakeup(m_multi.get()) == CURLM_OK)
 {
     // A multi handle shares connections and DNS answers among its transfers, but not TLS sessions. One thread uses
     // them, so they need no locks.
@@ -145,7 +149,7 @@ void Loop::expireIdle()
 int Loop::pollTimeout() const
 {
     using namespace std::chrono;
-    constexpr milliseconds longest(std::numeric_limits<int>::max());
+    const milliseconds longest(m_canWake ? std::numeric_limits<int>::max() : 50);
     if (m_active.empty())
         return int(longest.count());
     const auto left = ceil<milliseconds>(m_active.begin()->first - Clock::now());

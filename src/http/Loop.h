@@ -40,6 +40,7 @@ private:
     ShareHandle m_share;
     MultiHandle m_multi;
     Inbox m_inbox;
+    const bool m_canWake; ///< False if libcurl found no file descriptor for wake-ups.
     Queues m_queues;
     Transfers m_active;
     std::vector<std::unique_ptr<Transfer>> m_spare;

@@ -9,6 +9,7 @@
 #include <dlfcn.h>
 #include <netdb.h>
 #include <stdio.h>
+#include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -164,7 +165,34 @@ private Q_SLOTS:
             QCOMPARE(pclose(child), 0);
         }
     }
+
+    void noDescriptorAtTheFirstCall()
+    {
+        RawServer server(always(httpAnswer("{}")));
+        const QByteArray self = QFile::symLinkTarget(u"/proc/self/exe"_s).toLocal8Bit();
+        FILE *const child = popen(("'" + self + "' --no-descriptor " + server.url().toEncoded()).constData(), "r");
+        QVERIFY(child);
+        QCOMPARE(fgetc(child), '0' + int(ErrorCode::CannotConnect));
+        QCOMPARE(fgetc(child), '0');
+        QCOMPARE(pclose(child), 0);
+    }
 };
+
+/// Prints the error code of a call without a free descriptor, then of one with descriptors.
+static int callWithoutDescriptor(const char *url)
+{
+    alarm(15); // Ends a process that hangs.
+    rlimit usual = {};
+    getrlimit(RLIMIT_NOFILE, &usual);
+    const rlimit none = {0, usual.rlim_max};
+    for (const rlimit &limit : {none, usual}) {
+        setrlimit(RLIMIT_NOFILE, &limit);
+        HttpLoad load(httpGet(QUrl::fromEncoded(url)));
+        const auto result = load.resume().result(5s);
+        putchar(load.isFinished() ? '0' + result.errorCode() : '-');
+    }
+    return 0;
+}
 
 /// Leaves main() during a transfer, without an application object.
 static int runChild(const char *url)
@@ -182,6 +210,8 @@ int main(int count, char **arguments)
 {
     if (count == 3 && qstrcmp(arguments[1], "--child") == 0)
         return runChild(arguments[2]);
+    if (count == 3 && qstrcmp(arguments[1], "--no-descriptor") == 0)
+        return callWithoutDescriptor(arguments[2]);
     tst_SessionStop test;
     return QTest::qExec(&test, count, arguments);
 }
