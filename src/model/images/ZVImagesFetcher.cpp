@@ -48,6 +48,8 @@ void download(const QUrl &url, const QString &key, ZVImagesFetcher::Completion c
 
 void ZVImagesFetcher::fetchImageAtURL(const QUrl &url, Completion completion)
 {
+    if (!completion)
+        completion = [](auto &&...) {};
     const auto key = keyOf(url);
     if (const auto bytes = ImagesCache::shared().bytes(key); !bytes.isEmpty())
         completion(decodedImage(bytes), std::nullopt);
@@ -57,6 +59,8 @@ void ZVImagesFetcher::fetchImageAtURL(const QUrl &url, Completion completion)
 
 void ZVImagesFetcher::fetchImageInBackground(const QUrl &url, Completion completion)
 {
+    if (!completion)
+        completion = [](auto &&...) {};
     const auto key = keyOf(url);
     if (const auto bytes = ImagesCache::shared().bytes(key); !bytes.isEmpty())
         decodeImageLater(bytes, [completion = std::move(completion)](const auto &image) { completion(image, {}); });

@@ -181,6 +181,17 @@ private Q_SLOTS:
         QVERIFY(saw.get());
     }
 
+    void withoutCompletion()
+    {
+        const auto url = m_sandbox.url(u"/thumbnails/1.jpg"_s);
+        ZVImagesFetcher::fetchImageAtURL(QUrl(), {});
+        ZVImagesFetcher::fetchImageAtURL(url, {});
+        QTRY_VERIFY(ZVImagesFetcher::cachedImages().contains(url.toString()));
+        ZVImagesFetcher::fetchImageAtURL(url, {});
+        ZVImagesFetcher::fetchImageInBackground(url, {});
+        QVERIFY(resultOf(fetch(m_sandbox.url(u"/thumbnails/2.jpg"_s))));
+    }
+
     /// Pictures and calls of one host have separate connections.
     void slowPicturesDelayNoCall()
     {
