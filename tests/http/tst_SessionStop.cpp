@@ -1,4 +1,7 @@
 #include "HttpLoad.h"
+#include "ImagesCache.h"
+#include "Pictures.h"
+#include <ZelvanoUI/ZVImagesFetcher.h>
 
 #include <QCoreApplication>
 #include <QFile>
@@ -163,6 +166,27 @@ private Q_SLOTS:
             QCOMPARE(fgetc(child), '0' + int(ErrorCode::Cancelled));
             QCOMPARE(fgetc(child), EOF);
             QCOMPARE(pclose(child), 0);
+        }
+    }
+
+    /// A download may end after the decoding has stopped. It does not restart it, but another application object does.
+    void lateDownload()
+    {
+        static std::atomic<int> decoded;
+        const auto fetch = [] {
+            ZVImagesFetcher::fetchImageInBackground(QUrl(u"http://late.test/"_s), [](auto &&...) { ++decoded; });
+        };
+        ImagesCache::shared().store(u"http://late.test/"_s, pictureFile({8, 8}));
+        for (const int expected : {1, 2}) {
+            int count = 0;
+            auto app = std::make_unique<QCoreApplication>(count, nullptr);
+            if (expected == 1)
+                qAddPostRoutine(fetch); // Runs after those that are added later.
+            fetch();
+            QTRY_COMPARE(decoded, expected);
+            app.reset();
+            QTest::qSleep(100);
+            QCOMPARE(decoded, expected);
         }
     }
 

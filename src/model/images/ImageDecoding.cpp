@@ -45,18 +45,23 @@ QSize sizeOf(const QImageReader &reader, const QByteArray &bytes)
 class DecodingPool
 {
 public:
-    DecodingPool()
+    DecodingPool() { m_pool.setObjectName(QStringLiteral("zelvano::DecodingPool")); }
+
+    /// Called when the application begins, or at once if it has begun.
+    void begin()
     {
-        m_pool.setObjectName(QStringLiteral("zelvano::DecodingPool"));
         qAddPostRoutine([] { immortal<DecodingPool>().end(); });
+        const std::lock_guard lock(m_mutex);
+        m_hasEnded = false;
     }
 
     void add(std::function<void()> job)
     {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_jobs.push_back(std::move(job));
-        }
+        const std::lock_guard lock(m_mutex);
+        // The networking ends later, and its last pictures must not decode while static objects are destroyed.
+        if (m_hasEnded)
+            return;
+        m_jobs.push_back(std::move(job));
         m_pool.start([this] { takeNext()(); });
     }
 
@@ -68,6 +73,7 @@ private:
         {
             const std::lock_guard lock(m_mutex);
             m_jobs.swap(dropped);
+            m_hasEnded = true;
         }
         m_pool.clear();
         m_pool.waitForDone();
@@ -84,6 +90,7 @@ private:
     }
 
     std::mutex m_mutex;
+    bool m_hasEnded = false;
     std::deque<std::function<void()>> m_jobs; ///< One per waiting runnable of the pool, until end().
     QThreadPool m_pool;
 };
@@ -113,6 +120,8 @@ QImage decodedImage(const QByteArray &bytes)
 
 void decodeImageLater(const QByteArray &bytes, std::function<void(const QImage &image)> completion)
 {
+    static std::once_flag watches;
+    std::call_once(watches, [] { qAddPreRoutine([] { immortal<DecodingPool>().begin(); }); });
     immortal<DecodingPool>().add([bytes, completion = std::move(completion)] { completion(decodedImage(bytes)); });
 }
 

@@ -12,7 +12,8 @@ namespace zelvano {
 QImage decodedImage(const QByteArray &bytes);
 
 /// Decodes on a thread of a pool and calls the completion there, also with a null image. Any thread.
-/// QCoreApplication's destructor waits for running decodes and drops waiting ones.
+/// QCoreApplication's destructor waits for running decodes and drops waiting ones and those
+/// that come later.
 void decodeImageLater(const QByteArray &bytes, std::function<void(const QImage &image)> completion);
 
 } // namespace zelvano
