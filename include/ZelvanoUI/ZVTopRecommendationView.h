@@ -44,7 +44,7 @@ public:
     explicit ZVTopRecommendationView(const QRectF &frame);
     ~ZVTopRecommendationView() override;
 
-    /// True from the page's ready command on.
+    /// True from the page's ready command on, until the page's renderer process ends.
     bool isReady() const;
     /// Starts true and becomes true again with each selection. The library does not read it.
     bool isFirstLoad() const;
@@ -84,6 +84,8 @@ public:
     Q_INVOKABLE bool shouldRecognizeSimultaneously() const { return true; }
     /// Runs a command of the page and returns false; returns true for every other address.
     Q_INVOKABLE bool shouldStartLoadWithRequest(const QUrl &url);
+    /// The page's renderer process ended. Hides the overlay and loads the page again a moment later.
+    Q_INVOKABLE void rendererDidEnd(int status, int exitCode);
 
     /// Deletes the overlay as soon as neither the page nor the event loop runs code of it.
     void end();

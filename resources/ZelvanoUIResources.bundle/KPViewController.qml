@@ -38,24 +38,31 @@ Item {
         }
     }
 
-    ZVWebPage {
-        id: page
+    Item {
+        id: place
 
         anchors.fill: parent
-        backgroundColor: "black"
-        settings.playbackRequiresUserGesture: false
 
-        webChannel: WebChannel {
-            registeredObjects: [host]
-        }
+        ZVWebPage {
+            id: page
 
-        Component.onCompleted: {
-            const script = WebEngine.script();
-            script.name = "webChannel";
-            script.sourceUrl = "qrc:///qtwebchannel/qwebchannel.js";
-            script.injectionPoint = WebEngineScript.DocumentCreation;
-            script.worldId = WebEngineScript.MainWorld;
-            userScripts.insert(script);
+            frame: place
+            onRenderProcessTerminated: (status, code) => content.owner?.rendererDidEnd(status, code)
+            backgroundColor: "black"
+            settings.playbackRequiresUserGesture: false
+
+            webChannel: WebChannel {
+                registeredObjects: [host]
+            }
+
+            Component.onCompleted: {
+                const script = WebEngine.script();
+                script.name = "webChannel";
+                script.sourceUrl = "qrc:///qtwebchannel/qwebchannel.js";
+                script.injectionPoint = WebEngineScript.DocumentCreation;
+                script.worldId = WebEngineScript.MainWorld;
+                userScripts.insert(script);
+            }
         }
     }
 }

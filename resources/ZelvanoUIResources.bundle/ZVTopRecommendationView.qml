@@ -19,24 +19,31 @@ ZVTopRecommendationContentView {
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Recommended videos")
 
-    ZVWebPage {
-        id: page
+    Item {
+        id: place
 
         anchors.fill: parent
-        backgroundColor: "transparent"
-        zoomFactor: 1
-        // Otherwise Chromium drops a command that the page sends by location.href, without asking.
-        settings.unknownUrlSchemePolicy: WebEngineSettings.AllowAllUnknownUrlSchemes
-        allows: url => content.owner !== null && content.owner.shouldStartLoadWithRequest(url)
 
-        // Rounds the corners of the page itself: the overlay around it is transparent.
-        Component.onCompleted: {
-            const script = WebEngine.script();
-            script.name = "roundCorners";
-            script.sourceCode = `document.documentElement.style.clipPath = "inset(0 round ${content.owner.cornerRadius}px)"`;
-            script.injectionPoint = WebEngineScript.DocumentReady;
-            script.worldId = WebEngineScript.ApplicationWorld;
-            userScripts.insert(script);
+        ZVWebPage {
+            id: page
+
+            frame: place
+            onRenderProcessTerminated: (status, code) => content.owner?.rendererDidEnd(status, code)
+            backgroundColor: "transparent"
+            zoomFactor: 1
+            // Otherwise Chromium drops a command that the page sends by location.href, without asking.
+            settings.unknownUrlSchemePolicy: WebEngineSettings.AllowAllUnknownUrlSchemes
+            allows: url => content.owner !== null && content.owner.shouldStartLoadWithRequest(url)
+
+            // Rounds the corners of the page itself: the overlay around it is transparent.
+            Component.onCompleted: {
+                const script = WebEngine.script();
+                script.name = "roundCorners";
+                script.sourceCode = `document.documentElement.style.clipPath = "inset(0 round ${content.owner.cornerRadius}px)"`;
+                script.injectionPoint = WebEngineScript.DocumentReady;
+                script.worldId = WebEngineScript.ApplicationWorld;
+                userScripts.insert(script);
+            }
         }
     }
 

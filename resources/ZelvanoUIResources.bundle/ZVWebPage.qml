@@ -14,6 +14,14 @@ WebEngineView {
         request.dialogReject();
     }
 
+    // Where the page is shown. The host crashes when a renderer process ends while its view is inside an invisible item,
+    // so the page leaves such an item.
+    required property Item frame
+
+    parent: frame.visible ? frame : null
+    width: frame.width
+    height: frame.height
+
     objectName: "webView"
     activeFocusOnTab: true
 

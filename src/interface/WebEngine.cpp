@@ -23,6 +23,12 @@ bool isRefusedToRoot()
 
 } // namespace
 
+void logRendererEnd(int status, int exitCode)
+{
+    ZV_LOG("Error: the renderer process of a web page ended (status " << status << ", exit code " << exitCode
+                                                                      << "), the page loads again");
+}
+
 bool canShowWebPages()
 {
     if (!QCoreApplication::testAttribute(Qt::AA_ShareOpenGLContexts)) { // Set by QtWebEngineQuick::initialize().

@@ -3,6 +3,7 @@
 #include "WebEngine.h"
 
 #include <QJSValue>
+#include <QTimer>
 
 #include <cmath>
 #include <utility>
@@ -28,7 +29,7 @@ template<class Task> void later(KPPlayerPage *page, Task task)
 
 } // namespace
 
-KPPlayerPage::KPPlayerPage(const QUrl &url)
+KPPlayerPage::KPPlayerPage(const QUrl &url) : m_url(url)
 {
     if (!canShowWebPages())
         return;
@@ -100,6 +101,16 @@ void KPPlayerPage::expressionDidEvaluate(int call, const QVariant &value)
     later(this, [handler = m_evaluations.take(call), value = plain(value)] {
         if (handler)
             handler(value);
+    });
+}
+
+void KPPlayerPage::rendererDidEnd(int status, int exitCode)
+{
+    logRendererEnd(status, exitCode);
+    m_evaluations.clear();
+    QTimer::singleShot(reloadDelay, this, [this] {
+        if (auto *web = webView())
+            web->setProperty("url", m_url);
     });
 }
 

@@ -52,6 +52,8 @@ public:
     Q_INVOKABLE void playbackStateDidChange(int state);
     Q_INVOKABLE void eventDidFire(const QString &event, const QVariant &params);
     Q_INVOKABLE void expressionDidEvaluate(int call, const QVariant &value);
+    /// The page's renderer process ended. Loads the page again a moment later; open evaluations get no answer.
+    Q_INVOKABLE void rendererDidEnd(int status, int exitCode);
 
 Q_SIGNALS:
     void frameChanged();
@@ -62,6 +64,7 @@ Q_SIGNALS:
 private:
     void setMedia(const QVariantMap &media);
 
+    const QUrl m_url;
     std::unique_ptr<InterfaceResource> m_content;
     std::unique_ptr<VideoView> m_view;
     std::vector<std::pair<QString, KPHandler>> m_listeners; // By the event.

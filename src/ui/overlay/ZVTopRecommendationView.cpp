@@ -10,6 +10,7 @@
 #include <QPropertyAnimation>
 #include <QQuickWindow>
 #include <QThread>
+#include <QTimer>
 
 namespace zelvano {
 
@@ -219,6 +220,17 @@ bool ZVTopRecommendationView::shouldStartLoadWithRequest(const QUrl &url)
     if (--d->answersUnderWay == 0 && d->endsAfterAnswer)
         deleteLater();
     return false;
+}
+
+void ZVTopRecommendationView::rendererDidEnd(int status, int exitCode)
+{
+    logRendererEnd(status, exitCode);
+    d->isReady = false;
+    QTimer::singleShot(reloadDelay, this, [this] {
+        if (d->webView)
+            d->webView->setProperty("url", d->url);
+    });
+    setHidden(true);
 }
 
 void ZVTopRecommendationView::Private::carryOut(const LayoutCommand &command)

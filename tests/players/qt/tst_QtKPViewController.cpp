@@ -1,3 +1,6 @@
+#include "Columns.h"
+#include "LogCollector.h"
+#include "Process.h"
 #include "RecordingSubscription.h"
 #include "WebPage.h"
 #include "ZVKalturaSubscribe.h"
@@ -73,6 +76,38 @@ private Q_SLOTS:
         player->play();
         QVERIFY(hears(u"ended"_s));
         QCOMPARE(heard, (QStringList{u"play"_s, u"pause"_s, u"seek"_s, u"seek"_s, u"play"_s, u"ended"_s}));
+    }
+
+    void rendererEnds()
+    {
+        for (const QByteArray state : {"outside the window", "shown", "hidden", "teardown"}) {
+            const Case current(state);
+            for (int rounds = figure("ZELVANO_ROUNDS", 5); rounds > 0; --rounds) {
+                const LogCollector log;
+                open(u"entryId=1"_s);
+                QVERIFY(hears(u"(ready)"_s));
+                auto *const item = qobject_cast<QQuickItem *>(player->view());
+                if (state == "outside the window")
+                    item->setParentItem(nullptr);
+                item->setVisible(state != "hidden");
+                QVERIFY(killRenderers() > 0);
+                if (state == "teardown") {
+                    adapter.reset();
+                    player.reset();
+                    QTest::qWait(20);
+                    continue;
+                }
+                QVERIFY(waitUntil([&] { return log.beginningWith(u"Error: the renderer process"_s).size() == 1; }));
+                item->setVisible(true);
+                int loads = 0; // The page says so when it has loaded again.
+                connect(player.get(), &KPViewController::loadStateChanged, this, [&loads] { ++loads; });
+                QVERIFY(waitUntil([&] { return loads > 0; }));
+                disconnect(player.get(), nullptr, this, nullptr);
+                heard.clear();
+                player->play();
+                QVERIFY(hears(u"play"_s));
+            }
+        }
     }
 
     void autoPlay()

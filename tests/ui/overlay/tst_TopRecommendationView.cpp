@@ -1,5 +1,6 @@
 #include "Columns.h"
 #include "LogCollector.h"
+#include "Process.h"
 #include "WebPage.h"
 #include <ZelvanoUI/Bundle.h>
 #include <ZelvanoUI/Sandbox.h>
@@ -380,6 +381,48 @@ private Q_SLOTS:
         stage.view->didSwipe(1);
         QVERIFY(stage.hides()); // A quarter of a second, in which the page would have spoken often.
         QCOMPARE(stage.owner->selected.size(), heard);
+    }
+
+    void rendererEnds_data()
+    {
+        QTest::addColumn<bool>("wasShown");
+        QTest::addColumn<bool>("isShown");
+        QTest::addColumn<bool>("isEnded");
+        QTest::newRow("before the first showing") << false << false << false;
+        QTest::newRow("shown") << true << true << false;
+        QTest::newRow("hidden") << true << false << false;
+        QTest::newRow("teardown") << true << true << true;
+        QTest::newRow("teardown while hidden") << true << false << true;
+    }
+
+    void rendererEnds()
+    {
+        QFETCH(const bool, wasShown);
+        QFETCH(const bool, isShown);
+        QFETCH(const bool, isEnded);
+        for (int rounds = figure("ZELVANO_ROUNDS", 5); rounds > 0; --rounds) {
+            const LogCollector log;
+            Stage stage;
+            QVERIFY(wasShown ? stage.appear(listeningPage()) : stage.window.appear() && stage.load(listeningPage()));
+            stage.view->setHidden(!isShown);
+            const int showings = stage.owner->showings;
+            QVERIFY(killRenderers() > 0);
+            if (isEnded) {
+                if (rounds % 2 == 0)
+                    QTest::qWait(rounds % 5); // Before, while or after the end is noticed.
+                stage.view->setDelegate(nullptr);
+                stage.view.reset();
+                QTest::qWait(20);
+                continue;
+            }
+            QVERIFY(waitUntil([&] { return !stage.view->isReady(); }));
+            QVERIFY(stage.view->isHidden());
+            QVERIFY(waitUntil([&] { return stage.view->isReady(); }));
+            QCOMPARE(log.beginningWith(u"Error: the renderer process of a web page ended (status 2, "_s).size(), 1);
+            QVERIFY(stage.view->isHidden() && stage.owner->showings == showings);
+            stage.view->setHidden(false);
+            QVERIFY(waitForPicture(*stage.view) && stage.pageAnswers());
+        }
     }
 
     void hostilePage_data()
