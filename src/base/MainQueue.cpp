@@ -8,44 +8,50 @@
 
 #include <algorithm>
 #include <limits>
+#include <thread>
 #include <vector>
 
 namespace zelvano {
 
 using namespace Qt::StringLiterals;
 
-/// An application object deletes pending events when it is destroyed. The destructor then lets the next task, under the
-/// next application object, post a new wake-up.
-class MainQueue::WakeUp : public QEvent
-{
-public:
-    static constexpr auto type = QEvent::User;
+namespace {
 
-    explicit WakeUp(std::atomic<bool> &isPosted) : QEvent(type), m_isPosted(isPosted) {}
-    ~WakeUp() override
-    {
-        if (!m_hasArrived)
-            m_isPosted = false;
-    }
-    Q_DISABLE_COPY_MOVE(WakeUp)
+constexpr auto wakeUpType = QEvent::User;
 
-    void arrive()
-    {
-        m_hasArrived = true;
-        m_isPosted = false;
-    }
+const auto loadingThread = std::this_thread::get_id();
 
-private:
-    std::atomic<bool> &m_isPosted;
-    bool m_hasArrived = false;
-};
+} // namespace
 
 MainQueue::MainQueue()
 {
     m_clock.start();
     setObjectName("zelvano::MainQueue"_L1); // For hosts that measure the cost of their events.
-    if (const auto *app = QCoreApplication::instance())
-        moveToThread(app->thread());
+    // Without an application object this may be any thread, and even the first one gets no events.
+    const auto *app = QCoreApplication::instance();
+    moveToThread(app ? app->thread() : nullptr);
+}
+
+/// Qt calls this in the constructor of each application object. When one exists already, the loading of the library
+/// does.
+const bool MainQueue::s_followsApplications = (qAddPreRoutine(applicationBegan), true);
+
+void MainQueue::applicationBegan()
+{
+    auto &queue = shared();
+    if (!queue.thread())
+        queue.moveToThread(QThread::currentThread());
+    const QMutexLocker lock(&queue.m_mutex);
+    queue.wakeUp();
+    qAddPostRoutine(applicationEnds);
+}
+
+/// An application object deletes the pending events of its thread. Without a thread the queue keeps its own for the
+/// next application object.
+void MainQueue::applicationEnds()
+{
+    shared().m_timer.stop();
+    shared().moveToThread(nullptr);
 }
 
 MainQueue &MainQueue::shared()
@@ -56,7 +62,7 @@ MainQueue &MainQueue::shared()
 bool MainQueue::isMainThread()
 {
     const auto *app = QCoreApplication::instance();
-    return !app || app->thread() == QThread::currentThread();
+    return app ? app->thread() == QThread::currentThread() : loadingThread == std::this_thread::get_id();
 }
 
 void MainQueue::post(Task task)
@@ -95,15 +101,15 @@ MainQueue::Duration MainQueue::now() const
 /// Call with the mutex locked.
 void MainQueue::wakeUp()
 {
-    if (!m_wakeUpPosted.exchange(true))
-        QCoreApplication::postEvent(this, new WakeUp(m_wakeUpPosted));
+    if (!std::exchange(m_wakeUpPosted, true))
+        QCoreApplication::postEvent(this, new QEvent(wakeUpType));
 }
 
 bool MainQueue::event(QEvent *event)
 {
-    if (event->type() == WakeUp::type) {
+    if (event->type() == wakeUpType) {
         const QMutexLocker lock(&m_mutex);
-        static_cast<WakeUp *>(event)->arrive();
+        m_wakeUpPosted = false;
     } else if (event->type() != QEvent::Timer) {
         return QObject::event(event);
     }

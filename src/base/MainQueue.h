@@ -7,7 +7,6 @@
 #include <QMutex>
 #include <QObject>
 
-#include <atomic>
 #include <chrono>
 #include <deque>
 #include <functional>
@@ -19,7 +18,8 @@ namespace zelvano {
 
 /// Runs tasks on the main thread: posted ones in FIFO order, delayed ones when they fall due.
 ///
-/// The Qt event loop of the application object's thread drives it. Tasks may be posted before that object exists.
+/// The Qt event loop of the application object's thread drives it. Tasks wait while there is no such object: they may
+/// be posted before the first one, and between two.
 class ZELVANOCORE_EXPORT MainQueue : private QObject
 {
 public:
@@ -27,7 +27,8 @@ public:
     using Duration = std::chrono::milliseconds;
 
     static MainQueue &shared();
-    /// True on the application object's thread. Without an application object every thread counts as main.
+    /// True on the application object's thread. Without an application object the thread that loaded the library counts
+    /// as main: the one that runs main(), unless the host loads the library at run time.
     static bool isMainThread();
 
     /// Runs the task later, never inside this call. Any thread.
@@ -43,7 +44,6 @@ private:
     template<class T> friend T &immortal();
     friend class MainQueueTestClock;
 
-    class WakeUp;
     struct DelayedTask
     {
         const void *target;
@@ -53,6 +53,9 @@ private:
     using Key = std::pair<Duration, quint64>;
 
     MainQueue();
+    static void applicationBegan();
+    static void applicationEnds();
+    static const bool s_followsApplications;
 
     bool event(QEvent *event) override;
     Duration now() const;
@@ -65,7 +68,7 @@ private:
     std::deque<Task> m_tasks;
     std::map<Key, DelayedTask> m_delayed;
     quint64 m_nextSequence = 0;
-    std::atomic<bool> m_wakeUpPosted = false;
+    bool m_wakeUpPosted = false;
     std::optional<Duration> m_testTime; ///< Replaces the clock in tests.
     QElapsedTimer m_clock;
     QBasicTimer m_timer;

@@ -15,7 +15,10 @@ using namespace std::chrono_literals;
 using namespace zelvano;
 
 namespace {
+bool ranBeforeAnyApplication = false;
 bool ranForFirstApplication = false;
+bool wasMainThread = false;
+bool wasOtherThreadMain = true;
 } // namespace
 
 /// The main queue and the notification centre.
@@ -26,6 +29,15 @@ class tst_MainQueue : public QObject
 private Q_SLOTS:
     void init() { m_ran.clear(); }
     void cleanup() { MainQueueTestClock::stop(); }
+
+    /// main() posted a task on another thread before any application, and one under an application whose event loop
+    /// never ran. The runs wait for no later task.
+    void applicationsOfOneProcess()
+    {
+        QTRY_VERIFY(ranBeforeAnyApplication && ranForFirstApplication);
+        QVERIFY(wasMainThread);
+        QVERIFY(!wasOtherThreadMain);
+    }
 
     void neverInsideThePostingCall()
     {
@@ -205,14 +217,6 @@ private Q_SLOTS:
         QCOMPARE(m_ran, QStringList{u"other"_s});
     }
 
-    /// main() posted a task under an application whose event loop never ran.
-    void secondApplication()
-    {
-        bool ran = false;
-        m_queue.post([&ran] { ran = true; });
-        QTRY_VERIFY(ran && ranForFirstApplication);
-    }
-
     void notificationFromAnotherThread()
     {
         auto &center = NotificationCenter::defaultCenter();
@@ -248,6 +252,12 @@ private:
 
 int main(int argc, char **argv)
 {
+    wasMainThread = MainQueue::isMainThread();
+    std::thread([] { // As the first completion of an engine that started before the application object.
+        wasOtherThreadMain = MainQueue::isMainThread();
+        MainQueue::shared().post([] { ranBeforeAnyApplication = MainQueue::isMainThread(); });
+    })
+        .join();
     {
         const QCoreApplication first(argc, argv);
         MainQueue::shared().post([] { ranForFirstApplication = true; });
