@@ -115,6 +115,7 @@ bool MainQueue::event(QEvent *event)
     }
     runPosted();
     runDelayed();
+    const QMutexLocker lock(&m_mutex);
     prepareNextWakeUp();
     return true;
 }
@@ -126,6 +127,7 @@ void MainQueue::runPosted()
     for (auto count = m_tasks.size(); count > 0 && !m_tasks.empty(); --count) {
         auto task = std::move(m_tasks.front());
         m_tasks.pop_front();
+        prepareNextWakeUp(); // The task may run an event loop.
         lock.unlock();
         task();
         task = nullptr; // Before the lock is taken again: the objects that it owns may call the queue.
@@ -141,6 +143,7 @@ void MainQueue::runDelayed()
     while (!m_delayed.empty() && m_delayed.begin()->first < end) {
         auto task = std::move(m_delayed.begin()->second.task);
         m_delayed.erase(m_delayed.begin());
+        prepareNextWakeUp();
         lock.unlock();
         task();
         task = nullptr;
@@ -148,9 +151,9 @@ void MainQueue::runDelayed()
     }
 }
 
+/// Call with the mutex locked. A timer that started before the current Timer event would not fire inside it.
 void MainQueue::prepareNextWakeUp()
 {
-    const QMutexLocker lock(&m_mutex);
     if (!m_tasks.empty())
         wakeUp();
     m_timer.stop();

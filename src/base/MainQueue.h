@@ -18,6 +18,9 @@ namespace zelvano {
 
 /// Runs tasks on the main thread: posted ones in FIFO order, delayed ones when they fall due.
 ///
+/// A task may run an event loop, for a modal dialog say. The tasks that wait then run inside that loop, in the same
+/// order: each one starts after the one before has started, not after it has returned.
+///
 /// The Qt event loop of the application object's thread drives it. Tasks wait while there is no such object: they may
 /// be posted before the first one, and between two.
 class ZELVANOCORE_EXPORT MainQueue : private QObject

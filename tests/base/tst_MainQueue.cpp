@@ -1,6 +1,7 @@
 #include "MainQueueTestClock.h"
 #include <ZelvanoUI/NotificationCenter.h>
 
+#include <QEventLoop>
 #include <QStringList>
 #include <QTest>
 #include <QThread>
@@ -122,6 +123,34 @@ private Q_SLOTS:
         QTRY_COMPARE(m_ran, expected);
         QVERIFY(MainQueueTestClock::now() - start >= 40ms);
         m_queue.cancelPreviousPerformRequests(this);
+    }
+
+    /// Like a listener that opens a modal dialog: a posted task, or a delayed one.
+    void nestedEventLoop()
+    {
+        for (const bool isPosted : {true, false}) {
+            m_ran.clear();
+            QEventLoop loop;
+            QTimer::singleShot(5000, &loop, &QEventLoop::quit);
+            const auto nest = [&] {
+                m_ran.append(u"nested"_s);
+                loop.exec();
+                m_ran.append(u"back"_s);
+            };
+            if (isPosted)
+                m_queue.post(nest);
+            else
+                m_queue.performAfterDelay(this, 0ms, nest);
+            m_queue.performAfterDelay(this, 20ms, note(u"20"_s));
+            m_queue.performAfterDelay(this, 40ms, [&] { loop.quit(); });
+            m_queue.performAfterDelay(this, 0ms, note(u"0"_s));
+            if (isPosted) {
+                m_queue.post(note(u"a"_s));
+                m_queue.post(note(u"b"_s));
+            }
+            const auto expected = isPosted ? u"nested, a, b, 0, 20, back"_s : u"nested, 0, 20, back"_s;
+            QTRY_COMPARE(m_ran.join(u", "_s), expected);
+        }
     }
 
     void repetitionDoesNotStarveTheEventLoop()
