@@ -1,11 +1,13 @@
 #include "Utilities.h"
 
+#include "Immortal.h"
 #include "JsonReading.h"
 #include "Logging.h"
 #include <ZelvanoUI/Protocol.h>
 #include <ZelvanoUI/ZVConfig.h>
 
 #include <QJsonDocument>
+#include <QMutex>
 
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -19,6 +21,7 @@ namespace {
 /// The last address. Nearly all calls go to one, and parsing it took an eighth of a player event.
 struct Address
 {
+    QMutex mutex; // Guards the rest.
     QString base;
     QString apiName;
     QUrl url;
@@ -26,9 +29,13 @@ struct Address
 
 QUrl urlOf(const QString &base, const QString &apiName)
 {
-    thread_local Address last;
-    if (last.url.isEmpty() || last.base != base || last.apiName != apiName)
-        last = {base, apiName, QUrl(base.isNull() ? API_URL_PROD + apiName : base + u'/' + apiName, QUrl::StrictMode)};
+    auto &last = immortal<Address>();
+    const QMutexLocker lock(&last.mutex);
+    if (last.url.isEmpty() || last.base != base || last.apiName != apiName) {
+        last.base = base;
+        last.apiName = apiName;
+        last.url = QUrl(base.isNull() ? API_URL_PROD + apiName : base + u'/' + apiName, QUrl::StrictMode);
+    }
     return last.url;
 }
 

@@ -4,8 +4,8 @@ namespace zelvano {
 
 const QLoggingCategory &logCategory()
 {
-    static const QLoggingCategory category("zelvano", QtInfoMsg);
-    return category;
+    static const auto *const category = new QLoggingCategory("zelvano", QtInfoMsg); // Never destroyed: see Immortal.h.
+    return *category;
 }
 
 const QLoggingCategory &bodyLogCategory()
@@ -15,8 +15,8 @@ const QLoggingCategory &bodyLogCategory()
 #else
     constexpr auto least = QtInfoMsg;
 #endif
-    static const QLoggingCategory category("zelvano.body", least);
-    return category;
+    static const auto *const category = new QLoggingCategory("zelvano.body", least);
+    return *category;
 }
 
 } // namespace zelvano

@@ -88,19 +88,29 @@ QUrl Bundle::resource(const QString &name, const QString &extension) const
     return file.startsWith(u':') ? QUrl("qrc"_L1 + file) : QUrl::fromLocalFile(file);
 }
 
+namespace {
+
+/// The library's bundle in the main bundle. Searched for once: each request needs it.
+struct MainBundles
+{
+    std::optional<Bundle> zelvano = Bundle::inMainBundle(u"ZelvanoUIResources"_s, u"bundle"_s);
+
+    MainBundles()
+    {
+        if (!zelvano)
+            ZV_LOG(
+                "Error: resource bundle ZelvanoUIResources.bundle not found: link the library with its resources, or "
+                "put the folder beside the executable");
+    }
+};
+
+} // namespace
+
 std::optional<Bundle> zelvanoBundle()
 {
     if (auto loaded = Bundle::withIdentifier(u"ZelvanoUI"_s))
         return loaded;
-    static const auto inMainBundle = [] { // Searched for once: each request needs it.
-        auto bundle = Bundle::inMainBundle(u"ZelvanoUIResources"_s, u"bundle"_s);
-        if (!bundle)
-            ZV_LOG(
-                "Error: resource bundle ZelvanoUIResources.bundle not found: link the library with its resources, or "
-                "put the folder beside the executable");
-        return bundle;
-    }();
-    return inMainBundle;
+    return immortal<MainBundles>().zelvano;
 }
 
 } // namespace zelvano

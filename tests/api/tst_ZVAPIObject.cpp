@@ -1,13 +1,34 @@
 #include "EngineFixture.h"
+#include "Logging.h"
 #include "Utilities.h"
 #include <ZelvanoUI/Bundle.h>
 #include <ZelvanoUI/Device.h>
+
+#include <cstdlib>
 
 using namespace Qt::StringLiterals;
 using namespace zelvano;
 using sandbox::Fault;
 
 using Call = std::shared_ptr<ZVAPIObject>;
+
+namespace {
+
+/// A static object of the host, which ends after those that the library made during the run.
+const struct LastCaller
+{
+    LastCaller() = default;
+    ~LastCaller()
+    {
+        const auto isWhole = zelvanoBundle() && request(u"events"_s).url.isValid();
+        ZV_LOG("The last call of the process");
+        if (!isWhole)
+            std::_Exit(1);
+    }
+    Q_DISABLE_COPY_MOVE(LastCaller)
+} lastCaller;
+
+} // namespace
 
 /// What a call sends over loopback, and what its completion gets.
 class tst_ZVAPIObject : public QObject
