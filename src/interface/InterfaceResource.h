@@ -1,4 +1,3 @@
-// Internal: not installed.
 #pragma once
 
 #include <ZelvanoUI/zelvanoui_export.h>
