@@ -78,7 +78,7 @@ void Host::startSession()
     m_controller->setDelegate(weak_from_this());
     m_log.watch(m_controller->zelvano());
     if (m_nativeView) {
-        m_nativeView->setDelegate(m_controller);
+        m_nativeView->setDelegate(shared_from_this());
         m_controller->setRecommendationView(m_nativeView);
     }
     const auto player = m_deck->newPlayer(m_witness);
@@ -93,6 +93,13 @@ void Host::didSelectVideo(ZelvanoViewController *, const std::shared_ptr<ZVVideo
 {
     m_log.add(u"delegate"_s,
               {{"what"_L1, u"didSelectVideo"_s}, {"title"_L1, video->title()}, {"videoId"_L1, video->videoId()}});
+}
+
+/// A pick in the list or category view. Unlike one in the overlay, it leaves the player to the host.
+void Host::didSelecteRecommendation(const std::shared_ptr<ZVVideoParams> &video)
+{
+    didSelectVideo(m_controller.get(), video);
+    m_controller->zelvano()->playSelected(video);
 }
 
 /// Resizing the window also ends a session: the library takes it for the closing of the player. The demo then begins

@@ -17,7 +17,10 @@
 namespace demo {
 
 /// The host application: a window with a video, and the library linked to it.
-class Host : public QObject, public zelvano::ZelvanoViewControllerDelegate, public std::enable_shared_from_this<Host>
+class Host : public QObject,
+             public zelvano::ZelvanoViewControllerDelegate,
+             public zelvano::ZVRecommendationViewDelegate,
+             public std::enable_shared_from_this<Host>
 {
     Q_OBJECT
     Q_PROPERTY(zelvano::EventLog *log READ log CONSTANT)
@@ -63,6 +66,9 @@ public:
     void didSelectVideo(zelvano::ZelvanoViewController *controller,
                         const std::shared_ptr<zelvano::ZVVideoParams> &video) override;
     void didSelectDone(zelvano::ZelvanoViewController *controller) override;
+
+    // ZVRecommendationViewDelegate
+    void didSelecteRecommendation(const std::shared_ptr<zelvano::ZVVideoParams> &video) override;
 
 private:
     QUrl firstVideo() const;
