@@ -320,7 +320,8 @@ private Q_SLOTS:
     {
         // What happens when a list takes its size, and the lists that have a view then.
         const std::tuple<const char *, int, bool> cases[] = {
-            {"loader.active = true", 3, true},   {"sibling.recommendations = null", 1, true},
+            {"loader.active = true", 3, true},
+            {"sibling.recommendations = null", 1, true},
             {"recommendations = null", 0, true},
         };
         for (const auto &[handler, views, runs] : cases) {
