@@ -33,7 +33,7 @@ struct UserDefaults::Private
     {
         QFile json(file());
         if (json.open(QIODevice::ReadOnly)) {
-            constexpr qint64 mostBytes = 1024 * 1024; // A path to a device may have no end.
+            constexpr auto mostBytes = qint64{1024} * 1024; // A path to a device may have no end.
             const auto document = QJsonDocument::fromJson(json.read(mostBytes));
             if (document.isObject())
                 return document.object();
