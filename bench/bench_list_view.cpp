@@ -7,6 +7,7 @@
 #include "Pictures.h"
 #include "Resources.h"
 #include "Window.h"
+#include "ZVItemView.h"
 #include "ZVVideoCollectionViewCell.h"
 #include <ZelvanoUI/ZVCategoryView.h>
 #include <ZelvanoUI/ZVImagesFetcher.h>

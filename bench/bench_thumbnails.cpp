@@ -15,6 +15,7 @@
 #include <QGuiApplication>
 #include <QLoggingCategory>
 #include <QPainter>
+#include <QQuickItem>
 #include <QRandomGenerator>
 #include <QSemaphore>
 #include <QThread>
