@@ -17,7 +17,7 @@ fi
 TMPDIR=$work strace -ff -o "$work/calls" -e trace=%network,%file build/package/bench/soak 20 >/dev/null
 main=$(find "$work" -name 'calls.*' | sort -V | head -n 1)
 # The library's calls begin after mkdir of the store's folder. The soak program counts its handles in between.
-allowed='"/[^"]*/soak-[^"]*"|"/proc/self/(task|fd)"|newfstatat\([0-9]+, ""'   # The store and the count of handles.
+allowed='"/[^"]*/soak-[^"]*"|"/proc/self/(task|fd)"|(newfstatat|statx)\([0-9]+, ""' # The store and the count of handles.
 allowed+='|sendto\([0-9]+, "\\1", 1, MSG_NOSIGNAL|socketpair\('             # The wake-up.
 allowed+='|"/etc/(os-release|localtime)"|"[^"]*openssl.cnf"|overcommit_memory' # Qt, libc and OpenSSL, once.
 allowed+='|^[-+]{3} '                                                        # Signals and the exit.
