@@ -11,6 +11,7 @@ packages=(
   qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtquick-controls qml6-module-qtquick-layouts
   qml6-module-qtquick-templates qml6-module-qtmultimedia qml6-module-qtwebengine qml6-module-qtwebchannel
   qt6-image-formats-plugins fonts-dejavu-core ffmpeg libgl1-mesa-dri
+  gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
   # Check: analysis, fuzzing, the reference, a screen, packages
   clang libclang-rt-dev llvm clang-format clang-tidy cppcheck doxygen
   python3 openssl xvfb xauth mmdebstrap strace
