@@ -1,12 +1,8 @@
 #!/usr/bin/env python3
 """Makes the tables of docs/performance.md from the output of the benchmark programs: medians, with the lowest and the
-highest value of all repetitions. Usage: tables.py FOLDER MACHINE-LINE
-
-With --check in place of MACHINE-LINE it prints no table and fails when a figure is ten times worse than its target. On
-a busy machine, a short run cannot show more."""
+highest value of all repetitions. Usage: tables.py FOLDER MACHINE-LINE"""
 
 import json
-import re
 import statistics
 import sys
 from pathlib import Path
@@ -36,18 +32,6 @@ def cell(values):
     return f"{number(median(values))} ({number(min(values))}–{number(max(values))})"
 
 
-far_off = []
-
-
-def judged(label, value, wanted):
-    """Returns the target for the table, and notes a figure that is ten times worse."""
-    if found := re.match(r"([\d.,]+) at (most|least)", wanted):
-        limit = float(found[1].replace(",", ""))
-        if value > 10 * limit if found[2] == "most" else value < limit / 10:
-            far_off.append(f"{label}: {number(value)}, wanted {wanted}")
-    return wanted
-
-
 def column(repetitions, counter):
     return [run[counter] for run in repetitions]
 
@@ -59,19 +43,17 @@ def table(head, rows):
 def player_event():
     found = runs("bench_player_event")
     calls = [
-        ("median call, in a burst", "playerEvent", "byHand", "p50_us", "5 at most"),
-        ("99th of 100 calls", "playerEvent", "byHand", "p99_us", "20 at most"),
+        ("median call, in a burst", "playerEvent", "byHand", "p50_us", "1.5 µs, and 3 times the floor at most"),
+        ("99th of 100 calls", "playerEvent", "byHand", "p99_us", "4 µs at most"),
         ("mean", "playerEvent", "byHand", "mean_us", ""),
         ("mean, CPU alone", "playerEvent", "byHand", "cpu_us", ""),
-        ("median call, at 200 a second", "pacedEvent", "pacedByHand", "p50_us", "15 at most"),
-        ("99th of 100 calls", "pacedEvent", "pacedByHand", "p99_us", "60 at most"),
+        ("median call, at 200 a second", "pacedEvent", "pacedByHand", "p50_us", "3 times the floor at most"),
+        ("99th of 100 calls", "pacedEvent", "pacedByHand", "p99_us", ""),
     ]
     rows = []
     for label, engine, floor, counter, wanted in calls:
         ours, theirs = column(found[engine], counter), column(found[floor], counter)
         ratio = number(median(ours) / median(theirs))
-        # The machine's other work affects the 99th call as much as the library does.
-        wanted = judged(label, median(ours), wanted) if counter == "p50_us" else wanted
         rows.append([label, cell(ours), cell(theirs), ratio, wanted])
     return table(["µs a call", "playerEvent", "by hand", "ratio", "wanted"], rows), len(found["playerEvent"])
 
@@ -79,13 +61,13 @@ def player_event():
 def delivery():
     found = runs("bench_delivery")
     rows = []
-    for name, connections, rate_wanted, cpu_wanted in [("six", "6", "0.8 at least", "1.5 at most"),
-                                                       ("one", "1", "", "1.3 at most")]:
+    for name, connections, rate_wanted, cpu_wanted in [("six", "6", "0.85 at least", "1.4 at most"),
+                                                       ("one", "1", "", "1.6 at most")]:
         figures = lambda counter: cell(column(found[name], counter))
         rows.append([connections, "events a second", figures("engine_per_s"), figures("bare_per_s"),
-                     figures("rate_ratio"), judged("rate", median(column(found[name], "rate_ratio")), rate_wanted)])
+                     figures("rate_ratio"), rate_wanted])
         rows.append([connections, "CPU, µs an event", figures("engine_cpu_us"), figures("bare_cpu_us"),
-                     figures("cpu_ratio"), judged("CPU", median(column(found[name], "cpu_ratio")), cpu_wanted)])
+                     figures("cpu_ratio"), cpu_wanted])
     return table(["connections", "", "engine", "bare loop", "ratio", "wanted"], rows), len(found["six"])
 
 
@@ -97,8 +79,8 @@ def ready_answer():
     for size in sizes:
         ours, floor = nanoseconds[f"readAnswer/{size}"], nanoseconds[f"parseOnly/{size}"]
         ratio = median(ours) / median(floor)
-        rows.append([number(int(size)), cell(ours), cell(floor), number(ratio),
-                     judged(f"reading {size} videos", ratio, "1.5 at most"), cell(nanoseconds[f"groupByCategory/{size}"])])
+        rows.append([number(int(size)), cell(ours), cell(floor), number(ratio), "1.3 at most",
+                     cell(nanoseconds[f"groupByCategory/{size}"])])
     growth = median(nanoseconds[f"readAnswer/{sizes[-1]}"]) / median(nanoseconds[f"readAnswer/{sizes[1]}"])
     head = ["videos", "answer read, ns a video", "parser alone, ns a video", "ratio", "wanted", "grouping, ns a video"]
     line = (f"A video among {number(int(sizes[-1]))} costs {number(growth)} times what one among {number(int(sizes[1]))} does; "
@@ -135,7 +117,7 @@ def list_and_bare_view():
             has_ratio = figure.startswith(("frame", "step"))
             ratio = median(ours) / median(theirs) if has_ratio else ""
             rows.append([f"{label}, {number(size)} videos", cell(ours), cell(theirs), number(ratio) if has_ratio else "",
-                         judged(label, ratio, wanted) if "cpu" in figure else wanted])
+                         wanted])
 
     def bytes_of_one(name):
         less, more = (median(column(found[f"{name}/{size}"], "kb")) for size in sizes[1:])
@@ -151,17 +133,17 @@ def thumbnails():
     for name, label, wanted in [("fetched", "handed over", ""), ("shown", "drawn in the list", "1.3 at most")]:
         for unit, what in [("ms", "ms"), ("cpu_ms", "CPU of the process, ms")]:
             rows.append([f"{label}, {what}", cell(column(found, f"{name}_{unit}")), cell(column(found, f"floor_{unit}")),
-                         cell(ratios := column(found, f"{name}_{unit.replace('ms', 'ratio')}")),
-                         judged("thumbnails", median(ratios), wanted) if unit == "ms" else ""])
+                         cell(column(found, f"{name}_{unit.replace('ms', 'ratio')}")),
+                         wanted if unit == "ms" else ""])
         rows.append([f"{label}, the calling thread's CPU, ms", cell(column(found, f"{name}_main_ms")), "", "",
                      "nothing decoded" if name == "fetched" else ""])
     return table(["100 thumbnails", "library", "by hand", "ratio", "wanted"], rows), len(found)
 
 
-def processes(program, head, figures, check=judged):
+def processes(program, head, figures):
     """A program of which each run is a process of its own, and one line."""
     found = [json.loads(line) for line in (folder / f"{program}.jsonl").read_text().splitlines()]
-    rows = [[label, cell(column(found, figure)), check(label, median(column(found, figure)), wanted)]
+    rows = [[label, cell(column(found, figure)), wanted]
             for figure, (label, wanted) in figures.items()]
     return table([head, "measured", "wanted"], rows), len(found)
 
@@ -181,7 +163,7 @@ def stalls():
         "longestOtherMs": ("of others: players, the web engine, the demo itself", "16 at most"),
         "webEngineStartMs": ("the web engine's one start", ""),
         "longestDrawingMs": ("drawing the window, without a GPU", ""),
-    }, check=lambda label, value, wanted: wanted)  # The whole machine may have stalled.
+    })
 
 
 def session():
@@ -194,7 +176,7 @@ def session():
         "first_kb": ("memory of the first session, kB", "1,024 at most"),
         "each_kb": ("memory of each further engine, kB", "16 at most"),
         "event_bytes": ("memory of an event that waits for a view, bytes", "1,024 at most"),
-        "call_bytes": ("memory of a call that waits for the network, bytes", ""),
+        "call_bytes": ("memory of a call that waits for the network, bytes", "1,200 at most"),
         "handle_bytes": ("what stays of a finished call until stopAllSessions, bytes", ""),
         "threads": ("threads of the process", ""),
         "threads_of_more": ("threads that 100 further engines add", "0"),
@@ -210,12 +192,7 @@ def main():
                         ("Pause to overlay", overlay), ("Stalls", stalls), ("A session", session)]:
         text, repetitions = make()
         texts.append(f"### {title}\n\n{text}\n\nMedians of {repetitions} runs (least–greatest).")
-    if sys.argv[2] != "--check":
-        print("\n\n".join(texts))
-    elif far_off:
-        sys.exit("Ten times worse than the target:\n" + "\n".join(far_off))
-    else:
-        print("No figure is ten times worse than its target.")
+    print("\n\n".join(texts))
 
 
 main()

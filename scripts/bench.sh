@@ -1,21 +1,11 @@
 #!/usr/bin/env bash
-# Runs the benchmarks and writes their tables into docs/performance.md. With --short it runs each once, writes nothing
-# and fails when a figure is ten times worse than its target. All load goes to 127.0.0.1.
+# Runs the benchmarks and writes their tables into docs/performance.md. All load goes to 127.0.0.1.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-short=false
-case "${1:-}" in
-  --short) short=true ;;
-  '') ;;
-  *) echo "usage: scripts/bench.sh [--short]" >&2; exit 2 ;;
-esac
-
-preset=release
-$short && preset=package # Equally optimised, and CI has already built it for the packages.
-build=build/$preset
+build=build/release
 scripts/setup.sh
-cmake --preset "$preset" >/dev/null
-cmake --build --preset "$preset" --target zelvano_bench zelvano-demo
+cmake --preset release >/dev/null
+cmake --build --preset release --target zelvano_bench zelvano-demo
 results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
 
@@ -49,19 +39,6 @@ stalls() {
 # The views draw into memory, so that the figures exclude the screen.
 export QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software
 [ "$(id -u)" -ne 0 ] || export QTWEBENGINE_DISABLE_SANDBOX=1 # Chromium refuses to run as root with its sandbox on.
-
-if $short; then
-  run bench_player_event --benchmark_repetitions=1
-  run bench_delivery --benchmark_repetitions=1
-  run bench_ready_answer --benchmark_repetitions=1 --benchmark_min_time=0.02
-  run bench_thumbnails --benchmark_repetitions=1
-  run bench_list_view --benchmark_repetitions=1 --benchmark_min_time=0.02
-  line bench_overlay 1
-  stalls demo/smoke.script 1
-  line bench_session 1
-  python3 bench/tables.py "$results" --check
-  exit
-fi
 
 load=$(cut -d ' ' -f 1 /proc/loadavg)
 run bench_player_event --benchmark_repetitions=15

@@ -14,7 +14,7 @@ packages=(
   gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
   # Check: analysis, fuzzing, the reference, a screen, packages
   clang libclang-rt-dev llvm clang-format clang-tidy cppcheck doxygen
-  python3 openssl xvfb xauth mmdebstrap strace
+  python3 openssl xvfb xauth mmdebstrap strace valgrind
 )
 
 missing=()
