@@ -116,7 +116,7 @@ void Host::updateTitle()
     const auto id = m_deck->videoId();
     m_title = isFirstVideo(id) ? u"Northern Lights"_s : QUrl(id).fileName();
     for (const auto &video : m_controller ? m_controller->videoList() : ZVVideoList()) {
-        if (video->url() == QUrl(id) || video->videoId() == id)
+        if (QUrl(video->url()) == QUrl(id) || video->videoId() == id)
             m_title = video->title();
     }
     Q_EMIT titleChanged();
@@ -148,7 +148,7 @@ bool Host::hasRecommendations() const
     return m_controller && !m_controller->videoList().empty();
 }
 
-void Host::announceChoice(const QUrl &url)
+void Host::announceChoice(const QString &url)
 {
     NotificationCenter::defaultCenter().post({DidSelecteRecommendationNotification, url, {}});
 }

@@ -55,7 +55,7 @@ public:
     /// True once the controller has its overlay, and with it the web engine.
     bool hasRecommendations() const;
 
-    Q_INVOKABLE void announceChoice(const QUrl &url);
+    Q_INVOKABLE void announceChoice(const QString &url);
     Q_INVOKABLE void dismiss();
     /// Ends the session and begins another with a new player object over the same video.
     void restart();

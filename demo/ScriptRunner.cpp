@@ -247,7 +247,7 @@ void ScriptRunner::dismissOverlay(const QStringList &)
 
 void ScriptRunner::notifyClick(const QStringList &words)
 {
-    m_host.announceChoice(QUrl(words[0]));
+    m_host.announceChoice(words[0]);
     nextAfter(0);
 }
 

@@ -15,16 +15,20 @@ inline constexpr QLatin1StringView AVPlayerItemDidPlayToEndTimeNotification{"AVP
 
 enum class AVPlayerItemStatus { Unknown = 0, ReadyToPlay = 1, Failed = 2 };
 
-/// A medium identified by its URL. A value.
+/// A medium identified by the text of its URL. A value.
 class AVURLAsset
 {
 public:
-    explicit AVURLAsset(const QUrl &url) : m_url(url) {}
+    explicit AVURLAsset(const QString &url) : m_url(url) {}
+    explicit AVURLAsset(const QUrl &url) : m_url(url.toString(QUrl::FullyEncoded)) {}
 
-    QUrl URL() const { return m_url; }
+    /// The text as given. Adapters report it as the video's identifier.
+    QString absoluteString() const { return m_url; }
+    /// For opening. It may differ from the text: a QUrl is normalised.
+    QUrl URL() const { return QUrl(m_url); }
 
 private:
-    QUrl m_url;
+    QString m_url;
 };
 
 /// One medium in a player. Getters: any thread. Setters: main thread, for the player that plays the item.

@@ -55,16 +55,17 @@ inline constexpr QLatin1StringView MPMoviePlayerWillExitFullscreenNotification{
 class ZELVANOCORE_EXPORT MPMoviePlayerController : public Player
 {
     Q_OBJECT
-    Q_PROPERTY(QUrl contentURL READ contentURL WRITE setContentURL NOTIFY contentURLChanged FINAL)
+    Q_PROPERTY(QString contentURL READ contentURL WRITE setContentURL NOTIFY contentURLChanged FINAL)
 
 public:
     MPMoviePlayerController();
     ~MPMoviePlayerController() override;
 
-    /// Empty when there is none. Any thread.
-    QUrl contentURL() const;
+    /// The text of the URL as given, which a QUrl would normalise. Empty when there is none. Any thread.
+    QString contentURL() const;
     /// Loads the movie, also when it is loaded already. Does not play it.
-    void setContentURL(const QUrl &url);
+    void setContentURL(const QString &url);
+    void setContentURL(const QUrl &url) { setContentURL(url.toString(QUrl::FullyEncoded)); }
     Q_SIGNAL void contentURLChanged();
 
     /// Any thread.
@@ -88,9 +89,9 @@ public:
 
 protected:
     /// Loads the new content; an empty URL unloads. Called after contentURLChanged().
-    virtual void loadContent(const QUrl &url) = 0;
+    virtual void loadContent(const QString &url) = 0;
     /// Makes a URL current without loading it: for a player whose content changes by itself.
-    void setCurrentContentURL(const QUrl &url);
+    void setCurrentContentURL(const QString &url);
 
     // Post the notifications.
     void tellLoadState();

@@ -22,7 +22,8 @@ inline constexpr QLatin1StringView RecommendationClick{"recommendationClick"};
 inline constexpr QLatin1StringView Impression{"impression"};
 } // namespace PlayerEvent
 
-/// Posted by a host when the viewer picks a video outside the library's views. The object is the video's QUrl.
+/// Posted by a host when the viewer picks a video outside the library's views. The object is the text of the video's
+/// URL, or its QUrl.
 inline constexpr QLatin1StringView DidSelecteRecommendationNotification{"DidSelecteRecommendationNotification"};
 
 /// Posted by ZelvanoViewController when recommendations arrive for its player and when the device is turned. The object

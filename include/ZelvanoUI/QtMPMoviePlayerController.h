@@ -46,7 +46,7 @@ public:
     Q_SIGNAL void fullscreenChanged();
 
 protected:
-    void loadContent(const QUrl &url) override;
+    void loadContent(const QString &url) override;
 
 private:
     QtMPMoviePlayerController(QMediaPlayer *player, QQuickItem *videoOutput);

@@ -6,11 +6,13 @@
 #include <QByteArray>
 #include <QHash>
 #include <QImage>
+#include <QString>
 #include <QUrl>
 
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace zelvano {
 
@@ -39,13 +41,21 @@ public:
     /// A cached image is decoded and passed to the completion inside this call. Another one is downloaded and decoded
     /// on background threads, and the completion runs there. While the completion of a download runs, other downloads
     /// cannot enter the cache: it must not wait for them. Two simultaneous calls for a URL download it twice.
-    static void fetchImageAtURL(const QUrl &url, Completion completion);
+    static void fetchImageAtURL(const QString &url, Completion completion);
+    static void fetchImageAtURL(const QUrl &url, Completion completion)
+    {
+        fetchImageAtURL(url.toString(QUrl::FullyEncoded), std::move(completion));
+    }
 
     /// Like fetchImageAtURL(), but never decodes on the calling thread: the completion always runs on a background
     /// thread. For a cached image other downloads can enter the cache meanwhile.
-    static void fetchImageInBackground(const QUrl &url, Completion completion);
+    static void fetchImageInBackground(const QString &url, Completion completion);
+    static void fetchImageInBackground(const QUrl &url, Completion completion)
+    {
+        fetchImageInBackground(url.toString(QUrl::FullyEncoded), std::move(completion));
+    }
 
-    /// The cached bytes by the absolute text of the URL.
+    /// The cached bytes by the text of the URL.
     static QHash<QString, QByteArray> cachedImages();
     /// Empties the cache, which otherwise only grows.
     static void removeCachedImages();

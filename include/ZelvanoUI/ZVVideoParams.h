@@ -6,7 +6,6 @@
 #include <QJsonObject>
 #include <QSizeF>
 #include <QString>
-#include <QUrl>
 
 #include <memory>
 #include <vector>
@@ -41,10 +40,10 @@ public:
     /// Percent.
     QJsonValue percentValue() const;
 
-    // Invalid when absent or not a URL.
-    QUrl url() const;
-    QUrl imageUrl() const;
-    QUrl stripUrl() const;
+    // The service's text, which a QUrl would normalise. Null when absent or not a valid URL.
+    QString url() const;
+    QString imageUrl() const;
+    QString stripUrl() const;
 
     /// The thumbnail. Null until ZVImagesFetcher::fetchThumbnail() has stored it.
     QImage image() const;

@@ -1,5 +1,7 @@
 #include "JsonReading.h"
 
+#include <QUrl>
+
 #include <algorithm>
 #include <cmath>
 
@@ -53,9 +55,10 @@ bool boolValue(const QJsonValue &value)
     return text.startsWith(u'y') || text.startsWith(u't') || leadingNumber(text) != 0;
 }
 
-QUrl urlValue(const QJsonValue &value)
+QString urlText(const QJsonValue &value)
 {
-    return QUrl(stringValue(value), QUrl::StrictMode);
+    auto text = stringValue(value);
+    return QUrl(text, QUrl::StrictMode).isValid() ? text : QString();
 }
 
 QJsonValue valueForKeyPath(const QJsonObject &object, QStringView path)

@@ -5,7 +5,6 @@
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QString>
-#include <QUrl>
 
 /// Reads values of untrusted JSON. A missing value, or one of a wrong type, reads as absent.
 namespace zelvano::json {
@@ -18,8 +17,8 @@ ZELVANOCORE_EXPORT qint64 integerValue(const QJsonValue &value);
 ZELVANOCORE_EXPORT double doubleValue(const QJsonValue &value);
 /// True for true, a number other than 0, and a string such as "true", "YES" or "1"; else false.
 ZELVANOCORE_EXPORT bool boolValue(const QJsonValue &value);
-/// Invalid unless the value is a string that is a valid URL.
-ZELVANOCORE_EXPORT QUrl urlValue(const QJsonValue &value);
+/// The text of a URL, as it stands. Null unless the value is a string that is a valid URL.
+ZELVANOCORE_EXPORT QString urlText(const QJsonValue &value);
 
 /// The value at a path of keys such as "data.userId". Undefined when a key is missing.
 ZELVANOCORE_EXPORT QJsonValue valueForKeyPath(const QJsonObject &object, QStringView path);

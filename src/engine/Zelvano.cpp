@@ -144,7 +144,7 @@ void Zelvano::playSelected(const std::shared_ptr<ZVVideoParams> &video)
     setSelectionByUser(true);
     const auto subscriber = d->locked([this] { return d->current(); });
     if (subscriber && video)
-        subscriber->setNextVideo(video->url().toString(QUrl::FullyEncoded));
+        subscriber->setNextVideo(video->url());
 }
 
 bool Zelvano::selectionByUser() const

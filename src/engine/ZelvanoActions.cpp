@@ -193,7 +193,7 @@ void Zelvano::Private::act(const Rules::SetNextVideo &next)
     if (!subscriber)
         return;
     const auto videos = next.recommendations ? next.recommendations->videoList() : ZVVideoList();
-    subscriber->setNextVideo(videos.empty() ? QString() : videos.front()->url().toString(QUrl::FullyEncoded));
+    subscriber->setNextVideo(videos.empty() ? QString() : videos.front()->url());
 }
 
 void Zelvano::Private::act(const Rules::NotifyState &state, const Listeners &to)

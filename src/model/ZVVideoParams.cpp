@@ -58,19 +58,19 @@ QJsonValue ZVVideoParams::percentValue() const
     return d->params.value("value"_L1);
 }
 
-QUrl ZVVideoParams::url() const
+QString ZVVideoParams::url() const
 {
-    return json::urlValue(d->params.value("url"_L1));
+    return json::urlText(d->params.value("url"_L1));
 }
 
-QUrl ZVVideoParams::imageUrl() const
+QString ZVVideoParams::imageUrl() const
 {
-    return json::urlValue(d->params.value("imageUrl"_L1));
+    return json::urlText(d->params.value("imageUrl"_L1));
 }
 
-QUrl ZVVideoParams::stripUrl() const
+QString ZVVideoParams::stripUrl() const
 {
-    return json::urlValue(d->params.value("stripUrl"_L1));
+    return json::urlText(d->params.value("stripUrl"_L1));
 }
 
 QImage ZVVideoParams::image() const

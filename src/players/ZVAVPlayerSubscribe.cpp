@@ -190,6 +190,8 @@ void ZVAVPlayerSubscribe::didSelectRecommndation(const Notification &notificatio
 {
     send(PlayerEvent::RecommendationClick);
     const auto url = notification.object.toUrl();
+    const bool isText = notification.object.typeId() == QMetaType::QString;
+    const auto text = isText ? notification.object.toString() : url.toString(QUrl::FullyEncoded);
     const auto watched = player();
     if (!watched)
         return;
@@ -198,9 +200,9 @@ void ZVAVPlayerSubscribe::didSelectRecommndation(const Notification &notificatio
         return;
     }
     stopObservingStatus(watched->currentItem());
-    ZV_LOG("video-url: " << url.toString(QUrl::FullyEncoded));
+    ZV_LOG("video-url: " << text);
     // The host that posted the choice starts it. The time observer stays.
-    watched->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(url)));
+    watched->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(text)));
 }
 
 void ZVAVPlayerSubscribe::setNextVideo(const QString &url)
@@ -214,18 +216,18 @@ void ZVAVPlayerSubscribe::playNextVideo(const QString &url)
 {
     if (!url.isNull()) {
         ZV_LOG("video-url: " << url);
-        setPlayerSource(QUrl(url, QUrl::StrictMode));
+        setPlayerSource(url);
     }
     if (const auto watched = player())
         watched->play();
 }
 
-void ZVAVPlayerSubscribe::setPlayerSource(const QUrl &url)
+void ZVAVPlayerSubscribe::setPlayerSource(const QString &url)
 {
     const auto watched = player();
     if (!watched)
         return;
-    if (!url.isValid()) {
+    if (!QUrl(url, QUrl::StrictMode).isValid()) {
         ZV_LOG("Error: the next video has no valid URL, the video stays");
         return;
     }
@@ -287,7 +289,7 @@ QString ZVAVPlayerSubscribe::playerId() const
 QString ZVAVPlayerSubscribe::videoId() const
 {
     const auto item = currentItem();
-    return item ? u""_s + item->asset().URL().toString(QUrl::FullyEncoded) : u""_s;
+    return item ? u""_s + item->asset().absoluteString() : u""_s;
 }
 
 QObject *ZVAVPlayerSubscribe::parentView() const

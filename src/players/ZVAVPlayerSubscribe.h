@@ -41,7 +41,7 @@ public:
 
     /// Null after dismissal. Any thread.
     std::shared_ptr<AVPlayer> player() const;
-    void setPlayerSource(const QUrl &url);
+    void setPlayerSource(const QString &url);
 
 private:
     enum class PlayerState { Normal = 0, Seeking = 1, Ended = 3 };

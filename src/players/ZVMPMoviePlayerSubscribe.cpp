@@ -6,6 +6,8 @@
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/PlayerEvents.h>
 
+#include <QUrl>
+
 #include <algorithm>
 #include <chrono>
 
@@ -100,7 +102,7 @@ void ZVMPMoviePlayerSubscribe::MPMoviePlayerPlaybackStateDidChange(const Notific
     }
 }
 
-void ZVMPMoviePlayerSubscribe::playingDidBegin(const QUrl &url)
+void ZVMPMoviePlayerSubscribe::playingDidBegin(const QString &url)
 {
     m_isPaused = false;
     if (m_prevMediaUrl.isEmpty() || m_prevMediaUrl != url) {
@@ -221,16 +223,15 @@ void ZVMPMoviePlayerSubscribe::setNextVideo(const QString &url)
     MainQueue::shared().post([next = weakly(&ZVMPMoviePlayerSubscribe::playNextVideo), url] { next(url); });
 }
 
-void ZVMPMoviePlayerSubscribe::playNextVideo(const QString &text)
+void ZVMPMoviePlayerSubscribe::playNextVideo(const QString &url)
 {
     const auto watched = player();
     if (!watched)
         return;
     watched->stop();
-    if (!text.isNull()) {
-        ZV_LOG("video-url: " << text);
-        const QUrl url(text, QUrl::StrictMode);
-        if (url.isValid())
+    if (!url.isNull()) {
+        ZV_LOG("video-url: " << url);
+        if (QUrl(url, QUrl::StrictMode).isValid())
             watched->setContentURL(url);
         else
             ZV_LOG("Error: the next video has no valid URL, the video stays");
@@ -266,8 +267,8 @@ QString ZVMPMoviePlayerSubscribe::playerId() const
 QString ZVMPMoviePlayerSubscribe::videoId() const
 {
     const auto watched = player();
-    const auto url = watched ? watched->contentURL() : QUrl();
-    return url.isEmpty() ? QString() : url.toString(QUrl::FullyEncoded);
+    const auto url = watched ? watched->contentURL() : QString();
+    return url.isEmpty() ? QString() : url;
 }
 
 QObject *ZVMPMoviePlayerSubscribe::parentView() const

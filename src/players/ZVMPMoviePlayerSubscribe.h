@@ -5,8 +5,6 @@
 #include <ZelvanoUI/MPMoviePlayerViewController.h>
 #include <ZelvanoUI/zelvanocore_export.h>
 
-#include <QUrl>
-
 #include <memory>
 
 namespace zelvano {
@@ -57,13 +55,13 @@ private:
     void timeObserver();
     void stopTimeOberver();
 
-    void playingDidBegin(const QUrl &url);
+    void playingDidBegin(const QString &url);
     void seekingDidBegin(double position);
     void playbackDidEnd();
-    void playNextVideo(const QString &text);
+    void playNextVideo(const QString &url);
 
     Observation m_contentURL;
-    QUrl m_prevMediaUrl;
+    QString m_prevMediaUrl;
     bool m_isPaused = true;
     bool m_isChangedSource = false;
     bool m_isFirstTime = false;

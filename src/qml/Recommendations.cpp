@@ -312,7 +312,7 @@ void Recommendations::removeItem(RecommendationItem *item)
     item->leave();
 }
 
-void Recommendations::announceChoice(const QUrl &url)
+void Recommendations::announceChoice(const QVariant &url)
 {
     NotificationCenter::defaultCenter().post({DidSelecteRecommendationNotification, url, {}});
 }

@@ -103,8 +103,9 @@ public:
     Q_INVOKABLE void start();
     /// Ends the session. Only start() starts another one.
     Q_INVOKABLE void dismiss();
-    /// Reports that the viewer chose a video outside the library's views, which the host plays.
-    Q_INVOKABLE void announceChoice(const QUrl &url);
+    /// Reports that the viewer chose a video outside the library's views, which the host plays. A text is passed on as
+    /// it stands, a QUrl as its encoded text.
+    Q_INVOKABLE void announceChoice(const QVariant &url);
     /// Makes the player switch to the video and play it, as a choice in the overlay does.
     Q_INVOKABLE void playNext(const zelvano::RecommendedVideo &video);
 

@@ -4,7 +4,6 @@
 
 #include <QMetaType>
 #include <QString>
-#include <QUrl>
 #include <qqmlintegration.h>
 
 #include <memory>
@@ -12,7 +11,7 @@
 
 namespace zelvano {
 
-/// One recommended video, a value in QML. Texts are empty and URLs invalid when the service sent none.
+/// One recommended video, a value in QML. Texts are empty when the service sent none. URLs are the service's texts.
 class RecommendedVideo
 {
     Q_GADGET
@@ -23,9 +22,9 @@ class RecommendedVideo
     Q_PROPERTY(QString costumerVideoId READ costumerVideoId CONSTANT FINAL)
     /// A code such as "FORYOU", "MOSTVIEWED" or "MOSTRECENT".
     Q_PROPERTY(QString category READ category CONSTANT FINAL)
-    Q_PROPERTY(QUrl url READ url CONSTANT FINAL)
-    Q_PROPERTY(QUrl imageUrl READ imageUrl CONSTANT FINAL)
-    Q_PROPERTY(QUrl stripUrl READ stripUrl CONSTANT FINAL)
+    Q_PROPERTY(QString url READ url CONSTANT FINAL)
+    Q_PROPERTY(QString imageUrl READ imageUrl CONSTANT FINAL)
+    Q_PROPERTY(QString stripUrl READ stripUrl CONSTANT FINAL)
     /// Seconds; NaN when the service sent none.
     Q_PROPERTY(double durationSec READ durationSec CONSTANT FINAL)
 
@@ -37,9 +36,9 @@ public:
     QString videoId() const { return read(&ZVVideoParams::videoId); }
     QString costumerVideoId() const { return read(&ZVVideoParams::costumerVideoId); }
     QString category() const { return read(&ZVVideoParams::category); }
-    QUrl url() const { return read(&ZVVideoParams::url); }
-    QUrl imageUrl() const { return read(&ZVVideoParams::imageUrl); }
-    QUrl stripUrl() const { return read(&ZVVideoParams::stripUrl); }
+    QString url() const { return read(&ZVVideoParams::url); }
+    QString imageUrl() const { return read(&ZVVideoParams::imageUrl); }
+    QString stripUrl() const { return read(&ZVVideoParams::stripUrl); }
     double durationSec() const { return read(&ZVVideoParams::durationSec).toDouble(qQNaN()); }
 
     /// An empty record for a default value.

@@ -133,12 +133,24 @@ private Q_SLOTS:
         QCOMPARE(log.lines(), (QStringList{u"AVPlayerStatusFailed"_s, u"AVPlayerStatusUnknown"_s}));
     }
 
+    void click()
+    {
+        const auto text = u"http://CDN.Example.com/%7Ea"_s;
+        for (const auto &[object, url] :
+             {std::pair(QVariant(text), text), {QVariant(QUrl(text)), u"http://cdn.example.com/~a"_s}}) {
+            const LogCollector log;
+            AdapterTest::click(object);
+            QCOMPARE(log.lines(), QStringList{"video-url: "_L1 + url});
+            QCOMPARE(m_adapter->videoId(), url);
+        }
+    }
+
     void hostileClick()
     {
         for (const auto &object :
              {QVariant(), QVariant(7), QVariant::fromValue<QObject *>(this), QVariant(QVariantList{QUrl(u"x:2"_s)})}) {
             const LogCollector log;
-            click(object);
+            AdapterTest::click(object);
             QCOMPARE(log.lines().size(), 1);
             QCOMPARE(m_engine->take(), QStringList{u"recommendationClick"_s});
             QCOMPARE(m_player->url(), u"x:1"_s);

@@ -101,7 +101,7 @@ private Q_SLOTS:
             QVERIFY(qIsNaN(adapter->duration().value()));
             QCOMPARE(adapter->videoSize(), QSizeF(0, 0));
             QCOMPARE(adapter->parentView() != nullptr, QByteArrayView(name).startsWith("controller"));
-            adapter->setPlayerSource(QUrl(u"http://videos.example/2.mp4"_s));
+            adapter->setPlayerSource(u"http://videos.example/2.mp4"_s);
             FakePlayer(u"x:other"_s).reachEnd(); // The end of any item counts.
             auto heard = engine->take();
             heard.removeAll(u"progress"_s);

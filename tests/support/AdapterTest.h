@@ -90,7 +90,7 @@ protected:
 
     void setNextVideos(const QString &before)
     {
-        const auto good = QStringLiteral("http://videos.example/2%20b.mp4?x=%C3%A4"), stays = QStringLiteral("x:1");
+        const auto good = QStringLiteral("http://CDN.Example.com/%7E2%20b.mp4?x=%C3%A4"), stays = QStringLiteral("x:1");
         const auto given = QStringLiteral("video-url: "), bad = QStringLiteral("http://[bad");
         const auto kept = QStringLiteral("Error: the next video has no valid URL, the video stays");
         const std::tuple<QString, QString, QStringList> cases[] = {

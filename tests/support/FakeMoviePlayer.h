@@ -44,7 +44,7 @@ public:
     double playable = 30;
 
 protected:
-    void loadContent(const QUrl &) override {}
+    void loadContent(const QString &) override {}
 
 private:
     mutable QObject m_view;

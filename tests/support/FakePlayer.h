@@ -15,7 +15,7 @@ public:
     explicit FakePlayer(const QString &url = {})
     {
         if (!url.isNull())
-            replaceCurrentItemWithPlayerItem(zelvano::AVPlayerItem::create(zelvano::AVURLAsset(QUrl(url))));
+            replaceCurrentItemWithPlayerItem(zelvano::AVPlayerItem::create(zelvano::AVURLAsset(url)));
     }
 
     float rate() const override { return m_rate; }
@@ -51,7 +51,7 @@ public:
             {name, QVariant::fromValue<QObject *>(currentItem().get()), {}});
     }
 
-    QString url() const { return currentItem() ? currentItem()->asset().URL().toString() : QString(); }
+    QString url() const { return currentItem() ? currentItem()->asset().absoluteString() : QString(); }
 
 protected:
     void loadItem(const std::shared_ptr<zelvano::AVPlayerItem> &) override {}

@@ -50,7 +50,7 @@ bool ZVConfig::shouldShowRecommendation() const
 QUrl ZVConfig::UITagUrl() const
 {
     const QMutexLocker lock(&d->mutex);
-    return d->params ? json::urlValue(d->params->value("uiTagUrls"_L1).toArray().at(0)) : QUrl();
+    return d->params ? QUrl(json::urlText(d->params->value("uiTagUrls"_L1).toArray().at(0))) : QUrl();
 }
 
 QString ZVConfig::apiURL() const

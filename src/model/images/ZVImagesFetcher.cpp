@@ -16,56 +16,49 @@ namespace {
 /// A server that sends byte by byte would otherwise keep a connection forever.
 constexpr std::chrono::seconds LongestDownload(60);
 
-QString keyOf(const QUrl &url)
+void imageDidLoad(const QString &url, const QByteArray &bytes, ZVImagesFetcher::Completion completion)
 {
-    return url.toString(QUrl::FullyEncoded);
-}
-
-void imageDidLoad(const QString &key, const QByteArray &bytes, ZVImagesFetcher::Completion completion)
-{
-    decodeImageLater(bytes, [key, bytes, completion = std::move(completion)](const QImage &image) {
+    decodeImageLater(bytes, [url, bytes, completion = std::move(completion)](const QImage &image) {
         if (!image.isNull())
-            ImagesCache::shared().store(key, bytes, [&] { completion(image, std::nullopt); });
+            ImagesCache::shared().store(url, bytes, [&] { completion(image, std::nullopt); });
     });
 }
 
-void download(const QUrl &url, const QString &key, ZVImagesFetcher::Completion completion)
+void download(const QString &url, ZVImagesFetcher::Completion completion)
 {
     http::Request request;
-    request.url = url;
+    request.url = QUrl(url, QUrl::StrictMode);
     request.totalTimeout = LongestDownload;
     request.purpose = http::Purpose::Picture;
-    http::Session::dataTask(request, [key, completion = std::move(completion)](const auto &response,
+    http::Session::dataTask(request, [url, completion = std::move(completion)](const auto &response,
                                                                                const auto &error) mutable {
         if (error)
             completion({}, error);
         else if (!response.data.isEmpty())
-            imageDidLoad(key, response.data, std::move(completion));
+            imageDidLoad(url, response.data, std::move(completion));
     })->resume();
 }
 
 } // namespace
 
-void ZVImagesFetcher::fetchImageAtURL(const QUrl &url, Completion completion)
+void ZVImagesFetcher::fetchImageAtURL(const QString &url, Completion completion)
 {
     if (!completion)
         completion = [](auto &&...) {};
-    const auto key = keyOf(url);
-    if (const auto bytes = ImagesCache::shared().bytes(key); !bytes.isEmpty())
+    if (const auto bytes = ImagesCache::shared().bytes(url); !bytes.isEmpty())
         completion(decodedImage(bytes), std::nullopt);
     else
-        download(url, key, std::move(completion));
+        download(url, std::move(completion));
 }
 
-void ZVImagesFetcher::fetchImageInBackground(const QUrl &url, Completion completion)
+void ZVImagesFetcher::fetchImageInBackground(const QString &url, Completion completion)
 {
     if (!completion)
         completion = [](auto &&...) {};
-    const auto key = keyOf(url);
-    if (const auto bytes = ImagesCache::shared().bytes(key); !bytes.isEmpty())
+    if (const auto bytes = ImagesCache::shared().bytes(url); !bytes.isEmpty())
         decodeImageLater(bytes, [completion = std::move(completion)](const auto &image) { completion(image, {}); });
     else
-        download(url, key, std::move(completion));
+        download(url, std::move(completion));
 }
 
 void ZVImagesFetcher::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video, Callback stored, Callback fetched)

@@ -18,27 +18,27 @@ void post(MPMoviePlayerController *player, QLatin1StringView name, const QVarian
 struct MPMoviePlayerController::Private
 {
     QMutex mutex; // Guards the URL.
-    QUrl contentURL;
+    QString contentURL;
 };
 
 MPMoviePlayerController::MPMoviePlayerController() : d(new Private) {}
 
 MPMoviePlayerController::~MPMoviePlayerController() = default;
 
-QUrl MPMoviePlayerController::contentURL() const
+QString MPMoviePlayerController::contentURL() const
 {
     const QMutexLocker lock(&d->mutex);
     return d->contentURL;
 }
 
-void MPMoviePlayerController::setContentURL(const QUrl &url)
+void MPMoviePlayerController::setContentURL(const QString &url)
 {
     setCurrentContentURL(url);
     if (contentURL() == url) // A receiver of the signal may have set another.
         loadContent(url);
 }
 
-void MPMoviePlayerController::setCurrentContentURL(const QUrl &url)
+void MPMoviePlayerController::setCurrentContentURL(const QString &url)
 {
     {
         const QMutexLocker lock(&d->mutex);

@@ -66,7 +66,7 @@ struct QtMPMoviePlayerController::Private
         connect(&media, &MediaPlayback::sourceChanged, q, [this] { sourceDidChange(); });
         setUpFullscreen();
 
-        q->setCurrentContentURL(media.source());
+        q->setCurrentContentURL(media.source().toString(QUrl::FullyEncoded));
         // Later: an adapter that gets this player now must see it become ready, also when the source is loaded already.
         later(&Private::mediumDidChange);
         later(&Private::updatePlaybackState);
@@ -100,7 +100,7 @@ struct QtMPMoviePlayerController::Private
     {
         finish();
         setUnloaded();
-        q->setCurrentContentURL(media.source());
+        q->setCurrentContentURL(media.source().toString(QUrl::FullyEncoded));
         updateDuration();
         updatePlaybackState();
         mediumDidChange();
@@ -154,7 +154,7 @@ struct QtMPMoviePlayerController::Private
 
     void mediumDidChange()
     {
-        if (media.source() != q->contentURL())
+        if (media.source() != QUrl(q->contentURL()))
             return; // The source is being changed; another report follows.
         const auto becomePlayable = [this] {
             updateDuration();
@@ -337,12 +337,12 @@ void QtMPMoviePlayerController::exit()
 }
 
 /// Finishes what played until now.
-void QtMPMoviePlayerController::loadContent(const QUrl &url)
+void QtMPMoviePlayerController::loadContent(const QString &url)
 {
     d->finish();
     if (contentURL() != url)
         return; // An observer of the finish has set another URL.
-    d->media.load(url);
+    d->media.load(QUrl(url));
     d->setUnloaded();
     d->currentTime = 0;
     d->updateDuration();

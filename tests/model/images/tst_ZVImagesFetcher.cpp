@@ -189,6 +189,9 @@ private Q_SLOTS:
         QTRY_VERIFY(ZVImagesFetcher::cachedImages().contains(url.toString()));
         ZVImagesFetcher::fetchImageAtURL(url, {});
         ZVImagesFetcher::fetchImageInBackground(url, {});
+        const auto text = url.toString().replace(u"1.jpg"_s, u"%31.jpg"_s); // A key of its own: a QUrl would change it.
+        ZVImagesFetcher::fetchImageAtURL(text, {});
+        QTRY_VERIFY(ZVImagesFetcher::cachedImages().contains(text));
         QVERIFY(resultOf(fetch(m_sandbox.url(u"/thumbnails/2.jpg"_s))));
     }
 

@@ -133,7 +133,7 @@ private Q_SLOTS:
         QVERIFY(!players.av->currentItem());
         QVERIFY(players.loads(first));
         const auto item = players.av->currentItem();
-        QVERIFY(item->asset().URL() == first && players.movie->contentURL() == first);
+        QVERIFY(item->asset().URL() == first && players.movie->contentURL() == first.toString());
         QCOMPARE(item->duration() * 1000, static_cast<double>(players.media->duration()));
         QCOMPARE(players.movie->duration(), item->duration());
         QList<double> ticks;
