@@ -23,11 +23,11 @@ class ZELVANOCORE_EXPORT ZVRecommendation
 public:
     using Groups = std::map<QString, ZVVideoList>;
 
-    /// Null when the answer is empty.
+    /// Null when the answer is empty. Of more than 10,000 videos only the first are kept.
     static std::shared_ptr<ZVRecommendation> create(const QJsonObject &answer);
     ~ZVRecommendation();
 
-    /// The whole answer.
+    /// The answer.
     QJsonObject recommendation() const;
 
     // Read at the top level of the answer only, not in "data".
@@ -40,6 +40,8 @@ public:
     ZVVideoList videoList() const;
     /// The size of videoList(), without a copy of the list.
     std::size_t videoCount() const;
+    /// The first of videoList(), without records for the others; null when there is none.
+    std::shared_ptr<ZVVideoParams> firstVideo() const;
     /// Replaces the list; the categories stay. std::nullopt restores the answer's videos.
     void setVideoList(const std::optional<ZVVideoList> &list);
 

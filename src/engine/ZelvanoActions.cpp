@@ -192,8 +192,8 @@ void Zelvano::Private::act(const Rules::SetNextVideo &next)
     const auto subscriber = locked([this] { return current(); });
     if (!subscriber)
         return;
-    const auto videos = next.recommendations ? next.recommendations->videoList() : ZVVideoList();
-    subscriber->setNextVideo(videos.empty() ? QString() : videos.front()->url());
+    const auto video = next.recommendations ? next.recommendations->firstVideo() : nullptr;
+    subscriber->setNextVideo(video ? video->url() : QString());
 }
 
 void Zelvano::Private::act(const Rules::NotifyState &state, const Listeners &to)

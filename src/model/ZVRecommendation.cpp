@@ -13,6 +13,21 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// A small compressed answer may hold millions of videos, and each takes some 130 bytes as a record.
+constexpr qsizetype MostVideos = 10000;
+
+QJsonObject withoutExcess(QJsonObject answer)
+{
+    auto payload = data(answer);
+    const auto sent = videos(payload).value_or(QJsonArray());
+    if (sent.size() <= MostVideos)
+        return answer;
+    ZV_LOG("Error: of " << sent.size() << " recommended videos only the first " << MostVideos << " are read");
+    payload.insert(ZVVideosKey, *subArrayToIndex(sent, MostVideos));
+    answer.insert(ZVDataKey, payload);
+    return answer;
+}
+
 /// The page picks videos by index, so array and records must hold the same entries.
 QJsonArray onlyObjects(const QJsonArray &videos)
 {
@@ -92,7 +107,7 @@ std::shared_ptr<ZVRecommendation> ZVRecommendation::create(const QJsonObject &an
 {
     if (answer.isEmpty())
         return nullptr;
-    return std::shared_ptr<ZVRecommendation>(new ZVRecommendation(answer));
+    return std::shared_ptr<ZVRecommendation>(new ZVRecommendation(withoutExcess(answer)));
 }
 
 QJsonObject ZVRecommendation::recommendation() const
@@ -120,6 +135,15 @@ std::size_t ZVRecommendation::videoCount() const
 {
     const QMutexLocker lock(&d->mutex);
     return d->keptVideoList().size();
+}
+
+std::shared_ptr<ZVVideoParams> ZVRecommendation::firstVideo() const
+{
+    const QMutexLocker lock(&d->mutex);
+    if (d->videoList)
+        return d->videoList->empty() ? nullptr : d->videoList->front();
+    const auto &sent = d->serviceVideos();
+    return sent && !sent->isEmpty() ? std::make_shared<ZVVideoParams>(sent->first().toObject()) : nullptr;
 }
 
 void ZVRecommendation::setVideoList(const std::optional<ZVVideoList> &list)

@@ -33,6 +33,7 @@ private Q_SLOTS:
                 QCOMPARE(static_cast<int>(recommendation->videoList().size()), videos);
                 QCOMPARE(recommendation->categories(), categories);
             }
+            QCOMPARE(recommendation->firstVideo() != nullptr, videos > 0);
             const auto array = recommendation->videosArray();
             QCOMPARE(array ? static_cast<int>(array->size()) : -1, raw);
             QCOMPARE(static_cast<int>(log.lines().size()), lines);
@@ -88,12 +89,33 @@ private Q_SLOTS:
         const auto recommendation = record(R"({"data":{"videos":[{"title":"1","category":"A"},{"title":"2"}]}})");
         recommendation->setVideoList(ZVVideoList());
         recommendation->setVideosArray(QJsonArray{1});
+        QVERIFY(!recommendation->firstVideo());
         QVERIFY(recommendation->videoList().empty() && recommendation->videosArray()->isEmpty());
         QCOMPARE(recommendation->categories().size(), 1); // Out of the answer.
         recommendation->setVideoList(std::nullopt);
         recommendation->setVideosArray(std::nullopt);
         QCOMPARE(titles(recommendation->videoList()), (QStringList{u"1"_s, u"2"_s}));
         QCOMPARE(recommendation->videosArray()->size(), 2);
+    }
+
+    /// A small compressed answer may hold millions.
+    void tooManyVideos()
+    {
+        for (const auto &[count, read, lines] : {std::tuple(10000, 10000, 0), {10001, 10000, 1}}) {
+            QJsonArray videos;
+            for (int i = 0; i < count; ++i)
+                videos.append(QJsonObject{{"title"_L1, QString::number(i)}, {"category"_L1, u"A"_s}});
+            const LogCollector log;
+            const auto first = recommendations({{"data"_L1, QJsonObject{{"videos"_L1, videos}}}});
+            const auto copy = recommendations(first->recommendation()); // Logs no second line.
+            for (const auto &recommendation : {first, copy}) {
+                QCOMPARE(recommendation->firstVideo()->title(), u"0"_s);
+                QCOMPARE(recommendation->videosForCategory(u"A"_s)->size(), std::size_t(read));
+                QCOMPARE(recommendation->videosArray()->size(), read);
+                QCOMPARE(recommendation->videoList().back()->title(), QString::number(read - 1));
+            }
+            QCOMPARE(log.lines().size(), lines);
+        }
     }
 
     void manyVideosFromManyThreads()
