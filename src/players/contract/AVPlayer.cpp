@@ -63,8 +63,9 @@ std::shared_ptr<AVPlayerItem> AVPlayer::currentItem() const
 
 void AVPlayer::replaceCurrentItemWithPlayerItem(const std::shared_ptr<AVPlayerItem> &item)
 {
-    setCurrentItem(item); // First: receivers of the signal observe the item before it loads.
-    if (currentItem() == item)
+    const QPointer<AVPlayer> self(this); // A receiver may drop the player.
+    setCurrentItem(item);                // First: receivers of the signal observe the item before it loads.
+    if (self && currentItem() == item)
         loadItem(item);
 }
 

@@ -3,6 +3,7 @@
 #include <ZelvanoUI/NotificationCenter.h>
 
 #include <QMutex>
+#include <QPointer>
 
 namespace zelvano {
 
@@ -33,8 +34,9 @@ QString MPMoviePlayerController::contentURL() const
 
 void MPMoviePlayerController::setContentURL(const QString &url)
 {
+    const QPointer<MPMoviePlayerController> self(this);
     setCurrentContentURL(url);
-    if (contentURL() == url) // A receiver of the signal may have set another.
+    if (self && contentURL() == url) // A receiver of the signal may have set another, or dropped the player.
         loadContent(url);
 }
 

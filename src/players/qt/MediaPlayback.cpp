@@ -26,20 +26,54 @@ double seconds(qint64 milliseconds)
 
 } // namespace
 
-MediaPlayback::MediaPlayback(QMediaPlayer *player) : m_player(player), m_end(player, [this] { Q_EMIT stateChanged(); })
+MediaPlayback::MediaPlayback(QMediaPlayer *player)
+    : m_player(player), m_end(player, [this] { note(&MediaPlayback::stateChanged); }), m_now(read())
 {
     if (!player)
         return;
     if (!player->isAvailable())
         ZV_LOG("Error: Qt Multimedia has no backend, no video plays: install its FFmpeg or GStreamer plug-in");
-    connect(player, &QMediaPlayer::playbackStateChanged, this, &MediaPlayback::playbackStateDidChange);
-    connect(player, &QMediaPlayer::playbackRateChanged, this, &MediaPlayback::stateChanged);
-    connect(player, &QMediaPlayer::mediaStatusChanged, this, &MediaPlayback::mediaStatusDidChange);
-    connect(player, &QMediaPlayer::durationChanged, this, &MediaPlayback::durationChanged);
-    connect(player, &QMediaPlayer::positionChanged, this, &MediaPlayback::positionDidChange);
-    connect(player, &QMediaPlayer::sourceChanged, this, &MediaPlayback::sourceDidChange);
+    const auto handleBy = [this](Handler handler) { return [this, handler] { note(handler); }; };
+    connect(player, &QMediaPlayer::playbackStateChanged, this, handleBy(&MediaPlayback::playbackStateDidChange));
+    connect(player, &QMediaPlayer::playbackRateChanged, this, handleBy(&MediaPlayback::stateChanged));
+    connect(player, &QMediaPlayer::mediaStatusChanged, this, handleBy(&MediaPlayback::mediaStatusDidChange));
+    connect(player, &QMediaPlayer::durationChanged, this, handleBy(&MediaPlayback::durationChanged));
+    connect(player, &QMediaPlayer::positionChanged, this, handleBy(&MediaPlayback::positionDidChange));
+    connect(player, &QMediaPlayer::sourceChanged, this, handleBy(&MediaPlayback::sourceDidChange));
     m_hasPlayed = state() != QMediaPlayer::StoppedState;
     m_lastPosition = position();
+}
+
+MediaPlayback::Moment MediaPlayback::read() const
+{
+    if (!m_player)
+        return {};
+    return {.source = m_player->source(),
+            .state = m_player->playbackState(),
+            .status = m_player->mediaStatus(),
+            .hasTracks = m_player->hasVideo() || m_player->hasAudio(),
+            .pace = m_player->playbackRate(),
+            .duration = m_player->duration(),
+            .position = m_player->position()};
+}
+
+void MediaPlayback::note(Handler handler)
+{
+    if (m_isLoading)
+        return;
+    m_changes.emplace_back(read(), handler);
+    QMetaObject::invokeMethod(this, &MediaPlayback::catchUp, Qt::QueuedConnection);
+}
+
+void MediaPlayback::catchUp()
+{
+    const auto owner = holdOwner();
+    while (!m_changes.empty()) {
+        const auto [now, handler] = m_changes.front();
+        m_changes.pop_front();
+        m_now = now;
+        (this->*handler)();
+    }
 }
 
 void MediaPlayback::load(const QUrl &source)
@@ -47,48 +81,57 @@ void MediaPlayback::load(const QUrl &source)
     if (!m_player)
         return;
     m_isLoading = true;
-    const QSignalBlocker quiet(this);
     if (source == m_player->source())
         m_player->setSource(QUrl()); // A QMediaPlayer ignores a source that it has already.
     m_player->setSource(source);
     m_isLoading = false;
+    m_now = read();
     m_playsWhenLoaded = false;
     m_hasPlayed = m_isBrokenOff = false;
     m_lastPosition = 0;
 }
 
+/// Reports what the call changes before it returns.
+template<class Call> void MediaPlayback::act(Call call)
+{
+    const auto owner = holdOwner();
+    catchUp();
+    if (!m_player)
+        return;
+    call();
+    catchUp();
+    Q_EMIT stateChanged();
+}
+
 /// Qt's FFmpeg backend sometimes stops for good when play() is called while it loads.
 void MediaPlayback::play()
 {
-    if (!m_player)
-        return;
-    m_playsWhenLoaded = m_player->mediaStatus() == QMediaPlayer::LoadingMedia;
-    if (m_playsWhenLoaded)
-        Q_EMIT stateChanged();
-    else
-        m_player->play();
+    act([this] {
+        m_playsWhenLoaded = m_player->mediaStatus() == QMediaPlayer::LoadingMedia;
+        if (!m_playsWhenLoaded)
+            m_player->play();
+    });
 }
 
 void MediaPlayback::pause()
 {
-    if (!m_player)
-        return;
-    m_playsWhenLoaded = false;
-    m_player->pause();
-    Q_EMIT stateChanged();
+    act([this] {
+        m_playsWhenLoaded = false;
+        m_player->pause();
+    });
 }
 
 void MediaPlayback::stop()
 {
-    if (!m_player)
-        return;
-    m_playsWhenLoaded = false;
-    m_player->stop();
-    Q_EMIT stateChanged();
+    act([this] {
+        m_playsWhenLoaded = false;
+        m_player->stop();
+    });
 }
 
 void MediaPlayback::playLoaded()
 {
+    const auto owner = holdOwner();
     if (!m_player || m_player->mediaStatus() == QMediaPlayer::LoadingMedia || !std::exchange(m_playsWhenLoaded, false))
         return;
     if (m_player->mediaStatus() != QMediaPlayer::NoMedia && m_player->mediaStatus() != QMediaPlayer::InvalidMedia)
@@ -96,27 +139,11 @@ void MediaPlayback::playLoaded()
     Q_EMIT stateChanged();
 }
 
-QUrl MediaPlayback::source() const
-{
-    return m_player ? m_player->source() : QUrl();
-}
-
-QMediaPlayer::PlaybackState MediaPlayback::state() const
-{
-    return m_player ? m_player->playbackState() : QMediaPlayer::StoppedState;
-}
-
-double MediaPlayback::pace() const
-{
-    return m_player ? m_player->playbackRate() : 0;
-}
-
 MediaPlayback::Medium MediaPlayback::medium() const
 {
-    const auto status = m_player ? m_player->mediaStatus() : QMediaPlayer::NoMedia;
     if (m_isBrokenOff)
         return Medium::Broken;
-    switch (status) {
+    switch (m_now.status) {
     case QMediaPlayer::NoMedia:
     case QMediaPlayer::LoadingMedia:
         return Medium::None;
@@ -132,23 +159,21 @@ MediaPlayback::Medium MediaPlayback::medium() const
         break;
     }
     // Some backends report a medium as loaded that they failed to open.
-    if (!m_player->hasVideo() && !m_player->hasAudio() && m_player->duration() <= 0)
+    if (!m_now.hasTracks && m_now.duration <= 0)
         return Medium::Broken;
-    return status == QMediaPlayer::LoadedMedia ? Medium::Loaded : Medium::Buffered;
+    return m_now.status == QMediaPlayer::LoadedMedia ? Medium::Loaded : Medium::Buffered;
 }
 
 double MediaPlayback::duration() const
 {
-    const auto duration = m_player ? m_player->duration() : 0;
-    return duration > 0 ? seconds(duration) : unknown;
+    return m_now.duration > 0 ? seconds(m_now.duration) : unknown;
 }
 
 /// Qt's FFmpeg backend reports an impossible position at playback rate 0.
 double MediaPlayback::position() const
 {
     constexpr qint64 longest = 1000LL * 60 * 60 * 24 * 365; // Milliseconds.
-    const auto position = m_player ? m_player->position() : 0;
-    return position >= 0 && position <= longest ? seconds(position) : m_lastPosition;
+    return m_now.position >= 0 && m_now.position <= longest ? seconds(m_now.position) : m_lastPosition;
 }
 
 double MediaPlayback::bufferedUntil() const
@@ -163,32 +188,30 @@ double MediaPlayback::bufferedUntil() const
     return position();
 }
 
-void MediaPlayback::playbackStateDidChange(QMediaPlayer::PlaybackState state)
+void MediaPlayback::playbackStateDidChange()
 {
-    if (state != QMediaPlayer::StoppedState)
+    if (state() != QMediaPlayer::StoppedState)
         m_playsWhenLoaded = false; // The host has played or paused it meanwhile.
-    if (state == QMediaPlayer::PlayingState) {
+    if (state() == QMediaPlayer::PlayingState) {
         m_hasPlayed = true;
         m_isBrokenOff = false;
-        m_sincePosition.start();
+        m_lastProgress = m_now.time;
     }
     Q_EMIT stateChanged();
 }
 
-void MediaPlayback::mediaStatusDidChange(QMediaPlayer::MediaStatus status)
+void MediaPlayback::mediaStatusDidChange()
 {
-    if (status == QMediaPlayer::EndOfMedia && std::exchange(m_hasPlayed, false))
+    if (m_now.status == QMediaPlayer::EndOfMedia && std::exchange(m_hasPlayed, false))
         m_isBrokenOff = breaksOff();
     Q_EMIT mediumChanged();
     // Later: the host may be setting another source.
-    if (m_playsWhenLoaded && !m_isLoading && status != QMediaPlayer::LoadingMedia)
+    if (m_playsWhenLoaded && m_now.status != QMediaPlayer::LoadingMedia)
         QMetaObject::invokeMethod(this, &MediaPlayback::playLoaded, Qt::QueuedConnection);
 }
 
 void MediaPlayback::sourceDidChange()
 {
-    if (m_isLoading)
-        return;
     m_playsWhenLoaded = false;
     m_hasPlayed = m_isBrokenOff = false;
     m_lastPosition = 0;
@@ -205,48 +228,26 @@ bool MediaPlayback::breaksOff() const
 
 void MediaPlayback::positionDidChange()
 {
-    if (m_isLoading || !m_player)
-        return;
-    const double elapsed = m_sincePosition.isValid() ? seconds(m_sincePosition.elapsed()) : 0;
-    m_sincePosition.start();
+    const auto sinceLast = m_now.time - std::exchange(m_lastProgress, m_now.time);
+    const double elapsed = std::chrono::duration<double>(sinceLast).count();
     const double reached = position();
     const bool isPlaying = state() == QMediaPlayer::PlayingState;
     const bool isAtEnd = reached >= duration();
-    if (isPlaying && m_lastPosition == 0 && elapsed >= shortestTick && !isAtEnd) {
-        positionDidReach(std::numeric_limits<double>::infinity()); // The first timestamp of the stream.
-        return;
-    }
+    const bool isFirstTimestamp = isPlaying && m_lastPosition == 0 && elapsed >= shortestTick && !isAtEnd;
     const double tolerance = (isPlaying ? elapsed * pace() : 0) + jumpTolerance;
-    if (!isAtEnd || std::abs(reached - m_lastPosition) <= tolerance) {
-        positionDidReach(tolerance);
+    const double step = reached - m_lastPosition;
+    const bool isJump = !isFirstTimestamp && std::abs(step) > tolerance;
+    // By now the player may have reported more.
+    const auto current = read();
+    // Qt's FFmpeg backend moves to the end right before it reports the end, also when the connection broke.
+    if (isJump && isAtEnd && (current.status == QMediaPlayer::EndOfMedia || current.source != source()))
         return;
-    }
-    // Later: Qt's FFmpeg backend moves to the end right before it reports the end, also when the connection broke.
-    const auto later = [this, tolerance, source = source()] {
-        if (m_player && m_player->mediaStatus() != QMediaPlayer::EndOfMedia && this->source() == source)
-            positionDidReach(tolerance);
-    };
-    QMetaObject::invokeMethod(this, later, Qt::QueuedConnection);
-}
-
-void MediaPlayback::positionDidReach(double tolerance)
-{
-    const double reached = position();
-    const double step = reached - std::exchange(m_lastPosition, reached);
+    m_lastPosition = reached;
     Q_EMIT positionChanged();
     // A stop moves the position to the beginning, which is not a seek. Some backends report the stop after the move.
-    const auto isStopped = [this] { return state() == QMediaPlayer::StoppedState; };
-    if (isStopped() || std::abs(step) <= tolerance)
-        return;
-    if (reached > 0) {
+    const bool isStop = reached == 0 && (current.state == QMediaPlayer::StoppedState || current.source != source());
+    if (isJump && state() != QMediaPlayer::StoppedState && !isStop)
         Q_EMIT jumped(step);
-        return;
-    }
-    const auto later = [this, isStopped, step, source = source()] {
-        if (!isStopped() && this->source() == source)
-            Q_EMIT jumped(step);
-    };
-    QMetaObject::invokeMethod(this, later, Qt::QueuedConnection);
 }
 
 } // namespace zelvano

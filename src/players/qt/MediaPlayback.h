@@ -2,16 +2,24 @@
 
 #include "PlayerEnd.h"
 
-#include <QElapsedTimer>
 #include <QMediaPlayer>
 #include <QPointer>
 #include <QUrl>
+
+#include <chrono>
+#include <deque>
+#include <memory>
+#include <utility>
 
 namespace zelvano {
 
 /// A host's QMediaPlayer with the same behaviour on every backend. play() waits until the source is loaded, a source
 /// that failed to open or that broke off is Broken, and a seek is distinguished from playing on. The host may go on
 /// using the player, and destroy it at any time: it then counts as stopped. Main thread.
+///
+/// A receiver of a signal may destroy the QMediaPlayer and the owner of this object. So each change of the QMediaPlayer
+/// is noted with the values of that moment, and handled outside its signal, in order: by the event loop, or by the next
+/// call here. The owner is held meanwhile.
 class MediaPlayback : public QObject
 {
     Q_OBJECT
@@ -22,18 +30,26 @@ public:
     /// The media player may be null.
     explicit MediaPlayback(QMediaPlayer *player);
 
+    void setOwner(const std::weak_ptr<const void> &owner) { m_owner = owner; }
+    /// Keeps the owner while something follows a report.
+    std::shared_ptr<const void> holdOwner() const { return m_owner.lock(); }
+
+    /// Handles the changes noted so far.
+    void catchUp();
     /// Loads the source, also when it is loaded already; an empty one unloads. Emits no signal meanwhile.
     void load(const QUrl &source);
     void play();
     void pause();
     void stop();
 
-    QUrl source() const;
-    QMediaPlayer::PlaybackState state() const;
+    // As of the change that is handled, or was handled last.
+
+    QUrl source() const { return m_now.source; }
+    QMediaPlayer::PlaybackState state() const { return m_now.state; }
     /// play() waits for the source to load.
     bool isAboutToPlay() const { return m_playsWhenLoaded; }
     /// Playback rate while it plays; 1 is normal speed.
-    double pace() const;
+    double pace() const { return m_now.pace; }
     Medium medium() const;
     /// Seconds; NaN while unknown.
     double duration() const;
@@ -54,22 +70,44 @@ Q_SIGNALS:
     void jumped(double step);
 
 private:
-    void playbackStateDidChange(QMediaPlayer::PlaybackState state);
-    void mediaStatusDidChange(QMediaPlayer::MediaStatus status);
+    using Clock = std::chrono::steady_clock;
+    using Handler = void (MediaPlayback::*)();
+
+    /// The values of a QMediaPlayer at one moment.
+    struct Moment
+    {
+        Clock::time_point time = Clock::now();
+        QUrl source{};
+        QMediaPlayer::PlaybackState state = QMediaPlayer::StoppedState;
+        QMediaPlayer::MediaStatus status = QMediaPlayer::NoMedia;
+        bool hasTracks = false;
+        double pace = 0;
+        qint64 duration = 0; // Milliseconds.
+        qint64 position = 0; // Milliseconds.
+    };
+
+    Moment read() const;
+    void note(Handler handler);
+    template<class Call> void act(Call call);
+
+    void playbackStateDidChange();
+    void mediaStatusDidChange();
     void sourceDidChange();
     void positionDidChange();
-    void positionDidReach(double tolerance);
     void playLoaded();
     bool breaksOff() const;
 
     const QPointer<QMediaPlayer> m_player;
     const PlayerEnd m_end;
+    std::weak_ptr<const void> m_owner;
+    std::deque<std::pair<Moment, Handler>> m_changes; ///< Not handled yet.
+    Moment m_now;
     bool m_isLoading = false;
     bool m_playsWhenLoaded = false;
     bool m_hasPlayed = false;   ///< Since the last end.
     bool m_isBrokenOff = false; ///< The medium ended early. Until it plays again, or another source is set.
     double m_lastPosition = 0;  ///< The last one that playing or a seek reached, in seconds.
-    QElapsedTimer m_sincePosition;
+    Clock::time_point m_lastProgress = m_now.time;
 };
 
 } // namespace zelvano

@@ -43,7 +43,12 @@ struct QtAVPlayer::Private
     void later(void (Private::*task)())
     {
         QMetaObject::invokeMethod(
-            q, [this, task] { (this->*task)(); }, Qt::QueuedConnection);
+            q,
+            [this, task] {
+                const auto player = media.holdOwner();
+                (this->*task)();
+            },
+            Qt::QueuedConnection);
     }
 
     /// The media player's source becomes the current item.
@@ -135,7 +140,9 @@ QtAVPlayer::~QtAVPlayer() = default;
 
 std::shared_ptr<QtAVPlayer> QtAVPlayer::create(QMediaPlayer *player, QQuickItem *videoOutput)
 {
-    return std::shared_ptr<QtAVPlayer>(new QtAVPlayer(player, videoOutput), MainThreadDeleter{});
+    std::shared_ptr<QtAVPlayer> self(new QtAVPlayer(player, videoOutput), MainThreadDeleter{});
+    self->d->media.setOwner(self);
+    return self;
 }
 
 QObject *QtAVPlayer::view() const
@@ -176,6 +183,10 @@ void QtAVPlayer::pause()
 /// A QMediaPlayer stops for a new source. An AVPlayer keeps its rate across a change of item.
 void QtAVPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
 {
+    const auto self = d->media.holdOwner();
+    d->media.catchUp();
+    if (currentItem() != item)
+        return; // A receiver of a report has set another item.
     const bool wasPlaying = d->isPlaying();
     d->media.load(item ? item->asset().URL() : QUrl());
     d->currentTime = 0;

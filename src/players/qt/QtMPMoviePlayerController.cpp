@@ -77,7 +77,12 @@ struct QtMPMoviePlayerController::Private
     void later(void (Private::*task)())
     {
         QMetaObject::invokeMethod(
-            q, [this, task] { (this->*task)(); }, Qt::QueuedConnection);
+            q,
+            [this, task] {
+                const auto player = media.holdOwner();
+                (this->*task)();
+            },
+            Qt::QueuedConnection);
     }
 
     QQuickWindow *window() const { return view.item() ? view.item()->window() : nullptr; }
@@ -224,7 +229,9 @@ struct QtMPMoviePlayerController::Private
         if (!window())
             return;
         isFullscreen = window()->visibility() == QWindow::FullScreen;
-        windowConnection = connect(window(), &QWindow::visibilityChanged, q, [this] { updateFullscreen(); });
+        // Later: the host may destroy the window in a report.
+        windowConnection =
+            connect(window(), &QWindow::visibilityChanged, q, [this] { later(&Private::updateFullscreen); });
     }
 
     /// Posts the exit once the view has its new place, so that an overlay gets the right size.
@@ -253,8 +260,10 @@ QtMPMoviePlayerController::~QtMPMoviePlayerController() = default;
 std::shared_ptr<QtMPMoviePlayerController> QtMPMoviePlayerController::create(QMediaPlayer *player,
                                                                              QQuickItem *videoOutput)
 {
-    return std::shared_ptr<QtMPMoviePlayerController>(new QtMPMoviePlayerController(player, videoOutput),
-                                                      MainThreadDeleter{});
+    std::shared_ptr<QtMPMoviePlayerController> self(new QtMPMoviePlayerController(player, videoOutput),
+                                                    MainThreadDeleter{});
+    self->d->media.setOwner(self);
+    return self;
 }
 
 QObject *QtMPMoviePlayerController::view() const
@@ -331,6 +340,8 @@ void QtMPMoviePlayerController::stop()
 
 void QtMPMoviePlayerController::exit()
 {
+    const auto self = d->media.holdOwner();
+    d->media.catchUp();
     d->isUnfinished = false; // The stop is part of the exit and posts no finish.
     d->media.stop();
     tellFinish(MPMovieFinishReason::UserExited);
@@ -339,9 +350,11 @@ void QtMPMoviePlayerController::exit()
 /// Finishes what played until now.
 void QtMPMoviePlayerController::loadContent(const QString &url)
 {
+    const auto self = d->media.holdOwner();
+    d->media.catchUp();
     d->finish();
     if (contentURL() != url)
-        return; // An observer of the finish has set another URL.
+        return; // An observer of a report has set another URL.
     d->media.load(QUrl(url));
     d->setUnloaded();
     d->currentTime = 0;

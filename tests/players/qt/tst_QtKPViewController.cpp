@@ -181,31 +181,6 @@ private Q_SLOTS:
             player->asyncEvaluate(u"{autoPlay}"_s, {}, [token](const QVariant &) {});
         QVERIFY(token.use_count() > 1 && token.use_count() < 100);
     }
-
-    /// A host may drop the player inside every report.
-    void endsInsideWhatItTells()
-    {
-        for (const auto &when : {u"(page)"_s, u"(ready)"_s, u"media"_s, u"choice"_s}) {
-            open(u"entryId=1"_s);
-            const auto drop = [this] {
-                adapter.reset();
-                player.reset();
-            };
-            if (when == "media"_L1)
-                connect(player.get(), &KPViewController::mediaChanged, this, drop);
-            player->addKPlayerEventListener(u"choice"_s, {}, [&](const QVariant &) { drop(); });
-            engine->onCall = [&](const QString &what) {
-                if (what == when)
-                    drop();
-                else if (what == "(ready)"_L1)
-                    QMetaObject::invokeMethod(player->webView(), "runJavaScript",
-                                              Q_ARG(QString, u"kPlayer.raise('choice', 1)"_s));
-            };
-            QVERIFY2(waitUntil([this] { return !player; }), qPrintable(when));
-            engine->last.reset();
-        }
-        QVERIFY(flushMainQueue());
-    }
 };
 
 UI_TEST_MAIN(tst_QtKPViewController)

@@ -168,9 +168,10 @@ private Q_SLOTS:
         for (const bool playing : {true, false}) {
             Players players;
             QVERIFY(players.starts(first, 0.1));
-            if (!playing)
-                players.av->pause();
             const auto back = playing ? u"state 1"_s : u"state 2"_s;
+            if (!playing)
+                players.movie->pause();
+            QVERIFY(players.tells(back) && (playing || players.tells(u"rate 0"_s)));
             double from = 0;
             for (const int to : {7, 1, 5, 0}) {
                 players.forget();
@@ -217,7 +218,7 @@ private Q_SLOTS:
             });
         QVERIFY(players.loads(first));
         players.media->setPosition(6000);
-        QCOMPARE(players.movie->currentPlaybackTime(), 6.0);
+        QTRY_COMPARE(players.movie->currentPlaybackTime(), 6.0);
         players.movie->play();
         QVERIFY(players.plays(6.1));
         players.media->setPosition(players.media->duration() - 300);
@@ -299,7 +300,6 @@ private Q_SLOTS:
             players.forget();
             if (byHost) {
                 players.media->setSource(next);
-                QCOMPARE(players.av->currentItem()->asset().URL(), next);
                 QVERIFY(players.tells(u"ready"_s) && players.tells(u"playable"_s) && players.tells(u"rate 0"_s));
                 players.media->play();
             } else {
@@ -316,7 +316,7 @@ private Q_SLOTS:
             players.avTold.removeDuplicates(); // Reloading the same source has no item for a moment.
             QCOMPARE(players.avTold.join(u", "_s), u"item, rate 1, ready"_s);
             players.media->setSource(QUrl());
-            QVERIFY(!players.av->currentItem() && players.movie->contentURL().isEmpty());
+            QTRY_VERIFY(!players.av->currentItem() && players.movie->contentURL().isEmpty());
         }
     }
 

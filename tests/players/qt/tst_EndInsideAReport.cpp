@@ -1,0 +1,244 @@
+#include "ControllerSession.h"
+#include <ZelvanoUI/NotificationCenter.h>
+#include <ZelvanoUI/QtAVPlayer.h>
+#include <ZelvanoUI/QtAVPlayerViewController.h>
+#include <ZelvanoUI/QtKPViewController.h>
+#include <ZelvanoUI/QtMPMoviePlayerController.h>
+#include <ZelvanoUI/QtMPMoviePlayerViewController.h>
+
+#include <QMediaPlayer>
+#include <QVideoSink>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace zelvano;
+
+/// A host destroys its objects inside each report of each kind of player.
+class tst_EndInsideAReport : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<ControllerSession> m_session;
+    QQuickItem *m_view = nullptr; // The window's.
+    QVideoSink m_sink;
+    std::unique_ptr<QMediaPlayer> m_media;
+    std::shared_ptr<Player> m_player;
+    QString m_ending;
+    bool m_hasEnded = false;
+    bool m_awaitsFullscreen = false;
+
+    std::shared_ptr<Player> create(const QString &kind)
+    {
+        if (kind == "AVPlayer"_L1)
+            return QtAVPlayer::create(m_media.get(), m_view);
+        if (kind == "AVPlayerViewController"_L1)
+            return QtAVPlayerViewController::create(m_media.get(), m_view);
+        if (kind == "MPMoviePlayerController"_L1)
+            return QtMPMoviePlayerController::create(m_media.get(), m_view);
+        if (kind == "MPMoviePlayerViewController"_L1)
+            return QtMPMoviePlayerViewController::create(m_media.get(), m_view);
+        auto player = QtKPViewController::create(m_session->service.sandbox.url(u"/kaltura/?entryId=1"_s));
+        m_view = qobject_cast<QQuickItem *>(player->view());
+        m_view->setParentItem(m_session->window->contentItem());
+        return player;
+    }
+
+    /// Ends inside this report: a notification, or a signal or callback of the player or of its item.
+    void awaitReport(const QString &report)
+    {
+        if (report.endsWith("Notification"_L1))
+            NotificationCenter::defaultCenter().addObserver(this, report, [this](const Notification &) { end(); });
+        awaitSignal(m_player.get(), report);
+        auto *av = qobject_cast<AVPlayer *>(m_player.get());
+        if (av && report == "time observer"_L1)
+            av->addPeriodicTimeObserver(1h, [this](double) { end(); }); // Only jumps call it.
+        if (av && report == "statusChanged"_L1) {
+            connect(av, &AVPlayer::currentItemChanged, this, [this, av, report] {
+                if (const auto item = av->currentItem())
+                    awaitSignal(item.get(), report);
+            });
+        }
+        if (auto *web = qobject_cast<KPViewController *>(m_player.get())) {
+            if (report == "event listener"_L1)
+                web->addKPlayerEventListener(u"choice"_s, {}, [this](const QVariant &) { end(); });
+            if (report == "evaluation"_L1)
+                web->asyncEvaluate(u"{autoPlay}"_s, {}, [this](const QVariant &) { end(); });
+        }
+    }
+    void awaitSignal(QObject *sender, const QString &name)
+    {
+        const auto *type = sender->metaObject();
+        const auto slot = metaObject()->method(metaObject()->indexOfSlot("end()"));
+        for (int i = 0; i < type->methodCount(); ++i) {
+            if (type->method(i).name() == name.toLatin1())
+                connect(sender, type->method(i), this, slot);
+        }
+    }
+    bool waitFor(QMediaPlayer::MediaStatus status)
+    {
+        return waitUntil([&] { return m_hasEnded || !m_media || m_media->mediaStatus() == status; });
+    }
+
+    // All that makes a player report, until it has ended.
+
+    void drive(QPointer<Player> player, bool byCalls)
+    {
+        const auto first = m_session->service.sandbox.url(u"/media/1.mp4"_s);
+        QPointer av = qobject_cast<AVPlayer *>(player.data());
+        QPointer movie = qobject_cast<QtMPMoviePlayerController *>(player.data());
+        const auto set = [&] {
+            if (byCalls && av)
+                av->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(first)));
+            else if (byCalls && movie)
+                movie->setContentURL(first);
+            else
+                m_media->setSource(first);
+        };
+        const auto play = [&] {
+            if (byCalls && av)
+                av->play();
+            else if (byCalls && movie)
+                movie->play();
+            else
+                m_media->play();
+        };
+        const auto fill = [&](QWindow::Visibility visibility) {
+            if (!m_awaitsFullscreen) // It costs time.
+                return;
+            m_session->window->setVisibility(visibility);
+            waitUntil(
+                [&] { return m_hasEnded || !movie || movie->isFullscreen() == (visibility == QWindow::FullScreen); });
+        };
+        const std::function<void()> steps[] = {
+            set,
+            [&] { QVERIFY(waitFor(QMediaPlayer::LoadedMedia)); },
+            [&] { fill(QWindow::FullScreen); },
+            [&] { fill(QWindow::Windowed); },
+            play,
+            [&] { waitUntil([&] { return m_hasEnded || !m_media || m_media->position() > 100; }); },
+            [&] { m_media->setPosition(5000); },
+            [&] { waitUntil([&] { return m_hasEnded || !m_media || m_media->position() > 5000; }); },
+            [&] { byCalls &&movie ? movie->exit() : m_media->setPosition(m_media->duration() - 200); },
+            [&] { byCalls || waitFor(QMediaPlayer::EndOfMedia); },
+            [&] {
+                m_view->setSize({333, 222});
+            },
+        };
+        for (const auto &step : steps) {
+            if (!m_hasEnded)
+                step();
+        }
+    }
+    void driveWebPlayer()
+    {
+        auto *const player = qobject_cast<QtKPViewController *>(m_player.get());
+        bool isLoaded = false;
+        connect(player, &KPViewController::loadStateChanged, this, [&] { isLoaded = true; });
+        QVERIFY(waitUntil([&] { return m_hasEnded || isLoaded; }));
+        if (!m_hasEnded)
+            player->play();
+        if (!m_hasEnded)
+            QMetaObject::invokeMethod(player->webView(), "runJavaScript",
+                                      Q_ARG(QString, u"kPlayer.raise('choice', 1)"_s));
+        if (!m_hasEnded)
+            m_view->setSize({333, 222});
+    }
+
+private Q_SLOTS:
+    void initTestCase() { m_session = std::make_unique<ControllerSession>(); }
+    void cleanup()
+    {
+        NotificationCenter::defaultCenter().removeObserver(this);
+        m_session->controller.reset();
+        m_player.reset();
+        m_media.reset();
+    }
+
+    void end()
+    {
+        if (std::exchange(m_hasEnded, true))
+            return;
+        if (m_ending == "session"_L1) {
+            m_session->controller->dismiss();
+            return;
+        }
+        m_media.reset();
+        if (m_ending == "everything"_L1) {
+            m_session->window.reset();
+            m_player.reset();
+            m_session->controller.reset();
+        }
+    }
+
+    void playerLoadStateDidChange(QObject *, int) { end(); }
+
+    void report_data()
+    {
+        const std::pair<const char *, QStringList> kinds[] = {
+            {"AVPlayer",
+             {u"currentItemChanged"_s, u"statusChanged"_s, u"rateChanged"_s, u"currentItemChanged in a call"_s,
+              u"rateChanged in a call"_s, u"time observer"_s, AVPlayerItemDidPlayToEndTimeNotification,
+              u"frameChanged"_s}},
+            {"AVPlayerViewController", {AVPlayerItemDidPlayToEndTimeNotification, u"frameChanged"_s}},
+            {"MPMoviePlayerController",
+             {u"contentURLChanged"_s, u"contentURLChanged in a call"_s, MPMoviePlayerLoadStateDidChangeNotification,
+              MPMoviePlayerPlaybackStateDidChangeNotification,
+              MPMoviePlayerPlaybackStateDidChangeNotification + " in a call"_L1,
+              MPMoviePlayerPlaybackDidFinishNotification, MPMoviePlayerPlaybackDidFinishNotification + " in a call"_L1,
+              MPMoviePlayerWillEnterFullscreenNotification, MPMoviePlayerWillExitFullscreenNotification,
+              u"fullscreenChanged"_s, u"frameChanged"_s}},
+            {"MPMoviePlayerViewController", {u"dismissed"_s, u"frameChanged"_s}},
+            {"KPViewController",
+             {u"mediaChanged"_s, u"delegate"_s, u"loadStateChanged"_s, u"playbackStateChanged"_s, u"event listener"_s,
+              u"evaluation"_s, u"frameChanged"_s}},
+        };
+        addColumns<QString, QString, QString>({"kind", "report", "ending"});
+        for (const auto &[kind, reports] : kinds) {
+            for (const auto &report : reports) {
+                for (const auto *ending : {"session", "media player", "everything"}) {
+                    if (*kind != 'K' || *ending != 'm') // The web player has no media player.
+                        QTest::addRow("%s, %s: %s", kind, qPrintable(report), ending) << kind << report << ending;
+                }
+            }
+        }
+    }
+    void report()
+    {
+        QFETCH(const QString, kind);
+        QFETCH(const QString, report);
+        QFETCH(const QString, ending);
+        m_ending = ending;
+        m_hasEnded = false;
+        m_awaitsFullscreen = report.contains("fullscreen"_L1, Qt::CaseInsensitive);
+        m_session->window = std::make_unique<HostWindow>();
+        Application::shared().setKeyWindow(m_session->window.get());
+        QVERIFY(m_session->window->appear());
+        m_session->begin();
+        m_view = new QQuickItem(m_session->window->contentItem());
+        m_media = std::make_unique<QMediaPlayer>();
+        m_media->setVideoSink(&m_sink);
+        m_player = create(kind);
+        m_view->setSize({640, 480});
+        QCoreApplication::processEvents(); // The first layout is no report.
+        const bool isWebPlayer = kind.startsWith(u'K');
+        const bool isSessionsOnly = !isWebPlayer && report != "dismissed"_L1;
+        const QPointer watched = m_player.get();
+        awaitReport(report.section(u' ', 0, report.endsWith("in a call"_L1) ? -4 : -1));
+        if (report != "dismissed"_L1) // Never again once an engine has the player.
+            m_session->controller->setPlayer(m_player, u"page"_s);
+        if (report == "delegate"_L1)
+            qobject_cast<KPViewController *>(m_player.get())->setDelegate(this);
+        if (ending == "session"_L1 && isSessionsOnly)
+            m_player.reset(); // Only the adapter holds it.
+        isWebPlayer ? driveWebPlayer() : drive(watched.data(), report.endsWith("in a call"_L1));
+        QVERIFY(waitUntil([&] { return m_hasEnded; }));
+        QVERIFY(flushMainQueue());
+        m_session->service.settle();
+        const bool isHeld = m_player != nullptr;
+        QVERIFY(waitUntil([&] { return watched.isNull() != isHeld; }));
+        QCOMPARE(isHeld, ending == "media player"_L1 || (ending == "session"_L1 && !isSessionsOnly));
+    }
+};
+
+UI_TEST_MAIN(tst_EndInsideAReport)
+#include "tst_EndInsideAReport.moc"
