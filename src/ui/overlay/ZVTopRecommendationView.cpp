@@ -213,8 +213,12 @@ void ZVTopRecommendationView::dismissPressed()
 bool ZVTopRecommendationView::shouldStartLoadWithRequest(const QUrl &url)
 {
     const auto command = layoutCommand(url);
-    if (!command)
+    if (!command) {
+        constexpr qsizetype longest = 200; // The page decides on the text.
+        if (const auto reason = url.errorString(); !reason.isEmpty())
+            ZV_LOG("Error: the layout page sent an invalid address: " << reason.left(longest));
         return true;
+    }
     ++d->answersUnderWay;
     d->carryOut(*command);
     if (--d->answersUnderWay == 0 && d->endsAfterAnswer)
