@@ -48,6 +48,7 @@ private Q_SLOTS:
             {key, none, uuid, "GET", "x-api-key=key x-is-native=true x-user-uuid=uuid"},
             {key, user, none, "POST", "x-api-key=key x-is-native=true"},
             {key, u""_s, uuid, "POST", "x-api-key=key x-is-native=true x-user-uuid=uuid"},
+            {u""_s, u""_s, u""_s, "POST", "x-is-native=true"}, // The sandbox drops headers without a value.
             {u"k\r\nx-is-native: false"_s, user, none, "POST", "x-is-native=true"},
         };
         for (const auto &[apiKey, userId, userUUID, method, expected] : cases) {
@@ -112,6 +113,10 @@ private Q_SLOTS:
             (*call.*set)({});
         call->addValue({}, u"list"_s);
         QCOMPARE(call->params(), sent); // Absent texts leave the body unchanged,
+        for (const auto get :
+             {&ZVAPIObject::userId, &ZVAPIObject::userUUID, &ZVAPIObject::apiType, &ZVAPIObject::videoId,
+              &ZVAPIObject::playerId, &ZVAPIObject::viewUUID, &ZVAPIObject::pageUUID})
+            QVERIFY((*call.*get)().isNull());
         call->setPlayerDetected(false);
         call->setShowUI(true);
         call->setPageUrl({}); // but an absent page URL removes its key.
@@ -140,8 +145,23 @@ private Q_SLOTS:
         }
     }
 
+    void answers()
+    {
+        const std::tuple<QByteArray, bool, bool> cases[] = {
+            {"", false, false}, {"{", true, false}, {"[]", false, false}, {"{}", false, true}};
+        for (const auto &[body, hasError, hasParams] : cases) {
+            m_service->sandbox.addFault(ZVReadyEventAPI, {}, {.kind = Fault::Kind::Body, .body = body});
+            const auto response = send(filled());
+            QCOMPARE(std::pair(response.error().has_value(), response.params().has_value()),
+                     std::pair(hasError, hasParams));
+        }
+    }
+
     void baseUrl()
     {
+        QVERIFY(ZVAPIObject::domain().isEmpty() && !ZVAPIObject::domain().isNull());
+        ZVAPIObject::setDomain(u"domain"_s);
+        QCOMPARE(ZVAPIObject::domain(), u"domain"_s);
         QCOMPARE(zelvano::request(ZVKeepAlive).timeout, std::chrono::seconds(20));
         for (const auto &url : {u"http://a/"_s, m_service->sandbox.url(u"v2"_s).toString()}) {
             ZVConfig::shared().setParams({{"sdkConfig"_L1, QJsonObject{{"apiUrl"_L1, url}}}});

@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -44,6 +45,20 @@ private Q_SLOTS:
         Bundle::load(*Bundle::atPath(write(m_folder.filePath(u"own"_s), R"({"CFBundleIdentifier":"ZelvanoUI"})")));
         QCOMPARE(zelvano::zelvanoBundle()->resource(u"Info"_s, u"json"_s),
                  QUrl::fromLocalFile(m_folder.filePath(u"own/Info.json"_s)));
+    }
+
+    /// The folder beside the executable comes before the compiled-in bundle. In a copy, since other programs run here.
+    void besideComesFirst()
+    {
+        if (qEnvironmentVariableIsSet("ZELVANO_COPY")) {
+            QCOMPARE(zelvano::zelvanoBundle()->infoValue(u"CFBundleShortVersionString"_s), u"9.9"_s);
+            return;
+        }
+        const auto copy = m_folder.filePath(u"copy"_s);
+        QVERIFY(QFile::copy(QCoreApplication::applicationFilePath(), copy));
+        write(m_folder.filePath(u"ZelvanoUIResources.bundle"_s), R"({"CFBundleShortVersionString":"9.9"})");
+        qputenv("ZELVANO_COPY", "1");
+        QCOMPARE(QProcess::execute(copy, {u"besideComesFirst"_s}), 0);
     }
 
 private:

@@ -6,6 +6,8 @@
 
 #include <semaphore>
 
+#include <sys/syscall.h>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace zelvano;
@@ -54,6 +56,9 @@ void endless(Connection &connection)
 
 constexpr int Slots = 6;
 
+/// By how many seconds the clocks of this process are ahead.
+std::atomic<time_t> skipped = 0;
+
 /// Answers one request for each release of its gate.
 class GatedServer
 {
@@ -73,6 +78,13 @@ private:
 };
 
 } // namespace
+
+extern "C" Q_DECL_EXPORT int clock_gettime(clockid_t clock, timespec *time) noexcept
+{
+    const auto result = static_cast<int>(syscall(SYS_clock_gettime, clock, time));
+    time->tv_sec += skipped;
+    return result;
+}
 
 /// One request: every outcome, the bytes sent, what is refused. Many requests: connections, slots, cancelling,
 /// completions.
@@ -251,6 +263,29 @@ private Q_SLOTS:
             QCOMPARE(HttpLoad(request).resume().result().status, 200);
             const auto expected = method + head + length + "\r\n" + body;
             QCOMPARE(server.requests().front(), QByteArray(expected).replace("%1", server.hostAndPort()));
+        }
+    }
+
+    /// Handles may live on, as in the registry of calls.
+    void bodyIsFreed()
+    {
+        RawServer server(always(httpAnswer("{}")));
+        const QByteArray body(1000, 'x');
+        HttpLoad load(httpPost(server.url(), body));
+        QVERIFY(!body.isDetached());
+        QCOMPARE(load.resume().result().status, 200);
+        passCompletions();
+        QVERIFY(body.isDetached());
+    }
+
+    void idleConnections()
+    {
+        for (const auto &[seconds, connections] : {std::pair(14, 1), {16, 2}}) {
+            RawServer server(always(httpAnswer("{}")));
+            QCOMPARE(HttpLoad(httpGet(server.url())).resume().result().status, 200);
+            skipped += seconds;
+            QCOMPARE(HttpLoad(httpGet(server.url())).resume().result().status, 200);
+            QCOMPARE(server.accepted(), connections);
         }
     }
 

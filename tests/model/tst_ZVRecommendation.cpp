@@ -69,6 +69,17 @@ private Q_SLOTS:
         }
     }
 
+    void videoValues()
+    {
+        const auto text = QByteArray(R"({"title":"t","videoId":"i","costumerVideoId":"c","category":"k","url":"x:u",)"
+                                     R"("imageUrl":"x:i","stripUrl":"x:s","durationSec":1,"pubDate":2,"value":3})");
+        const ZVVideoParams video(QJsonDocument::fromJson(text).object());
+        const QStringList texts{video.title(), video.videoId(),  video.costumerVideoId(), video.category(),
+                                video.url(),   video.imageUrl(), video.stripUrl()};
+        QCOMPARE(texts.join(u' '), u"t i c k x:u x:i x:s"_s);
+        QCOMPARE((QJsonArray{video.durationSec(), video.pubDate(), video.percentValue()}), (QJsonArray{1, 2, 3}));
+    }
+
     void categories()
     {
         const auto recommendation = record(R"({"data":{"videos":[{"title":"1","category":"MOSTVIEWED"},

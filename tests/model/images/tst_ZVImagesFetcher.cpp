@@ -70,8 +70,12 @@ private Q_SLOTS:
     void formats()
     {
         const QSize size(30, 20), largest(4096, 4096);
+        const auto turned = QByteArray::fromHex("ffe1002245786966000049492a0008000000" // EXIF orientation 6.
+                                                "0100120103000100000006000000"
+                                                "00000000");
         const std::pair<QByteArray, QSize> cases[] = {{pictureFile(size), size},
                                                       {pictureFile(size, "JPG"), size},
+                                                      {pictureFile(size, "JPG").insert(2, turned), size.transposed()},
                                                       {pictureFile(size, "WEBP"), size},
                                                       {gifFile(), {1, 1}},
                                                       {pictureFile(largest, "PNG", QImage::Format_Mono), largest}};
