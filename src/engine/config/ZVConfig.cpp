@@ -19,6 +19,7 @@ struct ZVConfig::Private
 
     QMutex mutex; // Guards the rest.
     std::optional<QJsonObject> params;
+    QString apiURL; // Read once: every call needs it.
     double keepAliveInterval = 0;
 };
 
@@ -39,6 +40,7 @@ void ZVConfig::setParams(const QJsonObject &params)
 {
     const QMutexLocker lock(&d->mutex);
     d->params = params;
+    d->apiURL = json::stringValue(d->sdkValue("apiUrl"_L1));
 }
 
 bool ZVConfig::shouldShowRecommendation() const
@@ -56,7 +58,7 @@ QUrl ZVConfig::UITagUrl() const
 QString ZVConfig::apiURL() const
 {
     const QMutexLocker lock(&d->mutex);
-    return json::stringValue(d->sdkValue("apiUrl"_L1));
+    return d->apiURL;
 }
 
 double ZVConfig::keepAliveInterval() const
@@ -78,6 +80,7 @@ void ZVConfig::reset()
 {
     const QMutexLocker lock(&d->mutex);
     d->params.reset();
+    d->apiURL = QString();
     d->keepAliveInterval = 0;
 }
 
