@@ -108,19 +108,19 @@ struct Parts
     {
         QByteArray out;
         out.reserve(384);
-        out += "{\"position\":\"";
-        out += QByteArray::number(double(position), 'g', 7);
-        out += "\",\"type\":\"";
-        out += type;
-        out += "\",\"userAgent\":";
-        out += userAgent;
-        out += ",\"userId\":\"";
+        out += "{\"userId\":\"";
         out += userId;
         out += "\",\"userUUID\":\"";
         out += userUUID;
+        out += "\",\"type\":\"";
+        out += type;
+        out += "\",\"position\":\"";
+        out += QByteArray::number(double(position), 'g', 7);
         out += "\",\"viewUUID\":\"";
         out += viewUUID;
-        out += "\"}";
+        out += "\",\"userAgent\":";
+        out += userAgent;
+        out += '}';
         return out;
     }
 };

@@ -49,7 +49,7 @@ int main(int argc, char **argv)
     CALLGRIND_START_INSTRUMENTATION;
     for (int i = 0; i < bursts; ++i)
         sendBurst(engine);
-    for (const auto [videos, readings] : {std::pair(10, 100), std::pair(1000, 1), std::pair(10000, 1)}) {
+    for (const auto &[videos, readings] : {std::pair(10, 100), std::pair(1000, 1), std::pair(10000, 1)}) {
         const auto bytes = readyAnswer(videos);
         readAll(bytes); // Fills what is kept between answers.
         dump("none");

@@ -25,6 +25,9 @@ public:
     /// The host's QCoreApplication::applicationName(). Empty when it has none.
     static QString mainBundleName();
 
+    /// True for copies of one bundle. Two bundles of the same folder differ: its files may have changed in between.
+    bool operator==(const Bundle &) const = default;
+
     /// Null when Info.json has no string for the key.
     QString infoValue(const QString &key) const;
     /// Invalid when the bundle has no such file.

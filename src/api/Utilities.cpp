@@ -1,5 +1,6 @@
 #include "Utilities.h"
 
+#include "BodyWriter.h"
 #include "Immortal.h"
 #include "JsonReading.h"
 #include "Logging.h"
@@ -9,8 +10,8 @@
 #include <QJsonDocument>
 #include <QMutex>
 
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
+#include <algorithm>
+#include <array>
 
 namespace zelvano {
 
@@ -18,60 +19,33 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The last address. Nearly all calls go to one, and parsing it took an eighth of a player event.
-struct Address
+/// The last request, and what it is made of. Nearly all calls have the same one.
+struct LastRequest
 {
     QMutex mutex; // Guards the rest.
-    QString base;
-    QString apiName;
-    QUrl url;
+    std::array<QString, 4> parts;
+    http::Request request;
 };
 
-QUrl urlOf(const QString &base, const QString &apiName)
+bool isSame(const QString &one, const QString &other)
 {
-    auto &last = immortal<Address>();
-    const QMutexLocker lock(&last.mutex);
-    if (last.url.isEmpty() || last.base != base || last.apiName != apiName) {
-        last.base = base;
-        last.apiName = apiName;
-        last.url = QUrl(base.isNull() ? API_URL_PROD + apiName : base + u'/' + apiName, QUrl::StrictMode);
-    }
-    return last.url;
+    return one.isNull() == other.isNull() && one == other;
 }
 
-// QJsonDocument took a third of a player event to write its body.
-using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
-
-void write(Writer &writer, const QString &text)
+http::Request newRequest(const QString &base, const QString &apiName, const QString &apiKey, const QString &userUUID)
 {
-    const auto utf8 = text.toUtf8();
-    writer.String(utf8.constData(), rapidjson::SizeType(utf8.size()));
-}
-
-void write(Writer &writer, const QJsonValue &value);
-
-/// A Dictionary, or a QJsonObject.
-template<class Object> void writeObject(Writer &writer, const Object &object)
-{
-    writer.StartObject();
-    for (auto entry = object.begin(); entry != object.end(); ++entry) {
-        write(writer, entry.key());
-        write(writer, QJsonValue(entry.value()));
-    }
-    writer.EndObject();
-}
-
-void write(Writer &writer, const QJsonValue &value)
-{
-    if (value.isString()) {
-        write(writer, value.toString());
-    } else if (value.isObject()) {
-        writeObject(writer, value.toObject());
-    } else {
-        // Only hosts set other values. Qt writes them as an array, which loses its brackets.
-        const auto text = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
-        writer.RawValue(text.constData() + 1, size_t(text.size()) - 2, rapidjson::kNullType);
-    }
+    http::Request request;
+    request.url = QUrl(base.isNull() ? API_URL_PROD + apiName : base + u'/' + apiName, QUrl::StrictMode);
+    request.timeout = std::chrono::seconds(20);
+    request.setHeader("Accept"_ba, "application/json"_ba);
+    request.setHeader("Content-Type"_ba, "application/json"_ba);
+    if (apiKey.isNull())
+        return request;
+    request.setHeader(ZVApiKeyHeader, apiKey.toUtf8());
+    request.setHeader(ZVIsNativeHeader, "true"_ba);
+    if (!userUUID.isNull())
+        request.setHeader(ZVUserUUIDHeader, userUUID.toUtf8());
+    return request;
 }
 
 } // namespace
@@ -89,12 +63,10 @@ std::variant<std::monostate, QJsonValue, Error> parse(const QByteArray &data)
 
 QByteArray body(const Dictionary &dictionary)
 {
-    rapidjson::StringBuffer buffer;
-    Writer writer(buffer);
-    writeObject(writer, dictionary);
-    QByteArray text(buffer.GetString(), qsizetype(buffer.GetSize()));
-    qCInfo(bodyLogCategory).noquote() << QString::fromUtf8(text);
-    return text;
+    BodyWriter writer;
+    for (auto entry = dictionary.begin(); entry != dictionary.end(); ++entry)
+        writer.addValue(entry.key(), entry.value());
+    return writer.finish();
 }
 
 QJsonObject data(const QJsonObject &answer)
@@ -141,14 +113,16 @@ QString toJSON(const QJsonArray &array)
     return QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact));
 }
 
-http::Request request(const QString &apiName)
+http::Request request(const QString &apiName, const QString &apiKey, const QString &userUUID)
 {
-    http::Request request;
-    request.url = urlOf(ZVConfig::shared().apiURL(), apiName);
-    request.timeout = std::chrono::seconds(20);
-    request.setHeader("Accept"_ba, "application/json"_ba);
-    request.setHeader("Content-Type"_ba, "application/json"_ba);
-    return request;
+    const std::array parts{ZVConfig::shared().apiURL(), apiName, apiKey, userUUID};
+    auto &last = immortal<LastRequest>();
+    const QMutexLocker lock(&last.mutex);
+    if (last.request.url.isEmpty() || !std::ranges::equal(parts, last.parts, isSame)) {
+        last.parts = parts;
+        last.request = std::apply(newRequest, parts);
+    }
+    return last.request;
 }
 
 } // namespace zelvano

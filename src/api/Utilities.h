@@ -23,7 +23,7 @@ inline constexpr QLatin1StringView JsonErrorDomain{"ZelvanoJsonError"};
 /// Returns the object or array of a JSON text, its error, or nothing for empty data.
 ZELVANOCORE_EXPORT std::variant<std::monostate, QJsonValue, Error> parse(const QByteArray &data);
 
-/// A JSON object in the making. A QJsonObject would encode each value on insertion; body() encodes all of them once.
+/// The values of a JSON object. Unlike a QJsonObject it does not encode them.
 using Dictionary = QMap<QString, QJsonValue>;
 
 /// Returns the dictionary as compact JSON text, and logs it.
@@ -46,7 +46,8 @@ ZELVANOCORE_EXPORT std::optional<QJsonArray> subArrayFromIndex(const QJsonArray 
 ZELVANOCORE_EXPORT QString toJSON(const QJsonArray &array);
 
 /// A GET of JSON below the service's base URL: the configured one, or else production's. The path is appended
-/// unchanged. The timeout is 20 seconds without progress.
-ZELVANOCORE_EXPORT http::Request request(const QString &apiName);
+/// unchanged. The timeout is 20 seconds without progress. The identity's headers are sent if there is a key.
+ZELVANOCORE_EXPORT http::Request request(const QString &apiName, const QString &apiKey = {},
+                                         const QString &userUUID = {});
 
 } // namespace zelvano

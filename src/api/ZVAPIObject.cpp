@@ -1,10 +1,12 @@
 #include "ZVAPIObject.h"
 
+#include "BodyWriter.h"
 #include "Immortal.h"
 #include "Utilities.h"
 #include <ZelvanoUI/Bundle.h>
 #include <ZelvanoUI/Device.h>
 
+#include <QJsonDocument>
 #include <QMutex>
 
 #include <utility>
@@ -21,18 +23,54 @@ struct Client
     bool isPad = false;
     QString systemVersion;
     QString app;
-    QString libraryVersion;
+    std::optional<Bundle> library;
 
     bool operator==(const Client &) const = default;
 };
+
+Client currentClient()
+{
+    const auto &device = Device::current();
+    return {device.userInterfaceIdiom() == UIUserInterfaceIdiom::Pad, device.systemVersion(), Bundle::mainBundleName(),
+            zelvanoBundle()};
+}
+
+QJsonObject describe(const Client &client)
+{
+    // The version is the library's, from its resource bundle, on purpose: the service tells releases of the library
+    // apart by it, not releases of the host.
+    const auto version = client.library ? client.library->infoValue(u"CFBundleShortVersionString"_s) : QString();
+    return {
+        {ZVDeviceTypeKey, client.isPad ? deviceTypes[0] : deviceTypes[1]},
+        {ZVOsKey, osTypes[1]}, // The service knows this kind of client on no other system.
+        {ZVOsVersionKey, client.systemVersion.section(u'.', 0, 0)},
+        {ZVAppKey, client.app},
+        {ZVAppVersionKey, version},
+    };
+}
+
+} // namespace
+
+struct UserAgent
+{
+    explicit UserAgent(const Client &described)
+        : client(described), object(describe(client)), json(QJsonDocument(object).toJson(QJsonDocument::Compact))
+    {
+    }
+
+    const Client client;
+    const QJsonObject object;
+    const QByteArray json;
+};
+
+namespace {
 
 struct ClassState
 {
     QMutex mutex; // Guards the rest.
     QString domain = u""_s;
     std::vector<std::shared_ptr<http::Task>> tasks;
-    Client client;
-    QJsonObject userAgent;
+    std::shared_ptr<const UserAgent> userAgent;
 };
 
 /// Calls a function with the state while it is locked.
@@ -43,30 +81,13 @@ template<class Function> auto withState(Function function)
     return function(state);
 }
 
-Client currentClient()
-{
-    const auto &device = Device::current();
-    // The version is the library's, from its resource bundle, on purpose: the service tells releases of the library
-    // apart by it, not releases of the host.
-    const auto bundle = zelvanoBundle();
-    return {device.userInterfaceIdiom() == UIUserInterfaceIdiom::Pad, device.systemVersion(), Bundle::mainBundleName(),
-            bundle ? bundle->infoValue(u"CFBundleShortVersionString"_s) : QString()};
-}
-
 /// Every event carries it, so the process keeps it while the client does not change.
-QJsonObject userAgentOf(const Client &client)
+std::shared_ptr<const UserAgent> currentUserAgent()
 {
+    const auto client = currentClient();
     return withState([&](ClassState &state) {
-        if (state.userAgent.isEmpty() || state.client != client) {
-            state.client = client;
-            state.userAgent = {
-                {ZVDeviceTypeKey, client.isPad ? deviceTypes[0] : deviceTypes[1]},
-                {ZVOsKey, osTypes[1]}, // The service knows this kind of client on no other system.
-                {ZVOsVersionKey, client.systemVersion.section(u'.', 0, 0)},
-                {ZVAppKey, client.app},
-                {ZVAppVersionKey, client.libraryVersion},
-            };
-        }
+        if (!state.userAgent || state.userAgent->client != client)
+            state.userAgent = std::make_shared<UserAgent>(client);
         return state.userAgent;
     });
 }
@@ -81,14 +102,23 @@ std::shared_ptr<ZVAPIObject> ZVAPIObject::create(const QString &apiName)
 QJsonObject ZVAPIObject::userAgent() const
 {
     if (!m_userAgent)
-        m_userAgent = userAgentOf(currentClient());
-    return *m_userAgent;
+        m_userAgent = currentUserAgent();
+    return m_userAgent->object;
 }
 
 void ZVAPIObject::addText(const QString &text, QLatin1StringView key)
 {
-    if (!text.isNull())
-        m_params.insert(key, text);
+    if (text.isNull())
+        return;
+    removeFromBody(key);
+    m_texts.emplace_back(key, text);
+}
+
+template<class Key> void ZVAPIObject::removeFromBody(const Key &key)
+{
+    m_texts.removeIf([&](const auto &entry) { return entry.first == key; });
+    if (!m_values.isEmpty())
+        m_values.remove(QString(key));
 }
 
 void ZVAPIObject::setShowUI(bool show)
@@ -98,29 +128,55 @@ void ZVAPIObject::setShowUI(bool show)
 
 void ZVAPIObject::setPageUrl(const QString &pageUrl)
 {
-    m_params.remove(ZVPageUrlKey);
+    removeFromBody(ZVPageUrlKey);
     addText(pageUrl, ZVPageUrlKey);
 }
 
 void ZVAPIObject::addValue(const QJsonValue &value, const QString &key)
 {
-    if (!value.isNull() && !value.isUndefined() && !key.isNull())
-        m_params.insert(key, value);
+    if (value.isNull() || value.isUndefined() || key.isNull())
+        return;
+    removeFromBody(key);
+    m_values.insert(key, value);
+}
+
+Dictionary ZVAPIObject::params() const
+{
+    auto all = m_values;
+    for (const auto &[key, text] : m_texts)
+        all.insert(key, text);
+    if (m_hasUserAgent)
+        all.insert(ZVUserAgentKey, userAgent());
+    return all;
+}
+
+void ZVAPIObject::setParams(const Dictionary &params)
+{
+    m_texts.clear();
+    m_values = params;
+    m_hasUserAgent = false;
+}
+
+QByteArray ZVAPIObject::writeBody()
+{
+    removeFromBody(ZVUserAgentKey);
+    m_hasUserAgent = true;
+    BodyWriter body;
+    for (const auto &[key, text] : m_texts)
+        body.addText(key, text);
+    for (auto value = m_values.cbegin(); value != m_values.cend(); ++value)
+        body.addValue(value.key(), value.value());
+    (void)userAgent();
+    body.addJson(ZVUserAgentKey, m_userAgent->json);
+    return body.finish();
 }
 
 void ZVAPIObject::setCompletion(Completion completion)
 {
-    auto request = zelvano::request(m_apiName);
-    if (!m_apiKey.isNull()) {
-        if (!m_userId.isNull()) {
-            request.method = "POST"_ba;
-            m_params.insert(ZVUserAgentKey, userAgent());
-            request.body = body(m_params);
-        }
-        request.setHeader(ZVApiKeyHeader, m_apiKey.toUtf8());
-        request.setHeader(ZVIsNativeHeader, "true"_ba);
-        if (!m_userUUID.isNull())
-            request.setHeader(ZVUserUUIDHeader, m_userUUID.toUtf8());
+    auto request = zelvano::request(m_apiName, m_apiKey, m_userUUID);
+    if (!m_apiKey.isNull() && !m_userId.isNull()) {
+        request.method = "POST"_ba;
+        request.body = writeBody();
     }
     callRequest(std::move(request), std::move(completion));
 }

@@ -8,6 +8,7 @@
 
 #include <QJsonObject>
 #include <QString>
+#include <QVarLengthArray>
 
 #include <functional>
 #include <memory>
@@ -15,6 +16,8 @@
 #include <vector>
 
 namespace zelvano {
+
+struct UserAgent;
 
 /// One call to the recommendation service. Its setters fill the body; setCompletion() sends it.
 ///
@@ -30,7 +33,7 @@ public:
     static std::shared_ptr<ZVAPIObject> create(const QString &apiName);
 
     QString APIName() const { return m_apiName; }
-    /// Describes device and application to the service. Built on first read.
+    /// Describes device and application to the service. Read once.
     QJsonObject userAgent() const;
 
     /// Sent as a header. Without a key the call is a bare GET.
@@ -84,9 +87,9 @@ public:
     /// Puts a value into the body. An absent (null or undefined) value or key does nothing.
     void addValue(const QJsonValue &value, const QString &key);
 
-    /// The body.
-    Dictionary params() const { return m_params; }
-    void setParams(const Dictionary &params) { m_params = params; }
+    /// The body. Sending a POST adds the user agent.
+    Dictionary params() const;
+    void setParams(const Dictionary &params);
 
     /// For a host's own use. The request does not read it.
     std::optional<QJsonObject> config() const { return m_config; }
@@ -123,9 +126,11 @@ private:
         addText(textOf(value), key);
     }
     void addText(const QString &text, QLatin1StringView key);
+    template<class Key> void removeFromBody(const Key &key);
+    QByteArray writeBody();
 
     const QString m_apiName;
-    mutable std::optional<QJsonObject> m_userAgent;
+    mutable std::shared_ptr<const UserAgent> m_userAgent;
     QString m_apiKey;
     QString m_userId;
     QString m_userUUID;
@@ -141,7 +146,10 @@ private:
     double m_longitude = 0;
     qint64 m_offset = 0;
     qint64 m_size = 0;
-    Dictionary m_params;
+    /// The part of the body that the setters fill. A player event has six.
+    QVarLengthArray<std::pair<QLatin1StringView, QString>, 6> m_texts;
+    Dictionary m_values;         ///< The rest of the body. No key is in both.
+    bool m_hasUserAgent = false; ///< In the body.
     std::optional<QJsonObject> m_config;
 };
 

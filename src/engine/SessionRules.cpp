@@ -169,6 +169,7 @@ SessionRules::Actions SessionRules::playerEvent(const QString &event, double pos
         return {NotifyState{event}};
     }
     Actions actions;
+    actions.reserve(2);
     auto reported = event;
     if (event == PlayerEvent::Play && !state.selectionByUser) {
         state.selectionByUser = true;

@@ -13,8 +13,8 @@ void Request::setHeader(const QByteArray &name, const QByteArray &value)
         ZV_LOG("A request header with a forbidden character was dropped");
         return;
     }
-    const auto known = std::ranges::find_if(
-        headers, [&](const auto &header) { return header.first.compare(name, Qt::CaseInsensitive) == 0; });
+    const auto isNamed = [&](const auto &header) { return header.first.compare(name, Qt::CaseInsensitive) == 0; };
+    const auto known = std::ranges::find_if(headers, isNamed);
     if (known == headers.end())
         headers.emplace_back(name, value);
     else

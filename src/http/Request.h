@@ -3,23 +3,27 @@
 #include <ZelvanoUI/zelvanocore_export.h>
 
 #include <QByteArray>
+#include <QList>
 #include <QUrl>
 
 #include <chrono>
 #include <utility>
-#include <vector>
 
 namespace zelvano::http {
 
 /// Requests of different purposes have their own slots per host, so that slow pictures delay no call.
 enum class Purpose { Call, Picture };
 
+/// Names and values, in the order of sending.
+using Headers = QList<std::pair<QByteArray, QByteArray>>;
+
 /// One HTTP request, as a value.
 struct ZELVANOCORE_EXPORT Request
 {
     QUrl url;
     QByteArray method = QByteArrayLiteral("GET");
-    std::vector<std::pair<QByteArray, QByteArray>> headers;
+    /// Requests of one origin share it.
+    Headers headers;
     /// Null sends no body. A Content-Type is sent only if `headers` has one.
     QByteArray body;
     /// The transfer fails with TimedOut when no byte moves in either direction for this long.

@@ -64,7 +64,7 @@ private:
     StringList m_headers;
     /// The source of m_headers. Most requests repeat the headers of the previous one; making the list anew took a tenth
     /// of the networking thread.
-    std::vector<std::pair<QByteArray, QByteArray>> m_headersSource;
+    Headers m_headersSource;
     bool m_headersAreForeign = false;
     QUrl m_trusted; ///< The last URL of the job whose host may have all headers.
     std::shared_ptr<curl_slist> m_routes;

@@ -143,6 +143,20 @@ private Q_SLOTS:
             expected.insert("osVersion"_L1, version);
             QCOMPARE(last().body.value("userAgent"_L1), expected);
         }
+        const auto bundle = *zelvanoBundle();
+        const QTemporaryDir folder;
+        QFile info(folder.filePath(u"Info.json"_s));
+        QVERIFY(info.open(QIODevice::WriteOnly));
+        info.write(R"({"CFBundleIdentifier":"ZelvanoUI","CFBundleShortVersionString":"9"})");
+        info.close();
+        Bundle::load(*Bundle::atPath(folder.path()));
+        QCoreApplication::setApplicationName(u"another"_s);
+        send(filled());
+        Bundle::load(bundle);
+        QCoreApplication::setApplicationName(QString());
+        expected.insert("app"_L1, "another"_L1);
+        expected.insert("appVersion"_L1, "9"_L1);
+        QCOMPARE(last().body.value("userAgent"_L1), expected);
     }
 
     void answers()
@@ -163,9 +177,14 @@ private Q_SLOTS:
         ZVAPIObject::setDomain(u"domain"_s);
         QCOMPARE(ZVAPIObject::domain(), u"domain"_s);
         QCOMPARE(zelvano::request(ZVKeepAlive).timeout, std::chrono::seconds(20));
-        for (const auto &url : {u"http://a/"_s, m_service->sandbox.url(u"v2"_s).toString()}) {
-            ZVConfig::shared().setParams({{"sdkConfig"_L1, QJsonObject{{"apiUrl"_L1, url}}}});
-            QCOMPARE(zelvano::request(ZVKeepAlive).url.toString(), url + "/keepalive"_L1); // Unchanged.
+        const auto own = m_service->sandbox.url(u"v2"_s).toString();
+        const std::pair<QJsonValue, QString> cases[] = {{u""_s, u"/keepalive"_s},
+                                                        {QJsonValue(), API_URL_PROD + u"keepalive"_s},
+                                                        {u"http://a/"_s, u"http://a//keepalive"_s}, // Unchanged.
+                                                        {own, own + u"/keepalive"_s}};
+        for (const auto &[base, address] : cases) {
+            ZVConfig::shared().setParams({{"sdkConfig"_L1, QJsonObject{{"apiUrl"_L1, base}}}});
+            QCOMPARE(zelvano::request(ZVKeepAlive).url.toString(), address);
         }
         send(filled());
         QCOMPARE(last().path, u"/v2/events"_s);
