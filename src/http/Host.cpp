@@ -8,4 +8,12 @@ QByteArray hostAndPort(const QUrl &url)
     return url.host(QUrl::EncodeUnicode).toLatin1() + ':' + QByteArray::number(port);
 }
 
+bool isSameService(const QUrl &from, const QUrl &to)
+{
+    const bool isSame = from.scheme() == to.scheme() && hostAndPort(from) == hostAndPort(to);
+    const bool isUpgrade = from.scheme() == QLatin1StringView("http") && to.scheme() == QLatin1StringView("https") &&
+                           to.port(443) == 443 && from.host() == to.host();
+    return isSame || isUpgrade;
+}
+
 } // namespace zelvano::http

@@ -215,19 +215,15 @@ Error Transfer::errorFor(CURLcode code) const
     return makeError(error, m_errorText[0] ? m_errorText.data() : curl_easy_strerror(code));
 }
 
-/// The same scheme, host and port, or the step from http to https on the host's default port. The way back is none.
 bool Transfer::staysWithHost()
 {
     const char *current = nullptr;
     curl_easy_getinfo(m_easy.get(), CURLINFO_EFFECTIVE_URL, &current);
     const QUrl url = QUrl::fromEncoded(current);
-    const bool isSame = url.scheme() == m_trusted.scheme() && hostAndPort(url) == hostAndPort(m_trusted);
-    const bool isUpgrade = m_trusted.scheme() == QLatin1StringView("http") &&
-                           url.scheme() == QLatin1StringView("https") && url.port(443) == 443 &&
-                           url.host() == m_trusted.host();
-    if (isSame || isUpgrade)
+    const bool stays = isSameService(m_trusted, url);
+    if (stays)
         m_trusted = url;
-    return isSame || isUpgrade;
+    return stays;
 }
 
 // libcurl sends a request again when a reused connection ends without an answer. The service might have acted on the

@@ -1,3 +1,4 @@
+#include "Host.h"
 #include "HttpLoad.h"
 #include "Process.h"
 #include "Routes.h"
@@ -239,6 +240,18 @@ private Q_SLOTS:
         // The redirect changed the easy handle. Its next job has all headers again.
         QCOMPARE(HttpLoad(request).resume().result().data, "other");
         QVERIFY(server.requests().back().contains("\r\nX-Api-Key: secret\r\n"));
+    }
+
+    void sameService()
+    {
+        const std::tuple<const char *, const char *, bool> cases[] = {
+            {"http://a/1", "http://A:80/2", true},    {"http://a/", "http://a:81/", false},
+            {"http://a/", "http://b/", false},        {"http://a:81/", "https://a/", true},
+            {"http://a/", "https://b/", false},       {"http://a:81/", "https://a:81/", false},
+            {"https://a:81/", "http://a:81/", false}, {"https://a/", "http://a:443/", false},
+        };
+        for (const auto &[from, to, expected] : cases)
+            QCOMPARE(isSameService(QUrl(QString::fromLatin1(from)), QUrl(QString::fromLatin1(to))), expected);
     }
 
     void requestBytes()
