@@ -40,6 +40,10 @@ MediaPlayback::MediaPlayback(QMediaPlayer *player)
     connect(player, &QMediaPlayer::durationChanged, this, handleBy(&MediaPlayback::durationChanged));
     connect(player, &QMediaPlayer::positionChanged, this, handleBy(&MediaPlayback::positionDidChange));
     connect(player, &QMediaPlayer::sourceChanged, this, handleBy(&MediaPlayback::sourceDidChange));
+    // A medium that it is opening has no content yet.
+    m_isOpen =
+        m_now.hasContent() && m_now.status != QMediaPlayer::NoMedia && m_now.status != QMediaPlayer::LoadingMedia;
+    readOpening();
     m_hasPlayed = state() != QMediaPlayer::StoppedState;
     m_lastPosition = position();
 }
@@ -86,8 +90,8 @@ void MediaPlayback::load(const QUrl &source)
     m_player->setSource(source);
     m_isLoading = false;
     m_now = read();
-    m_playsWhenLoaded = false;
-    m_hasPlayed = m_isBrokenOff = false;
+    m_playsWhenLoaded = m_hasPlayed = m_isOpen = m_isBroken = false;
+    readOpening();
     m_lastPosition = 0;
 }
 
@@ -107,8 +111,8 @@ template<class Call> void MediaPlayback::act(Call call)
 void MediaPlayback::play()
 {
     act([this] {
-        m_playsWhenLoaded = m_player->mediaStatus() == QMediaPlayer::LoadingMedia;
-        if (!m_playsWhenLoaded)
+        m_playsWhenLoaded = isOpening();
+        if (m_isOpen)
             m_player->play();
     });
 }
@@ -132,36 +136,59 @@ void MediaPlayback::stop()
 void MediaPlayback::playLoaded()
 {
     const auto owner = holdOwner();
-    if (!m_player || m_player->mediaStatus() == QMediaPlayer::LoadingMedia || !std::exchange(m_playsWhenLoaded, false))
+    if (!m_player || isOpening() || !std::exchange(m_playsWhenLoaded, false))
         return;
-    if (m_player->mediaStatus() != QMediaPlayer::NoMedia && m_player->mediaStatus() != QMediaPlayer::InvalidMedia)
+    if (m_isOpen)
         m_player->play();
     Q_EMIT stateChanged();
 }
 
 MediaPlayback::Medium MediaPlayback::medium() const
 {
-    if (m_isBrokenOff)
+    if (m_isBroken)
         return Medium::Broken;
+    if (!m_isOpen)
+        return Medium::None;
     switch (m_now.status) {
     case QMediaPlayer::NoMedia:
     case QMediaPlayer::LoadingMedia:
         return Medium::None;
-    case QMediaPlayer::InvalidMedia:
-        return Medium::Broken;
+    case QMediaPlayer::LoadedMedia:
+        return Medium::Loaded;
     case QMediaPlayer::StalledMedia:
         return Medium::Stalled;
     case QMediaPlayer::EndOfMedia:
         return Medium::Ended;
-    case QMediaPlayer::LoadedMedia:
     case QMediaPlayer::BufferingMedia:
     case QMediaPlayer::BufferedMedia:
+    case QMediaPlayer::InvalidMedia: // What is buffered still plays.
         break;
     }
-    // Some backends report a medium as loaded that they failed to open.
-    if (!m_now.hasTracks && m_now.duration <= 0)
-        return Medium::Broken;
-    return m_now.status == QMediaPlayer::LoadedMedia ? Medium::Loaded : Medium::Buffered;
+    return Medium::Buffered;
+}
+
+/// Qt's FFmpeg backend reports a medium as loaded that it failed to open. It has no content.
+void MediaPlayback::readOpening()
+{
+    switch (m_now.status) {
+    case QMediaPlayer::NoMedia:
+    case QMediaPlayer::LoadingMedia:
+        m_isOpen = m_isBroken = false;
+        break;
+    case QMediaPlayer::LoadedMedia:
+        m_isOpen = m_now.hasContent();
+        [[fallthrough]];
+    case QMediaPlayer::InvalidMedia:
+        m_isBroken = m_isBroken || !m_isOpen;
+        break;
+    default: // Qt's GStreamer backend buffers before it has opened the medium.
+        break;
+    }
+}
+
+bool MediaPlayback::isOpening() const
+{
+    return !m_isOpen && !m_isBroken && m_now.status != QMediaPlayer::NoMedia;
 }
 
 double MediaPlayback::duration() const
@@ -190,11 +217,11 @@ double MediaPlayback::bufferedUntil() const
 
 void MediaPlayback::playbackStateDidChange()
 {
-    if (state() != QMediaPlayer::StoppedState)
+    if (m_now.state != QMediaPlayer::StoppedState)
         m_playsWhenLoaded = false; // The host has played or paused it meanwhile.
-    if (state() == QMediaPlayer::PlayingState) {
+    if (m_now.state == QMediaPlayer::PlayingState) {
         m_hasPlayed = true;
-        m_isBrokenOff = false;
+        m_isBroken = m_isBroken && !m_isOpen;
         m_lastProgress = m_now.time;
     }
     Q_EMIT stateChanged();
@@ -202,18 +229,20 @@ void MediaPlayback::playbackStateDidChange()
 
 void MediaPlayback::mediaStatusDidChange()
 {
+    readOpening();
     if (m_now.status == QMediaPlayer::EndOfMedia && std::exchange(m_hasPlayed, false))
-        m_isBrokenOff = breaksOff();
+        m_isBroken = breaksOff();
+    if (m_isBroken)
+        Q_EMIT stateChanged();
     Q_EMIT mediumChanged();
     // Later: the host may be setting another source.
-    if (m_playsWhenLoaded && m_now.status != QMediaPlayer::LoadingMedia)
+    if (m_playsWhenLoaded && !isOpening())
         QMetaObject::invokeMethod(this, &MediaPlayback::playLoaded, Qt::QueuedConnection);
 }
 
 void MediaPlayback::sourceDidChange()
 {
-    m_playsWhenLoaded = false;
-    m_hasPlayed = m_isBrokenOff = false;
+    m_playsWhenLoaded = m_hasPlayed = false;
     m_lastPosition = 0;
     Q_EMIT sourceChanged();
 }

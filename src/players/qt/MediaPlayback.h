@@ -14,8 +14,8 @@
 namespace zelvano {
 
 /// A host's QMediaPlayer with the same behaviour on every backend. play() waits until the source is loaded, a source
-/// that failed to open or that broke off is Broken, and a seek is distinguished from playing on. The host may go on
-/// using the player, and destroy it at any time: it then counts as stopped. Main thread.
+/// that failed to open or that broke off is Broken and stopped, and a seek is distinguished from playing on. The host
+/// may go on using the player, and destroy it at any time: it then counts as stopped. Main thread.
 ///
 /// A receiver of a signal may destroy the QMediaPlayer and the owner of this object. So each change of the QMediaPlayer
 /// is noted with the values of that moment, and handled outside its signal, in order: by the event loop, or by the next
@@ -45,7 +45,7 @@ public:
     // As of the change that is handled, or was handled last.
 
     QUrl source() const { return m_now.source; }
-    QMediaPlayer::PlaybackState state() const { return m_now.state; }
+    QMediaPlayer::PlaybackState state() const { return m_isBroken ? QMediaPlayer::StoppedState : m_now.state; }
     /// play() waits for the source to load.
     bool isAboutToPlay() const { return m_playsWhenLoaded; }
     /// Playback rate while it plays; 1 is normal speed.
@@ -84,6 +84,8 @@ private:
         double pace = 0;
         qint64 duration = 0; // Milliseconds.
         qint64 position = 0; // Milliseconds.
+
+        bool hasContent() const { return hasTracks || duration > 0; }
     };
 
     Moment read() const;
@@ -95,6 +97,8 @@ private:
     void sourceDidChange();
     void positionDidChange();
     void playLoaded();
+    void readOpening();
+    bool isOpening() const;
     bool breaksOff() const;
 
     const QPointer<QMediaPlayer> m_player;
@@ -104,9 +108,10 @@ private:
     Moment m_now;
     bool m_isLoading = false;
     bool m_playsWhenLoaded = false;
-    bool m_hasPlayed = false;   ///< Since the last end.
-    bool m_isBrokenOff = false; ///< The medium ended early. Until it plays again, or another source is set.
-    double m_lastPosition = 0;  ///< The last one that playing or a seek reached, in seconds.
+    bool m_isOpen = false;     ///< The source was loaded. Until another is set.
+    bool m_isBroken = false;   ///< It failed to open or ended early. Until it plays again, or another source is set.
+    bool m_hasPlayed = false;  ///< Since the last end.
+    double m_lastPosition = 0; ///< The last one that playing or a seek reached, in seconds.
     Clock::time_point m_lastProgress = m_now.time;
 };
 

@@ -128,7 +128,7 @@ struct QtMPMoviePlayerController::Private
     {
         if (playbackState.exchange(state) == state)
             return;
-        if (state == MPMoviePlaybackState::Playing && media.medium() != MediaPlayback::Medium::Broken) {
+        if (state == MPMoviePlaybackState::Playing) {
             isUnfinished = true;
             hasFailed = false;
         }
