@@ -11,12 +11,14 @@
 namespace zelvano {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
-constexpr double millisecond = 0.001; // Seconds.
-constexpr double jumpTolerance = 1.0; // Seconds that a position may be ahead of the clock, or go back.
-constexpr double shortestTick = 0.05; // Seconds. Earlier than this, a host that starts a video has set the position.
+constexpr double millisecond = 0.001;  // Seconds.
+constexpr double jumpTolerance = 1.0;  // Seconds that a position may be ahead of the clock, or go back.
+constexpr double shortestTick = 0.05;  // Seconds. Earlier than this, a host that starts a video has set the position.
+constexpr auto longestStandstill = 1s; // After an error. Backends report a position ten times a second.
 constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
 
 double seconds(qint64 milliseconds)
@@ -46,6 +48,9 @@ MediaPlayback::MediaPlayback(QMediaPlayer *player)
     readOpening();
     m_hasPlayed = state() != QMediaPlayer::StoppedState;
     m_lastPosition = position();
+    m_standstill.setSingleShot(true);
+    m_standstill.setInterval(longestStandstill);
+    connect(&m_standstill, &QTimer::timeout, this, &MediaPlayback::didStandStill);
 }
 
 MediaPlayback::Moment MediaPlayback::read() const
@@ -112,6 +117,8 @@ void MediaPlayback::play()
 {
     act([this] {
         m_playsWhenLoaded = isOpening();
+        if (m_isOpen && m_isBroken)
+            m_player->stop(); // After an error, a backend may go on playing nothing.
         if (m_isOpen)
             m_player->play();
     });
@@ -224,6 +231,7 @@ void MediaPlayback::playbackStateDidChange()
         m_isBroken = m_isBroken && !m_isOpen;
         m_lastProgress = m_now.time;
     }
+    watchForStandstill();
     Q_EMIT stateChanged();
 }
 
@@ -232,12 +240,30 @@ void MediaPlayback::mediaStatusDidChange()
     readOpening();
     if (m_now.status == QMediaPlayer::EndOfMedia && std::exchange(m_hasPlayed, false))
         m_isBroken = breaksOff();
+    watchForStandstill();
     if (m_isBroken)
         Q_EMIT stateChanged();
     Q_EMIT mediumChanged();
     // Later: the host may be setting another source.
     if (m_playsWhenLoaded && !isOpening())
         QMetaObject::invokeMethod(this, &MediaPlayback::playLoaded, Qt::QueuedConnection);
+}
+
+/// After an error, Qt's GStreamer backend plays what is buffered, and then may neither end nor stop.
+void MediaPlayback::watchForStandstill()
+{
+    if (m_isOpen && state() == QMediaPlayer::PlayingState && m_now.status == QMediaPlayer::InvalidMedia)
+        m_standstill.start();
+    else
+        m_standstill.stop();
+}
+
+void MediaPlayback::didStandStill()
+{
+    const auto owner = holdOwner();
+    m_isBroken = true;
+    Q_EMIT stateChanged();
+    Q_EMIT mediumChanged();
 }
 
 void MediaPlayback::sourceDidChange()
@@ -257,6 +283,7 @@ bool MediaPlayback::breaksOff() const
 
 void MediaPlayback::positionDidChange()
 {
+    watchForStandstill();
     const auto sinceLast = m_now.time - std::exchange(m_lastProgress, m_now.time);
     const double elapsed = std::chrono::duration<double>(sinceLast).count();
     const double reached = position();

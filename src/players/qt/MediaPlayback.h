@@ -4,6 +4,7 @@
 
 #include <QMediaPlayer>
 #include <QPointer>
+#include <QTimer>
 #include <QUrl>
 
 #include <chrono>
@@ -97,6 +98,8 @@ private:
     void sourceDidChange();
     void positionDidChange();
     void playLoaded();
+    void watchForStandstill();
+    void didStandStill();
     void readOpening();
     bool isOpening() const;
     bool breaksOff() const;
@@ -113,6 +116,7 @@ private:
     bool m_hasPlayed = false;  ///< Since the last end.
     double m_lastPosition = 0; ///< The last one that playing or a seek reached, in seconds.
     Clock::time_point m_lastProgress = m_now.time;
+    QTimer m_standstill; ///< Runs after an error, from the last change of the position on.
 };
 
 } // namespace zelvano
