@@ -20,17 +20,23 @@ void Inbox::end()
 template<typename Change> void Inbox::post(Change &&change)
 {
     const std::lock_guard lock(m_mutex);
-    // The call that filled the inbox has woken the networking thread.
-    const bool wasEmpty = m_content.submitted.empty() && m_content.cancelled.empty();
     change(m_content);
-    if (wasEmpty)
+    if (std::exchange(m_isPolling, false))
         curl_multi_wakeup(m_multi);
 }
 
 Inbox::Content Inbox::take()
 {
     const std::lock_guard lock(m_mutex);
+    m_isPolling = false;
     return std::exchange(m_content, {});
+}
+
+bool Inbox::beginPoll()
+{
+    const std::lock_guard lock(m_mutex);
+    m_isPolling = m_content.submitted.empty() && m_content.cancelled.empty() && !m_content.isEnding;
+    return m_isPolling;
 }
 
 } // namespace zelvano::http

@@ -8,7 +8,7 @@
 
 namespace zelvano::http {
 
-/// What other threads want of the networking thread. Each change of an empty inbox wakes it.
+/// What other threads want of the networking thread. A change wakes it while it polls.
 class Inbox
 {
 public:
@@ -27,8 +27,10 @@ public:
     void cancel(std::shared_ptr<Job> job);
     void end();
 
-    /// Networking thread.
+    // Networking thread.
     Content take();
+    /// Call before a poll: the next change ends it. False if there is something to take already.
+    bool beginPoll();
 
 private:
     template<typename Change> void post(Change &&change);
@@ -36,6 +38,7 @@ private:
     CURLM *const m_multi;
     std::mutex m_mutex;
     Content m_content;
+    bool m_isPolling = false;
 };
 
 } // namespace zelvano::http

@@ -29,7 +29,7 @@ private:
     void work();
     void begin(const std::shared_ptr<Job> &job);
     void collectFinished();
-    void expireIdle();
+    void lookAtIdle();
     int pollTimeout() const;
     void finish(Transfer &transfer, Outcome outcome);
     void fail(Transfer &transfer, ErrorCode error, const char *description);

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -87,9 +88,6 @@ void Transfer::setCallbacks()
     const auto onBody = [](char *bytes, size_t, size_t size, void *self) {
         return transferOf(self).takeBody({bytes, qsizetype(size)}) ? size : 0;
     };
-    const auto onProgress = [](void *self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent) {
-        return transferOf(self).takeProgress(received, sent) ? 0 : 1;
-    };
     const auto onSocket = [](void *, curl_socket_t socket, curlsocktype) {
         setsockopt(socket, IPPROTO_TCP, TCP_SYNCNT, &ConnectRepeats, sizeof(ConnectRepeats));
         return int(CURL_SOCKOPT_OK);
@@ -102,12 +100,8 @@ void Transfer::setCallbacks()
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, +onBody);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
-    curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
-    curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, +onProgress);
-    curl_easy_setopt(easy, CURLOPT_XFERINFODATA, this);
 }
 
-// Sets each of its options for every job, so that nothing of one job reaches the next.
 void Transfer::begin(std::shared_ptr<Job> job)
 {
     m_job = std::move(job);
@@ -115,26 +109,63 @@ void Transfer::begin(std::shared_ptr<Job> job)
     m_answer = {};
     m_errorText[0] = 0;
     const Request &request = m_job->request();
-    CURL *const easy = m_easy.get();
-    const bool isSecure = request.url.scheme() == QLatin1StringView("https");
-    m_routes = Routes::connectTo();
-    const bool isRouted = m_routes && Routes::isRouted(hostAndPort(request.url));
-    curl_easy_setopt(easy, CURLOPT_URL, request.url.toEncoded(QUrl::RemoveFragment).constData());
-    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, isSecure ? "https" : "http,https");
-    curl_easy_setopt(easy, CURLOPT_CONNECT_TO, m_routes.get());
-    curl_easy_setopt(easy, CURLOPT_PROXY, isRouted ? "" : nullptr);
+    setAddress(request.url);
     setMethod(request);
     setHeaders(false);
     m_trusted = request.url;
-    touch();
-    m_begin = m_lastMove;
+    m_begin = m_lastLook = m_lastMove = Clock::now();
 }
 
-Clock::time_point Transfer::deadline() const
+Clock::time_point Transfer::nextLook() const
 {
+    constexpr int looks = 8; // Within the timeout, so a transfer may live longer than that by an eighth.
     const Request &request = m_job->request();
-    const auto sinceBegin = std::chrono::floor<std::chrono::milliseconds>(m_lastMove - m_begin);
-    return m_lastMove + std::min(request.timeout, request.totalTimeout - sinceBegin);
+    return m_lastLook + std::min(request.timeout / looks, request.totalTimeout - sinceBegin(m_lastLook));
+}
+
+std::optional<ErrorCode> Transfer::look(Clock::time_point now)
+{
+    m_lastLook = now;
+    const auto received = figure(CURLINFO_SIZE_DOWNLOAD_T);
+    const auto moved = received + figure(CURLINFO_SIZE_UPLOAD_T) + m_answer.headSize + m_answer.requests;
+    if (std::exchange(m_answer.moved, moved) != moved)
+        m_lastMove = now;
+    if (received > LargestAnswer) // The body of a redirect is not handed out, but its size is limited as well.
+        return ErrorCode::AnswerTooLarge;
+    const Request &request = m_job->request();
+    if (now - m_lastMove >= request.timeout || sinceBegin(now) >= request.totalTimeout)
+        return ErrorCode::TimedOut;
+    return {};
+}
+
+/// In milliseconds, since a total timeout may be as large as fits into these.
+std::chrono::milliseconds Transfer::sinceBegin(Clock::time_point time) const
+{
+    return std::chrono::floor<std::chrono::milliseconds>(time - m_begin);
+}
+
+qint64 Transfer::figure(CURLINFO info) const
+{
+    curl_off_t value = 0;
+    curl_easy_getinfo(m_easy.get(), info, &value);
+    return value;
+}
+
+// Most jobs go where the previous one went, and libcurl copies and checks what it is given.
+void Transfer::setAddress(const QUrl &url)
+{
+    auto routes = Routes::connectTo();
+    if (url == m_url && routes == m_routes)
+        return;
+    CURL *const easy = m_easy.get();
+    const bool isSecure = url.scheme() == QLatin1StringView("https");
+    const bool isRouted = routes && Routes::isRouted(hostAndPort(url));
+    curl_easy_setopt(easy, CURLOPT_URL, url.toEncoded(QUrl::RemoveFragment).constData());
+    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, isSecure ? "https" : "http,https");
+    curl_easy_setopt(easy, CURLOPT_CONNECT_TO, routes.get());
+    curl_easy_setopt(easy, CURLOPT_PROXY, isRouted ? "" : nullptr);
+    m_url = url;
+    m_routes = std::move(routes);
 }
 
 void Transfer::setMethod(const Request &request)
@@ -142,20 +173,24 @@ void Transfer::setMethod(const Request &request)
     CURL *const easy = m_easy.get();
     const bool isPost = request.method == "POST";
     const bool hasBody = isPost || !request.body.isNull();
-    // The order counts: POSTFIELDS makes it a POST even without fields.
-    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, nullptr);
-    curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
-    curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t(hasBody ? request.body.size() : -1));
+    if (request.method != m_method || hasBody != m_hasBody) {
+        // The order counts: POSTFIELDS makes it a POST even without fields.
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDS, nullptr);
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t(-1));
+        curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
+        if (request.method == "HEAD" && !hasBody)
+            curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
+        // A custom method survives redirects, so libcurl sets the usual ones by itself.
+        const bool isUsual = isPost || (!hasBody && (request.method == "GET" || request.method == "HEAD"));
+        curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, isUsual ? nullptr : request.method.constData());
+        m_method = request.method;
+        m_hasBody = hasBody;
+    }
     if (hasBody) {
         // libcurl does not copy the body. The job keeps it until the transfer is over.
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t(request.body.size()));
         curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.body.constData());
-        curl_easy_setopt(easy, CURLOPT_POST, 1L);
-    } else if (request.method == "HEAD") {
-        curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
     }
-    // A custom method survives redirects, so libcurl sets the usual ones by itself.
-    const bool isUsual = isPost || (!hasBody && (request.method == "GET" || request.method == "HEAD"));
-    curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, isUsual ? nullptr : request.method.constData());
 }
 
 void Transfer::setHeaders(bool isForeignHost)
@@ -195,7 +230,6 @@ Outcome Transfer::end(ErrorCode error, const char *description)
 
 Outcome Transfer::finished(Outcome outcome)
 {
-    curl_easy_setopt(m_easy.get(), CURLOPT_POSTFIELDS, nullptr);
     m_answer = {};
     m_job->place.transfer = nullptr;
     outcome.job = std::move(m_job);
@@ -237,7 +271,7 @@ bool Transfer::requestGoesOut()
     if (m_answer.headSize > 0 && !staysWithHost())
         setHeaders(true);
     m_answer.isUnanswered = true;
-    touch();
+    ++m_answer.requests;
     return true;
 }
 
@@ -249,7 +283,6 @@ bool Transfer::takeHead(QByteArrayView line)
         m_answer.isHeadWhole = false;
     else if (line.startsWith('\r') || line.startsWith('\n'))
         m_answer.isHeadWhole = true;
-    touch();
     m_answer.headSize += line.size();
     m_answer.isTooLarge = m_answer.headSize > LargestHead;
     return !m_answer.isTooLarge;
@@ -260,18 +293,6 @@ bool Transfer::takeBody(QByteArrayView bytes)
     m_answer.isTooLarge = m_answer.data.size() + bytes.size() > LargestAnswer;
     if (!m_answer.isTooLarge)
         m_answer.data.append(bytes);
-    return !m_answer.isTooLarge;
-}
-
-bool Transfer::takeProgress(qint64 received, qint64 sent)
-{
-    if (received == m_answer.received && sent == m_answer.sent)
-        return true;
-    m_answer.received = received;
-    m_answer.sent = sent;
-    touch();
-    // The body of a redirect is not handed out, but its size is limited as well.
-    m_answer.isTooLarge = m_answer.isTooLarge || received > LargestAnswer;
     return !m_answer.isTooLarge;
 }
 

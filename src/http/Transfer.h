@@ -13,7 +13,7 @@ namespace zelvano::http {
 using Clock = std::chrono::steady_clock;
 class Transfer;
 
-/// The transfers that have a slot, ordered by the time at which they may time out.
+/// The transfers that have a slot, ordered by the time of the next look at them.
 using Transfers = std::multimap<Clock::time_point, std::unique_ptr<Transfer>>;
 
 /// One easy handle and what hangs on it: job, header lines, routes, the answer so far. Serves one job after another.
@@ -39,14 +39,17 @@ public:
     bool canConnectAgain(CURLcode code) const;
     Outcome end(ErrorCode error, const char *description);
 
-    /// The transfer fails with TimedOut then, unless something moves before the total timeout.
-    Clock::time_point deadline() const;
+    /// When the loop looks at the transfer next: several times within its timeout, and when its total timeout is over.
+    Clock::time_point nextLook() const;
+    /// Looks whether bytes have moved since the last look. Returns why the transfer must end, if it must.
+    std::optional<ErrorCode> look(Clock::time_point now);
 
     Transfers::iterator place;
 
 private:
     void setConstantOptions(CURLSH *share);
     void setCallbacks();
+    void setAddress(const QUrl &url);
     void setMethod(const Request &request);
     void setHeaders(bool isForeignHost);
     bool staysWithHost();
@@ -57,8 +60,9 @@ private:
     bool requestGoesOut();
     bool takeHead(QByteArrayView line);
     bool takeBody(QByteArrayView bytes);
-    bool takeProgress(qint64 received, qint64 sent);
-    void touch() { m_lastMove = Clock::now(); }
+
+    std::chrono::milliseconds sinceBegin(Clock::time_point time) const;
+    qint64 figure(CURLINFO info) const;
 
     EasyHandle m_easy;
     StringList m_headers;
@@ -67,20 +71,25 @@ private:
     Headers m_headersSource;
     bool m_headersAreForeign = false;
     QUrl m_trusted; ///< The last URL of the job whose host may have all headers.
+    // What else the easy handle is set to.
+    QUrl m_url;
     std::shared_ptr<curl_slist> m_routes;
+    QByteArray m_method;
+    bool m_hasBody = false;
     std::array<char, CURL_ERROR_SIZE> m_errorText = {};
 
     std::shared_ptr<Job> m_job;
     Clock::time_point m_begin;
-    Clock::time_point m_lastMove;
+    Clock::time_point m_lastLook;
+    Clock::time_point m_lastMove; ///< When a look found that bytes had moved.
 
     /// The current job's answer so far.
     struct Answer
     {
         QByteArray data;
-        qint64 received = 0;
-        qint64 sent = 0;
+        qint64 moved = 0; ///< Bytes in both directions until the last look.
         qint64 headSize = 0;
+        int requests = 0;          ///< The job's own, and those of redirects.
         bool isUnanswered = false; ///< A request went out and no line of its answer came.
         bool isHeadWhole = false;
         bool wouldRepeat = false; ///< libcurl was about to send the request again.

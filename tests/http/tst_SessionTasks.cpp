@@ -47,12 +47,14 @@ RawServer::Script inTurn(const QByteArray &first, const QByteArray &second)
 }
 
 /// A body without an end.
-void endless(Connection &connection)
+RawServer::Script endless(const QByteArray &begin)
 {
-    connection.readRequest();
-    const QByteArray piece(1024 * 1024, 'x');
-    for (bool isOpen = connection.write(Ok + "\r\n"); isOpen;)
-        isOpen = connection.write(piece);
+    return [=](Connection &connection) {
+        connection.readRequest();
+        const QByteArray piece(1024 * 1024, 'x');
+        for (bool isOpen = connection.write(begin); isOpen;)
+            isOpen = connection.write(piece);
+    };
 }
 
 constexpr int Slots = 6;
@@ -126,6 +128,8 @@ private Q_SLOTS:
             connection.write("HTTP/1.1 400 Bad\r\n\r\n");
         };
         const auto chunked = Ok + "Transfer-Encoding: chunked\r\n\r\n";
+        const auto longRedirect =
+            "HTTP/1.1 302 Found\r\nLocation: /\r\nTransfer-Encoding: chunked\r\n\r\nfffffffff\r\n";
         const QByteArray filler = QByteArray("X-Filler: 0123456789\r\n").repeated(20000);
         const std::tuple<const char *, RawServer::Script, ErrorCode> cases[] = {
             {"closed at once", closed, ErrorCode::ConnectionLost},
@@ -141,14 +145,15 @@ private Q_SLOTS:
             {"out of HTTP", always(httpRedirect("302", "file:///etc/hostname")), ErrorCode::BadAnswer},
             {"redirect loop", always(httpRedirect("302", "/again")), ErrorCode::TooManyRedirects},
             {"declared too large", always(Ok + "Content-Length: 67108865\r\n\r\n"), ErrorCode::AnswerTooLarge},
-            {"too large", endless, ErrorCode::AnswerTooLarge},
+            {"too large", endless(Ok + "\r\n"), ErrorCode::AnswerTooLarge},
+            {"too large, redirected", endless(longRedirect), ErrorCode::AnswerTooLarge},
             {"endless head", always(Ok + filler + "\r\n"), ErrorCode::AnswerTooLarge},
         };
         for (const auto &[name, script, error] : cases) {
             const Case current(name);
             RawServer server(script);
             const auto url = server.url("/", error == ErrorCode::SecureConnectionFailed);
-            const HttpResult result = HttpLoad(httpGet(url)).resume().result();
+            const HttpResult result = HttpLoad(httpGet(url, 8s)).resume().result();
             QCOMPARE(result.errorCode(), int(error));
             QVERIFY(result.status == 0 && result.data.isEmpty());
             QCOMPARE(result.error->domain, QString(ErrorDomain));
