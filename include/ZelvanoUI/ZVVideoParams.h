@@ -45,7 +45,8 @@ public:
     QString imageUrl() const;
     QString stripUrl() const;
 
-    /// The thumbnail. Null until ZVImagesFetcher::fetchThumbnail() has stored it.
+    /// The thumbnail, in any size. Null until a fetch has stored it. A native view releases the images that it has
+    /// fetched when their cells are far from the viewport, and keeps those that you set.
     QImage image() const;
     void setImage(const QImage &image);
 

@@ -8,6 +8,8 @@
 #include <QThreadPool>
 #include <QtEndian>
 
+#include <algorithm>
+#include <cmath>
 #include <deque>
 #include <mutex>
 #include <utility>
@@ -17,6 +19,7 @@ namespace zelvano {
 namespace {
 
 constexpr qint64 mostPixels = qint64{16} * 1024 * 1024;
+constexpr double mostThumbnailPixels = 1e6;
 
 /// Judged by content: no other decoder of the process, such as SVG's, sees the bytes.
 QByteArray formatOf(const QByteArray &bytes)
@@ -39,6 +42,15 @@ QSize sizeOf(const QImageReader &reader, const QByteArray &bytes)
         return reader.size();
     return reader.size().expandedTo(
         {qFromLittleEndian<quint16>(bytes.constData() + 6), qFromLittleEndian<quint16>(bytes.constData() + 8)});
+}
+
+/// Large enough to cover the cell, in the picture's shape and at most as large as the picture.
+QSize thumbnailSize(QSize picture, QSize cell)
+{
+    const auto covering = cell.isEmpty() ? picture : picture.scaled(cell, Qt::KeepAspectRatioByExpanding);
+    const double pixels = double(covering.width()) * covering.height();
+    const auto size = covering * std::min(1.0, std::sqrt(mostThumbnailPixels / pixels));
+    return size.width() < picture.width() ? size.expandedTo({1, 1}) : picture;
 }
 
 /// Separate from Qt's global pool, where long tasks of a host would delay images.
@@ -97,7 +109,7 @@ private:
 
 } // namespace
 
-QImage decodedImage(const QByteArray &bytes)
+QImage decodedImage(const QByteArray &bytes, const std::optional<QSize> &cell)
 {
     const auto format = formatOf(bytes);
     if (format.isEmpty())
@@ -111,6 +123,13 @@ QImage decodedImage(const QByteArray &bytes)
     const QSize size = sizeOf(reader, bytes);
     if (size.isEmpty() || qint64(size.width()) * size.height() > mostPixels)
         return {};
+    if (cell) {
+        // The reader scales before it turns the picture.
+        const bool isTurned = reader.transformation() & QImageIOHandler::TransformationRotate90;
+        const auto scaled = thumbnailSize(size, isTurned ? cell->transposed() : *cell);
+        if (scaled != size)
+            reader.setScaledSize(scaled);
+    }
     auto image = reader.read();
     // The format of textures, so that the main thread does not convert the image.
     if (!image.isNull())
@@ -118,11 +137,11 @@ QImage decodedImage(const QByteArray &bytes)
     return image;
 }
 
-void decodeImageLater(const QByteArray &bytes, std::function<void(const QImage &image)> completion)
+void decodeLater(std::function<void()> job)
 {
     static std::once_flag watches;
     std::call_once(watches, [] { qAddPreRoutine([] { immortal<DecodingPool>().begin(); }); });
-    immortal<DecodingPool>().add([bytes, completion = std::move(completion)] { completion(decodedImage(bytes)); });
+    immortal<DecodingPool>().add(std::move(job));
 }
 
 } // namespace zelvano

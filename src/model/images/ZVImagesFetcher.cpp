@@ -5,6 +5,7 @@
 #include "Logging.h"
 #include "MainQueue.h"
 #include "Session.h"
+#include "ThumbnailRequest.h"
 #include <ZelvanoUI/ZVVideoParams.h>
 
 #include <utility>
@@ -16,28 +17,83 @@ namespace {
 /// A server that sends byte by byte would otherwise keep a connection forever.
 constexpr std::chrono::seconds LongestDownload(60);
 
-void imageDidLoad(const QString &url, const QByteArray &bytes, ZVImagesFetcher::Completion completion)
-{
-    decodeImageLater(bytes, [url, bytes, completion = std::move(completion)](const QImage &image) {
-        if (!image.isNull())
-            ImagesCache::shared().store(url, bytes, [&] { completion(image, std::nullopt); });
-    });
-}
+/// Null for bytes that are no image, or that nobody waits for any more.
+using Decode = std::function<QImage(const QByteArray &bytes)>;
 
-void download(const QString &url, ZVImagesFetcher::Completion completion)
+std::shared_ptr<http::Task> download(const QString &url, const Decode &decode,
+                                     const ZVImagesFetcher::Completion &completion)
 {
     http::Request request;
     request.url = QUrl(url, QUrl::StrictMode);
     request.totalTimeout = LongestDownload;
     request.purpose = http::Purpose::Picture;
-    http::Session::dataTask(request, [url, completion = std::move(completion)](const auto &response,
-                                                                               const auto &error) mutable {
-        if (error)
+    auto task = http::Session::dataTask(request, [=](const auto &response, const auto &error) {
+        if (error) {
             completion({}, error);
-        else if (!response.data.isEmpty())
-            imageDidLoad(url, response.data, std::move(completion));
-    })->resume();
+        } else if (!response.data.isEmpty()) {
+            decodeLater([=, bytes = response.data] {
+                if (const auto image = decode(bytes); !image.isNull())
+                    ImagesCache::shared().store(url, bytes, [&] { completion(image, std::nullopt); });
+            });
+        }
+    });
+    task->resume();
+    return task;
 }
+
+/// Null for a cached image.
+std::shared_ptr<http::Task> load(const QString &url, const Decode &decode, const ZVImagesFetcher::Completion &completion)
+{
+    const auto bytes = ImagesCache::shared().bytes(url);
+    if (bytes.isEmpty())
+        return download(url, decode, completion);
+    decodeLater([=] { completion(decode(bytes), std::nullopt); });
+    return nullptr;
+}
+
+QImage wholeImage(const QByteArray &bytes)
+{
+    return decodedImage(bytes);
+}
+
+std::shared_ptr<http::Task> loadThumbnail(const std::shared_ptr<ZVVideoParams> &video, QSize cell,
+                                          const std::function<bool()> &isWanted,
+                                          const std::function<void(bool hasImage)> &fetched,
+                                          const std::function<void()> &stored)
+{
+    const auto post = [isWanted](const auto &task) {
+        MainQueue::shared().post([=] {
+            if (isWanted())
+                task();
+        });
+    };
+    const auto decode = [=](const QByteArray &bytes) { return isWanted() ? decodedImage(bytes, cell) : QImage(); };
+    return load(video->imageUrl(), decode, [=](const QImage &image, const std::optional<Error> &error) {
+        if (!isWanted())
+            return;
+        post([=, hasImage = !image.isNull()] { fetched(hasImage); });
+        if (error)
+            ZV_LOG("Image Fetch Error " << error->description);
+        if (image.isNull())
+            return;
+        post([=] {
+            video->setImage(image);
+            stored();
+        });
+    });
+}
+
+/// Cancels at its end.
+struct Request
+{
+    ~Request()
+    {
+        if (task)
+            task->cancel();
+    }
+
+    std::shared_ptr<http::Task> task;
+};
 
 } // namespace
 
@@ -48,35 +104,31 @@ void ZVImagesFetcher::fetchImageAtURL(const QString &url, Completion completion)
     if (const auto bytes = ImagesCache::shared().bytes(url); !bytes.isEmpty())
         completion(decodedImage(bytes), std::nullopt);
     else
-        download(url, std::move(completion));
+        download(url, wholeImage, completion);
 }
 
 void ZVImagesFetcher::fetchImageInBackground(const QString &url, Completion completion)
 {
     if (!completion)
         completion = [](auto &&...) {};
-    if (const auto bytes = ImagesCache::shared().bytes(url); !bytes.isEmpty())
-        decodeImageLater(bytes, [completion = std::move(completion)](const auto &image) { completion(image, {}); });
-    else
-        download(url, std::move(completion));
+    load(url, wholeImage, completion);
 }
 
 void ZVImagesFetcher::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video, Callback stored, Callback fetched)
 {
-    fetchImageInBackground(video->imageUrl(), [=](const QImage &image, const std::optional<Error> &error) {
-        auto &queue = MainQueue::shared();
-        if (fetched)
-            queue.post(fetched);
-        if (error)
-            ZV_LOG("Image Fetch Error " << error->description);
-        if (image.isNull())
-            return;
-        queue.post([video, image, stored] {
-            video->setImage(image);
-            if (stored)
-                stored();
-        });
-    });
+    loadThumbnail(
+        video, {}, [] { return true; }, [=](bool) { fetched ? fetched() : void(); },
+        [=] { stored ? stored() : void(); });
+}
+
+std::shared_ptr<void> requestThumbnail(const std::shared_ptr<ZVVideoParams> &video, QSize cell,
+                                       const std::function<void(bool hasImage)> &fetched,
+                                       const std::function<void()> &stored)
+{
+    const auto request = std::make_shared<Request>();
+    const auto isWanted = [weak = std::weak_ptr(request)] { return !weak.expired(); };
+    request->task = loadThumbnail(video, cell, isWanted, fetched, stored);
+    return request;
 }
 
 QHash<QString, QByteArray> ZVImagesFetcher::cachedImages()

@@ -1,9 +1,11 @@
 #include "HttpLoad.h"
 #include "ImagesCache.h"
 #include "Pictures.h"
+#include "ThumbnailRequest.h"
 #include "Traffic.h"
 #include <ZelvanoUI/Sandbox.h>
 #include <ZelvanoUI/ZVImagesFetcher.h>
+#include <ZelvanoUI/ZVVideoParams.h>
 
 #include <atomic>
 #include <future>
@@ -197,6 +199,26 @@ private Q_SLOTS:
         ZVImagesFetcher::fetchImageAtURL(text, {});
         QTRY_VERIFY(ZVImagesFetcher::cachedImages().contains(text));
         QVERIFY(resultOf(fetch(m_sandbox.url(u"/thumbnails/2.jpg"_s))));
+    }
+
+    /// Large enough for their cell, of at most a megapixel, and in the picture's shape.
+    void sizesOfThumbnails()
+    {
+        const std::tuple<QSize, QSize, QSize> cases[] = {{{2000, 2000}, {}, {1000, 1000}},
+                                                         {{2000, 1000}, {300, 300}, {600, 300}},
+                                                         {{1000, 2000}, {300, 100}, {300, 600}},
+                                                         {{200, 100}, {300, 300}, {200, 100}},
+                                                         {{4000, 1}, {64, 64}, {4000, 1}}};
+        for (const auto &[size, cell, expected] : cases) {
+            for (const auto *format : {"PNG", "JPG"}) {
+                init();
+                const auto url = serve(u"/thumbnails/picture"_s, pictureFile(size, format));
+                const auto video = std::make_shared<ZVVideoParams>(QJsonObject{{"imageUrl"_L1, url.toString()}});
+                const auto request = requestThumbnail(
+                    video, cell, [](bool) {}, [] {});
+                QTRY_COMPARE(video->image().size(), expected);
+            }
+        }
     }
 
     /// Pictures and calls of one host have separate connections.
