@@ -108,11 +108,8 @@ void fetch(quint16 port)
 
 void show(ZVListView &list, Window &window, const std::shared_ptr<ZVRecommendation> &recommendation)
 {
-    const auto videos = recommendation->videoList();
     list.setRecommendations(recommendation);
-    Window::waitUntil([&] {
-        return std::none_of(videos.begin(), videos.end(), [](auto &video) { return video->image().isNull(); });
-    });
+    Window::waitUntil([&] { return list.videoCells().size() == recommendation->videoCount(); });
     window.waitForFrame();
 }
 

@@ -27,8 +27,8 @@ public:
     std::shared_ptr<ZVRecommendationViewDelegate> delegate() const override;
     void setDelegate(const std::shared_ptr<ZVRecommendationViewDelegate> &delegate) override;
 
-    /// Whether the view fetches a video's thumbnail, once, when its cell comes near the viewport. Off by default: the
-    /// cells then show the images that the host sets on the records.
+    /// Whether the view fetches a video's thumbnail when its cell comes near the viewport. Off by default: the cells
+    /// then show the images that the host sets on the records.
     bool loadsThumbnails() const;
     void setLoadsThumbnails(bool loads);
 

@@ -13,8 +13,8 @@ ZVTableView {
     width: 320
     height: 480
     clip: true
+    activeFocusOnTab: count > 0
     mirrored: LayoutMirroring.enabled
-    rowHeight: 188
     scroller: scroller
 
     Accessible.role: Accessible.List
@@ -29,14 +29,27 @@ ZVTableView {
         when: Qt.application.layoutDirection === Qt.RightToLeft // qmllint disable type
     }
 
-    Flickable {
+    ListView {
         id: scroller
 
         anchors.fill: parent
-        contentWidth: width
-        contentHeight: table.contentSize.height
-        flickableDirection: Flickable.VerticalFlick
         boundsBehavior: Flickable.DragOverBounds
+        cacheBuffer: height / 2
+        reuseItems: true
+        currentIndex: -1 // Its line would never be reused.
+        model: table.lines
+
+        delegate: ZVRecommendationTableViewCell {
+            required property int index
+            property bool shown: true
+
+            view: table
+            row: shown ? index : -1
+            z: index // The order of painting is the order of reading.
+
+            ListView.onPooled: shown = false
+            ListView.onReused: shown = true
+        }
     }
 
     ZVScrollIndicator {

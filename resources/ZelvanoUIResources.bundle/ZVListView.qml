@@ -13,6 +13,8 @@ ZVCollectionView {
     width: 320
     height: 480
     clip: true
+    activeFocusOnTab: count > 0
+    columns: 2
     mirrored: LayoutMirroring.enabled
     scroller: scroller
 
@@ -28,14 +30,47 @@ ZVCollectionView {
         when: Qt.application.layoutDirection === Qt.RightToLeft // qmllint disable type
     }
 
-    Flickable {
+    ListView {
         id: scroller
 
         anchors.fill: parent
-        contentWidth: width
-        contentHeight: list.contentSize.height
-        flickableDirection: Flickable.VerticalFlick
+        topMargin: list.inset
+        bottomMargin: list.inset
+        spacing: list.lineSpacing
         boundsBehavior: Flickable.DragOverBounds
+        cacheBuffer: height / 2
+        reuseItems: true
+        currentIndex: -1 // Its line would never be reused.
+        model: list.lines
+
+        delegate: Item {
+            id: line
+
+            required property int index
+            property bool shown: true
+
+            width: scroller.width
+            height: Math.max(first.height, second.visible ? second.height : 0)
+            z: index // The order of painting is the order of reading.
+
+            ListView.onPooled: shown = false
+            ListView.onReused: shown = true
+
+            ZVVideoCollectionViewCell {
+                id: first
+
+                x: list.mirrored ? line.width - list.inset - width : list.inset
+                view: list
+                row: line.shown ? 2 * line.index : -1
+            }
+            ZVVideoCollectionViewCell {
+                id: second
+
+                x: list.mirrored ? first.x - list.itemSpacing - width : first.x + first.width + list.itemSpacing
+                view: list
+                row: line.shown ? 2 * line.index + 1 : -1
+            }
+        }
     }
 
     ZVScrollIndicator {

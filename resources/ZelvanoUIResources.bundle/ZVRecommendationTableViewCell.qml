@@ -4,11 +4,8 @@ import QtQuick
 import ZelvanoUI.Interface
 
 // A category's name over its videos, which scroll sideways. The name has the host's text colour.
-Item {
+CategoryCell {
     id: row
-
-    // The cell.
-    required property var owner
 
     width: 320
     height: 188
@@ -40,24 +37,37 @@ Item {
         y: 38
         width: parent.width
         height: parent.height - y - 8
-        direction: Qt.Horizontal
-        itemSize: Qt.size(232, 130)
-        spacing: 12
-        inset: 0
         clip: true
         mirrored: LayoutMirroring.enabled
         scroller: scroller
 
-        Flickable {
+        ListView {
             id: scroller
 
             anchors.fill: parent
             leftMargin: 16
             rightMargin: 16
-            contentWidth: videos.contentSize.width
-            contentHeight: height
-            flickableDirection: Flickable.HorizontalFlick
+            spacing: 12
+            orientation: ListView.Horizontal
             boundsBehavior: Flickable.DragOverBounds
+            cacheBuffer: width / 2
+            reuseItems: true
+            currentIndex: -1 // Its line would never be reused.
+            model: videos.lines
+
+            delegate: ZVVideoCollectionViewCell {
+                required property int index
+                property bool shown: true
+
+                width: 232
+                height: 130
+                view: videos
+                row: shown ? index : -1
+                z: index
+
+                ListView.onPooled: shown = false
+                ListView.onReused: shown = true
+            }
         }
     }
 }

@@ -4,11 +4,8 @@ import QtQuick
 import ZelvanoUI.Interface
 
 // One video: an image under a badge, the title and the length. It has colours of its own, for light and dark hosts.
-Item {
+VideoCell {
     id: content
-
-    // The cell.
-    required property var owner
 
     readonly property real corner: 8
     // In words, for screen readers, what the badge's colour shows.
@@ -17,7 +14,7 @@ Item {
         MOSTVIEWED: qsTr("Most viewed"),
         MOSTRECENT: qsTr("Most recent")
     })
-    readonly property string categoryName: categoryNames[owner.category] ?? owner.category
+    readonly property string categoryName: categoryNames[category] ?? category
 
     width: 160
     height: 160
@@ -29,18 +26,18 @@ Item {
     Accessible.role: Accessible.ListItem
     Accessible.name: joined([titleLable.text, durationLabel.text, categoryName])
     Accessible.focusable: true
-    Accessible.focused: owner.current
-    Accessible.onPressAction: owner.activate()
+    Accessible.focused: current
+    Accessible.onPressAction: choose()
 
     Rectangle {
-        visible: !content.owner.clip
-        x: content.owner.shadowOffset.width
-        y: content.owner.shadowOffset.height
+        visible: !content.clip
+        x: content.shadowOffset.width
+        y: content.shadowOffset.height
         width: parent.width
         height: parent.height
-        radius: content.corner + content.owner.shadowRadius
+        radius: content.corner + content.shadowRadius
         color: "#000000"
-        opacity: content.owner.shadowOpacity / 3
+        opacity: content.shadowOpacity / 3
     }
 
     // Visible without an image.
@@ -135,7 +132,7 @@ Item {
 
     // Two rings: one is visible on any image.
     Rectangle {
-        visible: content.owner.current
+        visible: content.current
         anchors.fill: parent
         radius: content.corner
         color: "transparent"
@@ -156,7 +153,7 @@ Item {
 
     TapHandler {
         id: tap
-        onPressedChanged: if (pressed) content.owner.pressBegan()
-        onTapped: content.owner.activate()
+        onPressedChanged: if (pressed) content.pressBegan()
+        onTapped: content.activate()
     }
 }

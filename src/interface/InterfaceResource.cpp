@@ -35,8 +35,9 @@ std::unique_ptr<QQuickItem> load(QQmlEngine &engine, const QString &name, QObjec
     }
     QQmlComponent component(&engine, url);
     std::unique_ptr<QObject> object;
+    const auto properties = owner ? QVariantMap{{u"owner"_s, QVariant::fromValue(owner)}} : QVariantMap();
     if (component.isReady()) // Qt crashes when it creates from a broken file.
-        object.reset(component.createWithInitialProperties({{u"owner"_s, QVariant::fromValue(owner)}}));
+        object.reset(component.createWithInitialProperties(properties));
     if (auto *item = qobject_cast<QQuickItem *>(object.get())) {
         std::ignore = object.release(); // Now owned as a QQuickItem.
         QQmlEngine::setObjectOwnership(item, QQmlEngine::CppOwnership);

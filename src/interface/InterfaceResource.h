@@ -13,7 +13,7 @@ class QQmlEngine;
 
 namespace zelvano {
 
-/// The object tree of a .qml file of the library's bundle. The file's root receives its owner as the property "owner";
+/// The object tree of a .qml file of the library's bundle. The file's root receives the owner, if any, as "owner";
 /// outlets are the objects with an objectName. Main thread.
 class ZELVANOUI_EXPORT InterfaceResource
 {

@@ -296,7 +296,6 @@ private Q_SLOTS:
         host.run(u"late.recommendations = recs"_s);
         QVERIFY(host.waitForItems(u"late"_s, 4));
         const auto widthIn = [&](const QString &name) {
-            host.viewIn(name)->invalidateLayout();
             host.viewIn(name)->layoutIfNeeded();
             return host.viewIn(name)->cellForRow(0)->width();
         };

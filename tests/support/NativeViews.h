@@ -56,14 +56,24 @@ inline QJsonArray videosJson(int count, const QUrl &image = {}, const QStringLis
 
 inline QQuickItem *outletOf(const zelvano::ZVItemViewCell *cell, const QString &name)
 {
-    const auto items = cell ? cell->childItems() : QList<QQuickItem *>();
-    return items.isEmpty() ? nullptr : items.first()->findChild<QQuickItem *>(name);
+    return cell ? cell->findChild<QQuickItem *>(name) : nullptr;
 }
 
 inline QString textOf(const zelvano::ZVItemViewCell *cell, const QString &outlet)
 {
     const auto *label = outletOf(cell, outlet);
     return label ? label->property("text").toString() : QString();
+}
+
+/// The number of the view's cells below this item, shown or waiting for reuse.
+inline qsizetype cellCount(const zelvano::ZVItemView *view, const QQuickItem *item)
+{
+    qsizetype count = 0;
+    for (const auto *child : item->childItems()) {
+        const auto *cell = qobject_cast<const zelvano::ZVItemViewCell *>(child);
+        count += (cell && cell->view() == view ? 1 : 0) + cellCount(view, child);
+    }
+    return count;
 }
 
 /// A service on loopback, and a host's window with a native view.
@@ -82,6 +92,8 @@ public:
 
     zelvano::ZVItemView *items() const { return qobject_cast<zelvano::ZVItemView *>(view->view()); }
     zelvano::ZVItemViewCell *cell(qint64 row) const { return items()->cellForRow(row); }
+    /// The corner of a cell in the view.
+    QPointF place(qint64 row) const { return cell(row)->mapToItem(items(), {}); }
 
     /// The URL of a picture, unique for this name.
     QUrl picture(const QString &name, const QByteArray &body, std::chrono::milliseconds delay = {})
@@ -131,7 +143,7 @@ public:
     zelvano::sandbox::Sandbox sandbox;
     const std::shared_ptr<Picks> picks = std::make_shared<Picks>();
     HostWindow window;
-    const std::shared_ptr<View> view = View::create();
+    std::shared_ptr<View> view = View::create();
 
 private:
     inline static const auto common = QStringLiteral("common");

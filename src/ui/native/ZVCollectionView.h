@@ -4,23 +4,19 @@
 #include "ZVItemView.h"
 #include <ZelvanoUI/zelvanoui_export.h>
 
-#include <QMarginsF>
-#include <QSizeF>
 #include <qqmlintegration.h>
 
 namespace zelvano {
 
-/// Items of different sizes in lines; one section. Main thread.
+/// Items of one section in lines. Main thread.
 class ZELVANOUI_EXPORT ZVCollectionView : public zelvano::ZVItemView
 {
     Q_OBJECT
     QML_ELEMENT
-    /// The direction of scrolling.
-    Q_PROPERTY(Qt::Orientation direction MEMBER m_direction FINAL)
-    /// Defaults of the data source, in points.
-    Q_PROPERTY(QSizeF itemSize MEMBER m_itemSize FINAL)
-    Q_PROPERTY(double spacing MEMBER m_spacing FINAL)
-    Q_PROPERTY(double inset MEMBER m_inset FINAL)
+    // The data source's, in points and in whole pixels: other positions look blurred.
+    Q_PROPERTY(double lineSpacing MEMBER m_lineSpacing NOTIFY metricsChanged FINAL)
+    Q_PROPERTY(double itemSpacing MEMBER m_itemSpacing NOTIFY metricsChanged FINAL)
+    Q_PROPERTY(double inset MEMBER m_inset NOTIFY metricsChanged FINAL)
 
 public:
     ZVCollectionView();
@@ -28,24 +24,21 @@ public:
 
     /// Not owned; null for none.
     void setDataSource(ZVCollectionViewDataSource *source);
-
-    QSizeF itemSize() const { return m_itemSize; }
-    double spacing() const { return m_spacing; }
-    QMarginsF inset() const { return {m_inset, m_inset, m_inset, m_inset}; }
+    Q_SIGNAL void metricsChanged();
 
 protected:
     qint64 countItems() override;
-    QSizeF sizeOfItem(qint64 row) override;
-    ZVFlowLayout::Metrics metrics() override;
-    ZVItemViewCell *cellForItem(qint64 row) override;
+    void fillCell(ZVItemViewCell *cell) override;
     void selectItem(qint64 row) override;
+    void updateMetrics() override;
 
 private:
-    Qt::Orientation m_direction = Qt::Vertical;
-    QSizeF m_itemSize{100, 100};
-    double m_spacing = 0;
-    double m_inset = 0;
+    double snapped(double points) const;
+
     ZVCollectionViewDataSource *m_source = nullptr;
+    double m_lineSpacing = 0;
+    double m_itemSpacing = 0;
+    double m_inset = 0;
 };
 
 } // namespace zelvano

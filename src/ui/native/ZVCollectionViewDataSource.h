@@ -1,7 +1,5 @@
 #pragma once
 
-#include <ZelvanoUI/zelvanoui_export.h>
-
 #include <QMarginsF>
 #include <QSizeF>
 
@@ -18,21 +16,21 @@ struct IndexPath
 };
 
 /// The items of a collection view, their sizes, and the viewer's choices. Main thread.
-class ZELVANOUI_EXPORT ZVCollectionViewDataSource
+class ZVCollectionViewDataSource
 {
 public:
-    virtual ~ZVCollectionViewDataSource();
+    virtual ~ZVCollectionViewDataSource() = default;
 
     virtual qint64 numberOfItemsInSection(ZVCollectionView *view, qint64 section) = 0;
-    /// A filled cell from the view's dequeueReusableCell(); null leaves the place empty.
-    virtual ZVItemViewCell *cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) = 0;
+    /// Fills the reused cell.
+    virtual void cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path, ZVItemViewCell *cell) = 0;
     virtual void didSelectItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) = 0;
 
-    // In points; the view's own values by default.
-    virtual QSizeF sizeForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path);
-    virtual double minimumLineSpacingForSectionAtIndex(ZVCollectionView *view, qint64 section);
-    virtual double minimumInteritemSpacingForSectionAtIndex(ZVCollectionView *view, qint64 section);
-    virtual QMarginsF insetForSectionAtIndex(ZVCollectionView *view, qint64 section);
+    // In points. By default the interface resource places the cells.
+    virtual QSizeF sizeForItemAtIndexPath(ZVCollectionView *, const IndexPath &) { return {}; }
+    virtual double minimumLineSpacingForSectionAtIndex(ZVCollectionView *, qint64) { return 0; }
+    virtual double minimumInteritemSpacingForSectionAtIndex(ZVCollectionView *, qint64) { return 0; }
+    virtual QMarginsF insetForSectionAtIndex(ZVCollectionView *, qint64) { return {}; }
 };
 
 } // namespace zelvano

@@ -3,11 +3,9 @@
 #include "ZVItemViewCell.h"
 
 #include <QKeyEvent>
-#include <QQuickWindow>
 #include <QScopedValueRollback>
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 // Generated. The reference keeps the registration of the QML types in programs that link the library statically.
@@ -18,91 +16,76 @@ namespace zelvano {
 
 namespace {
 
-constexpr double marginShare = 0.5; // Of the view's extent: so far before and after it rows have cells.
+// ListView's modes of positioning.
+constexpr int atBeginning = 0;
+constexpr int contained = 4;
+
+/// The window changed, not the focus within it.
+bool isByWindow(const QFocusEvent *event)
+{
+    return event->reason() == Qt::ActiveWindowFocusReason || event->reason() == Qt::PopupFocusReason;
+}
 
 } // namespace
 
-ZVItemView::ZVItemView() = default;
-ZVItemView::~ZVItemView() = default;
-
-void ZVItemView::setScroller(QQuickItem *scroller)
+void LineModel::setCount(int count)
 {
-    if (m_scroller == scroller)
-        return;
-    if (m_scroller)
-        disconnect(m_scroller, nullptr, this, nullptr);
-    m_scroller = scroller;
-    if (scroller) {
-        connect(scroller, SIGNAL(contentXChanged()), this, SLOT(viewportDidMove()));
-        connect(scroller, SIGNAL(contentYChanged()), this, SLOT(viewportDidMove()));
+    if (count > m_count) {
+        beginInsertRows({}, m_count, count - 1);
+        m_count = count;
+        endInsertRows();
+    } else if (count < m_count) {
+        beginRemoveRows({}, count, m_count - 1);
+        m_count = count;
+        endRemoveRows();
     }
-    Q_EMIT scrollerChanged();
-    polish();
 }
 
-void ZVItemView::setMirrored(bool mirrored)
-{
-    if (m_isMirrored == mirrored)
-        return;
-    m_isMirrored = mirrored;
-    m_restartsWhenMirrored = true;
-    Q_EMIT mirroredChanged();
-    polish();
-}
+ZVItemView::ZVItemView() = default;
 
-void ZVItemView::viewportDidMove()
+ZVItemView::~ZVItemView()
 {
-    polish();
+    for (const auto &[row, cell] : m_cells)
+        cell->m_view = nullptr;
 }
 
 // Cells
 
-void ZVItemView::registerCell(const QString &identifier, const CellFactory &factory)
+void ZVItemView::addCell(ZVItemViewCell *cell)
 {
-    m_factories.insert(identifier, factory);
+    m_cells[cell->row()] = cell;
+    showCell(cell);
 }
 
-ZVItemViewCell *ZVItemView::dequeueReusableCell(const QString &identifier)
+void ZVItemView::removeCell(ZVItemViewCell *cell)
 {
-    auto &waiting = m_reusable[identifier];
-    if (!waiting.empty()) {
-        auto *const cell = waiting.back();
-        waiting.pop_back();
-        cell->setVisible(true);
-        return cell;
-    }
-    const auto factory = m_factories.value(identifier);
-    auto *const cell = factory ? factory() : nullptr;
-    if (!cell)
-        return nullptr;
-    ++m_cellCount;
-    cell->m_view = this;
-    cell->m_identifier = identifier;
-    cell->setParent(this);
-    cell->setParentItem(m_scroller ? m_scroller->property("contentItem").value<QQuickItem *>() : this);
-    return cell;
+    if (cellForRow(cell->row()) == cell)
+        m_cells.erase(cell->row());
+}
+
+void ZVItemView::showCell(ZVItemViewCell *cell)
+{
+    const bool exists = cell->row() < countItems(); // The last line may have fewer cells.
+    cell->setVisible(exists);
+    if (exists)
+        fillCell(cell);
+    cell->setCurrent(m_showsCurrent && cell->row() == m_currentRow);
 }
 
 ZVItemViewCell *ZVItemView::cellForRow(qint64 row) const
 {
-    const auto found = m_shown.find(row);
-    return found == m_shown.end() ? nullptr : found->second;
+    const auto found = m_cells.find(row);
+    return found == m_cells.end() ? nullptr : found->second;
 }
 
 std::vector<ZVItemViewCell *> ZVItemView::shownCells() const
 {
     std::vector<ZVItemViewCell *> cells;
-    for (const auto &[row, cell] : m_shown)
-        cells.push_back(cell);
+    for (const auto &[row, cell] : m_cells) {
+        if (row < m_count)
+            cells.push_back(cell);
+    }
     return cells;
-}
-
-void ZVItemView::recycle(ZVItemViewCell *cell)
-{
-    cell->m_row = -1;
-    cell->setCurrent(false);
-    cell->prepareForReuse();
-    m_reusable[cell->m_identifier].push_back(cell);
 }
 
 // Layout
@@ -110,210 +93,137 @@ void ZVItemView::recycle(ZVItemViewCell *cell)
 void ZVItemView::reloadData()
 {
     m_isDataStale = true;
-    invalidateLayout();
-}
-
-void ZVItemView::invalidateLayout()
-{
-    m_isLayoutStale = true;
     polish();
 }
 
 void ZVItemView::insertItemAtEnd()
 {
-    if (m_isLayoutStale || metrics() != m_layout.metrics())
-        m_isLayoutStale = true; // The next frame lays out everything, the new item too.
-    else
-        m_layout.append(sizeOfItem(m_layout.count()));
     polish();
 }
 
 void ZVItemView::updatePolish()
 {
-    layoutIfNeeded();
+    updateItems();
 }
 
 void ZVItemView::layoutIfNeeded()
 {
-    if (m_isLayingOut)
-        return; // Called while a cell is being filled; polish() is already scheduled.
-    const QScopedValueRollback busy(m_isLayingOut, true);
-    if (std::exchange(m_isLayoutStale, false))
-        placeItems();
-    publishContentSize();
-    // The start is at the right end of the content, which has moved.
-    if (std::exchange(m_restartsWhenMirrored, false) && runsLeft())
-        scrollToStart();
-    updateCells();
+    updateItems();
+    call("forceLayout");
 }
 
-void ZVItemView::placeItems()
+void ZVItemView::updateItems()
 {
-    m_layout.start(metrics());
-    const auto count = countItems();
-    for (qint64 row = 0; row < count; ++row)
-        m_layout.append(sizeOfItem(row));
-    m_currentRow = std::clamp<qint64>(m_currentRow, 0, std::max<qint64>(count - 1, 0));
-}
-
-void ZVItemView::publishContentSize()
-{
-    const auto size = isVertical() ? QSizeF(width(), m_layout.length()) : QSizeF(contentLength(), height());
-    if (m_contentSize == size)
+    if (m_isUpdating)
         return;
-    m_contentSize = size;
-    m_restartsWhenMirrored = true;
-    Q_EMIT contentSizeChanged();
-}
-
-void ZVItemView::updateCells()
-{
-    if (width() > 0 && height() > 0)
-        fillViewport();
-    else
-        recycleOutside(0, 0); // Without an extent all items would be in the viewport.
-    for (const auto &waiting : std::as_const(m_reusable)) {
-        for (auto *const cell : waiting)
-            cell->setVisible(false);
+    const QScopedValueRollback busy(m_isUpdating, true);
+    const auto countBefore = std::exchange(m_count, countItems());
+    const auto firstStale = std::exchange(m_isDataStale, false) ? 0 : std::min(countBefore, m_count);
+    updateMetrics();
+    const bool hasExtent = width() > 0 && height() > 0; // Without one all lines would be in the viewport.
+    m_lines.setCount(hasExtent ? static_cast<int>((m_count + m_columns - 1) / m_columns) : 0);
+    const auto cells = m_cells; // A filled cell may change the registered ones.
+    for (const auto &[row, cell] : cells) {
+        if (row >= firstStale && cellForRow(row) == cell)
+            showCell(cell);
     }
-    markCurrent();
-}
-
-/// A frame that creates cells fills the viewport only; the rows around it follow in a later frame.
-void ZVItemView::fillViewport()
-{
-    const double margin = extent() * marginShare;
-    const auto [firstSeen, endSeen] = m_layout.rowsBetween(offset(), offset() + extent());
-    const auto [first, end] = m_layout.rowsBetween(offset() - margin, offset() + extent() + margin);
-    recycleOutside(first, end);
-    const bool isDataStale = std::exchange(m_isDataStale, false);
-    const auto before = m_cellCount;
-    updateRows(firstSeen, endSeen, isDataStale);
-    if (m_cellCount > before) {
-        recycleOutside(firstSeen, endSeen);
-        QMetaObject::invokeMethod(this, &QQuickItem::polish, Qt::QueuedConnection);
-    } else {
-        updateRows(first, firstSeen, isDataStale);
-        updateRows(std::max(first, endSeen), end, isDataStale);
+    if (m_count != countBefore) {
+        m_currentRow = std::clamp<qint64>(m_currentRow, 0, std::max<qint64>(m_count - 1, 0));
+        markCurrent();
+        Q_EMIT countChanged();
     }
-}
-
-void ZVItemView::updateRows(qint64 first, qint64 end, bool isDataStale)
-{
-    for (qint64 row = first; row < end; ++row) {
-        if (auto *const cell = cellForRow(row); cell && !isDataStale)
-            placeCell(cell);
-        else
-            showRow(row);
-    }
-}
-
-void ZVItemView::recycleOutside(qint64 first, qint64 end)
-{
-    std::erase_if(m_shown, [&](const auto &entry) {
-        const bool isOutside = entry.first < first || entry.first >= end;
-        if (isOutside)
-            recycle(entry.second);
-        return isOutside;
-    });
-}
-
-void ZVItemView::showRow(qint64 row)
-{
-    // A row keeps its cell: the one recycled last is dequeued first.
-    if (const auto shown = m_shown.find(row); shown != m_shown.end()) {
-        recycle(shown->second);
-        m_shown.erase(shown);
-    }
-    auto *const cell = cellForItem(row);
-    if (!cell)
-        return;
-    cell->m_row = row;
-    m_shown.emplace(row, cell);
-    placeCell(cell);
-}
-
-/// Aligns to whole pixels of the screen: other positions look blurred.
-void ZVItemView::placeCell(ZVItemViewCell *cell)
-{
-    const double pixels = window() ? window()->effectiveDevicePixelRatio() : 1;
-    const auto snap = [&](double value) { return std::round(value * pixels) / pixels; };
-    auto rect = m_layout.rect(cell->row());
-    if (m_isMirrored)
-        rect.moveLeft((isVertical() ? width() : contentLength()) - rect.right());
-    const QPointF topLeft(snap(rect.left()), snap(rect.top()));
-    cell->setPosition(topLeft);
-    cell->setSize({snap(rect.right()) - topLeft.x(), snap(rect.bottom()) - topLeft.y()});
+    if (const auto row = hasExtent ? std::exchange(m_rowToKeep, -1) : -1; row >= 0)
+        row < m_columns ? scrollToStart() : showLine(row, atBeginning);
 }
 
 void ZVItemView::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)
 {
+    const bool isResized = newGeometry.size() != oldGeometry.size();
+    if (isResized && m_rowToKeep < 0)
+        m_rowToKeep = firstRowInSight();
     QQuickItem::geometryChange(newGeometry, oldGeometry);
-    if (newGeometry.size() == oldGeometry.size())
-        return;
-    m_restartsWhenMirrored = true;
-    invalidateLayout();
+    if (isResized)
+        reloadData();
 }
 
 // Scrolling
 
-/// The scroller's margin before the first item and after the last.
-double ZVItemView::margin() const
+bool ZVItemView::isVertical() const
 {
-    return m_scroller ? m_scroller->property(isVertical() ? "topMargin" : "leftMargin").toDouble() : 0;
+    return !m_scroller || m_scroller->property("orientation").toInt() == Qt::Vertical;
 }
 
-/// A row from right to left starts at the right edge, with few items too.
-double ZVItemView::contentLength() const
+bool ZVItemView::isInSight(qint64 row) const
 {
-    return runsLeft() ? std::max(m_layout.length(), extent() - 2 * margin()) : m_layout.length();
+    const auto *cell = cellForRow(row);
+    return cell && cell->mapRectToItem(this, cell->boundingRect()).intersects(boundingRect());
 }
 
-/// Distance from the start of the content, which is at the right for a row from right to left.
-double ZVItemView::offset() const
+qint64 ZVItemView::firstRowInSight() const
 {
-    const double position = m_scroller ? m_scroller->property(isVertical() ? "contentY" : "contentX").toDouble() : 0;
-    return runsLeft() ? contentLength() - extent() - position : position;
+    const auto found = std::ranges::find_if(m_cells, [this](const auto &entry) { return isInSight(entry.first); });
+    return found == m_cells.end() ? -1 : found->first;
 }
 
-void ZVItemView::setOffset(double offset)
+void ZVItemView::call(const char *function) const
+{
+    if (m_scroller)
+        QMetaObject::invokeMethod(m_scroller, function);
+}
+
+void ZVItemView::showLine(qint64 row, int mode) const
+{
+    if (m_scroller)
+        QMetaObject::invokeMethod(m_scroller, "positionViewAtIndex", Q_ARG(int, static_cast<int>(row / m_columns)),
+                                  Q_ARG(int, mode));
+}
+
+/// With the margin around the lines, which ListView leaves out.
+void ZVItemView::scrollToEdge(Edge edge)
 {
     if (!m_scroller)
         return;
-    const double last = std::max(contentLength() - extent() + margin(), -margin());
-    const double valid = std::clamp(offset, -margin(), last);
-    QMetaObject::invokeMethod(m_scroller, "cancelFlick");
-    m_scroller->setProperty(isVertical() ? "contentY" : "contentX",
-                            runsLeft() ? contentLength() - extent() - valid : valid);
-}
-
-void ZVItemView::scrollToStart()
-{
-    setOffset(-margin());
+    const bool vertical = isVertical();
+    const auto value = [this](const char *name) { return m_scroller->property(name).toDouble(); };
+    call("cancelFlick");
+    call(edge == Edge::Start ? "positionViewAtBeginning" : "positionViewAtEnd");
+    const double margin = value(vertical ? "topMargin" : "leftMargin");
+    const double origin = value(vertical ? "originY" : "originX");
+    const double low = origin - margin;
+    const double high =
+        origin + value(vertical ? "contentHeight" : "contentWidth") + margin - (vertical ? height() : width());
+    const bool isLow = (edge == Edge::Start) != (m_isMirrored && !vertical);
+    // Few items stay at the start.
+    const double position = edge == Edge::Start ? (isLow ? low : high)
+                            : isLow             ? std::min(low, high)
+                                                : std::max(low, high);
+    m_scroller->setProperty(vertical ? "contentY" : "contentX", position);
 }
 
 void ZVItemView::scrollToRow(qint64 row)
 {
     layoutIfNeeded();
-    if (row < 0 || row >= m_layout.count())
+    if (row < 0 || row >= m_count)
         return;
-    const auto rect = m_layout.rect(row);
-    const auto &inset = m_layout.metrics().inset;
-    const double start = (isVertical() ? rect.top() - inset.top() : rect.left() - inset.left()) - margin();
-    const double end = (isVertical() ? rect.bottom() + inset.bottom() : rect.right() + inset.right()) + margin();
-    if (start < offset())
-        setOffset(start);
-    else if (end > offset() + extent())
-        setOffset(end - extent());
-    layoutIfNeeded();
+    if (row < m_columns) {
+        scrollToStart();
+    } else if (row / m_columns == (m_count - 1) / m_columns) {
+        scrollToEdge(Edge::End);
+    } else {
+        call("cancelFlick");
+        showLine(row, contained);
+    }
+    call("forceLayout");
 }
 
 // Input
 
-/// A press that stops a flick chooses nothing.
+/// A press that stops a movement chooses nothing. The view itself may move, or a view around it.
 void ZVItemView::pressDidBegin()
 {
     m_pressStopsMovement = m_scroller && m_scroller->property("moving").toBool();
+    for (const auto *item = parentItem(); item && !m_pressStopsMovement; item = item->parentItem())
+        m_pressStopsMovement = item->property("moving").toBool();
 }
 
 void ZVItemView::cellWasTapped(qint64 row)
@@ -324,24 +234,12 @@ void ZVItemView::cellWasTapped(qint64 row)
     setShowsCurrent(false);
     if (activeFocusOnTab())
         forceActiveFocus(Qt::MouseFocusReason);
-    select(row);
-}
-
-/// Queued: the delegate may drop the view, which must not happen inside a handler of the view.
-void ZVItemView::select(qint64 row)
-{
-    QMetaObject::invokeMethod(
-        this,
-        [this, row] {
-            if (row < m_layout.count())
-                selectItem(row);
-        },
-        Qt::QueuedConnection);
+    selectItem(row);
 }
 
 void ZVItemView::setCurrentRow(qint64 row)
 {
-    if (row < 0 || row >= m_layout.count())
+    if (row < 0 || row >= m_count)
         return;
     m_currentRow = row;
     markCurrent();
@@ -355,64 +253,71 @@ void ZVItemView::setShowsCurrent(bool shows)
 
 void ZVItemView::markCurrent()
 {
-    for (const auto &[row, cell] : m_shown)
+    for (const auto &[row, cell] : m_cells)
         cell->setCurrent(m_showsCurrent && row == m_currentRow);
 }
 
+/// At an end the current row.
 qint64 ZVItemView::rowForKey(int key) const
 {
-    const auto row = m_currentRow;
-    const int rightwards = m_isMirrored ? -1 : 1;
+    const auto *cell = cellForRow(m_currentRow);
+    const double length = cell ? cell->height() : height();
+    const auto linesInPage = std::max<qint64>(1, static_cast<qint64>(height() / std::max(length, 1.0)));
+    const auto last = m_count - 1;
+    const auto moved = [&](qint64 lines) {
+        const auto row = m_currentRow + lines * m_columns;
+        const auto lastLine = last / m_columns;
+        if (row < 0)
+            return lines == -1 ? m_currentRow : m_currentRow % m_columns;
+        return row / m_columns > lastLine && lines == 1 ? m_currentRow : std::min(row, last);
+    };
+    const bool isVertical = this->isVertical();
     switch (key) {
     case Qt::Key_Left:
-        return isVertical() ? row - rightwards : m_layout.neighbour(row, -rightwards);
-    case Qt::Key_Right:
-        return isVertical() ? row + rightwards : m_layout.neighbour(row, rightwards);
+    case Qt::Key_Right: {
+        const auto row = m_currentRow + ((key == Qt::Key_Right) != m_isMirrored ? 1 : -1);
+        return isVertical && m_columns == 1 ? m_currentRow : std::clamp<qint64>(row, 0, last);
+    }
     case Qt::Key_Up:
-        return isVertical() ? m_layout.neighbour(row, -1) : m_layout.besides(row, -1);
+        return isVertical ? moved(-1) : m_currentRow;
     case Qt::Key_Down:
-        return isVertical() ? m_layout.neighbour(row, 1) : m_layout.besides(row, 1);
+        return isVertical ? moved(1) : m_currentRow;
     case Qt::Key_PageUp:
-        return isVertical() ? rowOnePageOn(-1) : row;
+        return isVertical ? moved(-linesInPage) : m_currentRow;
     case Qt::Key_PageDown:
-        return isVertical() ? rowOnePageOn(1) : row;
+        return isVertical ? moved(linesInPage) : m_currentRow;
     case Qt::Key_Home:
         return 0;
     case Qt::Key_End:
-        return m_layout.count() - 1;
+        return last;
     default:
-        return row;
-    }
-}
-
-qint64 ZVItemView::rowOnePageOn(int direction) const
-{
-    auto row = m_currentRow;
-    const auto limit = m_layout.rect(row).top() + direction * height();
-    for (;;) {
-        const auto next = m_layout.neighbour(row, direction);
-        if (next == row || (m_layout.rect(next).top() - limit) * direction > 0)
-            return row;
-        row = next;
+        return m_currentRow;
     }
 }
 
 bool ZVItemView::handleKey(QKeyEvent *event)
 {
     layoutIfNeeded();
-    if (m_layout.count() == 0)
+    const auto key = event->key();
+    const bool chooses = key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space || key == Qt::Key_Select;
+    // A key with a modifier is the host's.
+    if (m_count == 0 || (event->modifiers() & ~Qt::KeypadModifier))
         return false;
     m_showsCurrent = true;
     markCurrent();
+    if (chooses && !isInSight(m_currentRow)) {
+        scrollToRow(m_currentRow);
+        return true;
+    }
     if (auto *const cell = cellForRow(m_currentRow); cell && cell->handleKey(event))
         return true;
-    const auto key = event->key();
-    if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space || key == Qt::Key_Select) {
-        select(m_currentRow);
+    if (chooses) {
+        if (!event->isAutoRepeat())
+            selectItem(m_currentRow);
         return true;
     }
     const auto row = rowForKey(key);
-    if (row == m_currentRow || row < 0 || row >= m_layout.count())
+    if (row == m_currentRow)
         return false; // At an end the parent items handle the key.
     setCurrentRow(row);
     scrollToRow(row);
@@ -427,6 +332,8 @@ void ZVItemView::keyPressEvent(QKeyEvent *event)
 void ZVItemView::focusInEvent(QFocusEvent *event)
 {
     QQuickItem::focusInEvent(event);
+    if (isByWindow(event))
+        return;
     setShowsCurrent(event->reason() != Qt::MouseFocusReason);
     if (m_showsCurrent)
         scrollToRow(m_currentRow);
@@ -435,7 +342,8 @@ void ZVItemView::focusInEvent(QFocusEvent *event)
 void ZVItemView::focusOutEvent(QFocusEvent *event)
 {
     QQuickItem::focusOutEvent(event);
-    setShowsCurrent(false);
+    if (!isByWindow(event))
+        setShowsCurrent(false);
 }
 
 } // namespace zelvano

@@ -1,14 +1,12 @@
 #pragma once
 
-#include "ZVFlowLayout.h"
 #include <ZelvanoUI/zelvanoui_export.h>
 
-#include <QHash>
+#include <QAbstractListModel>
 #include <QPointer>
 #include <QQuickItem>
 #include <qqmlintegration.h>
 
-#include <functional>
 #include <map>
 #include <vector>
 
@@ -16,58 +14,59 @@ namespace zelvano {
 
 class ZVItemViewCell;
 
-/// A scrolling view of items. Only items near the viewport have cells, which are reused.
+/// The lines of an item view: a number of rows without data. Main thread.
+class LineModel : public QAbstractListModel
+{
+public:
+    int rowCount(const QModelIndex &parent) const override { return parent.isValid() ? 0 : m_count; }
+    QVariant data(const QModelIndex &, int) const override { return {}; }
+    /// Adds or removes lines at the end.
+    void setCount(int count);
+
+private:
+    int m_count = 0;
+};
+
+/// A scrolling view of items. Its interface resource has a ListView of lines, which creates, reuses and places the
+/// cells. A cell registers itself with its row, and the view has it filled.
 ///
-/// Its interface resource sets a Flickable as scroller. The arrow keys, Home, End, Page Up and Page Down move between
-/// items, Return and Space choose one. Main thread.
+/// The arrow keys, Home, End, Page Up and Page Down move between items, Return and Space choose one. Main thread.
 class ZELVANOUI_EXPORT ZVItemView : public QQuickItem
 {
     Q_OBJECT
     QML_ANONYMOUS
-    Q_PROPERTY(QQuickItem *scroller READ scroller WRITE setScroller NOTIFY scrollerChanged FINAL)
-    /// From right to left. Set by the interface resource, from the application's or the host item's layout direction.
-    Q_PROPERTY(bool mirrored READ isMirrored WRITE setMirrored NOTIFY mirroredChanged FINAL)
-    Q_PROPERTY(QSizeF contentSize READ contentSize NOTIFY contentSizeChanged FINAL)
+    /// The ListView. Set by the interface resource, like the next two.
+    Q_PROPERTY(QQuickItem *scroller READ scroller MEMBER m_scroller FINAL)
+    /// Cells in a line.
+    Q_PROPERTY(int columns MEMBER m_columns FINAL)
+    /// From right to left, as the application or the host's item.
+    Q_PROPERTY(bool mirrored MEMBER m_isMirrored NOTIFY mirroredChanged FINAL)
+    Q_PROPERTY(QAbstractItemModel *lines READ lines CONSTANT FINAL)
+    Q_PROPERTY(int count READ itemCount NOTIFY countChanged FINAL)
 
 public:
-    /// Returns null when the cell cannot be created.
-    using CellFactory = std::function<ZVItemViewCell *()>;
-
     ~ZVItemView() override;
 
     QQuickItem *scroller() const { return m_scroller; }
-    void setScroller(QQuickItem *scroller);
-    Q_SIGNAL void scrollerChanged();
-    bool isMirrored() const { return m_isMirrored; }
-    void setMirrored(bool mirrored);
+    QAbstractItemModel *lines() { return &m_lines; }
+    qint64 itemCount() const { return m_count; }
+    Q_SIGNAL void countChanged();
     Q_SIGNAL void mirroredChanged();
-    QSizeF contentSize() const { return m_contentSize; }
-    Q_SIGNAL void contentSizeChanged();
 
-    void registerCell(const QString &identifier, const CellFactory &factory);
-    /// A cell for the data source to fill. Null when the identifier is unknown or the cell cannot be created. The view
-    /// owns it.
-    ZVItemViewCell *dequeueReusableCell(const QString &identifier);
-
-    /// Reads count, sizes and cells again.
+    /// Reads count, sizes and contents again before the next frame.
     void reloadData();
-    /// Adds one item at the end.
+    /// Reads the count again before the next frame.
     void insertItemAtEnd();
-    /// Reads the sizes again.
-    void invalidateLayout();
     /// Applies pending changes now instead of before the next frame.
     void layoutIfNeeded();
 
-    qint64 itemCount() const { return m_layout.count(); }
     /// Null while the row is not near the viewport.
     ZVItemViewCell *cellForRow(qint64 row) const;
     std::vector<ZVItemViewCell *> shownCells() const;
-    /// The number of cells, shown and reusable.
-    qint64 cellCount() const { return m_cellCount; }
 
     /// Scrolls until the whole row is visible.
     void scrollToRow(qint64 row);
-    void scrollToStart();
+    void scrollToStart() { scrollToEdge(Edge::Start); }
 
     /// The row that keys act on; 0 at first.
     qint64 currentRow() const { return m_currentRow; }
@@ -80,11 +79,9 @@ protected:
     ZVItemView();
 
     virtual qint64 countItems() = 0;
-    virtual QSizeF sizeOfItem(qint64 row) = 0;
-    virtual ZVFlowLayout::Metrics metrics() = 0;
-    /// Dequeues and fills a cell.
-    virtual ZVItemViewCell *cellForItem(qint64 row) = 0;
+    virtual void fillCell(ZVItemViewCell *cell) = 0;
     virtual void selectItem(qint64 row) = 0;
+    virtual void updateMetrics() {}
 
     void updatePolish() override;
     void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;
@@ -95,46 +92,36 @@ protected:
 private:
     friend class ZVItemViewCell;
 
+    // Called by cells.
+    void addCell(ZVItemViewCell *cell);
+    void removeCell(ZVItemViewCell *cell);
     void pressDidBegin();
     void cellWasTapped(qint64 row);
-    void select(qint64 row);
 
-    bool isVertical() const { return m_layout.metrics().direction == Qt::Vertical; }
-    double extent() const { return isVertical() ? height() : width(); }
-    bool runsLeft() const { return m_isMirrored && !isVertical(); }
-    double margin() const;
-    double contentLength() const;
-    double offset() const;
-    void setOffset(double offset);
-    void placeItems();
-    void publishContentSize();
-    void updateCells();
-    void fillViewport();
-    void updateRows(qint64 first, qint64 end, bool isDataStale);
-    void recycleOutside(qint64 first, qint64 end);
-    void showRow(qint64 row);
-    void placeCell(ZVItemViewCell *cell);
-    void recycle(ZVItemViewCell *cell);
+    bool isVertical() const;
+    bool isInSight(qint64 row) const;
+    qint64 firstRowInSight() const;
+    void updateItems();
+    void showCell(ZVItemViewCell *cell);
     void markCurrent();
     qint64 rowForKey(int key) const;
-    qint64 rowOnePageOn(int direction) const;
-    Q_SLOT void viewportDidMove();
+    void call(const char *function) const;
+    void showLine(qint64 row, int mode) const;
+    enum class Edge { Start, End };
+    void scrollToEdge(Edge edge);
 
+    LineModel m_lines;
     QPointer<QQuickItem> m_scroller;
-    QHash<QString, CellFactory> m_factories;
-    std::map<qint64, ZVItemViewCell *> m_shown;
-    QHash<QString, std::vector<ZVItemViewCell *>> m_reusable;
-    qint64 m_cellCount = 0;
-    ZVFlowLayout m_layout;
-    QSizeF m_contentSize;
-    bool m_isDataStale = false;
-    bool m_isLayoutStale = true;
-    bool m_isLayingOut = false;
+    std::map<qint64, ZVItemViewCell *> m_cells; ///< By row.
+    qint64 m_count = 0;
+    qint64 m_currentRow = 0;
+    qint64 m_rowToKeep = -1; ///< The first row in sight before a change of the size.
+    int m_columns = 1;
     bool m_isMirrored = false;
-    bool m_restartsWhenMirrored = false;
+    bool m_isDataStale = false;
+    bool m_isUpdating = false;
     bool m_pressStopsMovement = false;
     bool m_showsCurrent = false;
-    qint64 m_currentRow = 0;
 };
 
 } // namespace zelvano

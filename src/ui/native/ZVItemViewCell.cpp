@@ -1,12 +1,45 @@
 #include "ZVItemViewCell.h"
 
-#include "InterfaceResource.h"
-#include "ZVItemView.h"
+#include <QAccessible>
 
 namespace zelvano {
 
 ZVItemViewCell::ZVItemViewCell() = default;
-ZVItemViewCell::~ZVItemViewCell() = default;
+
+ZVItemViewCell::~ZVItemViewCell()
+{
+    if (m_view)
+        m_view->removeCell(this);
+}
+
+void ZVItemViewCell::setView(ZVItemView *view)
+{
+    m_view = view;
+}
+
+void ZVItemViewCell::setRow(qint64 row)
+{
+    if (m_row == row)
+        return;
+    if (m_view && isComponentComplete())
+        m_view->removeCell(this);
+    m_row = row;
+    if (row < 0) {
+        setVisible(false);
+        setCurrent(false);
+        prepareForReuse();
+    } else if (m_view && isComponentComplete()) {
+        m_view->addCell(this);
+    }
+    Q_EMIT rowChanged();
+}
+
+void ZVItemViewCell::componentComplete()
+{
+    QQuickItem::componentComplete();
+    if (m_view && m_row >= 0)
+        m_view->addCell(this);
+}
 
 void ZVItemViewCell::setCurrent(bool current)
 {
@@ -14,6 +47,10 @@ void ZVItemViewCell::setCurrent(bool current)
         return;
     m_isCurrent = current;
     Q_EMIT currentChanged();
+    if (current) {
+        QAccessibleEvent focus(this, QAccessible::Focus);
+        QAccessible::updateAccessibility(&focus);
+    }
 }
 
 void ZVItemViewCell::pressBegan()
@@ -28,27 +65,15 @@ void ZVItemViewCell::activate()
         m_view->cellWasTapped(m_row);
 }
 
-InterfaceResource *ZVItemViewCell::loadContent(const QString &name)
+void ZVItemViewCell::choose()
 {
-    m_content = std::make_unique<InterfaceResource>(name, this);
-    auto *const root = m_content->root();
-    if (!root)
-        return nullptr;
-    setSize(root->size());
-    root->setParentItem(this);
-    return m_content.get();
+    if (m_view && m_row >= 0)
+        m_view->selectItem(m_row);
 }
 
 QQuickItem *ZVItemViewCell::outlet(const QString &objectName) const
 {
-    return m_content ? m_content->outlet(objectName) : nullptr;
-}
-
-void ZVItemViewCell::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)
-{
-    QQuickItem::geometryChange(newGeometry, oldGeometry);
-    if (auto *const root = m_content ? m_content->root() : nullptr)
-        root->setSize(newGeometry.size());
+    return findChild<QQuickItem *>(objectName);
 }
 
 } // namespace zelvano

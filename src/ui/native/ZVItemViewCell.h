@@ -1,31 +1,36 @@
 #pragma once
 
+#include "ZVItemView.h"
 #include <ZelvanoUI/zelvanoui_export.h>
 
 #include <QPointer>
 #include <QQuickItem>
-
-#include <memory>
+#include <qqmlintegration.h>
 
 class QKeyEvent;
 
 namespace zelvano {
 
-class InterfaceResource;
-class ZVItemView;
-
-/// A cell of an item view, reused for other rows. An interface resource fills it.
+/// A cell of an item view: the root of its interface resource. The view's ListView creates it and reuses it for other
+/// rows.
 class ZELVANOUI_EXPORT ZVItemViewCell : public QQuickItem
 {
     Q_OBJECT
+    QML_ANONYMOUS
+    Q_PROPERTY(zelvano::ZVItemView *view READ view WRITE setView FINAL)
+    /// The row shown; -1 for none. The view fills the cell with each new row.
+    Q_PROPERTY(int row READ row WRITE setRow NOTIFY rowChanged FINAL)
+    /// Whether keys act on this cell.
+    Q_PROPERTY(bool current READ isCurrent NOTIFY currentChanged FINAL)
 
 public:
     ~ZVItemViewCell() override;
 
-    /// The row shown; -1 for none.
+    ZVItemView *view() const { return m_view; }
+    void setView(ZVItemView *view);
     qint64 row() const { return m_row; }
-    /// Whether keys act on this cell.
-    Q_PROPERTY(bool current READ isCurrent NOTIFY currentChanged FINAL)
+    void setRow(qint64 row);
+    Q_SIGNAL void rowChanged();
     bool isCurrent() const { return m_isCurrent; }
     Q_SIGNAL void currentChanged();
 
@@ -37,24 +42,21 @@ public:
 
     // Called by the interface resource.
     Q_INVOKABLE void pressBegan();
-    /// The viewer chose the cell. The view reports it in the next turn of the event loop.
+    /// The viewer tapped the cell. A tap that stops a movement chooses nothing.
     Q_INVOKABLE void activate();
+    /// The viewer chose the cell without a pointer.
+    Q_INVOKABLE void choose();
 
 protected:
     ZVItemViewCell();
 
-    /// Loads the resource and takes its size. Null without one.
-    InterfaceResource *loadContent(const QString &name);
     QQuickItem *outlet(const QString &objectName) const;
-
-    void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;
+    void componentComplete() override;
 
 private:
     friend class ZVItemView;
 
-    std::unique_ptr<InterfaceResource> m_content;
     QPointer<ZVItemView> m_view;
-    QString m_identifier;
     qint64 m_row = -1;
     bool m_isCurrent = false;
 };

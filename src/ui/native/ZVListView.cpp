@@ -1,14 +1,16 @@
 #include <ZelvanoUI/ZVListView.h>
 
+#include "Choice.h"
 #include "InterfaceResource.h"
 #include "Logging.h"
 #include "MainQueue.h"
+#include "Thumbnails.h"
 #include "ZVCollectionView.h"
 #include "ZVVideoCollectionViewCell.h"
 #include <ZelvanoUI/MainThread.h>
-#include <ZelvanoUI/ZVImagesFetcher.h>
 
 #include <QPointer>
+#include <QQuickWindow>
 #include <QSet>
 
 #include <algorithm>
@@ -19,8 +21,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const auto cellIdentifier = u"videoCell"_s;
+constexpr std::size_t fetchesAtFirst = 16; // About a screenful.
 constexpr std::size_t fetchesAtOnce = 250;
+
+constexpr double leastPicture = 160; // Points; before the view has a width.
 
 double ratioOf(const QImage &image)
 {
@@ -39,28 +43,29 @@ struct ZVListView::Private : public ZVCollectionViewDataSource
         return videoId.isNull() ? knowsVideoWithoutId : knownIds.contains(videoId);
     }
     void remember(const QString &videoId);
-    void fetchThumbnails(const std::shared_ptr<const ZVVideoList> &videos, std::size_t first);
-    void fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video);
+    void fetchThumbnails(const std::shared_ptr<const ZVVideoList> &videos, std::size_t first, std::size_t count);
     void insert(const std::shared_ptr<ZVVideoParams> &video);
-    void imageDidArrive(const std::shared_ptr<ZVVideoParams> &video);
     void sortCells();
     void fitCells();
     double cellWidth() const { return items ? (items->width() - 3 * inset) / 2 : 0; }
-    std::shared_ptr<ZVVideoParams> videoAt(qint64 row) const;
 
     // ZVCollectionViewDataSource
     qint64 numberOfItemsInSection(ZVCollectionView *, qint64) override
     {
         return static_cast<qint64>(videoCells.size());
     }
-    ZVItemViewCell *cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
-    QSizeF sizeForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
+    void cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path, ZVItemViewCell *cell) override;
+    QSizeF sizeForItemAtIndexPath(ZVCollectionView *, const IndexPath &path) override
+    {
+        return videoCells[static_cast<std::size_t>(path.row)]->size();
+    }
     double minimumLineSpacingForSectionAtIndex(ZVCollectionView *, qint64) override { return inset; }
     double minimumInteritemSpacingForSectionAtIndex(ZVCollectionView *, qint64) override { return inset; }
     QMarginsF insetForSectionAtIndex(ZVCollectionView *, qint64) override { return {inset, inset, inset, inset}; }
     void didSelectItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
 
     ZVListView *const q;
+    Thumbnails thumbnails;
     InterfaceResource content;
     const QPointer<ZVCollectionView> items;
     double inset = 0; ///< Points between and around the cells.
@@ -76,8 +81,6 @@ ZVListView::Private::Private(ZVListView *list)
 {
     if (!items)
         return;
-    items->registerCell(cellIdentifier, &ZVVideoCollectionViewCell::create);
-    items->setActiveFocusOnTab(true);
     items->setDataSource(this);
     connect(items, &QQuickItem::widthChanged, q, [this] { fitCells(); });
 }
@@ -138,41 +141,36 @@ void ZVListView::setRecommendations(const std::shared_ptr<ZVRecommendation> &rec
         missing->push_back(video);
     }
     std::ranges::reverse(*missing);
-    d->fetchThumbnails(missing, 0);
+    d->fetchThumbnails(missing, 0, fetchesAtFirst);
 }
 
 /// Fetches a long list in portions, so that the first cells and the host do not wait for all of it.
-void ZVListView::Private::fetchThumbnails(const std::shared_ptr<const ZVVideoList> &videos, std::size_t first)
+void ZVListView::Private::fetchThumbnails(const std::shared_ptr<const ZVVideoList> &videos, std::size_t first,
+                                          std::size_t count)
 {
-    const auto end = std::min(first + fetchesAtOnce, videos->size());
-    for (auto i = first; i < end; ++i)
-        fetchThumbnail((*videos)[i]);
+    const double width = std::max(cellWidth(), leastPicture);
+    const double pixels = items && items->window() ? items->window()->effectiveDevicePixelRatio() : 1;
+    const auto cell = (QSizeF(width, width) * pixels).toSize();
+    const auto end = std::min(first + count, videos->size());
+    for (auto i = first; i < end; ++i) {
+        const auto &video = (*videos)[i];
+        // Intended order: the cell is inserted, as a square, before the record gets its image.
+        thumbnails.fetch(video, cell, [this, video] { insert(video); });
+    }
     if (end == videos->size())
         return;
     MainQueue::shared().post([weak = q->weak_from_this(), videos, end] {
         if (const auto self = weak.lock())
-            self->d->fetchThumbnails(videos, end);
+            self->d->fetchThumbnails(videos, end, fetchesAtOnce);
     });
-}
-
-void ZVListView::Private::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video)
-{
-    // Intended order: the cell is inserted, as a square, before the record gets its image.
-    const auto insertCell = [weak = q->weak_from_this(), video] {
-        if (const auto self = weak.lock())
-            self->insertNewRecommendation(video);
-    };
-    const auto update = [weak = q->weak_from_this(), video] {
-        if (const auto self = weak.lock())
-            self->d->imageDidArrive(video);
-    };
-    ZVImagesFetcher::fetchThumbnail(video, update, insertCell);
 }
 
 void ZVListView::insertNewRecommendation(const std::shared_ptr<ZVVideoParams> &video)
 {
-    if (video)
-        d->insert(video);
+    if (!video)
+        return;
+    d->thumbnails.leaveOut(video);
+    d->insert(video);
 }
 
 void ZVListView::Private::insert(const std::shared_ptr<ZVVideoParams> &video)
@@ -186,15 +184,6 @@ void ZVListView::Private::insert(const std::shared_ptr<ZVVideoParams> &video)
         items->insertItemAtEnd();
     if (recommendations && videoCells.size() == recommendations->videoCount())
         sortCells();
-}
-
-/// The cell may have been filled before the image arrived.
-void ZVListView::Private::imageDidArrive(const std::shared_ptr<ZVVideoParams> &video)
-{
-    for (auto *const cell : items ? items->shownCells() : std::vector<ZVItemViewCell *>()) {
-        if (videoAt(cell->row()) == video)
-            static_cast<ZVVideoCollectionViewCell *>(cell)->setParams(video);
-    }
 }
 
 void ZVListView::Private::sortCells()
@@ -218,7 +207,7 @@ void ZVListView::Private::fitCells()
         const double ratio = size.width() > 0 ? size.height() / size.width() : 1.0;
         video->setSize({width, width * ratio});
     }
-    items->invalidateLayout();
+    items->reloadData();
 }
 
 void ZVListView::Private::remember(const QString &videoId)
@@ -229,26 +218,12 @@ void ZVListView::Private::remember(const QString &videoId)
         knownIds.insert(videoId);
 }
 
-std::shared_ptr<ZVVideoParams> ZVListView::Private::videoAt(qint64 row) const
-{
-    const bool exists = row >= 0 && row < static_cast<qint64>(videoCells.size());
-    return exists ? videoCells[static_cast<std::size_t>(row)] : nullptr;
-}
-
 // ZVCollectionViewDataSource
 
-ZVItemViewCell *ZVListView::Private::cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path)
+void ZVListView::Private::cellForItemAtIndexPath(ZVCollectionView *, const IndexPath &path, ZVItemViewCell *cell)
 {
-    auto *const cell = view->dequeueReusableCell(cellIdentifier);
-    if (cell)
-        static_cast<ZVVideoCollectionViewCell *>(cell)->setParams(videoAt(path.row));
-    return cell;
-}
-
-QSizeF ZVListView::Private::sizeForItemAtIndexPath(ZVCollectionView *, const IndexPath &path)
-{
-    const auto video = videoAt(path.row);
-    return video ? video->size() : QSizeF(0, 0);
+    if (auto *const videoCell = qobject_cast<ZVVideoCollectionViewCell *>(cell))
+        videoCell->show(videoCells[static_cast<std::size_t>(path.row)], &thumbnails);
 }
 
 void ZVListView::Private::didSelectItemAtIndexPath(ZVCollectionView *, const IndexPath &path)
@@ -259,8 +234,7 @@ void ZVListView::Private::didSelectItemAtIndexPath(ZVCollectionView *, const Ind
         return;
     }
     // Intended: by row, not by the video that the cell shows. Hosts of the unsorted list rely on this order.
-    if (const auto listener = delegate.lock())
-        listener->didSelecteRecommendation(list[static_cast<std::size_t>(path.row)]);
+    report(list[static_cast<std::size_t>(path.row)], delegate, items);
 }
 
 } // namespace zelvano

@@ -1,16 +1,11 @@
 #include "ZVRecommendationTableViewCell.h"
 
+#include "Choice.h"
 #include "ZVVideoCollectionViewCell.h"
 
 namespace zelvano {
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-const auto cellIdentifier = u"videoCell"_s;
-
-} // namespace
 
 ZVRecommendationTableViewCell::ZVRecommendationTableViewCell() = default;
 
@@ -20,23 +15,13 @@ ZVRecommendationTableViewCell::~ZVRecommendationTableViewCell()
         m_videosCollectionView->setDataSource(nullptr);
 }
 
-ZVRecommendationTableViewCell *ZVRecommendationTableViewCell::create()
+void ZVRecommendationTableViewCell::componentComplete()
 {
-    std::unique_ptr<ZVRecommendationTableViewCell> cell(new ZVRecommendationTableViewCell);
-    return cell->load() ? cell.release() : nullptr;
-}
-
-bool ZVRecommendationTableViewCell::load()
-{
-    if (!loadContent(u"ZVRecommendationTableViewCell"_s))
-        return false;
     m_categoryLabel = outlet(u"categoryLabel"_s);
     m_videosCollectionView = qobject_cast<ZVCollectionView *>(outlet(u"videosCollectionView"_s));
-    if (m_videosCollectionView) {
-        m_videosCollectionView->registerCell(cellIdentifier, &ZVVideoCollectionViewCell::create);
+    if (m_videosCollectionView)
         m_videosCollectionView->setDataSource(this);
-    }
-    return true;
+    ZVItemViewCell::componentComplete(); // Fills the row.
 }
 
 void ZVRecommendationTableViewCell::setCategory(const QString &category)
@@ -44,6 +29,7 @@ void ZVRecommendationTableViewCell::setCategory(const QString &category)
     m_category = category;
     if (m_categoryLabel)
         m_categoryLabel->setProperty("text", category);
+    Q_EMIT categoryChanged();
 }
 
 void ZVRecommendationTableViewCell::setRecommendations(const ZVVideoList &videos)
@@ -51,16 +37,6 @@ void ZVRecommendationTableViewCell::setRecommendations(const ZVVideoList &videos
     m_recommendations = videos;
     if (m_videosCollectionView)
         m_videosCollectionView->reloadData();
-}
-
-void ZVRecommendationTableViewCell::videoDidChange(const std::shared_ptr<ZVVideoParams> &video)
-{
-    if (!m_videosCollectionView)
-        return;
-    for (auto *const cell : m_videosCollectionView->shownCells()) {
-        if (videoAt(cell->row()) == video)
-            static_cast<ZVVideoCollectionViewCell *>(cell)->setParams(video);
-    }
 }
 
 void ZVRecommendationTableViewCell::setCurrent(bool current)
@@ -77,6 +53,8 @@ void ZVRecommendationTableViewCell::prepareForReuse()
         return;
     m_videosCollectionView->scrollToStart();
     m_videosCollectionView->setCurrentRow(0);
+    for (auto *const cell : m_videosCollectionView->shownCells())
+        cell->prepareForReuse();
 }
 
 bool ZVRecommendationTableViewCell::handleKey(QKeyEvent *event)
@@ -84,34 +62,23 @@ bool ZVRecommendationTableViewCell::handleKey(QKeyEvent *event)
     return m_videosCollectionView && m_videosCollectionView->handleKey(event);
 }
 
-std::shared_ptr<ZVVideoParams> ZVRecommendationTableViewCell::videoAt(qint64 row) const
-{
-    const bool exists = row >= 0 && row < static_cast<qint64>(m_recommendations.size());
-    return exists ? m_recommendations[static_cast<std::size_t>(row)] : nullptr;
-}
+// ZVCollectionViewDataSource
 
 qint64 ZVRecommendationTableViewCell::numberOfItemsInSection(ZVCollectionView *, qint64)
 {
     return static_cast<qint64>(m_recommendations.size());
 }
 
-ZVItemViewCell *ZVRecommendationTableViewCell::cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path)
+void ZVRecommendationTableViewCell::cellForItemAtIndexPath(ZVCollectionView *, const IndexPath &path,
+                                                           ZVItemViewCell *cell)
 {
-    auto *const cell = view->dequeueReusableCell(cellIdentifier);
-    const auto video = videoAt(path.row);
-    if (!cell || !video)
-        return cell;
-    static_cast<ZVVideoCollectionViewCell *>(cell)->setParams(video);
-    Q_EMIT willShowVideo(video);
-    return cell;
+    if (auto *const videoCell = qobject_cast<ZVVideoCollectionViewCell *>(cell))
+        videoCell->show(m_recommendations[static_cast<std::size_t>(path.row)], m_thumbnails);
 }
 
 void ZVRecommendationTableViewCell::didSelectItemAtIndexPath(ZVCollectionView *, const IndexPath &path)
 {
-    const auto video = videoAt(path.row);
-    const auto listener = delegate();
-    if (video && listener)
-        listener->didSelecteRecommendation(video);
+    report(m_recommendations[static_cast<std::size_t>(path.row)], m_delegate, view());
 }
 
 } // namespace zelvano

@@ -9,32 +9,33 @@
 
 namespace zelvano {
 
+class Thumbnails;
+
 /// A category's name over its videos, which scroll sideways. Main thread.
-class ZELVANOUI_EXPORT ZVRecommendationTableViewCell : public ZVItemViewCell, public ZVCollectionViewDataSource
+class ZELVANOUI_EXPORT ZVRecommendationTableViewCell : public zelvano::ZVItemViewCell, public ZVCollectionViewDataSource
 {
     Q_OBJECT
+    QML_NAMED_ELEMENT(CategoryCell)
+    Q_PROPERTY(QString category READ category NOTIFY categoryChanged FINAL)
 
 public:
-    /// Null without its interface resource.
-    static ZVRecommendationTableViewCell *create();
+    ZVRecommendationTableViewCell();
     ~ZVRecommendationTableViewCell() override;
 
     QString category() const { return m_category; }
     void setCategory(const QString &category);
+    Q_SIGNAL void categoryChanged();
     const ZVVideoList &recommendations() const { return m_recommendations; }
     void setRecommendations(const ZVVideoList &videos);
     std::shared_ptr<ZVRecommendationViewDelegate> delegate() const { return m_delegate.lock(); }
     /// Held weakly.
     void setDelegate(const std::shared_ptr<ZVRecommendationViewDelegate> &delegate) { m_delegate = delegate; }
+    /// Not owned; null fetches no pictures.
+    void setThumbnails(Thumbnails *thumbnails) { m_thumbnails = thumbnails; }
 
     // The outlets; null when the interface resource lacks one.
     QQuickItem *categoryLabel() const { return m_categoryLabel; }
     ZVCollectionView *videosCollectionView() const { return m_videosCollectionView; }
-
-    /// Updates the video's cell, if it is shown.
-    void videoDidChange(const std::shared_ptr<ZVVideoParams> &video);
-    /// A video came near the viewport.
-    Q_SIGNAL void willShowVideo(const std::shared_ptr<zelvano::ZVVideoParams> &video);
 
     // ZVItemViewCell
     void setCurrent(bool current) override;
@@ -43,18 +44,17 @@ public:
 
     // ZVCollectionViewDataSource
     qint64 numberOfItemsInSection(ZVCollectionView *view, qint64 section) override;
-    ZVItemViewCell *cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
+    void cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path, ZVItemViewCell *cell) override;
     void didSelectItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
 
+protected:
+    void componentComplete() override;
+
 private:
-    ZVRecommendationTableViewCell();
-
-    bool load();
-    std::shared_ptr<ZVVideoParams> videoAt(qint64 row) const;
-
     QString m_category;
     ZVVideoList m_recommendations;
     std::weak_ptr<ZVRecommendationViewDelegate> m_delegate;
+    Thumbnails *m_thumbnails = nullptr;
     QPointer<QQuickItem> m_categoryLabel;
     QPointer<ZVCollectionView> m_videosCollectionView;
 };

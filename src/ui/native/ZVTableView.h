@@ -2,6 +2,7 @@
 
 #include "ZVCollectionViewDataSource.h"
 #include "ZVItemView.h"
+#include "ZVItemViewCell.h"
 #include <ZelvanoUI/zelvanoui_export.h>
 
 #include <qqmlintegration.h>
@@ -11,40 +12,42 @@ namespace zelvano {
 class ZVTableView;
 
 /// The rows of a table view. Main thread.
-class ZELVANOUI_EXPORT ZVTableViewDataSource
+class ZVTableViewDataSource
 {
 public:
     virtual ~ZVTableViewDataSource() = default;
 
     virtual qint64 numberOfRowsInSection(ZVTableView *view, qint64 section) = 0;
-    /// A filled cell from the view's dequeueReusableCell(); null leaves the row empty.
-    virtual ZVItemViewCell *cellForRowAtIndexPath(ZVTableView *view, const IndexPath &path) = 0;
+    /// Fills the reused cell.
+    virtual void cellForRowAtIndexPath(ZVTableView *view, const IndexPath &path, ZVItemViewCell *cell) = 0;
 };
 
-/// Rows of equal height and the view's width; one section. Main thread.
+/// Rows over the whole width, one below the other; the viewer chooses within a row. Main thread.
 class ZELVANOUI_EXPORT ZVTableView : public zelvano::ZVItemView
 {
     Q_OBJECT
     QML_ELEMENT
-    /// Points.
-    Q_PROPERTY(double rowHeight MEMBER m_rowHeight FINAL)
 
 public:
-    ZVTableView();
-    ~ZVTableView() override;
+    ZVTableView() = default;
 
     /// Not owned; null for none.
-    void setDataSource(ZVTableViewDataSource *source);
+    void setDataSource(ZVTableViewDataSource *source)
+    {
+        m_source = source;
+        reloadData();
+    }
 
 protected:
-    qint64 countItems() override;
-    QSizeF sizeOfItem(qint64 row) override;
-    ZVFlowLayout::Metrics metrics() override;
-    ZVItemViewCell *cellForItem(qint64 row) override;
+    qint64 countItems() override { return m_source ? m_source->numberOfRowsInSection(this, 0) : 0; }
+    void fillCell(ZVItemViewCell *cell) override
+    {
+        if (m_source)
+            m_source->cellForRowAtIndexPath(this, {cell->row()}, cell);
+    }
     void selectItem(qint64) override {}
 
 private:
-    double m_rowHeight = 44;
     ZVTableViewDataSource *m_source = nullptr;
 };
 

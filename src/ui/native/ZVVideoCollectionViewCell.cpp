@@ -1,15 +1,18 @@
 #include "ZVVideoCollectionViewCell.h"
 
-#include "InterfaceResource.h"
 #include "JsonReading.h"
 #include "Logging.h"
+#include "Thumbnails.h"
 #include <ZelvanoUI/ZVVideoParams.h>
 
 #include <QFont>
 #include <QPropertyAnimation>
+#include <QQuickWindow>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
+#include <utility>
 
 namespace zelvano {
 
@@ -20,6 +23,7 @@ namespace {
 constexpr auto fadeDuration = 500;  // Milliseconds.
 constexpr double titleShare = 0.05; // Of the cell's width.
 constexpr double badgeRadius = 10.0;
+constexpr int pictureStep = 64; // Pixels.
 
 void setText(QQuickItem *label, const QString &text)
 {
@@ -30,18 +34,13 @@ void setText(QQuickItem *label, const QString &text)
 } // namespace
 
 ZVVideoCollectionViewCell::ZVVideoCollectionViewCell() = default;
-ZVVideoCollectionViewCell::~ZVVideoCollectionViewCell() = default;
-
-ZVVideoCollectionViewCell *ZVVideoCollectionViewCell::create()
+ZVVideoCollectionViewCell::~ZVVideoCollectionViewCell()
 {
-    std::unique_ptr<ZVVideoCollectionViewCell> cell(new ZVVideoCollectionViewCell);
-    return cell->load() ? cell.release() : nullptr;
+    leaveVideo();
 }
 
-bool ZVVideoCollectionViewCell::load()
+void ZVVideoCollectionViewCell::componentComplete()
 {
-    if (!loadContent(u"ZVVideoCollectionViewCell"_s))
-        return false;
     m_titleLable = outlet(u"titleLable"_s);
     m_durationLabel = outlet(u"durationLabel"_s);
     m_valueLabel = outlet(u"valueLabel"_s);
@@ -54,7 +53,56 @@ bool ZVVideoCollectionViewCell::load()
     setClip(true); // Intended, and last: the cell's edge cuts off the shadow.
     if (m_valueHolderView)
         m_valueHolderView->setProperty("radius", badgeRadius);
-    return true;
+    ZVItemViewCell::componentComplete(); // Fills the cell.
+}
+
+// The thumbnail
+
+void ZVVideoCollectionViewCell::show(const std::shared_ptr<ZVVideoParams> &video, Thumbnails *thumbnails)
+{
+    if (m_video != video || m_thumbnails != thumbnails) {
+        leaveVideo();
+        m_video = video;
+        m_thumbnails = thumbnails;
+        if (thumbnails) {
+            connect(thumbnails, &Thumbnails::imageDidChange, this, &ZVVideoCollectionViewCell::imageDidChange,
+                    Qt::UniqueConnection);
+            thumbnails->show(video, pixels());
+        }
+    }
+    setParams(video);
+}
+
+void ZVVideoCollectionViewCell::leaveVideo()
+{
+    if (m_thumbnails && m_video)
+        m_thumbnails->hide(m_video);
+    m_video.reset();
+}
+
+void ZVVideoCollectionViewCell::prepareForReuse()
+{
+    leaveVideo();
+    if (m_iconImageView)
+        m_iconImageView->setImage({});
+}
+
+void ZVVideoCollectionViewCell::imageDidChange(const std::shared_ptr<ZVVideoParams> &video)
+{
+    if (video != m_video || !m_thumbnails)
+        return;
+    setParams(video);
+    m_thumbnails->resize(video, pixels());
+}
+
+/// In steps, so that a cell which grows slowly does not decode its picture again and again.
+QSize ZVVideoCollectionViewCell::pixels() const
+{
+    const double ratio = window() ? window()->effectiveDevicePixelRatio() : 1;
+    const auto stepped = [&](double points) {
+        return pictureStep * static_cast<int>(std::ceil(points * ratio / pictureStep));
+    };
+    return {stepped(width()), stepped(height())};
 }
 
 void ZVVideoCollectionViewCell::setParams(const std::shared_ptr<ZVVideoParams> &params)
@@ -125,6 +173,8 @@ void ZVVideoCollectionViewCell::geometryChange(const QRectF &newGeometry, const 
 {
     ZVItemViewCell::geometryChange(newGeometry, oldGeometry);
     fitTitle();
+    if (m_thumbnails && m_video)
+        m_thumbnails->resize(m_video, pixels());
 }
 
 } // namespace zelvano

@@ -12,6 +12,7 @@
 
 namespace zelvano {
 
+class Thumbnails;
 class ZVVideoParams;
 
 /// Size of the cell's shadow, as a share of the cell's size.
@@ -20,9 +21,10 @@ inline constexpr float shadowWidthPercent = 0.03F;
 inline constexpr float textHeightPercent = 0.15F;
 
 /// One recommended video: thumbnail, title, length and a badge in its category's colour. Main thread.
-class ZELVANOUI_EXPORT ZVVideoCollectionViewCell : public ZVItemViewCell
+class ZELVANOUI_EXPORT ZVVideoCollectionViewCell : public zelvano::ZVItemViewCell
 {
     Q_OBJECT
+    QML_NAMED_ELEMENT(VideoCell)
     /// The service's code; null without one.
     Q_PROPERTY(QString category READ category NOTIFY categoryChanged FINAL)
     Q_PROPERTY(QSizeF shadowOffset READ shadowOffset CONSTANT FINAL)
@@ -30,10 +32,11 @@ class ZELVANOUI_EXPORT ZVVideoCollectionViewCell : public ZVItemViewCell
     Q_PROPERTY(double shadowOpacity READ shadowOpacity CONSTANT FINAL)
 
 public:
-    /// Null without its interface resource.
-    static ZVVideoCollectionViewCell *create();
+    ZVVideoCollectionViewCell();
     ~ZVVideoCollectionViewCell() override;
 
+    /// Fills the cell, and fills it again when the thumbnails, which may be null, have another picture.
+    void show(const std::shared_ptr<ZVVideoParams> &video, Thumbnails *thumbnails);
     /// Fills the cell.
     void setParams(const std::shared_ptr<ZVVideoParams> &params);
     /// Always null, intended: setParams() does not store the video.
@@ -61,17 +64,23 @@ public:
     /// Transparent for an unknown code; case-sensitive.
     static QColor colorForCategory(const QString &category);
 
+    // ZVItemViewCell
+    void prepareForReuse() override;
+
 protected:
+    void componentComplete() override;
     void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;
 
 private:
-    ZVVideoCollectionViewCell();
-
-    bool load();
+    void leaveVideo();
+    void imageDidChange(const std::shared_ptr<ZVVideoParams> &video);
+    QSize pixels() const;
     void fadeIn();
     void fitTitle();
 
     QString m_category;
+    QPointer<Thumbnails> m_thumbnails;
+    std::shared_ptr<ZVVideoParams> m_video; ///< For the thumbnails alone; params() does not return it.
 
     QPointer<QQuickItem> m_titleLable;
     QPointer<QQuickItem> m_durationLabel;

@@ -1,3 +1,4 @@
+#include "InterfaceResource.h"
 #include "NativeViews.h"
 #include "ZVCollectionView.h"
 #include "ZVVideoCollectionViewCell.h"
@@ -22,10 +23,14 @@ std::shared_ptr<ZVVideoParams> video(const QJsonObject &params, bool hasImage = 
     return video;
 }
 
-std::unique_ptr<ZVVideoCollectionViewCell> newCell()
+/// A cell alone.
+struct Cell
 {
-    return std::unique_ptr<ZVVideoCollectionViewCell>(ZVVideoCollectionViewCell::create());
-}
+    InterfaceResource resource{u"ZVVideoCollectionViewCell"_s, nullptr};
+    ZVVideoCollectionViewCell *const item = qobject_cast<ZVVideoCollectionViewCell *>(resource.root());
+
+    ZVVideoCollectionViewCell *operator->() const { return item; }
+};
 
 } // namespace
 
@@ -61,7 +66,7 @@ private Q_SLOTS:
             QCOMPARE(video->size().height(), video->size().width()); // The cell comes before the image does.
             QVERIFY(waitUntil([&] { return !video->image().isNull(); }));
         }
-        QCOMPARE(stage.cell(2)->position(), QPointF(11, 166)); // Whole pixels.
+        QCOMPARE(stage.place(2), QPointF(11, 165)); // Whole pixels.
         QVERIFY(waitUntil([&] { return outletOf(stage.cell(2), u"iconImageView"_s)->opacity() == 1; }));
         stage.view->setRecommendations(nullptr); // Its cells stay, and have no video any more.
         stage.cell(0)->activate();
@@ -81,7 +86,7 @@ private Q_SLOTS:
             stage.view->insertNewRecommendation(video);
         QVERIFY(qAbs(wide->size().height() - 71.6) < 0.001);
         stage.items()->layoutIfNeeded();
-        QVERIFY(stage.cell(2)->y() > 143); // Below the higher of the two.
+        QVERIFY(stage.place(2).y() > 143); // Below the higher of the two.
         for (const qint64 row : {0, 1, 2})
             QCOMPARE(textOf(stage.cell(row), u"valueLabel"_s), QString::number(row));
         stage.items()->setWidth(640);
@@ -148,6 +153,49 @@ private Q_SLOTS:
         QCOMPARE(stage.view->videoCells().size(), std::size_t(videos.size()));
     }
 
+    /// Only pictures near the viewport are decoded, in the size that their cells show.
+    void picturesAreBounded()
+    {
+        Stage stage;
+        QVERIFY(stage.show(videosJson(120, stage.picture(u"large"_s, pictureFile({1200, 600}, "JPG"))), 120));
+        const auto videos = stage.view->videoCells();
+        const auto isDecoded = [](const auto &video) { return !video->image().isNull(); };
+        const auto decoded = [&] { return std::ranges::count_if(videos, isDecoded); };
+        QVERIFY(waitUntil([&] { return isDecoded(videos[0]) && decoded() < 60; }));
+        QCOMPARE(videos[0]->image().size(), QSize(384, 192)); // Covers 143 points, in steps of 64 pixels.
+        const QImage hosts(2, 1, QImage::Format_RGB32);
+        videos[0]->setImage(hosts);
+        for (const qint64 row : {60, 119, 30}) {
+            stage.items()->scrollToRow(row);
+            QVERIFY(waitUntil([&] { return isDecoded(videos[std::size_t(row)]); }));
+            QVERIFY(decoded() < 60);
+        }
+        QCOMPARE(videos[0]->image(), hosts);
+        stage.items()->setWidth(640);
+        stage.items()->scrollToRow(31);
+        QVERIFY2(waitUntil([&] { return videos[31]->image().width() == 640; }),
+                 "as the cell grows, so does its picture");
+        QCOMPARE(stage.sandbox.hits(u"/pictures/large"_s), 120);
+    }
+
+    void theEndCancels()
+    {
+        Stage stage;
+        QJsonArray videos;
+        for (int i = 0; i < 60; ++i)
+            videos.append(videoJson(i, stage.picture(u"%1"_s.arg(i), pictureFile({32, 18}), 50ms)));
+        stage.view->setRecommendations(recommendationOf(videos));
+        QVERIFY(waitUntil([&] { return !stage.view->videoCells().empty(); }));
+        stage.view.reset();
+        const auto other = std::make_shared<ZVVideoParams>(videoJson(0, stage.picture(u"other"_s, gifFile(), 200ms)));
+        ZVImagesFetcher::fetchThumbnail(other, {});
+        QVERIFY(waitUntil([&] { return !other->image().isNull(); })); // After all that waited.
+        int hits = 0;
+        for (int i = 0; i < 60; ++i)
+            hits += stage.sandbox.hits(u"/pictures/%1"_s.arg(i));
+        QVERIFY2(hits <= 24, qPrintable(QString::number(hits)));
+    }
+
     void tapReports()
     {
         for (const auto pointer : {Pointer::Mouse, Pointer::Touch}) {
@@ -167,8 +215,9 @@ private Q_SLOTS:
     void pressThatHaltsAFlick()
     {
         Stage stage;
-        QVERIFY(stage.fill(300));                         // More than are asked for at once; cells are reused.
-        QVERIFY(stage.items()->cellCount() <= 3 * 2 * 4); // Screenfuls, columns, and lines of 154 in a screen of 480.
+        QVERIFY(stage.fill(300)); // More than are asked for at once; cells are reused.
+        QVERIFY(cellCount(stage.items(), stage.items()) <=
+                3 * 2 * 4); // Screenfuls, columns, and lines of 154 in a screen of 480.
         QMetaObject::invokeMethod(stage.items()->scroller(), "flick", Q_ARG(qreal, 0), Q_ARG(qreal, -1500));
         QVERIFY(waitUntil([&] { return stage.offset() > 50; }));
         const auto tapInTheMiddle = [&] {
@@ -189,12 +238,12 @@ private Q_SLOTS:
         Stage stage;
         QVERIFY(stage.show(stage.videos(1, {u"FORYOU"_s, u"MOSTVIEWED"_s, u"MOSTRECENT"_s, u"Cats"_s, QString()}), 5));
         QStringList all{spoken(stage.items())};
-        for (const auto *cell : stage.items()->shownCells())
-            all.append(spoken(cell->childItems().first()));
+        for (auto *cell : stage.items()->shownCells())
+            all.append(spoken(cell));
         QCOMPARE(all, (QStringList{u"List: Recommended videos"_s, u"ListItem: Video 0, 1:00, For you"_s,
                                    u"ListItem: Video 1, 1:01, Most viewed"_s, u"ListItem: Video 2, 1:02, Most recent"_s,
                                    u"ListItem: Video 3, 1:03, Cats"_s, u"ListItem: Video 4, 1:04"_s}));
-        auto *const cell = QAccessible::queryAccessibleInterface(stage.cell(0)->childItems().first());
+        auto *const cell = QAccessible::queryAccessibleInterface(stage.cell(0));
         QVERIFY(cell->state().focusable && !cell->state().focused);
         stage.items()->forceActiveFocus(Qt::TabFocusReason);
         QVERIFY2(cell->state().focused, "the keyboard is on the list's current cell");
@@ -276,7 +325,7 @@ private Q_SLOTS:
 
     void cell()
     {
-        const auto cell = newCell();
+        const Cell cell;
         QVERIFY(cell->clip()); // Its shadow ends at the edge.
         QCOMPARE(cell->shadowRadius(), cell->width() * double(shadowWidthPercent));
         const auto params =
@@ -286,7 +335,7 @@ private Q_SLOTS:
         cell->setParams(params);
         QStringList texts;
         for (const auto &outlet : {u"titleLable"_s, u"durationLabel"_s, u"valueLabel"_s})
-            texts.append(textOf(cell.get(), outlet));
+            texts.append(textOf(cell.item, outlet));
         QCOMPARE(texts, (QStringList{u"<b>A title</b>"_s, u"1:01"_s, u"12"_s}));
         QCOMPARE(cell->titleLable()->property("textFormat").toInt(), int(Qt::PlainText));
         QCOMPARE(cell->valueHolderView()->property("color").value<QColor>(), QColor::fromRgbF(1, 0, 0, 0.55F));
@@ -300,7 +349,7 @@ private Q_SLOTS:
 
     void fadesInOnce()
     {
-        const auto cell = newCell();
+        const Cell cell;
         auto *const picture = cell->iconImageView();
         QCOMPARE(picture->opacity(), 0.0);
         cell->setParams(video({}));
@@ -315,7 +364,7 @@ private Q_SLOTS:
 
         cell->setParams(video({})); // Nothing of the former video is left but the opacity.
         QVERIFY(picture->image().isNull());
-        QVERIFY(textOf(cell.get(), u"titleLable"_s).isEmpty());
+        QVERIFY(textOf(cell.item, u"titleLable"_s).isEmpty());
         cell->setParams(video({}, true));
         QCOMPARE(picture->opacity(), 1.0);
         QVERIFY(!picture->findChild<QAbstractAnimation *>());
@@ -335,7 +384,7 @@ private Q_SLOTS:
 
     void missingOutlets()
     {
-        const auto cell = newCell();
+        const Cell cell;
         delete cell->iconImageView();
         delete cell->valueHolderView();
         cell->setParams(video({{"title"_L1, u"x"_s}}, true));

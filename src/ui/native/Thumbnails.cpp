@@ -1,0 +1,97 @@
+#include "Thumbnails.h"
+
+#include "ThumbnailRequest.h"
+
+#include <utility>
+
+namespace zelvano {
+
+namespace {
+
+constexpr std::size_t mostKept = 32; // A few screenfuls.
+
+} // namespace
+
+void Thumbnails::fetch(const Video &video, QSize cell, const std::function<void()> &fetched)
+{
+    const auto place = m_fetches.emplace(m_fetches.end());
+    *place = requestThumbnail(
+        video, cell,
+        [=, this](bool hasImage) {
+            auto &picture = m_pictures[video];
+            picture.isLeftOut = !hasImage;
+            picture.request = hasImage ? std::move(*place) : nullptr;
+            m_fetches.erase(place);
+            fetched();
+        },
+        [=, this] { imageDidArrive(video, cell); });
+}
+
+void Thumbnails::show(const Video &video, QSize cell)
+{
+    auto &picture = m_pictures[video];
+    if (std::exchange(picture.isKept, false))
+        m_kept.erase(picture.place);
+    ++picture.cells;
+    resize(video, cell);
+}
+
+void Thumbnails::resize(const Video &video, QSize cell)
+{
+    auto &picture = m_pictures[video];
+    const auto image = video->image();
+    const bool isTooSmall = image.cacheKey() == picture.key && picture.size.expandedTo(cell) != picture.size;
+    if (picture.request || picture.isLeftOut || !(image.isNull() || isTooSmall) || video->imageUrl().isEmpty())
+        return;
+    picture.request = requestThumbnail(
+        video, cell,
+        [=, this](bool hasImage) {
+            if (hasImage)
+                return;
+            m_pictures[video].isLeftOut = true;
+            m_pictures[video].request = nullptr;
+        },
+        [=, this] { imageDidArrive(video, cell); });
+}
+
+void Thumbnails::imageDidArrive(const Video &video, QSize cell)
+{
+    auto &picture = m_pictures[video];
+    picture.size = cell;
+    picture.request = nullptr;
+    picture.key = video->image().cacheKey();
+    if (picture.cells == 0)
+        keep(video);
+    else
+        Q_EMIT imageDidChange(video);
+}
+
+void Thumbnails::hide(const Video &video)
+{
+    auto &picture = m_pictures[video];
+    if (--picture.cells > 0)
+        return;
+    picture.request = nullptr;
+    picture.isLeftOut = false;
+    keep(video);
+}
+
+void Thumbnails::keep(const Video &video)
+{
+    auto &picture = m_pictures[video];
+    if (picture.key == 0 || video->image().cacheKey() != picture.key) { // The host's image, or none.
+        m_pictures.erase(video);
+        return;
+    }
+    if (!std::exchange(picture.isKept, true))
+        picture.place = m_kept.insert(m_kept.end(), video);
+    if (m_kept.size() <= mostKept)
+        return;
+    const auto oldest = m_kept.front();
+    m_kept.pop_front();
+    if (oldest->image().cacheKey() == m_pictures[oldest].key)
+        oldest->setImage({});
+    m_pictures.erase(oldest);
+}
+
+} // namespace zelvano

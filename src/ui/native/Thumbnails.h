@@ -1,0 +1,60 @@
+#pragma once
+
+#include <ZelvanoUI/ZVVideoParams.h>
+
+#include <QObject>
+#include <QSize>
+
+#include <functional>
+#include <list>
+#include <unordered_map>
+
+namespace zelvano {
+
+/// The pictures of one view's videos. Fetches them in the size that a cell shows, and keeps those of the cells near the
+/// viewport and of a few more; the records of the others lose their picture. Never releases an image that the host has
+/// set. Its end cancels what waits. Main thread.
+class Thumbnails : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Video = std::shared_ptr<ZVVideoParams>;
+
+    /// Fetches the picture before the video has a cell. Once it has arrived or failed, calls `fetched`, and then, in
+    /// a later task, sets the image.
+    void fetch(const Video &video, QSize cell, const std::function<void()> &fetched);
+    /// Fetches no picture until the video's cell disappears.
+    void leaveOut(const Video &video) { m_pictures[video].isLeftOut = true; }
+
+    /// The video has a cell near the viewport, of this size in pixels. Fetches the picture if it is missing or too
+    /// small.
+    void show(const Video &video, QSize cell);
+    void resize(const Video &video, QSize cell);
+    /// The cell disappeared. Cancels a fetch.
+    void hide(const Video &video);
+
+    /// The video has another image.
+    Q_SIGNAL void imageDidChange(const zelvano::Thumbnails::Video &video);
+
+private:
+    struct Picture
+    {
+        int cells = 0;
+        QSize size; ///< Of the cell for which it was decoded.
+        std::shared_ptr<void> request;
+        qint64 key = 0; ///< Of the image that was set here.
+        bool isLeftOut = false;
+        bool isKept = false;
+        std::list<Video>::iterator place; ///< In m_kept, while kept.
+    };
+
+    void imageDidArrive(const Video &video, QSize cell);
+    void keep(const Video &video);
+
+    std::unordered_map<Video, Picture> m_pictures;
+    std::list<Video> m_kept; ///< Pictures without cells, the oldest first.
+    std::list<std::shared_ptr<void>> m_fetches;
+};
+
+} // namespace zelvano
