@@ -24,6 +24,17 @@ ZVTopRecommendationContentView {
 
         anchors.fill: parent
 
+        // Rounds the corners outside the page, whatever the page's layout is. Qt Quick's software renderer has no
+        // shaders: there the corners stay square.
+        layer.enabled: GraphicsInfo.api !== GraphicsInfo.Software
+        layer.effect: ShaderEffect {
+            readonly property real radius: content.owner ? content.owner.cornerRadius * Screen.devicePixelRatio : 0
+            readonly property size size: Qt.size(width * Screen.devicePixelRatio, height * Screen.devicePixelRatio)
+
+            // Compiled into the library: a host's own bundle in a folder lacks it.
+            fragmentShader: "qrc:/ZelvanoUIResources.bundle/ZVRoundedCorners.frag.qsb"
+        }
+
         ZVWebPage {
             id: page
 
@@ -34,16 +45,6 @@ ZVTopRecommendationContentView {
             // Otherwise Chromium drops a command that the page sends by location.href, without asking.
             settings.unknownUrlSchemePolicy: WebEngineSettings.AllowAllUnknownUrlSchemes
             allows: url => content.owner !== null && content.owner.shouldStartLoadWithRequest(url)
-
-            // Rounds the corners of the page itself: the overlay around it is transparent.
-            Component.onCompleted: {
-                const script = WebEngine.script();
-                script.name = "roundCorners";
-                script.sourceCode = `document.documentElement.style.clipPath = "inset(0 round ${content.owner.cornerRadius}px)"`;
-                script.injectionPoint = WebEngineScript.DocumentReady;
-                script.worldId = WebEngineScript.ApplicationWorld;
-                userScripts.insert(script);
-            }
         }
     }
 

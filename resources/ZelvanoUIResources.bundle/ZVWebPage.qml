@@ -41,6 +41,14 @@ WebEngineView {
         showScrollBars: false
     }
 
+    LoggingCategory {
+        id: pageLog
+
+        name: "zelvano.page"
+        defaultLogLevel: LoggingCategory.Critical // Off: every line is an info.
+    }
+
+    onJavaScriptConsoleMessage: (level, message, line, source) => console.info(pageLog, `${source}:${line}: ${message}`)
     onNavigationRequested: request => {
         if (!allows(request.url) || !/^(https?|about|data|blob):/i.test(request.url.toString()))
             request.reject();
