@@ -33,7 +33,9 @@ public:
 ///
 /// The page sends commands by navigating to "zelvano://ready" and "zelvano://index?N"; these addresses never load. The
 /// overlay calls the page's function updateSuggestions with the list of videos. It starts hidden, takes input only
-/// while shown, and returns the keyboard focus when hidden. Main thread.
+/// while shown, and returns the keyboard focus when hidden. Escape hides the overlay of the window that was shown last,
+/// before the host's own shortcuts for Escape; a dialog that has the focus above the overlay keeps its keys. Main
+/// thread.
 class ZELVANOUI_EXPORT ZVTopRecommendationView : public QQuickItem
 {
     Q_OBJECT
@@ -50,10 +52,11 @@ public:
     bool isFirstLoad() const;
     void setIsFirstLoad(bool first);
 
-    /// The layout page. The overlay loads the first valid URL and ignores later ones.
+    /// The layout page. The overlay loads the first valid URL and ignores later ones. After a failed load each call
+    /// loads the first URL again.
     QUrl url() const;
     void setUrl(const QUrl &url);
-    /// The videos as JSON text. The page gets them now, and again when it becomes ready. Null before the first.
+    /// The videos as JSON text. The page gets them once it is ready. Null before the first.
     QString jsonSuggestions() const;
     void setJsonSuggestions(const QString &json);
 
@@ -68,7 +71,7 @@ public:
     /// In the coordinates of the parent item.
     QRectF frame() const { return {position(), size()}; }
     void setFrame(const QRectF &frame);
-    /// Radius of the page's corners, in points.
+    /// Radius of the page's corners, in points. Qt Quick's software renderer does not round them.
     Q_PROPERTY(double cornerRadius READ cornerRadius CONSTANT FINAL)
     double cornerRadius() const { return 5.0; }
 
@@ -84,6 +87,8 @@ public:
     Q_INVOKABLE bool shouldRecognizeSimultaneously() const { return true; }
     /// Runs a command of the page and returns false; returns true for every other address.
     Q_INVOKABLE bool shouldStartLoadWithRequest(const QUrl &url);
+    /// The page could not be loaded. Does nothing while the page is ready.
+    Q_INVOKABLE void pageDidFail(int code, const QString &reason);
     /// The page's renderer process ended. Hides the overlay and loads the page again a moment later.
     Q_INVOKABLE void rendererDidEnd(int status, int exitCode);
 

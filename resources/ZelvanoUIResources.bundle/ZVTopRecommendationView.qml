@@ -40,6 +40,10 @@ ZVTopRecommendationContentView {
 
             frame: place
             onRenderProcessTerminated: (status, code) => content.owner?.rendererDidEnd(status, code)
+            onLoadingChanged: info => {
+                if (info.status === WebEngineView.LoadFailedStatus)
+                    content.owner?.pageDidFail(info.errorCode, info.errorString);
+            }
             backgroundColor: "transparent"
             zoomFactor: 1
             // Otherwise Chromium drops a command that the page sends by location.href, without asking.
@@ -147,12 +151,5 @@ ZVTopRecommendationContentView {
             gesturePolicy: TapHandler.ReleaseWithinBounds
             onTapped: content.owner.dismissPressed()
         }
-    }
-
-    // Qt 6.4's qmllint does not know StandardKey.
-    Shortcut {
-        sequences: [StandardKey.Cancel] // qmllint disable unqualified
-        enabled: content.shown
-        onActivated: content.owner.dismissPressed()
     }
 }

@@ -119,6 +119,9 @@ class HostWindow : public QQuickWindow
 public:
     explicit HostWindow(QSize size = {800, 600})
     {
+        // Qt's web engine gives these warnings when it is loaded.
+        QTest::failOnWarning(QRegularExpression(
+            QStringLiteral("^(?!QWebEngine\\w+ is neither a QObject|No suitable graphics backend)")));
         resize(size);
         below.setParentItem(contentItem());
         below.setSize(size);

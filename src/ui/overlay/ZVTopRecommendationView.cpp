@@ -6,9 +6,11 @@
 #include "MainQueue.h"
 #include "WebEngine.h"
 
+#include <QKeyEvent>
 #include <QPointer>
 #include <QPropertyAnimation>
 #include <QQuickWindow>
+#include <QRegularExpression>
 #include <QThread>
 #include <QTimer>
 
@@ -22,10 +24,14 @@ constexpr auto swipeDuration = 250; // Milliseconds.
 
 } // namespace
 
-struct ZVTopRecommendationView::Private
+struct ZVTopRecommendationView::Private : QObject // To filter the window's keys.
 {
     explicit Private(ZVTopRecommendationView *overlay) : q(overlay) {}
 
+    bool eventFilter(QObject *window, QEvent *event) override;
+    bool leavesKeysTo(const QQuickItem *focused) const;
+    void comeToFront();
+    void followWindow(QQuickWindow *next);
     void loadContent();
     QQuickItem *root() const { return content ? content->root() : nullptr; }
     void pushSuggestions();
@@ -39,6 +45,7 @@ struct ZVTopRecommendationView::Private
     bool isReady = false;
     bool isFirstLoad = true;
     bool isHidden = false;
+    bool hasFailed = false;  ///< The page could not be loaded.
     int answersUnderWay = 0; ///< Depth of shouldStartLoadWithRequest().
     bool endsAfterAnswer = false;
     QUrl url;
@@ -46,6 +53,7 @@ struct ZVTopRecommendationView::Private
     std::weak_ptr<ZVTopRecommendationViewDelegate> delegate;
     std::unique_ptr<InterfaceResource> content;
     QPointer<QQuickItem> webView;
+    QPointer<QQuickWindow> window;
     QPointer<QQuickItem> lastFocusOutside;
     QMetaObject::Connection focusConnection;
 };
@@ -107,11 +115,11 @@ QUrl ZVTopRecommendationView::url() const
 
 void ZVTopRecommendationView::setUrl(const QUrl &url)
 {
-    if (!d->url.isEmpty() || !url.isValid())
-        return;
-    d->url = url;
-    if (d->webView)
-        d->webView->setProperty("url", url);
+    const bool isFirst = d->url.isEmpty() && url.isValid();
+    if (isFirst)
+        d->url = url;
+    if (d->webView && (isFirst || std::exchange(d->hasFailed, false)))
+        d->webView->setProperty("url", d->url);
 }
 
 QString ZVTopRecommendationView::jsonSuggestions() const
@@ -129,10 +137,9 @@ void ZVTopRecommendationView::setJsonSuggestions(const QString &json)
     });
 }
 
-/// Does nothing before the page is ready: it has no such function then.
 void ZVTopRecommendationView::Private::pushSuggestions()
 {
-    if (!webView)
+    if (!webView || !isReady)
         return;
     const auto argument = jsonSuggestions.isNull() ? u"(null)"_s : jsonSuggestions;
     const QString script = "updateSuggestions("_L1 + argument + ");"_L1;
@@ -183,6 +190,10 @@ void ZVTopRecommendationView::setHidden(bool hidden)
     d->isHidden = hidden;
     setVisible(!hidden);
     setEnabled(!hidden);
+    if (!hidden)
+        d->comeToFront();
+    else if (d->window)
+        d->window->removeEventFilter(d.get());
 }
 
 void ZVTopRecommendationView::setFrame(const QRectF &frame)
@@ -224,6 +235,15 @@ bool ZVTopRecommendationView::shouldStartLoadWithRequest(const QUrl &url)
     if (--d->answersUnderWay == 0 && d->endsAfterAnswer)
         deleteLater();
     return false;
+}
+
+void ZVTopRecommendationView::pageDidFail(int code, const QString &reason)
+{
+    if (d->isReady)
+        return;
+    d->hasFailed = true;
+    static const QRegularExpression tags(u"<[^>]*>"_s); // Chromium writes its reasons as HTML.
+    ZV_LOG("Error: the layout page cannot be loaded (" << code << "): " << QString(reason).remove(tags).simplified());
 }
 
 void ZVTopRecommendationView::rendererDidEnd(int status, int exitCode)
@@ -271,15 +291,58 @@ void ZVTopRecommendationView::Private::select(const LayoutCommand &command)
 
 void ZVTopRecommendationView::itemChange(ItemChange change, const ItemChangeData &data)
 {
-    if (change == ItemSceneChange) {
-        disconnect(d->focusConnection);
-        if (data.window) {
-            const auto follow = [this, window = data.window] { d->followFocus(window->activeFocusItem()); };
-            d->focusConnection = connect(data.window, &QQuickWindow::activeFocusItemChanged, this, follow);
-            follow();
-        }
-    }
+    if (change == ItemSceneChange)
+        d->followWindow(data.window);
     QQuickItem::itemChange(change, data);
+}
+
+void ZVTopRecommendationView::Private::followWindow(QQuickWindow *next)
+{
+    disconnect(focusConnection);
+    if (window)
+        window->removeEventFilter(this);
+    window = next;
+    if (!window)
+        return;
+    focusConnection =
+        connect(window, &QQuickWindow::activeFocusItemChanged, q, [this] { followFocus(window->activeFocusItem()); });
+    followFocus(window->activeFocusItem());
+    if (!isHidden)
+        window->installEventFilter(this);
+}
+
+/// The overlay that was shown last is above the others and gets the keys before them.
+void ZVTopRecommendationView::Private::comeToFront()
+{
+    const auto siblings = q->parentItem() ? q->parentItem()->childItems() : QList<QQuickItem *>();
+    if (!siblings.isEmpty() && siblings.last() != q)
+        q->stackAfter(siblings.last());
+    if (window)
+        window->installEventFilter(this); // Installed again, it is the first.
+}
+
+/// Escape reaches the overlay wherever the focus is. A Shortcut would not do: with a second one of the host, neither
+/// acts.
+bool ZVTopRecommendationView::Private::eventFilter(QObject *, QEvent *event)
+{
+    const bool isPress = event->type() == QEvent::KeyPress;
+    if (!isPress && event->type() != QEvent::ShortcutOverride)
+        return false;
+    if (!static_cast<QKeyEvent *>(event)->matches(QKeySequence::Cancel) || !q->isVisible() ||
+        leavesKeysTo(window->activeFocusItem()))
+        return false;
+    event->accept();
+    if (isPress)
+        q->dismissPressed();
+    return true;
+}
+
+/// Whether the item is in something that the host shows above the overlay, a dialog for example.
+bool ZVTopRecommendationView::Private::leavesKeysTo(const QQuickItem *focused) const
+{
+    while (focused && focused->parentItem() != q->parentItem())
+        focused = focused->parentItem();
+    return focused && focused->z() > q->z();
 }
 
 void ZVTopRecommendationView::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)

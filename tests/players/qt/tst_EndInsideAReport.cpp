@@ -171,6 +171,7 @@ private Q_SLOTS:
     }
 
     void playerLoadStateDidChange(QObject *, int) { end(); }
+    void playerPlaybackStateDidChange(QObject *, int) {}
 
     void report_data()
     {

@@ -5,6 +5,7 @@
 #include <ZelvanoUI/Bundle.h>
 #include <ZelvanoUI/Sandbox.h>
 
+#include <QAbstractAnimation>
 #include <QDesktopServices>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -272,6 +273,51 @@ private Q_SLOTS:
         QVERIFY(stage.view->isHidden());
     }
 
+    void transparentPage()
+    {
+        Stage stage;
+        stage.window.setColor(Qt::red);
+        QVERIFY(stage.appear(listeningPage(u"<style>body { margin: 0 }</style><div style='background: #00ff00; "
+                                           "width: 50vw; height: 100vh'></div>"_s)));
+        stage.view->setFrame({20, 64, 640, 360}); // The page follows.
+        const auto colour = [&](double x) { return stage.window.grabWindow().pixelColor(stage.at(x, 340)); };
+        QVERIFY(waitUntil([&] { return colour(310) == QColor(Qt::green) && colour(330) == QColor(Qt::red); }));
+    }
+
+    /// However a page lays itself out, it is visible, can be tapped, and has rounded corners that show the host.
+    void layouts_data()
+    {
+        QTest::addColumn<QString>("html");
+        const auto page = u"<style>body { margin: 0; background: #00ff00 } #t { background: #0000ff; %1 }</style>"
+                          "<div id='t' onclick=\"location.href = 'zelvano://index?5'\"></div>"
+                          "<script>location.href = 'zelvano://ready'</script>"_s;
+        QTest::newRow("fixed") << page.arg(u"position: fixed; inset: 40px"_s);
+        QTest::newRow("absolute") << page.arg(u"position: absolute; inset: 40px"_s);
+        QTest::newRow("scrolling") << u"<script>setInterval(() => scrollTo(0, 900), 10)</script>"_s +
+                                          page.arg(u"margin: 940px 0; height: 140px"_s);
+        QTest::newRow("taller than the view") << page.arg(u"height: 2000px; margin: 40px"_s);
+        QTest::newRow("no height") << page.arg(u"float: left; width: 100vw; height: 120px; margin-top: 40px"_s);
+        // Chromium drops the rest of a document that sets location.href while it is parsed.
+        QTest::newRow("ready while parsing")
+            << u"<iframe hidden src='zelvano://ready'></iframe>"_s + page.arg(u"height: 120px; margin: 40px"_s);
+    }
+
+    void layouts()
+    {
+        QFETCH(const QString, html);
+        Stage stage;
+        stage.window.setColor(Qt::red);
+        QVERIFY(stage.appear(pageOf(u"<!doctype html>"_s + html)));
+        const auto colour = [&](double x, double y) { return stage.window.grabWindow().pixelColor(stage.at(x, y)); };
+        QVERIFY(waitUntil([&] { return colour(150, 100) == QColor(Qt::blue); }));
+        QVERIFY(colour(150, 20) == QColor(Qt::green) || html.contains("2000px"_L1));
+        const bool isRounded = stage.window.rendererInterface()->graphicsApi() != QSGRendererInterface::Software;
+        for (const auto &[x, y] : {std::pair(0, 0), {299, 0}, {0, 199}, {299, 199}})
+            QCOMPARE(colour(x, y), QColor(isRounded ? Qt::red : Qt::green));
+        tap(stage.window, Pointer::Mouse, stage.at(150, 100));
+        QVERIFY(waitUntil([&] { return stage.owner->selected == QList<qint64>{5}; }));
+    }
+
     void tapInThePage()
     {
         for (const auto pointer : {Pointer::Mouse, Pointer::Touch}) {
@@ -293,6 +339,10 @@ private Q_SLOTS:
             for (const bool toTheRight : {true, false}) {
                 Stage stage(firstFrame, 375);
                 QVERIFY(stage.appear(listeningPage()));
+                for (const QPoint way : {QPoint(55, 0), QPoint(100, 60)}) // Too short, too steep.
+                    drag(stage.window, pointer, stage.at(150, 100), toTheRight ? way : -way);
+                QCoreApplication::processEvents();
+                QVERIFY(stage.view->findChildren<QAbstractAnimation *>().isEmpty());
                 drag(stage.window, pointer, stage.at(150, 100), {toTheRight ? 120 : -120, 10});
                 QVERIFY(!stage.view->isHidden()); // It moves out first.
                 QVERIFY(stage.hides());
@@ -362,6 +412,83 @@ private Q_SLOTS:
         stage.view->webView()->forceActiveFocus();
         stage.view->setDelegate(nullptr);
         QCOMPARE(stage.window.activeFocusItem(), &stage.window.below);
+    }
+
+    /// The overlay that was shown last takes Escape, then the other one, then the host's own shortcut.
+    void escapeIsForTheTopmost()
+    {
+        Stage stage;
+        QQmlEngine engine;
+        QQmlComponent component(&engine);
+        component.setData("import QtQuick\nItem { property int uses\n"
+                          "Shortcut { sequence: 'Esc'; onActivated: ++uses } }",
+                          {});
+        const std::unique_ptr<QQuickItem> host(qobject_cast<QQuickItem *>(component.create()));
+        host->setParentItem(stage.window.contentItem());
+        ZVTopRecommendationView second(firstFrame);
+        second.setParentItem(&stage.superview);
+        QVERIFY(stage.window.appear());
+        second.setHidden(false);
+        stage.view->setHidden(false);
+        QCOMPARE(stage.superview.childItems().last(), stage.view.get());
+
+        QQuickItem dialog(&stage.superview);
+        dialog.setZ(1);
+        dialog.forceActiveFocus();
+        QTest::keyClick(&stage.window, Qt::Key_Escape);
+        QVERIFY(!stage.view->isHidden() && !second.isHidden() && host->property("uses") == 1);
+        stage.window.below.forceActiveFocus();
+        for (const auto &[first, other, uses] : {std::tuple(true, false, 1), {true, true, 1}, {true, true, 2}}) {
+            QTest::keyClick(&stage.window, Qt::Key_Escape);
+            QCOMPARE(stage.view->isHidden(), first);
+            QCOMPARE(second.isHidden(), other);
+            QCOMPARE(host->property("uses"), uses);
+        }
+    }
+
+    void failedLoad()
+    {
+        using zelvano::sandbox::Fault;
+        for (const auto kind : {Fault::Kind::CutBeforeAnswer, Fault::Kind::HttpStatus}) {
+            Fault fault;
+            fault.kind = kind;
+            sandbox.addFault(u"/layout/"_s, {}, fault);
+            const LogCollector log;
+            Overlay overlay;
+            const auto failures = [&] {
+                return log.beginningWith(u"Error: the layout page cannot be loaded ("_s).size();
+            };
+            overlay.view->setUrl(sandbox.url(u"/layout/"_s));
+            QVERIFY(waitUntil([&] { return failures() == 1 || overlay.view->isReady(); }));
+            overlay.view->setJsonSuggestions(u"[{}]"_s);
+            overlay.view->setUrl(sandbox.url(u"/second"_s));
+            QVERIFY(waitUntil([&] { return overlay.view->isReady(); }));
+            QCOMPARE(overlay.view->webView()->property("url").toUrl(), sandbox.url(u"/layout/"_s));
+            QVERIFY(failures() <= 1 && !log.lines().join(u'\n').contains(u'<'));
+        }
+    }
+
+    /// The page's console is silent unless a developer turns the category on.
+    void console()
+    {
+        static QStringList lines;
+        Overlay overlay;
+        overlay.view->setUrl(pageOf(u"<script>console.error('noise')</script>"_s));
+        overlay.view->setJsonSuggestions(u"[]"_s); // The page has no function for it, and is not ready.
+        const auto previous =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &context, const QString &line) {
+                lines.append(QLatin1StringView(context.category) + u' ' + line);
+            });
+        const auto restore = qScopeGuard([&] { qInstallMessageHandler(previous); });
+        QVERIFY(
+            waitUntil([&] { return evaluate(*overlay.view, u"document.readyState"_s).toString() == u"complete"_s; }));
+        evaluate(*overlay.view, u"console.error('noise'); nothing()"_s);
+        QCOMPARE(lines, QStringList());
+        QLoggingCategory::setFilterRules(u"zelvano.page=true"_s);
+        evaluate(*overlay.view, u"console.log('heard')"_s);
+        QVERIFY(waitUntil([&] { return !lines.isEmpty() && lines.last().endsWith(": heard"_L1); }));
+        QLoggingCategory::setFilterRules(u"qt.webenginecontext=false"_s);
+        QVERIFY2(lines.last().startsWith("zelvano.page "_L1), qPrintable(lines.join(u'\n')));
     }
 
     void clearedDelegateTakesThePageDown()
@@ -444,11 +571,21 @@ private Q_SLOTS:
         QTest::newRow("download of a page")
             << link.arg(u"a.download = 'file.html'; a.href = URL.createObjectURL(new Blob(['x']))"_s);
         QTest::newRow("new window link") << link.arg(u"a.target = '_blank'; a.href = 'data:text/html,x'"_s);
-        QTest::newRow("permissions")
-            << u"navigator.geolocation?.getCurrentPosition(() => {}); Notification.requestPermission();"
-               "navigator.mediaDevices?.getUserMedia({audio: true, video: true}).catch(() => {})"_s;
         QTest::newRow("focus") << u"window.focus(); document.body.tabIndex = 0; document.body.focus()"_s;
         QTest::newRow("close") << u"window.close()"_s;
+    }
+
+    /// Chromium asks for permissions only for a secure page, one from this computer for example.
+    void permissions()
+    {
+        Stage stage;
+        QVERIFY(stage.appear(sandbox.url(u"/layout/"_s)));
+        evaluate(*stage.view, u"window.answers = [];"
+                              "Notification.requestPermission().then(answer => answers.push(answer));"
+                              "navigator.geolocation.getCurrentPosition(() => answers.push('place'),"
+                              "                                         error => answers.push(error.code))"_s);
+        waitForPage(*stage.view, u"answers.length == 2"_s);
+        QCOMPARE(evaluate(*stage.view, u"answers.sort().join()"_s).toString(), u"1,denied"_s);
     }
 
     void hostilePage()
