@@ -18,6 +18,9 @@ namespace zelvano {
 /// The one object that most hosts need. It owns the engine and the overlay, shows the overlay over the paused player
 /// and makes the player switch to the video that the viewer chooses there. Main thread.
 ///
+/// The overlay appears in the window that shows the player's view. If that is none, or hidden, it appears in the window
+/// of Application::setKeyWindow(), the focused window, or the first visible Qt Quick window.
+///
 /// The session ends with dismiss(). It also ends, without a call of the delegate, when the host drops its last
 /// reference.
 class ZELVANOUI_EXPORT ZelvanoViewController : public QObject,
@@ -64,7 +67,8 @@ public:
     /// Stops the keep-alive, removes all views from the screen and clears the delegates of the native ones. Engine and
     /// overlay stay.
     void removeZelvanoRecommendations();
-    /// Ends the session. A later use of engine or overlay starts another one.
+    /// Ends the session. A later use of engine or overlay starts another one, which does not follow the device's
+    /// orientation; a new controller does.
     void dismiss();
 
     /// All videos of the last recommendation.

@@ -9,8 +9,10 @@
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/NotificationCenter.h>
 
+#include <QGuiApplication>
 #include <QJsonDocument>
 #include <QPointer>
+#include <QQuickRenderControl>
 #include <QQuickWindow>
 
 #include <utility>
@@ -30,16 +32,27 @@ constexpr double topmost = 1e6; // The z of the overlay.
 // An adapter looks for this class by its name, and expects suggestions where it exists.
 const int registeredType = qRegisterMetaType<ZelvanoViewController *>();
 
-/// The content of the key window, else of the first Qt Quick window; null without one.
-QQuickItem *windowContent()
+/// Whether the user can see the window. Another window shows one that is rendered by a QQuickRenderControl.
+bool isShown(QQuickWindow *window)
+{
+    const auto *const other = QQuickRenderControl::renderWindowFor(window);
+    return other ? other->isVisible() : window->isVisible();
+}
+
+/// The content of the window that shows the player's view, else of the key window, the focused one, or the first Qt
+/// Quick window. Null when none of them is visible.
+QQuickItem *windowContent(const QQuickItem *playerView)
 {
     const auto &application = Application::shared();
-    if (auto *key = qobject_cast<QQuickWindow *>(application.keyWindow()))
-        return key->contentItem();
-    for (auto *window : application.windows()) {
-        if (auto *quickWindow = qobject_cast<QQuickWindow *>(window))
+    QList<QWindow *> windows{application.keyWindow(), QGuiApplication::focusWindow()};
+    if (playerView)
+        windows.prepend(playerView->window());
+    for (auto *window : windows + application.windows()) {
+        auto *const quickWindow = qobject_cast<QQuickWindow *>(window);
+        if (quickWindow && isShown(quickWindow))
             return quickWindow->contentItem();
     }
+    ZV_LOG("Error: no window is visible, so the overlay is not");
     return nullptr;
 }
 
@@ -333,7 +346,7 @@ void ZelvanoViewController::addRecommendationToView(const std::shared_ptr<Zelvan
     d->playerView = std::make_unique<VideoView>(qobject_cast<QQuickItem *>(view));
     connect(d->playerView.get(), &VideoView::frameChanged, this, [this] { d->playerViewDidMove(); });
     overlay->setFrame(webviewFrame());
-    overlay->setParentItem(windowContent());
+    overlay->setParentItem(windowContent(playerView()));
 }
 
 void ZelvanoViewController::Private::rotation()
@@ -373,14 +386,16 @@ void ZelvanoViewController::didSelecteRecommendation(ZVTopRecommendationView *vi
         return;
     }
     const auto video = d->videoList[static_cast<std::size_t>(index)];
-    const QPointer<ZVTopRecommendationView> overlay(view); // The delegate may dismiss.
+    // The host may dismiss, in its delegate or when it gets the focus back, and begin another session.
+    const QPointer<ZVTopRecommendationView> overlay(view);
+    const auto engine = d->zelvano;
     didSelecteRecommendation(video);
-    if (d->zelvano)
-        d->zelvano->setSelectionByUser(true); // Already here: hiding returns the focus, and the host may react.
+    if (engine && engine == d->zelvano)
+        engine->setSelectionByUser(true);
     if (overlay)
         overlay->setHidden(true);
-    if (d->zelvano)
-        d->zelvano->playSelected(video);
+    if (engine && engine == d->zelvano)
+        engine->playSelected(video);
 }
 
 void ZelvanoViewController::didSelecteRecommendation(const std::shared_ptr<ZVVideoParams> &video)

@@ -42,6 +42,7 @@ struct ControllerSession
     {
         playerView.setParentItem(window->contentItem());
         playerView.setSize({400, 300});
+        window->show();
         zelvano::Application::shared().setKeyWindow(window.get());
         service.storeIdentity();
         begin();

@@ -113,6 +113,25 @@ private Q_SLOTS:
         }
     }
 
+    /// The impression is sent, then the overlay appears, and only then it gets its place and window.
+    void impressionComesFirst()
+    {
+        Session session;
+        session.beReady();
+        QCOMPARE(session.overlay()->frame(), QRectF(20, 64, 300, 200));
+        session.recommend(1);
+        int appearances = 0;
+        const QObject whileItLasts;
+        connect(session.overlay(), &QQuickItem::visibleChanged, &whileItLasts, [&] {
+            ++appearances;
+            QCOMPARE(session.reported(u"impression"_s), 1);
+            QCOMPARE(session.overlay()->frame(), QRectF(20, 64, 300, 200));
+            QVERIFY(!session.overlay()->window());
+        });
+        session.show();
+        QCOMPARE(appearances, 1);
+    }
+
     void states()
     {
         Session session;
@@ -122,6 +141,10 @@ private Q_SLOTS:
                                   u"recommendationClick"_s, u"playing"_s, QString()}) {
             session.show();
             session.playerIs(state);
+            QVERIFY2(session.isShown(), qPrintable(state));
+            session.overlay()->setHidden(true);
+            session.playerIs(u"pause"_s);
+            session.show(); // A seek, for one, does not suppress it.
             QVERIFY2(session.isShown(), qPrintable(state));
         }
         for (const auto &state : {u"play"_s, u"autoPlay"_s}) {
@@ -144,7 +167,14 @@ private Q_SLOTS:
         session.beReady();
         session.show();
         const QPointer<QQuickItem> overlay(session.overlay());
-        session.host->onDone = [&] { QCOMPARE(session.controller->delegate(), session.host); };
+        session.host->onDone = [&] {
+            QCOMPARE(session.controller->delegate(), session.host);
+            QVERIFY(!session.controller->player() && !session.controller->playerView() && engine->listeners().empty());
+            Device::current().setOrientation(UIDeviceOrientation::PortraitUpsideDown);
+        };
+        const QObject whileItLasts;
+        connect(overlay, &QQuickItem::visibleChanged, &whileItLasts,
+                [&] { QVERIFY(session.subscriber->dismissals == 0 && session.controller->player()); });
         session.playerIs(u"done"_s);
         QCOMPARE(session.host->done, 1);
         const auto &controller = session.controller;
@@ -193,6 +223,9 @@ private Q_SLOTS:
             QVERIFY(!session.engine()->selectionByUser() && session.isShown());
             QVERIFY(session.subscriber->nextVideos.isEmpty());
         };
+        const QObject whileItLasts;
+        connect(session.overlay(), &QQuickItem::visibleChanged, &whileItLasts,
+                [&] { QVERIFY(session.engine()->selectionByUser() && session.subscriber->nextVideos.isEmpty()); });
         session.pick(2);
         QCOMPARE(session.host->selected, QStringList{u"video-2"_s}); // Counted in the full list.
         QVERIFY(session.engine()->selectionByUser() && !session.isShown());
@@ -208,6 +241,23 @@ private Q_SLOTS:
         session.pick(0);
         QCOMPARE(session.subscriber->nextVideos.last(), u"http://videos.example/0.mp4"_s);
         QCOMPARE(session.host->selected.size(), 1);
+    }
+
+    /// What the viewer picked in one session does not play in the next.
+    void selectionThatRestarts()
+    {
+        Session session;
+        session.recommend(4);
+        session.beReady();
+        session.show();
+        const auto next = std::make_shared<FakeSubscriber>();
+        session.host->onSelect = [&] {
+            session.controller->dismiss();
+            session.engine()->playerEventsHandler()->setCurrentSubscriber(next);
+        };
+        session.pick(1);
+        QVERIFY(!session.engine()->selectionByUser());
+        QVERIFY(session.subscriber->nextVideos.isEmpty() && next->nextVideos.isEmpty());
     }
 
     void selectionThatIsNoVideo()
@@ -324,7 +374,8 @@ private Q_SLOTS:
         QCOMPARE(session.engine()->playerEventsHandler()->currentSubscriber()->playerId(), u"avplayer"_s);
     }
 
-    void keyWindow()
+    /// In the player's window, else the named one, else the first visible one, and never in a hidden one.
+    void windowOfTheOverlay()
     {
         Session session;
         session.beReady();
@@ -333,13 +384,26 @@ private Q_SLOTS:
             return session.overlay()->window();
         };
         {
-            QQuickWindow second;
+            HostWindow second;
+            second.show();
             Application::shared().setKeyWindow(&second);
+            QCOMPARE(windowOfShown(), session.window.get());
+            session.window->hide();
+            QCOMPARE(windowOfShown(), &second);
+            session.playerView.setParentItem(nullptr);
+            session.window->show();
+            QCOMPARE(windowOfShown(), &second);
+            second.hide();
+            QCOMPARE(windowOfShown(), session.window.get());
+            second.show();
             QCOMPARE(windowOfShown(), &second);
         }
-        QVERIFY(!session.overlay()->parentItem());       // Its window has gone, and the overlay lives on.
-        QCOMPARE(windowOfShown(), session.window.get()); // No key window: the first.
+        QVERIFY(!session.overlay()->parentItem()); // Its window has gone, and the overlay lives on.
+        QCOMPARE(windowOfShown(), session.window.get());
         QVERIFY(session.overlay()->z() > 1000);
+        session.window->hide();
+        QCOMPARE(windowOfShown(), nullptr);
+        QCOMPARE(session.service.log.count(u"Error: no window is visible, so the overlay is not"_s), 1);
     }
 
     void takenOffTheScreen()
