@@ -21,6 +21,13 @@ struct SessionState
         double position; ///< Seconds, when the event came. The replay reads the player again and ignores it.
     };
 
+    /// How far the session has come with the service.
+    enum class Progress {
+        Connecting, ///< No video is announced yet, or its announcement is under way.
+        Ready,      ///< The service has answered for a video.
+        Failed      ///< A call failed, and nothing more happens by itself. A later success ends this.
+    };
+
     QString apiKey;
     QString userId;
     QString userUUID;
@@ -34,7 +41,9 @@ struct SessionState
     std::shared_ptr<ZVRecommendation> recommendations;
     qint64 recommenationsSize = 0; ///< How many videos to ask for; 0 leaves it to the service.
     bool isKeepAliveRuns = false;  ///< True once the keep-alives began, even after they ended.
-    bool selectionByUser = false;  ///< The viewer chose the current video, or its automatic start was reported.
+    Progress progress = Progress::Connecting;
+    QString error;                ///< The call that failed and why; null unless the progress is Failed.
+    bool selectionByUser = false; ///< The viewer chose the current video, or its automatic start was reported.
 };
 
 } // namespace zelvano

@@ -95,6 +95,8 @@ public:
 
     /// All that the session knows, at one moment. Any thread.
     SessionState state() const;
+    /// The state's progress or error has changed. Emitted on the main thread, from the event loop.
+    Q_SIGNAL void progressChanged();
     /// The identity; read from the user defaults until there is one. Any thread.
     QString userId() const;
     QString userUUID() const;

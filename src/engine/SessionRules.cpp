@@ -1,6 +1,7 @@
 #include "SessionRules.h"
 
 #include <ZelvanoUI/PlayerEvents.h>
+#include <ZelvanoUI/Protocol.h>
 
 #include <cmath>
 #include <iterator>
@@ -40,6 +41,7 @@ SessionRules::Actions SessionRules::initialize(const QString &apiKey)
 SessionRules::Actions SessionRules::identityDidArrive(const Outcome &outcome, const QString &userId,
                                                       const QString &userUUID)
 {
+    note(ZVRetrieveUserIdAPI, outcome);
     if (outcome.kind == Outcome::Failed)
         return {Log{u"Error fetching userId "_s + outcome.error}};
     if (outcome.kind != Outcome::Ok)
@@ -52,6 +54,7 @@ SessionRules::Actions SessionRules::identityDidArrive(const Outcome &outcome, co
 SessionRules::Actions SessionRules::channelDidOpen(const Outcome &outcome, const Channel &channel,
                                                    const Subscriber &current)
 {
+    note(ZVRetrieveInit, outcome);
     if (outcome.kind == Outcome::Failed)
         return {Log{u"Error fetching init "_s + outcome.error}};
     if (outcome.kind != Outcome::Ok)
@@ -99,12 +102,13 @@ SessionRules::Actions SessionRules::pageEvent(const Channel &channel, const Subs
 SessionRules::Actions SessionRules::pageDidAnswer(const Outcome &outcome, const QString &pageUUID, const Media &media,
                                                   const Subscriber &subscriber)
 {
-    if (outcome.kind == Outcome::Failed)
-        return {Log{u"Zelvano page event failed "_s + outcome.error}};
     if (outcome.kind == Outcome::ChannelGone) {
         state.pageParams = QVariantList{noPlayer()};
         return {OpenChannel{identity()}};
     }
+    note(ZVPageEvent, outcome);
+    if (outcome.kind == Outcome::Failed)
+        return {Log{u"Zelvano page event failed "_s + outcome.error}};
     if (outcome.kind != Outcome::Ok)
         return {};
     Actions actions{Log{u"events:: page"_s}};
@@ -133,21 +137,38 @@ SessionRules::Actions SessionRules::readyDidAnswer(const Outcome &outcome, const
                                                    const Recommendation &recommendations, const Channel &channel,
                                                    const Media &media, const QVariantList &record)
 {
-    if (outcome.kind == Outcome::Failed)
-        return {Log{u"Zelvano ready event failed "_s + outcome.error}};
     if (outcome.kind == Outcome::ChannelGone) {
         state.pageParams = QVariantList{noPlayer(), media.videoId};
         state.readyParams = record;
         return {OpenChannel{identity()}};
     }
+    note(ZVReadyEvent, outcome);
+    if (outcome.kind == Outcome::Failed)
+        return {Log{u"Zelvano ready event failed "_s + outcome.error}};
     if (outcome.kind != Outcome::Ok)
         return {};
     Actions actions{Log{u"events:: ready"_s}};
+    state.progress = SessionState::Progress::Ready;
     state.viewUUID = viewUUID;
     append(actions, replay(media.position));
     if (channel.showsUI)
         actions.push_back(NotifySuggestions{recommendations});
     return actions;
+}
+
+/// An answer with success ends a failure, whichever call failed.
+void SessionRules::note(QLatin1StringView call, const Outcome &outcome)
+{
+    using Progress = SessionState::Progress;
+    if (outcome.kind == Outcome::Ok) {
+        state.error = QString();
+        if (state.progress == Progress::Failed)
+            state.progress = Progress::Connecting;
+        return;
+    }
+    state.progress = Progress::Failed;
+    const auto reason = outcome.kind == Outcome::Failed ? outcome.error : u"status %1"_s.arg(outcome.status);
+    state.error = u"the service did not accept \"%1\": %2"_s.arg(call, reason);
 }
 
 /// Each event is delivered to the listeners a second time. An event that is queued meanwhile, behind a replayed

@@ -118,6 +118,10 @@ public:
     {
         Recommendation recommendations;
     };
+    /// The state's progress or error has changed. The engine adds it: no rule returns it.
+    struct NotifyProgress
+    {
+    };
     struct NotifyState
     {
         QString event;
@@ -130,9 +134,9 @@ public:
     {
         Subscriber subscriber;
     };
-    using Action =
-        std::variant<Log, StoreIdentity, RequestIdentity, OpenChannel, StartKeepAlive, SendKeepAlive, ScheduleKeepAlive,
-                     SendPage, SendReady, SendPlayerEvent, SetNextVideo, NotifyState, NotifySuggestions, NotifyView>;
+    using Action = std::variant<Log, StoreIdentity, RequestIdentity, OpenChannel, StartKeepAlive, SendKeepAlive,
+                                ScheduleKeepAlive, SendPage, SendReady, SendPlayerEvent, SetNextVideo, NotifyProgress,
+                                NotifyState, NotifySuggestions, NotifyView>;
     using Actions = std::vector<Action>;
 
     // The host and the player.
@@ -163,6 +167,7 @@ public:
 private:
     Identity identity() const { return {state.apiKey, state.userId, state.userUUID}; }
     Actions replay(double position);
+    void note(QLatin1StringView call, const Outcome &outcome);
 };
 
 } // namespace zelvano

@@ -196,6 +196,14 @@ void Zelvano::Private::act(const Rules::SetNextVideo &next)
     subscriber->setNextVideo(video ? video->url() : QString());
 }
 
+void Zelvano::Private::act(const Rules::NotifyProgress &)
+{
+    MainQueue::shared().post([weak = q->weak_from_this()] {
+        if (const auto self = weak.lock())
+            Q_EMIT self->progressChanged();
+    });
+}
+
 void Zelvano::Private::act(const Rules::NotifyState &state, const Listeners &to)
 {
     for (const auto &listener : to) {

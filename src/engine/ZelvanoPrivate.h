@@ -24,7 +24,11 @@ struct Zelvano::Private
     {
         std::unique_lock lock(mutex);
         loadIdentity(lock);
-        decisions.emplace_back(ask(), listeners);
+        const auto before = std::pair(rules.state.progress, rules.state.error);
+        auto actions = ask();
+        if (before != std::pair(rules.state.progress, rules.state.error))
+            actions.insert(actions.begin(), Rules::NotifyProgress{});
+        decisions.emplace_back(std::move(actions), listeners);
         actInOrder(lock);
     }
     /// For what needs no action. Nothing that `use` lets go of may end inside it.
@@ -51,6 +55,7 @@ struct Zelvano::Private
     void act(const Rules::SendReady &event);
     void act(const Rules::SendPlayerEvent &event);
     void act(const Rules::SetNextVideo &next);
+    void act(const Rules::NotifyProgress &progress);
     void act(const Rules::NotifyState &state, const Listeners &to);
     void act(const Rules::NotifySuggestions &suggestions, const Listeners &to);
     void act(const Rules::NotifyView &view, const Listeners &to);

@@ -5,6 +5,7 @@
 #include <QTest>
 
 #include <limits>
+#include <tuple>
 
 using namespace Qt::StringLiterals;
 using namespace zelvano;
@@ -58,6 +59,7 @@ struct Writer
     {
         return next.recommendations ? u"next"_s : u"next null"_s;
     }
+    QString operator()(const Rules::NotifyProgress &) const { return u"progress"_s; }
     QString operator()(const Rules::NotifyState &state) const { return u"state "_s + state.event; }
     QString operator()(const Rules::NotifySuggestions &) const { return u"suggestions"_s; }
     QString operator()(const Rules::NotifyView &) const { return u"overlay"_s; }
@@ -88,6 +90,9 @@ QString textOf(const SessionState &state)
         u"ready-owed-"_s + state.readyParams.value_or(QVariantList(4)).value(2).toString());
     add(state.isKeepAliveRuns, u"runs"_s);
     add(state.selectionByUser, u"chosen"_s);
+    add(state.progress == SessionState::Progress::Ready, u"ready"_s);
+    add(state.progress == SessionState::Progress::Failed || !state.error.isNull(),
+        u"failed(%1)"_s.arg(state.error.section(u" accept "_s, 1)));
     for (const auto &entry : state.stack)
         words.append(u"+%1@%2"_s.arg(entry.event).arg(entry.position));
     return words.join(u' ');
@@ -117,6 +122,10 @@ Rules given(const QString &words)
             state.isKeepAliveRuns = true;
         else if (word == u"chosen")
             state.selectionByUser = true;
+        else if (word == u"ready")
+            state.progress = SessionState::Progress::Ready;
+        else if (word == u"failed")
+            std::tie(state.progress, state.error) = std::pair(SessionState::Progress::Failed, u"before"_s);
         else if (word == u"kept")
             state.recommendations = recommendations({{"status"_L1, 200}});
         else if (word.startsWith(u'+'))
@@ -195,19 +204,23 @@ private Q_SLOTS:
             u"log events:: initialize; store new-user new-uuid; init key,new-user,new-uuid"_s, u"new-user new-uuid"_s);
         row("an identity without ids clears the store", u"user uuid"_s, u"identity bare"_s,
             u"log events:: initialize; store nothing nothing; init key,-,-"_s, u""_s);
-        row("identity failed", u""_s, u"identity failed"_s, u"log Error fetching userId reason"_s, u""_s);
-        row("identity refused", u""_s, u"identity refused"_s, u""_s, u""_s);
+        row("identity failed", u""_s, u"identity failed"_s, u"log Error fetching userId reason"_s,
+            u"failed(\"users/id\": reason)"_s);
+        row("identity refused", u""_s, u"identity refused"_s, u""_s, u"failed(\"users/id\": status 500)"_s);
         row("channel", u"user"_s, u"channel ok"_s, u"log events:: channelsInit; start keepalive key,user,-"_s,
             u"user runs"_s);
         row("channel with an owed page", u"user page-owed-1"_s, u"channel ok"_s,
             u"log events:: channelsInit; page key,user,- url shown; start keepalive key,user,-"_s, u"user runs"_s);
         row("an owed page without a user is lost", u"page-owed-1 runs"_s, u"channel ok"_s,
             u"log events:: channelsInit"_s, u"runs"_s);
-        row("keep-alives start once", u"user runs"_s, u"channel ok"_s, u"log events:: channelsInit"_s, u"user runs"_s);
+        row("keep-alives start once", u"user runs failed"_s, u"channel ok"_s, u"log events:: channelsInit"_s,
+            u"user runs"_s);
         row("channel failed", u"user page-owed-1"_s, u"channel failed"_s, u"log Error fetching init reason"_s,
-            u"user page-owed-1"_s);
-        row("channel refused", u"user page-owed-1"_s, u"channel refused"_s, u""_s, u"user page-owed-1"_s);
-        row("channel gone", u"user"_s, u"channel gone"_s, u""_s, u"user"_s);
+            u"user page-owed-1 failed(\"channels/init/zelvano\": reason)"_s);
+        row("channel refused", u"user page-owed-1"_s, u"channel refused"_s, u""_s,
+            u"user page-owed-1 failed(\"channels/init/zelvano\": status 500)"_s);
+        row("channel gone", u"user"_s, u"channel gone"_s, u""_s,
+            u"user failed(\"channels/init/zelvano\": status 406)"_s);
         row("keep-alive", u"user"_s, u"keepalive"_s, u"keepalive key,user,- 30"_s, u"user"_s);
         row("keep-alive again", u"runs"_s, u"keepalive ok"_s, u"wait 30"_s, u"runs"_s);
         row("keep-alive failed", u"runs"_s, u"keepalive failed"_s, u"log Keep alive failed reason"_s, u"runs"_s);
@@ -224,21 +237,28 @@ private Q_SLOTS:
         row("an owed ready event without a page is lost", u"ready-owed-old"_s, u"page bare"_s, u"log events:: page"_s,
             u""_s);
         row("page failed", u"ready-owed-old"_s, u"page failed"_s, u"log Zelvano page event failed reason"_s,
-            u"ready-owed-old"_s);
-        row("page refused", u"page ready-owed-old"_s, u"page refused"_s, u""_s, u"page ready-owed-old"_s);
+            u"ready-owed-old failed(\"page\": reason)"_s);
+        row("page refused", u"page ready-owed-old"_s, u"page refused"_s, u""_s,
+            u"page ready-owed-old failed(\"page\": status 500)"_s);
+        row("page after a failure", u"user failed"_s, u"page ok"_s, u"log events:: page"_s, u"user new-page"_s);
         row("page gone; the owed ready event stays", u"user page ready-owed-old"_s, u"page gone"_s,
             u"init key,user,-"_s, u"user page page-owed-1 ready-owed-old"_s);
         row("ready before the page", u"ready-owed-old"_s, u"readyEvent"_s, u""_s, u"ready-owed-video"_s);
         row("ready", u"page ready-owed-old"_s, u"readyEvent"_s, u"ready key,-,- kind video 60 url page 8"_s, u"page"_s);
         row("ready of an unknown player", u"page"_s, u"readyEvent unknown"_s, u"ready key,-,-   - url page 8"_s,
             u"page"_s);
-        row("view", u"page"_s, u"ready ok"_s, u"log events:: ready; suggestions"_s, u"page new-view"_s);
-        row("view that shows nothing", u"page"_s, u"ready ok hidden"_s, u"log events:: ready"_s, u"page new-view"_s);
+        row("view", u"page"_s, u"ready ok"_s, u"log events:: ready; suggestions"_s, u"page new-view ready"_s);
+        row("view after a failure", u"page failed"_s, u"ready ok"_s, u"log events:: ready; suggestions"_s,
+            u"page new-view ready"_s);
+        row("page of a ready session", u"page ready"_s, u"page ok"_s, u"log events:: page"_s, u"new-page ready"_s);
+        row("view that shows nothing", u"page"_s, u"ready ok hidden"_s, u"log events:: ready"_s,
+            u"page new-view ready"_s);
         row("view without an id stays closed", u"+play@1"_s, u"ready bare"_s,
-            u"log events:: ready; state play; suggestions"_s, u""_s);
-        row("ready failed", u"view +play@1"_s, u"ready failed"_s, u"log Zelvano ready event failed reason"_s,
-            u"view +play@1"_s);
-        row("ready refused", u"view +play@1"_s, u"ready refused"_s, u""_s, u"view +play@1"_s);
+            u"log events:: ready; state play; suggestions"_s, u"ready"_s);
+        row("ready failed", u"view ready +play@1"_s, u"ready failed"_s, u"log Zelvano ready event failed reason"_s,
+            u"view failed(\"ready\": reason) +play@1"_s);
+        row("ready refused", u"view +play@1"_s, u"ready refused"_s, u""_s,
+            u"view failed(\"ready\": status 500) +play@1"_s);
         row("ready gone", u"user page view"_s, u"ready gone"_s, u"init key,user,-"_s,
             u"user page view page-owed-2 ready-owed-before"_s);
 
@@ -246,11 +266,11 @@ private Q_SLOTS:
         row("replay", u"+play@1 +pause@2"_s, u"ready ok hidden"_s,
             u"log events:: ready; autoPlay as autoPlay at 12.25 in new-view; state autoPlay; "
             "pause as pause at 12.25 in new-view; state pause"_s,
-            u"new-view chosen"_s);
+            u"new-view chosen ready"_s);
         row("what a replayed click queues is lost", u"chosen +recommendationClick@1 +play@2"_s, u"ready ok"_s,
             u"log events:: ready; recommendationClick as recommendationClick at 12.25 in new-view; "
             "state recommendationClick; state play; suggestions"_s,
-            u"chosen"_s);
+            u"chosen ready"_s);
 
         // Player events.
         row("no view", u""_s, u"play"_s, u"state play"_s, u"+play@12.25"_s);

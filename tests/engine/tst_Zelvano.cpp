@@ -463,6 +463,20 @@ private Q_SLOTS:
         QCOMPARE(heard(), QStringList{u"pause"_s});
     }
 
+    void progress()
+    {
+        using Progress = SessionState::Progress;
+        QStringList errors;
+        const auto note = [&] { errors.append(engine().state().error); };
+        m_service->fault(ZVReadyEvent, {Fault::Kind::ServiceStatus});
+        QObject::connect(&engine(), &Zelvano::progressChanged, &engine(), note);
+        m_service->openView();
+        QCOMPARE(engine().state().progress, Progress::Failed);
+        m_service->sendReady();
+        QCOMPARE(engine().state().progress, Progress::Ready);
+        QCOMPARE(errors, QStringList({u"the service did not accept \"ready\": status 500"_s, QString()}));
+    }
+
 private:
     void start(const Settings &settings = {})
     {
