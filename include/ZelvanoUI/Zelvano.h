@@ -84,6 +84,9 @@ public:
     void stop();
     /// Stops, drops queued events and listeners, and releases the player. Identity, page and view stay.
     void dismissZelvano();
+    /// Sends nothing more, for good: for a viewer who withdraws the consent. dismissZelvano() alone lets the answers of
+    /// calls under way start further calls. A request that is on its way ends by itself. Any thread.
+    void stopSending();
 
     // PlayerSubscription
     void pageEvent(const std::shared_ptr<PlayerSubscriber> &subscriber) override;

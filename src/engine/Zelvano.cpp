@@ -113,6 +113,16 @@ void Zelvano::dismissZelvano()
         handler->dismiss();
 }
 
+void Zelvano::stopSending()
+{
+    stop();
+    decltype(d->decisions) dropped; // Ends outside the lock.
+    d->locked([&] {
+        d->isSilent = true;
+        d->decisions.swap(dropped);
+    });
+}
+
 // Page, ready and player events
 
 void Zelvano::setPlayer(const std::shared_ptr<QObject> &player, const QString &pageId)

@@ -24,6 +24,8 @@ struct Zelvano::Private
     {
         std::unique_lock lock(mutex);
         loadIdentity(lock);
+        if (isSilent)
+            return;
         const auto before = std::pair(rules.state.progress, rules.state.error);
         auto actions = ask();
         if (before != std::pair(rules.state.progress, rules.state.error))
@@ -66,6 +68,7 @@ struct Zelvano::Private
     /// What is decided and not yet carried out, each with the listeners at its moment.
     std::deque<std::pair<Rules::Actions, std::shared_ptr<const Listeners>>> decisions;
     bool isActing = false;
+    bool isSilent = false; ///< For good: nothing is decided any more.
     std::shared_ptr<const Listeners> listeners = std::make_shared<Listeners>(); ///< Replaced, never changed.
     std::shared_ptr<ZVPlayerEvents> playerEventsHandler;
     QPointer<QObject> playerView; ///< Main thread; not guarded.

@@ -477,6 +477,25 @@ private Q_SLOTS:
         QCOMPARE(errors, QStringList({u"the service did not accept \"ready\": status 500"_s, QString()}));
     }
 
+    /// Whichever call is under way.
+    void nothingIsSentAfterStopSending()
+    {
+        for (const auto call : {ZVRetrieveUserIdAPI, ZVRetrieveInit, ZVPageEvent, ZVReadyEvent}) {
+            start();
+            m_service->fault(call, {.delay = 50ms});
+            m_service->setPage();
+            engine().readyEvent(m_service->subscriber);
+            engine().initializeWithAPIKey(u"key"_s);
+            QVERIFY(m_service->wait([&] { return m_service->sentCount(call) == 1; }));
+            engine().stopSending();
+            const auto before = m_service->sent().filter(QRegularExpression(u"^(?!keepalive)"_s));
+            engine().playerEvent(u"play"_s, m_service->subscriber);
+            m_service->advance(10min);
+            QCOMPARE(m_service->sent().filter(QRegularExpression(u"^(?!keepalive)"_s)), before);
+            QVERIFY(m_service->sentCount(ZVKeepAlive) <= 1); // It may be sent beside the page.
+        }
+    }
+
 private:
     void start(const Settings &settings = {})
     {
