@@ -5,10 +5,12 @@
 #include <QObject>
 #include <QRectF>
 
+#include <memory>
+
 namespace zelvano {
 
 /// Where a player shows its video. The base of all players that the library recognises. Main thread.
-class ZELVANOCORE_EXPORT Player : public QObject
+class ZELVANOCORE_EXPORT Player : public QObject, public std::enable_shared_from_this<Player>
 {
     Q_OBJECT
     Q_PROPERTY(QObject *view READ view CONSTANT FINAL)
