@@ -9,6 +9,7 @@ Window {
     width: 960
     height: 405
     visible: true
+    Component.onCompleted: RecommendationService.address = service
 
     MediaPlayer { id: media; source: window.video; videoOutput: output; Component.onCompleted: play() }
     VideoOutput { id: output; width: 640; height: 360 }
@@ -17,7 +18,6 @@ Window {
         id: recommendations
         apiKey: "your-api-key"
         player: media
-        serviceAddress: window.service
     }
 
     // [list]

@@ -11,6 +11,7 @@ Window {
     width: output.width + events.width
     height: output.height
     visible: true
+    Component.onCompleted: RecommendationService.address = service // A sandbox. Leave it out in production.
 
     // [attach]
     MediaPlayer { id: media; source: window.video; videoOutput: output; Component.onCompleted: play() }
@@ -23,9 +24,8 @@ Window {
         id: recommendations
         apiKey: "your-api-key"
         pageId: "page-42"
-        suggestions: 8
+        suggestionCount: 8
         player: media
-        serviceAddress: window.service // A sandbox. Leave it out in production.
         onVideoSelected: video => console.info("Next:", video.title)
     }
     // [attach]

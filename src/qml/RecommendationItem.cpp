@@ -59,6 +59,13 @@ void RecommendationItem::leave()
         controller->removeRecommendationView(m_view);
 }
 
+void RecommendationItem::clear()
+{
+    leave();
+    m_controller.reset();
+    m_view.reset();
+}
+
 void RecommendationItem::didSelecteRecommendation(const std::shared_ptr<ZVVideoParams> &video)
 {
     const auto controller = m_controller.lock();

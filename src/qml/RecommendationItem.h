@@ -37,6 +37,8 @@ public:
     void begin(const std::shared_ptr<ZelvanoViewController> &controller);
     /// The view receives no more recommendations.
     void leave();
+    /// Removes the view with its videos.
+    void clear();
 
 protected:
     explicit RecommendationItem(ZVRecommendationViewFactory::Type type);

@@ -1,20 +1,23 @@
 #include "Recommendations.h"
 
+#include "ClassName.h"
+#include "KalturaPlayer.h"
 #include "MainQueue.h"
 #include "RecommendationItem.h"
+#include "RecommendationService.h"
+#include "Utilities.h"
+#include "WatchedPlayer.h"
+#include <ZelvanoUI/AVPlayerViewController.h>
+#include <ZelvanoUI/Device.h>
 #include <ZelvanoUI/NotificationCenter.h>
 #include <ZelvanoUI/PlayerEvents.h>
-#include <ZelvanoUI/QtAVPlayer.h>
-#include <ZelvanoUI/QtAVPlayerViewController.h>
-#include <ZelvanoUI/QtMPMoviePlayerController.h>
-#include <ZelvanoUI/QtMPMoviePlayerViewController.h>
-#include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/ZelvanoViewController.h>
 
+#include <QJSEngine>
+#include <QMediaPlayer>
 #include <QQmlInfo>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <utility>
 
@@ -27,18 +30,10 @@ namespace {
 
 constexpr auto restDelay = 500ms; // After the last change of the video output's frame.
 
-template<class Player> std::shared_ptr<QObject> make(QMediaPlayer *player, QQuickItem *videoOutput)
+bool isShown(const QQuickItem *item)
 {
-    return Player::create(player, videoOutput);
+    return item && item->isVisible() && item->window() && !item->size().isEmpty();
 }
-
-/// In the order of PlayerKind.
-constexpr std::array playerMakers{
-    make<QtAVPlayerViewController>,
-    make<QtAVPlayer>,
-    make<QtMPMoviePlayerViewController>,
-    make<QtMPMoviePlayerController>,
-};
 
 } // namespace
 
@@ -73,7 +68,7 @@ public:
                          const QString &state) override
     {
         if (m_owner)
-            Q_EMIT m_owner->stateChanged(state);
+            Q_EMIT m_owner->playerEvent(state);
     }
     void addRecommendationToView(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &, QObject *,
                                  QSizeF) override
@@ -88,21 +83,39 @@ Recommendations::Recommendations(QObject *parent) : QObject(parent)
 {
     // Connected first: the handlers of a change see the session that is still to come.
     for (const auto change :
-         {&Recommendations::apiKeyChanged, &Recommendations::pageIdChanged, &Recommendations::suggestionsChanged,
-          &Recommendations::playerChanged, &Recommendations::videoOutputChanged, &Recommendations::playerKindChanged,
-          &Recommendations::serviceAddressChanged})
+         {&Recommendations::activeChanged, &Recommendations::apiKeyChanged, &Recommendations::pageIdChanged,
+          &Recommendations::suggestionCountChanged, &Recommendations::playerChanged,
+          &Recommendations::videoOutputChanged, &Recommendations::playerKindChanged})
         connect(this, change, this, &Recommendations::schedule);
+    connect(&RecommendationService::shared(), &RecommendationService::addressChanged, this, &Recommendations::schedule);
+    NotificationCenter::defaultCenter().addObserver(this, UIDeviceOrientationDidChangeNotification,
+                                                    [this](const Notification &) { feedPlugin(); });
 }
 
 Recommendations::~Recommendations()
 {
+    NotificationCenter::defaultCenter().removeObserver(this);
     m_playerEnd = {};
+    if (m_overlay)
+        disconnect(m_overlay, nullptr, this, nullptr);
     endQuietly();
 }
 
 // Properties
 
-void Recommendations::setPlayer(QMediaPlayer *player)
+void Recommendations::setActive(bool active)
+{
+    if (m_isActive == active)
+        return;
+    m_isActive = active;
+    const QPointer self(this);
+    if (!active)
+        withdraw();
+    if (self)
+        Q_EMIT activeChanged();
+}
+
+void Recommendations::setPlayer(QObject *player)
 {
     if (m_player == player)
         return;
@@ -110,9 +123,13 @@ void Recommendations::setPlayer(QMediaPlayer *player)
         disconnect(m_player, nullptr, this, nullptr);
     m_player = player;
     m_playerEnd = PlayerEnd(player, [this] { followPlayer(); });
-    if (player) {
-        connect(player, &QMediaPlayer::sourceChanged, this, &Recommendations::currentSourceChanged);
-        connect(player, &QMediaPlayer::videoOutputChanged, this, &Recommendations::followOutput);
+    if (const auto *media = qobject_cast<QMediaPlayer *>(player)) {
+        connect(media, &QMediaPlayer::sourceChanged, this, &Recommendations::currentSourceChanged);
+        connect(media, &QMediaPlayer::videoOutputChanged, this, &Recommendations::followOutput);
+    } else if (const auto *kaltura = qobject_cast<KalturaPlayer *>(player)) {
+        connect(kaltura, &KalturaPlayer::sourceChanged, this, &Recommendations::followPlayer);
+    } else if (player) {
+        QJSEngine::setObjectOwnership(player, QJSEngine::CppOwnership);
     }
     followPlayer();
 }
@@ -123,6 +140,12 @@ void Recommendations::setVideoOutput(QQuickItem *videoOutput)
         return;
     m_chosenOutput = videoOutput;
     followOutput();
+}
+
+QUrl Recommendations::currentSource() const
+{
+    const auto *media = qobject_cast<QMediaPlayer *>(m_player);
+    return media ? media->source() : QUrl();
 }
 
 void Recommendations::followPlayer()
@@ -136,16 +159,35 @@ void Recommendations::followOutput()
 {
     if (m_videoOutput)
         disconnect(m_videoOutput, nullptr, this, nullptr);
-    m_videoOutput = m_chosenOutput;
-    if (!m_videoOutput && m_player)
-        m_videoOutput = qobject_cast<QQuickItem *>(m_player->videoOutput());
+    const bool isChoice = m_chosenOutput && (!m_player || qobject_cast<QMediaPlayer *>(m_player));
+    m_videoOutput = isChoice ? m_chosenOutput.data() : viewOf(m_player);
     if (m_videoOutput) {
         connect(m_videoOutput, &QObject::destroyed, this, &Recommendations::followOutput);
-        for (const auto move :
-             {&QQuickItem::xChanged, &QQuickItem::yChanged, &QQuickItem::widthChanged, &QQuickItem::heightChanged})
+        for (const auto move : {&QQuickItem::xChanged, &QQuickItem::yChanged, &QQuickItem::widthChanged,
+                                &QQuickItem::heightChanged, &QQuickItem::visibleChanged})
             connect(m_videoOutput, move, this, &Recommendations::outputDidMove);
+        connect(m_videoOutput, &QQuickItem::windowChanged, this, &Recommendations::outputDidMove);
     }
     Q_EMIT videoOutputChanged();
+}
+
+void Recommendations::updateStatus()
+{
+    auto status = Status::Idle;
+    auto error = m_wrongProperty;
+    if (!error.isNull()) {
+        status = Status::Failed;
+    } else if (const auto session = engine()) {
+        const auto state = session->state();
+        status = state.progress == SessionState::Progress::Ready    ? Status::Ready
+                 : state.progress == SessionState::Progress::Failed ? Status::Failed
+                                                                    : Status::Connecting;
+        error = state.error;
+    }
+    if (std::exchange(m_status, status) != status || m_errorString != error) {
+        m_errorString = error;
+        Q_EMIT statusChanged();
+    }
 }
 
 // The session
@@ -168,13 +210,27 @@ void Recommendations::schedule()
         QMetaObject::invokeMethod(this, &Recommendations::begin, Qt::QueuedConnection);
 }
 
-bool Recommendations::canBegin()
+/// Null when something is missing or wrong. What is wrong is reported once.
+std::shared_ptr<QObject> Recommendations::playerToWatch()
 {
-    if (!m_isWanted || !m_player)
-        return false;
-    if (m_apiKey.isEmpty() && !std::exchange(m_hasReportedMissingKey, true))
-        qmlInfo(this) << "no recommendations without an apiKey";
-    return !m_apiKey.isEmpty() && static_cast<std::size_t>(m_playerKind) < playerMakers.size();
+    const auto reported = std::exchange(m_wrongProperty, QString());
+    if (!m_isActive || !m_isWanted || !m_player)
+        return nullptr;
+    if (m_apiKey.isEmpty()) {
+        if (!std::exchange(m_hasReportedMissingKey, true))
+            qmlWarning(this) << "no recommendations without an apiKey";
+        return nullptr;
+    }
+    const auto watched = watchedPlayer(m_player, m_videoOutput, m_playerKind);
+    if (const auto *fault = std::get_if<QString>(&watched))
+        m_wrongProperty = *fault;
+    if (m_suggestionCount < 0)
+        m_wrongProperty = u"suggestionCount is %1, which is less than 0"_s.arg(m_suggestionCount);
+    if (m_wrongProperty.isNull())
+        return std::get<std::shared_ptr<QObject>>(watched);
+    if (m_wrongProperty != reported)
+        qmlWarning(this) << "no recommendations: " << m_wrongProperty;
+    return nullptr;
 }
 
 void Recommendations::begin()
@@ -183,37 +239,47 @@ void Recommendations::begin()
     if (!m_isComplete)
         return; // componentComplete() schedules it again.
     const bool wasRunning = isRunning();
-    endQuietly();
     const QPointer self(this);
-    if (canBegin()) {
-        routeService();
-        m_listener = std::make_shared<Listener>(this);
-        m_controller = ZelvanoViewController::create(m_apiKey);
-        m_controller->setSuggestionsSize(m_suggestions);
-        m_controller->setDelegate(m_listener);
-        m_controller->zelvano()->addListener(m_listener);
-        m_controller->setPlayer(playerMakers[static_cast<std::size_t>(m_playerKind)](m_player, m_videoOutput),
-                                m_pageId);
-        beginItems();
-    }
+    endQuietly();
+    const auto player = self ? playerToWatch() : nullptr;
+    if (player)
+        beginSession(player);
     if (self && isRunning() && !std::exchange(m_videos, {}).isEmpty())
         Q_EMIT videosChanged();
     if (self && isRunning() != wasRunning)
         Q_EMIT runningChanged();
+    if (self)
+        updateStatus();
     if (self && isRunning())
         Q_EMIT sessionBegan();
 }
 
-/// A new view changes its item's implicit size, and the host's bindings then add and remove items, or end the session.
-void Recommendations::beginItems()
+void Recommendations::beginSession(const std::shared_ptr<QObject> &player)
+{
+    const auto controller = ZelvanoViewController::create(m_apiKey);
+    m_controller = controller;
+    m_watched = player.get();
+    m_endsWithFrame = qobject_cast<AVPlayer *>(m_watched) || qobject_cast<AVPlayerViewController *>(m_watched);
+    m_listener = std::make_shared<Listener>(this);
+    controller->setSuggestionsSize(m_suggestionCount);
+    controller->setDelegate(m_listener);
+    controller->zelvano()->addListener(m_listener);
+    connect(controller->zelvano().get(), &Zelvano::progressChanged, this, &Recommendations::updateStatus);
+    controller->setPlayer(player, m_pageId);
+    forEachItem([&](RecommendationItem &item) {
+        if (m_controller == controller)
+            item.begin(controller);
+    });
+}
+
+/// Survives what an item's new or removed view leads to: the host's bindings then add and remove items, or end the
+/// session.
+template<class Act> void Recommendations::forEachItem(Act act)
 {
     const QPointer self(this);
-    const auto controller = m_controller;
     for (const auto &item : QList<QPointer<RecommendationItem>>(m_items.begin(), m_items.end())) {
-        if (item && item->recommendations() == this)
-            item->begin(controller);
-        if (!self || m_controller != controller)
-            return;
+        if (self && item && item->recommendations() == this)
+            act(*item);
     }
 }
 
@@ -222,27 +288,13 @@ std::shared_ptr<Zelvano> Recommendations::engine() const
     return m_controller ? m_controller->zelvano() : nullptr;
 }
 
-/// Redirects the connection only: the service's address in the requests stays.
-void Recommendations::routeService()
-{
-    const auto address = QUrl::fromUserInput(m_serviceAddress);
-    if (!address.host().isEmpty()) {
-        useService(u"%1:%2"_s.arg(address.host()).arg(address.port(80)));
-        m_isRouted = true;
-    } else if (!m_serviceAddress.isEmpty()) {
-        qmlInfo(this) << "serviceAddress is not \"host:port\" and is ignored";
-    } else if (std::exchange(m_isRouted, false)) {
-        useService({});
-    }
-}
-
 void Recommendations::endQuietly()
 {
     cancelRestart();
     if (m_listener)
         m_listener->leave();
     m_listener.reset();
-    m_controller.reset();
+    const auto ending = std::exchange(m_controller, nullptr); // Last: the overlay gives the focus back.
 }
 
 void Recommendations::dismiss()
@@ -253,25 +305,55 @@ void Recommendations::dismiss()
         controller->dismiss(); // Calls sessionDidEnd().
 }
 
+/// Neither the answers that are on their way nor the lists' thumbnails lead to another request.
+void Recommendations::withdraw()
+{
+    const QPointer self(this);
+    cancelRestart();
+    if (const auto controller = m_controller) {
+        controller->zelvano()->stopSending();
+        controller->dismiss(); // Calls sessionDidEnd().
+    }
+    if (self && !m_isActive)
+        endQuietly();
+    if (self && !m_isActive)
+        forEachItem([](RecommendationItem &item) { item.clear(); });
+    if (self && !m_isActive && !std::exchange(m_videos, {}).isEmpty())
+        Q_EMIT videosChanged();
+}
+
+Recommendations::EndReason Recommendations::endReason() const
+{
+    if (!m_isWanted || !m_isActive)
+        return EndReason::Dismissed;
+    return m_endsWithFrame && isShown(m_videoOutput) ? EndReason::Resized : EndReason::Closed;
+}
+
 /// Keeps the listener: it still receives the event that ended the session.
 void Recommendations::sessionDidEnd()
 {
+    const auto reason = endReason();
     m_controller.reset();
-    if (m_isWanted && m_automaticRestart)
+    if (reason != EndReason::Dismissed && m_endsWithFrame && m_automaticRestart)
         restartLater();
-    else
+    else if (m_isActive)
         m_isWanted = false;
     const QPointer self(this);
     Q_EMIT runningChanged();
     if (self)
-        Q_EMIT finished();
+        updateStatus();
+    if (self)
+        Q_EMIT sessionEnded(reason);
 }
 
 void Recommendations::restartLater()
 {
     cancelRestart();
     m_waitsForRest = true;
-    MainQueue::shared().performAfterDelay(this, restDelay, [this] { schedule(); });
+    MainQueue::shared().performAfterDelay(this, restDelay, [this] {
+        if (isShown(m_videoOutput))
+            schedule();
+    });
 }
 
 void Recommendations::cancelRestart()
@@ -292,11 +374,48 @@ void Recommendations::suggestionsDidFetch(const ZVRecommendation &recommendation
 {
     m_videos.clear();
     for (const auto &video : recommendation.videoList())
-        m_videos.append(QVariant::fromValue(RecommendedVideo(video)));
+        m_videos.append(RecommendedVideo(video));
+    followOverlay();
+    feedPlugin();
     const QPointer self(this);
     Q_EMIT videosChanged();
     if (self)
         Q_EMIT suggestionsFetched();
+}
+
+/// The controller has created the overlay by now.
+void Recommendations::followOverlay()
+{
+    auto *const overlay = m_controller ? m_controller->webView() : nullptr;
+    if (overlay == m_overlay)
+        return;
+    m_overlay = overlay;
+    if (overlay)
+        connect(overlay, &QQuickItem::visibleChanged, this, &Recommendations::overlayVisibleChanged);
+}
+
+bool Recommendations::isOverlayVisible() const
+{
+    return m_overlay && m_overlay->isVisible();
+}
+
+void Recommendations::hideOverlay()
+{
+    if (m_overlay)
+        m_overlay->setHidden(true);
+}
+
+/// A Kaltura player shows the first videos in its plug-in. The engine names no player to its listeners, so the
+/// controller does not post them.
+void Recommendations::feedPlugin()
+{
+    if (!m_controller || !isKindOfClassNamed(m_watched, "KPViewController"))
+        return;
+    const auto videos = subArrayToIndex(m_controller->jsonArray().value_or(QJsonArray()), m_controller->index());
+    if (videos)
+        NotificationCenter::defaultCenter().post({SuggestionsDidFetchedNotification,
+                                                  QVariant::fromValue(m_watched.data()),
+                                                  {{ZelvanoDataKey, toJSON(*videos)}}});
 }
 
 void Recommendations::addItem(RecommendationItem *item)
@@ -310,11 +429,6 @@ void Recommendations::removeItem(RecommendationItem *item)
 {
     std::erase(m_items, item);
     item->leave();
-}
-
-void Recommendations::announceChoice(const QVariant &url)
-{
-    NotificationCenter::defaultCenter().post({DidSelecteRecommendationNotification, url, {}});
 }
 
 void Recommendations::playNext(const RecommendedVideo &video)

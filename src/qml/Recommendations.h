@@ -3,12 +3,12 @@
 #include "PlayerEnd.h"
 #include "RecommendedVideo.h"
 
-#include <QMediaPlayer>
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QQmlParserStatus>
 #include <QQuickItem>
-#include <QVariantList>
+#include <QQuickWindow>
 #include <qqmlintegration.h>
 
 #include <memory>
@@ -18,15 +18,17 @@ namespace zelvano {
 
 class RecommendationItem;
 class ZVRecommendation;
+class ZVTopRecommendationView;
 class Zelvano;
 class ZelvanoViewController;
 
-/// A session with the recommendation service for a host's MediaPlayer. It reports what the player does, shows
+/// A session with the recommendation service for a host's player. It reports what the player does, shows
 /// recommendations over the paused video and makes the player switch to the video that the viewer chooses.
 ///
-/// A session starts when there are an API key and a player. A change of a property marked "restarts" starts another
-/// one, once for all changes within one turn of the event loop. A session ends with dismiss(), with the player, or when
-/// the frame of the video output changes, which counts as the closing of the player. Main thread.
+/// A session begins when the element is active and has an API key and a player. A change of a property marked
+/// "restarts" begins another one, once for all changes within one turn of the event loop. A session ends with
+/// dismiss(), with the player, when the viewer leaves the player, or when the frame of the video output changes, which
+/// the library takes for the player's end. Main thread.
 class Recommendations : public QObject, public QQmlParserStatus
 {
     Q_OBJECT
@@ -34,34 +36,61 @@ class Recommendations : public QObject, public QQmlParserStatus
     QML_ELEMENT
 
 public:
-    /// The class of player that the service sees.
+    /// The class of player that the service sees for a MediaPlayer.
     enum class PlayerKind { AVPlayerViewController, AVPlayer, MoviePlayerViewController, MoviePlayer };
     Q_ENUM(PlayerKind)
+
+    /// How far the session has come.
+    enum class Status {
+        Idle,       ///< There is no session.
+        Connecting, ///< The service has not answered for a video yet. So it stays while the player has none.
+        Ready,      ///< The service knows the video. It may recommend none.
+        Failed      ///< errorString says why. The video plays on.
+    };
+    Q_ENUM(Status)
+
+    /// Why a session ended.
+    enum class EndReason {
+        Dismissed, ///< By dismiss(), or because the element is no longer active.
+        Resized,   ///< The frame of the video output changed, and the output is still shown.
+        Closed     ///< The viewer left the player, or the video output was hidden.
+    };
+    Q_ENUM(EndReason)
 
     explicit Recommendations(QObject *parent = nullptr);
     ~Recommendations() override;
 
-    /// The host's key for the service. Restarts.
+    /// Whether there may be a session; true by default. For the viewer's consent: while it is false, nothing is sent
+    /// and nothing is shown. At false the session ends at once and the lists become empty; a request that is on its way
+    /// ends by itself. At true another session begins, unless dismiss() was called.
+    Q_PROPERTY(bool active READ isActive WRITE setActive NOTIFY activeChanged FINAL)
+    bool isActive() const { return m_isActive; }
+    void setActive(bool active);
+    Q_SIGNAL void activeChanged();
+
+    /// The host's key for the service; empty by default, which is no session. Restarts.
     Q_PROPERTY(QString apiKey MEMBER m_apiKey NOTIFY apiKeyChanged FINAL)
     Q_SIGNAL void apiKeyChanged();
 
-    /// The service's identifier of the page that shows the video. Restarts.
+    /// The service's identifier of the page that shows the video; empty by default. Restarts.
     Q_PROPERTY(QString pageId MEMBER m_pageId NOTIFY pageIdChanged FINAL)
     Q_SIGNAL void pageIdChanged();
 
     /// How many videos to ask for; 0, the default, leaves it to the service. Restarts.
-    Q_PROPERTY(int suggestions MEMBER m_suggestions NOTIFY suggestionsChanged FINAL)
-    Q_SIGNAL void suggestionsChanged();
+    Q_PROPERTY(int suggestionCount MEMBER m_suggestionCount NOTIFY suggestionCountChanged FINAL)
+    Q_SIGNAL void suggestionCountChanged();
 
-    /// The host's player, with or without a source. Null for none, and after its destruction. Restarts; a change of its
-    /// source does not.
-    Q_PROPERTY(QMediaPlayer *player READ player WRITE setPlayer NOTIFY playerChanged FINAL)
-    QMediaPlayer *player() const { return m_player; }
-    void setPlayer(QMediaPlayer *player);
+    /// The host's player, with or without a source: a MediaPlayer, a KalturaPlayer, or an object of a C++ class that
+    /// derives from AVPlayer, AVPlayerViewController, MPMoviePlayerController, MPMoviePlayerViewController or
+    /// KPViewController. A std::shared_ptr of the host must own the latter, but for a KPViewController. Null by default
+    /// and after the player's destruction. Restarts; a change of the player's source does not.
+    Q_PROPERTY(QObject *player READ player WRITE setPlayer NOTIFY playerChanged FINAL)
+    QObject *player() const { return m_player; }
+    void setPlayer(QObject *player);
     Q_SIGNAL void playerChanged();
 
-    /// The item that shows the video; recommendations are shown over it. The player's own output by default. Without
-    /// one the overlay does not appear. Restarts.
+    /// The item that shows the video; recommendations are shown over it. The player's own output by default. Only a
+    /// MediaPlayer can have another one. Without an item the overlay does not appear. Restarts.
     Q_PROPERTY(QQuickItem *videoOutput READ videoOutput WRITE setVideoOutput RESET resetVideoOutput NOTIFY
                    videoOutputChanged FINAL)
     QQuickItem *videoOutput() const { return m_videoOutput; }
@@ -69,17 +98,12 @@ public:
     void resetVideoOutput() { setVideoOutput(nullptr); }
     Q_SIGNAL void videoOutputChanged();
 
-    /// Restarts.
+    /// For a MediaPlayer; AVPlayerViewController by default. Restarts.
     Q_PROPERTY(PlayerKind playerKind MEMBER m_playerKind NOTIFY playerKindChanged FINAL)
     Q_SIGNAL void playerKindChanged();
 
-    /// For development: "host:port" that replaces the service's address, for the whole process. Empty for the service
-    /// itself. Restarts.
-    Q_PROPERTY(QString serviceAddress MEMBER m_serviceAddress NOTIFY serviceAddressChanged FINAL)
-    Q_SIGNAL void serviceAddressChanged();
-
-    /// Whether another session starts after a change of the video output's frame has ended the last one, 0.5 seconds
-    /// after the frame's last change. True by default.
+    /// Whether another session begins after a resize has ended the last one, 0.5 seconds after the frame's last change.
+    /// After the output was hidden, the session begins when it is shown again. True by default.
     Q_PROPERTY(bool automaticRestart MEMBER m_automaticRestart NOTIFY automaticRestartChanged FINAL)
     Q_SIGNAL void automaticRestartChanged();
 
@@ -88,39 +112,53 @@ public:
     bool isRunning() const { return m_controller != nullptr; }
     Q_SIGNAL void runningChanged();
 
-    /// The video that the player plays. The MediaPlayer's source property in QML keeps its old value when the library
-    /// switches the player.
+    /// Idle by default.
+    Q_PROPERTY(Status status READ status NOTIFY statusChanged FINAL)
+    Status status() const { return m_status; }
+    Q_SIGNAL void statusChanged();
+
+    /// What failed: a call to the service, or a property with a wrong value, which is also reported as a warning. Empty
+    /// unless the status is Failed. For developers, in English.
+    Q_PROPERTY(QString errorString READ errorString NOTIFY statusChanged FINAL)
+    QString errorString() const { return m_errorString; }
+
+    /// Whether the overlay is shown; false by default.
+    Q_PROPERTY(bool overlayVisible READ isOverlayVisible NOTIFY overlayVisibleChanged FINAL)
+    bool isOverlayVisible() const;
+    Q_SIGNAL void overlayVisibleChanged();
+
+    /// The video that a MediaPlayer plays; empty for other players. The MediaPlayer's source property in QML keeps its
+    /// old value when the library switches the player.
     Q_PROPERTY(QUrl currentSource READ currentSource NOTIFY currentSourceChanged FINAL)
-    QUrl currentSource() const { return m_player ? m_player->source() : QUrl(); }
+    QUrl currentSource() const;
     Q_SIGNAL void currentSourceChanged();
 
-    /// The videos of the last recommendation, each a recommendedVideo. A new session empties the list.
-    Q_PROPERTY(QVariantList videos READ videos NOTIFY videosChanged FINAL)
-    QVariantList videos() const { return m_videos; }
+    /// The videos of the last recommendation. A new session empties the list.
+    Q_PROPERTY(QList<zelvano::RecommendedVideo> videos READ videos NOTIFY videosChanged FINAL)
+    QList<RecommendedVideo> videos() const { return m_videos; }
     Q_SIGNAL void videosChanged();
 
     /// Starts a session, or another one, in the next turn of the event loop.
     Q_INVOKABLE void start();
     /// Ends the session. Only start() starts another one.
     Q_INVOKABLE void dismiss();
-    /// Reports that the viewer chose a video outside the library's views, which the host plays. A text is passed on as
-    /// it stands, a QUrl as its encoded text.
-    Q_INVOKABLE void announceChoice(const QVariant &url);
-    /// Makes the player switch to the video and play it, as a choice in the overlay does.
+    /// Hides the overlay until the next pause.
+    Q_INVOKABLE void hideOverlay();
+    /// Makes the player switch to the video and play it, as a choice in the overlay does. Not for a Kaltura player.
     Q_INVOKABLE void playNext(const zelvano::RecommendedVideo &video);
 
 Q_SIGNALS:
-    /// A session has started.
+    /// A session has begun.
     void sessionBegan();
+    /// The session has ended, and none replaces it at once. Not emitted when a property's change ends it.
+    void sessionEnded(zelvano::Recommendations::EndReason reason);
     /// The session reported a player event: "play", "pause", "seek" and the like.
-    void stateChanged(const QString &state);
+    void playerEvent(const QString &event);
     /// A recommendation has arrived; videos has its videos.
     void suggestionsFetched();
     /// The viewer chose a video. The player switches by itself for a choice in the overlay. For one in a native view,
     /// which has a signal of its own too, the host calls playNext() or acts otherwise.
     void videoSelected(const zelvano::RecommendedVideo &video);
-    /// The session has ended by dismiss() or by a change of the video output's frame.
-    void finished();
 
 public:
     /// The session's engine; null without a session.
@@ -139,40 +177,50 @@ private:
 
     void schedule();
     void begin();
-    void beginItems();
-    bool canBegin();
-    void routeService();
+    std::shared_ptr<QObject> playerToWatch();
+    void beginSession(const std::shared_ptr<QObject> &player);
+    template<class Act> void forEachItem(Act act);
     void endQuietly();
+    void withdraw();
+    void updateStatus();
+    EndReason endReason() const;
     void followPlayer();
     void followOutput();
+    void followOverlay();
     void outputDidMove();
     void restartLater();
     void cancelRestart();
+    void feedPlugin();
 
     // Called by the listener.
     void suggestionsDidFetch(const ZVRecommendation &recommendation);
     void sessionDidEnd();
 
+    bool m_isActive = true;
     QString m_apiKey;
     QString m_pageId;
-    int m_suggestions = 0;
-    QPointer<QMediaPlayer> m_player;
+    int m_suggestionCount = 0;
+    QPointer<QObject> m_player;
     PlayerEnd m_playerEnd;
     QPointer<QQuickItem> m_chosenOutput;
     QPointer<QQuickItem> m_videoOutput;
     PlayerKind m_playerKind = PlayerKind::AVPlayerViewController;
-    QString m_serviceAddress;
     bool m_automaticRestart = true;
-    QVariantList m_videos;
+    Status m_status = Status::Idle;
+    QString m_errorString;
+    QList<RecommendedVideo> m_videos;
 
     bool m_isComplete = true;
     bool m_isWanted = true; ///< Neither dismissed nor ended for good.
     bool m_isScheduled = false;
     bool m_waitsForRest = false;
     bool m_hasReportedMissingKey = false;
-    bool m_isRouted = false;
+    QString m_wrongProperty; ///< What keeps a session from beginning; null for nothing.
     std::shared_ptr<ZelvanoViewController> m_controller;
+    QPointer<QObject> m_watched;  ///< The session's player, for the library.
+    bool m_endsWithFrame = false; ///< A change of the output's frame ends the session, and the viewer cannot.
     std::shared_ptr<Listener> m_listener;
+    QPointer<ZVTopRecommendationView> m_overlay;
     std::vector<RecommendationItem *> m_items;
 };
 

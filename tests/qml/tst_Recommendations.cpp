@@ -1,4 +1,11 @@
+#include "FakeKalturaPlayer.h"
+#include "FakeMoviePlayer.h"
+#include "FakePlayer.h"
 #include "QmlHost.h"
+#include "WebPage.h"
+#include <ZelvanoUI/MainThread.h>
+#include <ZelvanoUI/QtKPViewController.h>
+#include <ZelvanoUI/QtMPMoviePlayerController.h>
 
 #include <QMediaPlayer>
 #include <QStandardPaths>
@@ -33,12 +40,12 @@ private:
 const auto player = u"MediaPlayer { id: media; videoOutput: output; source: window.first }\n"
                     "MediaPlayer { id: other; source: window.second }\n"
                     "VideoOutput { id: output; width: 320; height: 180 }\n"_s;
-const auto session = u"Recommendations { id: recs; apiKey: 'key'; pageId: 'page'; suggestions: 5; player: media\n"
-                     "onStateChanged: state => window.hear(state)\n"
+const auto session = u"Recommendations { id: recs; apiKey: 'key'; pageId: 'page'; suggestionCount: 5; player: media\n"
+                     "onPlayerEvent: event => window.hear(event)\n"
                      "onSuggestionsFetched: window.hear('fetched ' + videos.length)\n"
                      "onVideoSelected: video => window.hear('selected ' + video.title)\n"
                      "onRunningChanged: window.hear('running ' + running)\n"
-                     "onFinished: window.hear('finished') }\n"_s;
+                     "onSessionEnded: reason => window.hear(['dismissed', 'resized', 'closed'][reason]) }\n"_s;
 const auto list = u"RecommendationList { id: list; width: 320; height: 480; recommendations: recs\n"
                   "onVideoSelected: video => window.hear('list ' + video.title) }\n"_s;
 const auto categories = u"RecommendationCategories { id: rows; width: 320; height: 480; recommendations: recs }\n"_s;
@@ -114,10 +121,10 @@ private Q_SLOTS:
         const std::tuple<const char *, int, bool> cases[] = {
             {"recs.apiKey = 'other'", 1, true},
             {"recs.pageId = 'other'", 1, true},
-            {"recs.apiKey = 'a'; recs.pageId = 'b'; recs.pageId = 'c'; recs.suggestions = 3; recs.player = other;"
+            {"recs.apiKey = 'a'; recs.pageId = 'b'; recs.pageId = 'c'; recs.suggestionCount = 3; recs.player = other;"
              "recs.player = media; recs.videoOutput = window.contentItem",
              1, true},
-            {"recs.apiKey = 'key'; recs.player = media; recs.suggestions = 5", 0, true},
+            {"recs.apiKey = 'key'; recs.player = media; recs.suggestionCount = 5", 0, true},
             {"media.source = window.second", 0, true},
             {"recs.player = other", 1, true},
             {"recs.playerKind = Recommendations.AVPlayer", 1, true},
@@ -141,7 +148,7 @@ private Q_SLOTS:
             QCOMPARE(host.service.sentCount(ZVRetrieveInit), 1);
             QCOMPARE(host.sessions(), 1 + sessions);
             QCOMPARE(host.run(u"recs.running"_s).toBool(), runs);
-            QCOMPARE(host.heard().count(u"finished"_s),
+            QCOMPARE(host.heard().count(u"dismissed"_s),
                      change.contains(u"dismiss"_s) ? 1 : 0); // Not for a mere change.
             if (sessions > 0 && change.contains(u"apiKey"_s))
                 QCOMPARE(host.keyOf(ZVRetrieveInit), host.run(u"recs.apiKey"_s).toString());
@@ -175,8 +182,8 @@ private Q_SLOTS:
     void endInsideAHandler()
     {
         for (const QByteArray signal :
-             {"runningChanged()", "stateChanged(QString)", "videosChanged()", "suggestionsFetched()",
-              "videoSelected(zelvano::RecommendedVideo)", "finished()"}) {
+             {"runningChanged()", "playerEvent(QString)", "videosChanged()", "suggestionsFetched()", "statusChanged()",
+              "videoSelected(zelvano::RecommendedVideo)", "sessionEnded(zelvano::Recommendations::EndReason)"}) {
             for (const QString &action :
                  {u"recs.dismiss()"_s, u"recs.start()"_s, u"recs.player = null"_s, u"delete"_s}) {
                 const Case current(signal + ", " + action.toLatin1());
@@ -193,10 +200,10 @@ private Q_SLOTS:
                 if (signal.startsWith("videoSelected")) {
                     QVERIFY(host.window() && host.waitForItems(u"list"_s, 4));
                     host.viewIn(u"list"_s)->cellForRow(0)->activate();
-                } else if (signal.startsWith("finished")) {
+                } else if (signal.startsWith("sessionEnded")) {
                     QCoreApplication::processEvents();
                     host.run(u"recs.dismiss()"_s);
-                } else if (signal.startsWith("state")) {
+                } else if (signal.startsWith("playerEvent")) {
                     host.run(u"media.play()"_s);
                 }
                 QVERIFY(host.wait([&] { return once.done; }));
@@ -208,6 +215,37 @@ private Q_SLOTS:
                     QCOMPARE(recs->property("running").toBool(), action == "recs.start()"_L1);
                 QCOMPARE(host.service.log.count(u"dealloc"_s), 1);
             }
+        }
+    }
+
+    /// A frame that changes because the output goes away is no resize.
+    void closing()
+    {
+        for (const auto &[leave, comesBack] : {std::pair("output.visible = false; output.width = 300"_L1, true),
+                                               {"output.parent = null; output.width = 300"_L1, true},
+                                               {"output.width = 0"_L1, true},
+                                               {"exit"_L1, false}}) {
+            const Case current(leave.data());
+            QmlHost host(player + session);
+            std::shared_ptr<QtMPMoviePlayerController> movie;
+            if (!comesBack) { // The viewer leaves a movie player, and only the host knows whether it comes back.
+                movie = QtMPMoviePlayerController::create(qobject_cast<QMediaPlayer *>(host.object(u"media"_s)),
+                                                          qobject_cast<QQuickItem *>(host.object(u"output"_s)));
+                host.object(u"recs"_s)->setProperty("player", QVariant::fromValue<QObject *>(movie.get()));
+            }
+            QVERIFY(host.waitFor(fetched));
+            host.service.settle();
+            if (movie)
+                movie->exit();
+            else
+                host.run(leave);
+            QVERIFY(host.waitFor(u"heard.includes('done')"_s));
+            QCOMPARE(host.heard().filter(QRegularExpression(u"dismissed|resized|closed"_s)), QStringList{u"closed"_s});
+            host.service.advance(1000ms);
+            QCOMPARE(host.sessions(), 1);
+            host.run(u"output.parent = window.contentItem; output.visible = true; output.width = 200"_s);
+            host.service.advance(1000ms);
+            QCOMPARE(host.sessions(), comesBack ? 2 : 1);
         }
     }
 
@@ -223,7 +261,7 @@ private Q_SLOTS:
             host.service.settle();
             host.run(u"heard = []; output.width = 300"_s);
             QVERIFY(host.waitFor(u"heard.includes('done')"_s));
-            QCOMPARE(host.heard(), QStringList({u"end"_s, u"running false"_s, u"finished"_s, u"done"_s}));
+            QCOMPARE(host.heard(), QStringList({u"end"_s, u"running false"_s, u"resized"_s, u"done"_s}));
             host.service.advance(499ms);
             host.run(u"output.height = 100"_s); // Not at rest yet.
             host.service.advance(499ms);
@@ -238,7 +276,7 @@ private Q_SLOTS:
             QVERIFY(host.waitFor(u"heard.includes('fetched 5')"_s));
             host.service.settle();
             host.run(u"heard = []; output.width = 200"_s);
-            QVERIFY(host.waitFor(u"heard.includes('finished')"_s));
+            QVERIFY(host.waitFor(u"heard.includes('resized')"_s));
             const auto before = host.sessions();
             host.run(u"recs.pageId = 'other'"_s);
             host.service.advance(1000ms);
@@ -261,11 +299,16 @@ private Q_SLOTS:
         });
         QVERIFY(isShown && host.overlay()->isVisible());
         QCOMPARE(host.overlay()->frame(), QRectF(32, 18, 256, 144));
+        QVERIFY(host.run(u"recs.overlayVisible"_s).toBool());
+        host.run(u"heard = []; recs.overlayVisibleChanged.connect(() => heard.push(recs.overlayVisible)); "
+                 "recs.hideOverlay()"_s);
+        QVERIFY(!host.overlay()->isVisible());
+        QCOMPARE(host.heard(), QStringList{u"false"_s});
         const auto url = host.run(u"recs.videos[2].url"_s).toString();
         host.overlay()->shouldStartLoadWithRequest(QUrl(u"zelvano://index?2"_s));
         QCOMPARE(host.heard().last(), "selected "_L1 + host.run(u"recs.videos[2].title"_s).toString());
         QVERIFY(host.waitFor(plays.arg(url)));
-        host.run(u"recs.announceChoice(window.first)"_s);
+        host.run(u"service.announceChoice(window.first)"_s);
         QVERIFY(host.waitFor(u"heard.includes('recommendationClick')"_s));
         QCOMPARE(host.run(u"recs.currentSource"_s), host.run(u"window.first"_s));
     }
@@ -337,6 +380,167 @@ private Q_SLOTS:
             QCOMPARE(host.run(count).toInt(), views);
             QCOMPARE(host.run(u"recs.running"_s).toBool(), runs);
         }
+    }
+
+    void consent()
+    {
+        auto inactive = session;
+        QmlHost host(player + inactive.replace(u"player: media"_s, u"player: media; active: false"_s) + list);
+        QCOMPARE(host.sessions(), 0);
+        QVERIFY(host.service.sandbox.requests().empty() || host.service.sent().isEmpty());
+        QCOMPARE(host.run(u"recs.status"_s), host.run(u"Recommendations.Idle"_s));
+        host.service.fault(ZVRetrieveInit, {.delay = 50ms});
+        host.run(u"recs.active = true"_s);
+        QVERIFY(host.waitFor(u"recs.status === Recommendations.Connecting"_s));
+        host.run(u"recs.active = false"_s); // While the channel opens.
+        const auto nothingMore = [&] {
+            host.service.settle();
+            const auto requests = host.service.sandbox.requests().size();
+            host.run(u"media.play()"_s);
+            host.service.advance(1h);
+            return host.service.sandbox.requests().size() == requests;
+        };
+        QVERIFY(nothingMore());
+        QCOMPARE(host.service.sent(), QStringList{ZVRetrieveInit});
+
+        host.run(u"heard = []; recs.active = true"_s);
+        QVERIFY(host.waitForItems(u"list"_s, 4));
+        host.service.settle();
+        QCOMPARE(host.run(u"recs.status"_s), host.run(u"Recommendations.Ready"_s));
+        host.run(u"heard = []; recs.active = false"_s);
+        QCOMPARE(host.heard(), QStringList({u"running false"_s, u"dismissed"_s}));
+        QVERIFY(host.run(u"recs.videos.length === 0 && recs.status === Recommendations.Idle"_s).toBool());
+        QVERIFY(!host.viewIn(u"list"_s) && nothingMore());
+        host.run(u"recs.dismiss(); recs.active = true"_s); // As before: dismissed.
+        QCOMPARE(host.sessions(), 2);
+    }
+
+    void wrongProperties()
+    {
+        const std::tuple<const char *, const char *, const char *> cases[] = {
+            {"recs.playerKind = 77", "playerKind is 77", "recs.playerKind = Recommendations.MoviePlayer"},
+            {"recs.suggestionCount = -1", "suggestionCount is -1", "recs.suggestionCount = 0"},
+            {"recs.player = output", "player is a QQuickVideoOutput, and not a MediaPlayer", "recs.player = media"},
+            {"recs.player = unowned", "player is a zelvano::AVPlayer that no std::shared_ptr owns",
+             "recs.player = other"},
+        };
+        FakePlayer unowned(u"http://videos.example/1.mp4"_s);
+        for (const auto &[wrong, message, right] : cases) {
+            const Case current(wrong);
+            QmlHost host(player + session);
+            host.qml.rootContext()->setContextProperty(u"unowned"_s, &unowned);
+            QStringList warnings;
+            QObject::connect(&host.qml, &QQmlEngine::warnings, [&](const auto &all) {
+                for (const auto &warning : all)
+                    warnings.append(warning.description());
+            });
+            QVERIFY(host.waitFor(fetched));
+            for (const QString &step : {QString::fromLatin1(wrong), u"recs.start()"_s}) {
+                host.run(step);
+                QCoreApplication::processEvents();
+                QCOMPARE(host.run(u"recs.status"_s), host.run(u"Recommendations.Failed"_s));
+                QVERIFY(host.run(u"recs.errorString"_s).toString().startsWith(QLatin1StringView(message)));
+                QVERIFY(!host.run(u"recs.running"_s).toBool());
+            }
+            QCOMPARE(warnings.size(), 1);
+            QVERIFY(warnings.first().contains(QLatin1StringView(message)));
+            host.run(QLatin1StringView(right));
+            QVERIFY(host.waitFor(u"recs.status === Recommendations.Ready && recs.errorString === ''"_s));
+            QCOMPARE(warnings.size(), 1);
+        }
+    }
+
+    void statusFollowsTheService()
+    {
+        using sandbox::Fault;
+        for (const auto call : {ZVRetrieveInit, ZVPageEvent, ZVReadyEvent}) {
+            QmlHost host(player + session);
+            host.run(u"recs.statusChanged.connect(() => heard.push(`${recs.status} ${recs.errorString}`))"_s);
+            host.service.fault(call, {Fault::Kind::ServiceStatus});
+            QVERIFY(host.waitFor(u"recs.status === Recommendations.Failed"_s));
+            QCOMPARE(host.run(u"recs.errorString"_s), u"the service did not accept \"%1\": status 500"_s.arg(call));
+            QVERIFY(host.run(u"recs.running"_s).toBool());
+            host.service.settle();
+            host.run(u"heard = []; recs.start()"_s);
+            QVERIFY(host.waitFor(u"recs.status === Recommendations.Ready"_s));
+            QCOMPARE(host.heard().filter(QRegularExpression(u"^\\d"_s)), QStringList({u"1 "_s, u"2 "_s}));
+        }
+        QmlHost host(player + session);
+        host.run(u"media.source = ''"_s);
+        QCOMPARE(host.sessions(), 1);
+        QCOMPARE(host.run(u"recs.status"_s), host.run(u"Recommendations.Connecting"_s)); // Until there is a video.
+    }
+
+    /// The players of a host that are no MediaPlayer.
+    void otherPlayers()
+    {
+        const auto bare = makeMainThreadShared<FakePlayer>(u"http://videos.example/1.mp4"_s);
+        const auto movie = makeMainThreadShared<FakeMoviePlayer>();
+        movie->setContentURL(QUrl(u"http://videos.example/1.mp4"_s));
+        const auto framed = makeMainThreadShared<FakeViewController>(
+            makeMainThreadShared<FakePlayer>(u"http://videos.example/1.mp4"_s));
+        FakeKalturaPlayer kaltura; // The library does not hold such a player: any owner will do.
+        const std::tuple<QObject *, std::function<void()>, QString> cases[] = {
+            {bare.get(), [&] { bare->becomeReady(); }, u"avplayer"_s},
+            {framed.get(), [&] { static_cast<FakePlayer &>(*framed->player()).becomeReady(); }, u"avplayer"_s},
+            {movie.get(), [&] { movie->load(1); }, u"mpmovieplayer"_s},
+            {&kaltura, [&] { kaltura.tellLoadState(1); }, QString()},
+        };
+        for (const auto &[object, becomeReady, id] : cases) {
+            const Case current(object->metaObject()->className());
+            QmlHost host(QString(session).remove(u"; player: media"_s));
+            host.object(u"recs"_s)->setProperty("player", QVariant::fromValue(object));
+            QCOMPARE(host.sessions(), 1);
+            becomeReady();
+            QVERIFY(host.waitFor(fetched));
+            QCOMPARE(host.service.arrived(ZVReadyEvent).body.value(u"playerId"_s).toString(), id);
+        }
+    }
+
+    void kaltura()
+    {
+        QmlHost host(u"KalturaPlayer { id: web; width: 640; height: 360\n"
+                     "onPluginVideoSelected: params => { window.hear(params.videoId); changeMedia(params.videoId) } }\n"
+                     "Recommendations { id: recs; apiKey: 'key'; suggestionCount: 8; player: web }\n"_s);
+        QCOMPARE(host.sessions(), 0); // There is no player without a page.
+        host.run(u"web.source = `${window.first}`.replace('media/1.mp4', 'kaltura/?entryId=sandbox-2')"_s);
+        QVERIFY(host.waitFor(fetched));
+        const auto *page = qobject_cast<QQuickItem *>(host.run(u"web.children[0]"_s).value<QObject *>());
+        QCOMPARE(page->size(), QSizeF(640, 360));
+        QVERIFY(host.run(u"web.entryId === 'sandbox-2' && web.duration >= 10 && web.paused"_s).toBool());
+        host.run(u"web.play()"_s);
+        QVERIFY(host.waitFor(u"!web.paused && web.position > 0"_s));
+        host.run(u"web.pause()"_s);
+        QVERIFY(host.waitFor(u"web.paused"_s));
+        QQuickItem *web = nullptr;
+        for (auto *item : page->findChildren<QQuickItem *>()) {
+            if (item->inherits("QQuickWebEngineView"))
+                web = item;
+        }
+        QVERIFY(host.wait([&] { return evaluateIn(web, u"document.querySelectorAll('[data-index]').length"_s) == 6; }));
+        evaluateIn(web, u"document.querySelector('[data-index=\"1\"]').click()"_s);
+        QVERIFY(host.waitFor(u"heard.length && web.entryId === heard[0]"_s));
+        QCOMPARE(host.heard().size(), 1); // Although the player became playable more than once.
+    }
+
+    void address()
+    {
+        QmlHost host(player + session);
+        QVERIFY(host.waitFor(fetched));
+        sandbox::Sandbox other;
+        QVERIFY(other.start());
+        const auto authority = other.url().authority();
+        host.run(u"service.address = '%1'"_s.arg(authority));
+        QVERIFY(host.wait([&] { return !other.requests().empty(); })); // The session began again.
+        host.run(u"service.address = 'no address'"_s);
+        QQmlEngine second;
+        second.addImportPath(QStringLiteral(ZELVANO_QML_DIR));
+        QQmlComponent component(&second);
+        component.setData(
+            "import QtQml; import ZelvanoUI; QtObject { property string at: RecommendationService.address }", {});
+        const std::unique_ptr<QObject> object(component.create());
+        QCOMPARE(object->property("at"), authority); // In every engine.
+        host.run(u"recs.active = false; service.address = ''"_s);
     }
 
     void inspectorFollowsSessions()

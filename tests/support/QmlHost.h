@@ -26,6 +26,7 @@ struct QmlHost
         component.setData("import QtQuick\nimport QtMultimedia\nimport ZelvanoUI\n"
                           "Window { id: window; visible: true; width: 640; height: 480\n"
                           "required property url first; required property url second\n"
+                          "property QtObject service: RecommendationService\n"
                           "property var heard: []; function hear(what) { heard.push(what) }\n" +
                               elements.toUtf8() + "}",
                           {});
