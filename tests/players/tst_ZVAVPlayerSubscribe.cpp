@@ -20,6 +20,7 @@ public:
             {u"tick"_s, [this](auto &how) { m_player->jumpTo(how.toDouble()); }}, // One for each observer.
             {u"ready"_s, [this](auto &how) { m_player->becomeReady(how.isEmpty() ? 60 : how.toDouble()); }},
             {u"fail"_s, [this](auto &) { m_player->currentItem()->setStatus(AVPlayerItemStatus::Failed); }},
+            {u"old"_s, [this](auto &) { m_firstItem->setStatus(AVPlayerItemStatus::Failed); }},
             {u"end"_s, [this](auto &) { m_player->reachEnd(); }},
             {u"frame"_s, [this](auto &) { Q_EMIT m_host->frameChanged(); }},
             {u"rotate"_s, [](auto &how) { Device::current().setOrientation(UIDeviceOrientation(how.toInt())); }},
@@ -71,6 +72,7 @@ private Q_SLOTS:
         row("pause is over with the end", "play", "pause, end, wait 500", "(not by user), end");
 
         row("frame before ready", none, "frame", none);
+        row("frame of an item that is not ready", "ready, item x:2", "frame", none);
         row("frame", "ready", "frame", "end, done");
         row("rotation, then frame", "ready", "rotate 3, frame", none);
         row("rotation, then frame twice", "ready", "rotate 3, frame, frame", "end, done");
@@ -79,12 +81,20 @@ private Q_SLOTS:
         row("flat on the table is no rotation", "ready", "rotate 5, frame", "end, done");
 
         row("item replaced by the host", "play", "item x:2, ready", "progress, (ready)");
-        row("rate after a replaced item", "play, item x:2", "fast, fast", "start, videoStart, play");
+        row("rate after a replaced item", "play, item x:2", "fast, play", "start, videoStart, play, play");
         row("click", "play, ready", "click x:2, ready", "recommendationClick, progress, (ready)");
+        row("click while paused", "ready", "click x:2", "recommendationClick, progress");
         row("click without a URL", "play, ready", "click http://[bad, ready, pause, play", "recommendationClick, play");
         row("next video", none, "next x:2, wait 0, ready", "progress, start, videoStart, play, (ready)");
         row("next video while playing", "play", "next x:2, wait 0, pause, play", "progress, start, videoStart, play");
         row("next video after closing", "ready, frame", "next x:2, wait 0", none);
+        row("next video right before closing", "ready", "next x:2, frame, wait 0",
+            "end, done, progress, start, videoStart, play");
+        row("old item after a next video", "ready, next x:2, wait 0", "old", none);
+        row("old item after a click", "ready, click x:2", "old", none);
+        row("old item after another of the host", "ready, item x:2", "old", "(ready)");
+        row("ticks after a next video", "next x:2, wait 0", "tick 30, tick 30", none); // Until it is ready.
+        row("ticks after a click", "click x:2", "tick 30, tick 30", "seek");
         // The last observer is removed, once. One stays, and then there are two again.
         row("two next videos", "ready, next x:2, next x:3, wait 0, tick 1.5, ready", "tick 30", "seek");
 
@@ -111,6 +121,26 @@ private Q_SLOTS:
             "1 play, 1000 progress, 1 start, 1 videoStart");
     }
     void events() { performRow(); }
+
+    void positions()
+    {
+        QStringList heard;
+        m_engine->onCall = [&](const QString &what) {
+            heard.append(what + u' ' + QString::number(m_adapter->currentPosition()));
+        };
+        perform(u"tick 30, tick 30.2, ready"_s); // A settled seek has the position of the tick before.
+        QCOMPARE(heard.join(u", "_s), u"seek 30, (ready) 0"_s);
+        perform(u"dismiss, tick 7"_s);
+        QCOMPARE(m_adapter->currentPosition(), 0.0);
+    }
+
+    void createdInLandscape()
+    {
+        Device::current().setOrientation(UIDeviceOrientation::LandscapeLeft);
+        create(false);
+        perform(u"ready, frame"_s);
+        QCOMPARE(m_engine->take().join(u", "_s), u"(ready), end, done"_s);
+    }
 
     void itemThatIsReadyAlready()
     {
@@ -198,12 +228,14 @@ private:
     void create(bool inController) override
     {
         m_player = std::make_shared<FakePlayer>(u"x:1"_s);
+        m_firstItem = m_player->currentItem();
         m_host = m_player;
         if (inController)
             m_host = std::make_shared<FakeViewController>(m_player);
         watch(m_host);
     }
 
+    std::shared_ptr<AVPlayerItem> m_firstItem;
     std::shared_ptr<Player> m_host; ///< The player itself or its controller.
 };
 

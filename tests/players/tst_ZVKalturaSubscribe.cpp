@@ -79,6 +79,17 @@ private Q_SLOTS:
         QCOMPARE(m_player->asked.size(), isWatched * steps.count(u"state 5"_s));
     }
 
+    /// The report comes first, then the listener or the question.
+    void order()
+    {
+        QStringList heard;
+        m_engine->onCall = [&](const QString &what) {
+            heard.append(u"%1 %2 %3"_s.arg(what).arg(m_player->listeners.size()).arg(m_player->asked.size()));
+        };
+        perform(u"load 1, state 5"_s);
+        QCOMPARE(heard.join(u", "_s), u"(ready) 0 0, play 1 0"_s);
+    }
+
     void autoPlay()
     {
         const std::pair<QVariant, QStringList> answers[] = {{true, {u"autoPlay"_s}},

@@ -55,6 +55,7 @@ private Q_SLOTS:
         row("first play", none, "play", "start, videoStart, play");
         row("same URL after a stop", "play", "stop, content x:1, play", "progress, play");
         row("another URL", "play", "content x:2, play", "progress, start, videoStart, play");
+        row("another URL before the first play", none, "content x:2", none);
         row("no content at all", "content", "play, play", "start, videoStart, play, start, videoStart, play");
 
         row("pause, not yet", "play", "pause, wait 99", none);
@@ -88,6 +89,8 @@ private Q_SLOTS:
         row("position is no number", "play, time nan", "finish 0", none);
         row("finish after a click", "play, time 30, click x:2", "finish 0", none);
         row("second finish after a click", "play, time 30, click x:2, finish 0", "finish 0", "(not by user), end");
+        row("end after a short finish after a click", "play, click x:2, finish 0, time 30", "finish 0",
+            "(not by user), end");
         row("exit", "play", "finish 2", "end, done");
 
         const QByteArray gone = "wait 100, play, pause, state 4, load 1, time 30, finish 0, finish 2, click x:2, "
@@ -155,8 +158,10 @@ private Q_SLOTS:
     {
         perform(u"play, time 5, wait 500"_s);
         QCOMPARE(m_adapter->position(), 5.0);
-        perform(u"play, pause, time 6, wait 1000"_s); // Two chains, and one stop ends both.
-        QCOMPARE(m_adapter->position(), 5.0);
+        for (const auto &end : {u"pause"_s, u"stop"_s}) { // Two chains, and one stop ends both.
+            perform(u"time 5, play, play, wait 500, %1, time 6, wait 1000"_s.arg(end));
+            QCOMPARE(m_adapter->position(), 5.0);
+        }
         perform(u"play, dismiss, wait 500"_s);
         QCOMPARE(m_adapter->position(), 0.0);
         perform(u"drop, wait 1000"_s);
