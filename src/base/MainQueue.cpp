@@ -7,6 +7,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <thread>
 #include <vector>
@@ -123,15 +124,18 @@ bool MainQueue::event(QEvent *event)
 /// Runs only the tasks that wait now: a task that posts another must not starve the event loop.
 void MainQueue::runPosted()
 {
-    QMutexLocker lock(&m_mutex);
-    for (auto count = m_tasks.size(); count > 0 && !m_tasks.empty(); --count) {
-        auto task = std::move(m_tasks.front());
-        m_tasks.pop_front();
-        prepareNextWakeUp(); // The task may run an event loop.
-        lock.unlock();
+    {
+        const QMutexLocker lock(&m_mutex);
+        std::ranges::move(m_tasks, std::back_inserter(m_running));
+        m_tasks.clear();
+        if (m_running.size() > 1)
+            wakeUp(); // The first task may run an event loop, in which the others run.
+        prepareNextWakeUp();
+    }
+    for (auto count = m_running.size(); count > 0 && !m_running.empty(); --count) {
+        const auto task = std::move(m_running.front());
+        m_running.pop_front();
         task();
-        task = nullptr; // Before the lock is taken again: the objects that it owns may call the queue.
-        lock.relock();
     }
 }
 

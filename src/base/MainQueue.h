@@ -67,7 +67,7 @@ private:
     void runDelayed();
     void prepareNextWakeUp();
 
-    mutable QMutex m_mutex; ///< Guards every member but the timer, which only the main thread uses.
+    mutable QMutex m_mutex; ///< Guards every member but the last two, which only the main thread uses.
     std::deque<Task> m_tasks;
     std::map<Key, DelayedTask> m_delayed;
     quint64 m_nextSequence = 0;
@@ -75,6 +75,7 @@ private:
     std::optional<Duration> m_testTime; ///< Replaces the clock in tests.
     QElapsedTimer m_clock;
     QBasicTimer m_timer;
+    std::deque<Task> m_running; ///< Taken from m_tasks and not yet begun.
 };
 
 } // namespace zelvano
