@@ -96,7 +96,7 @@ std::shared_ptr<const UserAgent> currentUserAgent()
 
 std::shared_ptr<ZVAPIObject> ZVAPIObject::create(const QString &apiName)
 {
-    return std::shared_ptr<ZVAPIObject>(new ZVAPIObject(apiName));
+    return std::make_shared<ZVAPIObject>(ForCreate(), apiName);
 }
 
 QJsonObject ZVAPIObject::userAgent() const

@@ -25,12 +25,17 @@ struct UserAgent;
 /// object lives until its completion has run, even without an owner. One thread fills and sends it.
 class ZELVANOCORE_EXPORT ZVAPIObject : public std::enable_shared_from_this<ZVAPIObject>
 {
+    struct ForCreate
+    {
+    };
+
 public:
     /// Runs once, on the delivery thread. A call that fails at once may complete before the sending call returns.
     using Completion = std::function<void(const ZVAPIResponse &)>;
 
     /// The API name is a path relative to the service's base URL, such as "events".
     static std::shared_ptr<ZVAPIObject> create(const QString &apiName);
+    ZVAPIObject(ForCreate /*tag*/, const QString &apiName) : m_apiName(apiName) {}
 
     QString APIName() const { return m_apiName; }
     /// Describes device and application to the service. Read once.
@@ -111,8 +116,6 @@ public:
     static void stopAllSessions();
 
 private:
-    explicit ZVAPIObject(const QString &apiName) : m_apiName(apiName) {}
-
     // As many digits as the type carries, without trailing zeros.
     static QString textOf(float number) { return QString::number(double(number), 'g', 7); }
     static QString textOf(double number) { return QString::number(number, 'g', 16); }
