@@ -36,6 +36,8 @@ class tst_ZVAPIObject : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    // A release build logs no bodies by default.
+    void initTestCase() { QLoggingCategory::setFilterRules(u"zelvano.body=true"_s); }
     void init() { m_service = std::make_unique<EngineFixture>(); }
     void cleanup() { m_service.reset(); }
 
