@@ -154,6 +154,7 @@ private Q_SLOTS:
         m_media.reset();
     }
 
+public Q_SLOTS:
     void end()
     {
         if (std::exchange(m_hasEnded, true))
@@ -173,6 +174,7 @@ private Q_SLOTS:
     void playerLoadStateDidChange(QObject *, int) { end(); }
     void playerPlaybackStateDidChange(QObject *, int) {}
 
+private Q_SLOTS:
     void report_data()
     {
         const std::pair<const char *, QStringList> kinds[] = {
