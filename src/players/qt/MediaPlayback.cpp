@@ -4,6 +4,7 @@
 
 #include <QMediaTimeRange>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -97,7 +98,7 @@ void MediaPlayback::load(const QUrl &source)
     m_now = read();
     m_playsWhenLoaded = m_hasPlayed = m_isOpen = m_isBroken = false;
     readOpening();
-    m_lastPosition = 0;
+    m_lastPosition = m_firstTimestamp = 0;
 }
 
 /// Reports what the call changes before it returns.
@@ -207,7 +208,8 @@ double MediaPlayback::duration() const
 double MediaPlayback::position() const
 {
     constexpr qint64 longest = 1000LL * 60 * 60 * 24 * 365; // Milliseconds.
-    return m_now.position >= 0 && m_now.position <= longest ? seconds(m_now.position) : m_lastPosition;
+    const bool isPossible = m_now.position >= 0 && m_now.position <= longest;
+    return isPossible ? std::max(seconds(m_now.position) - m_firstTimestamp, 0.0) : m_lastPosition;
 }
 
 double MediaPlayback::bufferedUntil() const
@@ -269,7 +271,7 @@ void MediaPlayback::didStandStill()
 void MediaPlayback::sourceDidChange()
 {
     m_playsWhenLoaded = m_hasPlayed = false;
-    m_lastPosition = 0;
+    m_lastPosition = m_firstTimestamp = 0;
     Q_EMIT sourceChanged();
 }
 
@@ -286,13 +288,16 @@ void MediaPlayback::positionDidChange()
     watchForStandstill();
     const auto sinceLast = m_now.time - std::exchange(m_lastProgress, m_now.time);
     const double elapsed = std::chrono::duration<double>(sinceLast).count();
-    const double reached = position();
     const bool isPlaying = state() == QMediaPlayer::PlayingState;
-    const bool isAtEnd = reached >= duration();
-    const bool isFirstTimestamp = isPlaying && m_lastPosition == 0 && elapsed >= shortestTick && !isAtEnd;
-    const double tolerance = (isPlaying ? elapsed * pace() : 0) + jumpTolerance;
+    const bool isAtEnd = m_now.position >= m_now.duration; // The duration is 0 while it is unknown.
+    const double played = isPlaying ? elapsed * pace() : 0;
+    const double tolerance = played + jumpTolerance;
+    const bool isBeginning = isPlaying && m_lastPosition == 0 && elapsed >= shortestTick;
+    if (isBeginning && position() > tolerance && (!isAtEnd || m_now.duration <= 0))
+        m_firstTimestamp += position() - played;
+    const double reached = position();
     const double step = reached - m_lastPosition;
-    const bool isJump = !isFirstTimestamp && std::abs(step) > tolerance;
+    const bool isJump = std::abs(step) > tolerance;
     // By now the player may have reported more.
     const auto current = read();
     // Qt's FFmpeg backend moves to the end right before it reports the end, also when the connection broke.

@@ -111,10 +111,11 @@ private:
     Moment m_now;
     bool m_isLoading = false;
     bool m_playsWhenLoaded = false;
-    bool m_isOpen = false;     ///< The source was loaded. Until another is set.
-    bool m_isBroken = false;   ///< It failed to open or ended early. Until it plays again, or another source is set.
-    bool m_hasPlayed = false;  ///< Since the last end.
-    double m_lastPosition = 0; ///< The last one that playing or a seek reached, in seconds.
+    bool m_isOpen = false;       ///< The source was loaded. Until another is set.
+    bool m_isBroken = false;     ///< It failed to open or ended early. Until it plays again, or another source is set.
+    bool m_hasPlayed = false;    ///< Since the last end.
+    double m_firstTimestamp = 0; ///< Of the stream, in seconds. Positions count from it.
+    double m_lastPosition = 0;   ///< The last one that playing or a seek reached, in seconds.
     Clock::time_point m_lastProgress = m_now.time;
     QTimer m_standstill; ///< Runs after an error, from the last change of the position on.
 };
