@@ -23,6 +23,7 @@
 /// The main function of a test program with a window system and the web engine.
 template<class Test> int runUiTest(int argc, char **argv)
 {
+    // GStreamer needs up to a second to stop a player.
     if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND"))
         qputenv("QT_MEDIA_BACKEND", "ffmpeg");
     QLoggingCategory::setFilterRules(QStringLiteral("qt.webenginecontext=false"));
