@@ -8,6 +8,7 @@ cmake --preset dev >/dev/null
 cmake --build --preset dev --target zelvano-demo
 demo=build/dev/demo/zelvano-demo
 
+# GStreamer's HTTP source crashes now and then when a player ends (see docs/troubleshooting.md).
 export QT_MEDIA_BACKEND=ffmpeg
 [ "$(id -u)" -ne 0 ] || export QTWEBENGINE_DISABLE_SANDBOX=1 # Chromium refuses to run as root with its sandbox on.
 
