@@ -32,6 +32,11 @@ public:
     bool loadsThumbnails() const;
     void setLoadsThumbnails(bool loads);
 
+    /// Whether cells show a badge with the record's index(), which is 0 unless a list view or you have set it. Off by
+    /// default.
+    bool showsBadges() const;
+    void setShowsBadges(bool shows);
+
 private:
     ZVCategoryView();
 

@@ -52,7 +52,7 @@ ZVTableView {
         }
     }
 
-    ZVScrollIndicator {
+    ZVScrollBar {
         flickable: scroller
     }
 }

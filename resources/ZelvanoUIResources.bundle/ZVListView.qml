@@ -73,7 +73,7 @@ ZVCollectionView {
         }
     }
 
-    ZVScrollIndicator {
+    ZVScrollBar {
         flickable: scroller
     }
 }

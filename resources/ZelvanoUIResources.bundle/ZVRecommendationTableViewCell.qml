@@ -5,29 +5,38 @@ import ZelvanoUI.Interface
 
 // A category's name over its videos, which scroll sideways. The name has the host's text colour.
 CategoryCell {
-    id: row
+    id: categoryCell
 
     width: 320
     height: 188
 
     Accessible.role: Accessible.Grouping
-    Accessible.name: label.text
+    Accessible.name: categoryName
+
+    // Keeps the service's code, for hosts. Users read the name.
+    Text {
+        objectName: "categoryLabel"
+        visible: false
+        textFormat: Text.PlainText
+        width: name.width
+        height: name.height
+    }
 
     Text {
-        id: label
+        id: name
 
-        objectName: "categoryLabel"
         x: 16
-        y: 12
+        y: 10
         width: parent.width - 2 * x
-        height: 20
+        height: 22
+        text: categoryCell.categoryName
         horizontalAlignment: Text.AlignLeft // By layout direction, not by the name's language.
         verticalAlignment: Text.AlignVCenter
         textFormat: Text.PlainText
         maximumLineCount: 1
         elide: Text.ElideRight
-        color: row.palette.windowText
-        font { pixelSize: 13; weight: Font.DemiBold; letterSpacing: 1 }
+        color: categoryCell.palette.windowText
+        font { pixelSize: 15; weight: Font.DemiBold }
     }
 
     ZVCollectionView {
@@ -40,6 +49,7 @@ CategoryCell {
         clip: true
         mirrored: LayoutMirroring.enabled
         scroller: scroller
+        blocked: toLeft.pressed || toRight.pressed
 
         ListView {
             id: scroller
@@ -61,6 +71,7 @@ CategoryCell {
 
                 width: 232
                 height: 130
+                badged: categoryCell.showsBadges
                 view: videos
                 row: shown ? index : -1
                 z: index
@@ -68,6 +79,25 @@ CategoryCell {
                 ListView.onPooled: shown = false
                 ListView.onReused: shown = true
             }
+        }
+
+        HoverHandler {
+            id: hover
+            acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
+        }
+        ZVScrollButton {
+            id: toLeft
+
+            flickable: scroller
+            direction: -1
+            hovered: hover.hovered
+        }
+        ZVScrollButton {
+            id: toRight
+
+            flickable: scroller
+            direction: 1
+            hovered: hover.hovered
         }
     }
 }

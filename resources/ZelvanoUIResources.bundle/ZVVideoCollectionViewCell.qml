@@ -3,18 +3,15 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import ZelvanoUI.Interface
 
-// One video: an image under a badge, the title and the length. It has colours of its own, for light and dark hosts.
+// One video: an image under a badge, the title and the length. It has colours of its own, for light and dark hosts. All
+// sizes follow the cell's width, as the title's does.
 VideoCell {
     id: content
 
-    readonly property real corner: 8
-    // In words, for screen readers, what the badge's colour shows.
-    readonly property var categoryNames: ({
-        FORYOU: qsTr("For you"),
-        MOSTVIEWED: qsTr("Most viewed"),
-        MOSTRECENT: qsTr("Most recent")
-    })
-    readonly property string categoryName: categoryNames[category] ?? category
+    readonly property real unit: width / 100
+    readonly property real margin: Math.round(3.5 * unit)
+    readonly property real corner: Math.min(margin + 3, 12)
+    readonly property real smallText: Math.max(1, Math.round(4.5 * unit))
 
     width: 160
     height: 160
@@ -24,7 +21,8 @@ VideoCell {
     }
 
     Accessible.role: Accessible.ListItem
-    Accessible.name: joined([titleLable.text, durationLabel.text, categoryName])
+    Accessible.name: joined([titleLable.text, durationLabel.text, categoryName,
+                             view ? qsTr("%1 of %2").arg(row + 1).arg(view.count) : ""])
     Accessible.focusable: true
     Accessible.focused: current
     Accessible.onPressAction: choose()
@@ -60,7 +58,7 @@ VideoCell {
     // Makes white text readable on any image.
     Rectangle {
         anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
-        height: Math.min(parent.height, titleLable.height + 44)
+        height: Math.min(parent.height, titleLable.height + 18 * content.unit)
         radius: content.corner
         gradient: Gradient {
             GradientStop { position: 0; color: "#00000000" }
@@ -73,8 +71,7 @@ VideoCell {
         id: titleLable
 
         objectName: "titleLable"
-        anchors { left: parent.left; right: durationHolder.left; bottom: parent.bottom }
-        anchors { leftMargin: 10; rightMargin: 8; bottomMargin: 9 }
+        anchors { left: parent.left; right: durationHolder.left; bottom: parent.bottom; margins: content.margin }
         textFormat: Text.PlainText
         wrapMode: Text.Wrap
         maximumLineCount: 2
@@ -86,11 +83,11 @@ VideoCell {
     Rectangle {
         id: durationHolder
 
-        anchors { right: parent.right; bottom: parent.bottom; margins: 8 }
+        anchors { right: parent.right; bottom: parent.bottom; margins: content.margin }
         visible: durationLabel.text !== ""
-        width: visible ? durationLabel.implicitWidth + 10 : 0
-        height: 18
-        radius: 4
+        width: visible ? durationLabel.implicitWidth + 1.6 * radius : 0
+        height: durationLabel.implicitHeight + 0.4 * radius
+        radius: 2.5 * content.unit
         color: "#b3000000"
 
         Text {
@@ -100,16 +97,27 @@ VideoCell {
             anchors.centerIn: parent
             textFormat: Text.PlainText
             color: "#ffffff"
-            font { pixelSize: 11; weight: Font.Medium }
+            font { pixelSize: content.smallText; weight: Font.Medium }
         }
     }
 
     Rectangle {
+        id: badge
+
         objectName: "valueHolderView"
-        anchors { left: parent.left; top: parent.top; margins: 8 }
-        width: Math.max(height, valueLabel.implicitWidth + 12)
-        height: 20
+        anchors { left: parent.left; top: parent.top; margins: content.margin }
+        visible: content.badged
+        width: Math.max(height, valueLabel.implicitWidth + height / 2)
+        height: Math.round(8 * content.unit)
         color: "transparent"
+
+        // An unknown category has no colour.
+        Rectangle {
+            visible: badge.color.a === 0
+            anchors.fill: parent
+            radius: badge.radius
+            color: "#8c000000"
+        }
 
         Text {
             id: valueLabel
@@ -120,7 +128,7 @@ VideoCell {
             color: "#ffffff"
             style: Text.Raised
             styleColor: "#99000000"
-            font { pixelSize: 11; weight: Font.Bold }
+            font { pixelSize: content.smallText; weight: Font.Bold }
         }
     }
 

@@ -2,6 +2,10 @@
 
 #include "ThumbnailRequest.h"
 
+#include <QQuickItem>
+#include <QQuickWindow>
+
+#include <cmath>
 #include <utility>
 
 namespace zelvano {
@@ -9,8 +13,16 @@ namespace zelvano {
 namespace {
 
 constexpr std::size_t mostKept = 32; // A few screenfuls.
+constexpr int step = 64;             // Pixels.
 
 } // namespace
+
+QSize Thumbnails::pixels(QSizeF points, const QQuickItem *cell)
+{
+    const double ratio = cell->window() ? cell->window()->effectiveDevicePixelRatio() : 1;
+    const auto stepped = [&](double length) { return step * static_cast<int>(std::ceil(length * ratio / step)); };
+    return {stepped(points.width()), stepped(points.height())};
+}
 
 void Thumbnails::fetch(const Video &video, QSize cell, const std::function<void()> &fetched)
 {

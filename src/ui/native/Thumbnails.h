@@ -4,10 +4,13 @@
 
 #include <QObject>
 #include <QSize>
+#include <QSizeF>
 
 #include <functional>
 #include <list>
 #include <unordered_map>
+
+class QQuickItem;
 
 namespace zelvano {
 
@@ -20,6 +23,9 @@ class Thumbnails : public QObject
 
 public:
     using Video = std::shared_ptr<ZVVideoParams>;
+
+    /// The size of a cell in pixels, in steps: a cell that grows slowly does not decode its picture again and again.
+    static QSize pixels(QSizeF points, const QQuickItem *cell);
 
     /// Fetches the picture before the video has a cell. Once it has arrived or failed, calls `fetched`, and then, in
     /// a later task, sets the image.

@@ -30,6 +30,7 @@ struct ZVCategoryView::Private : public ZVTableViewDataSource
     std::shared_ptr<ZVRecommendation> recommendations;
     std::weak_ptr<ZVRecommendationViewDelegate> delegate;
     bool loadsThumbnails = false;
+    bool showsBadges = false;
 };
 
 ZVCategoryView::Private::Private(ZVCategoryView *view)
@@ -98,6 +99,18 @@ void ZVCategoryView::setLoadsThumbnails(bool loads)
         d->table->reloadData();
 }
 
+bool ZVCategoryView::showsBadges() const
+{
+    return d->showsBadges;
+}
+
+void ZVCategoryView::setShowsBadges(bool shows)
+{
+    d->showsBadges = shows;
+    if (d->table)
+        d->table->reloadData();
+}
+
 // ZVTableViewDataSource
 
 void ZVCategoryView::Private::cellForRowAtIndexPath(ZVTableView *view, const IndexPath &path, ZVItemViewCell *cell)
@@ -108,6 +121,7 @@ void ZVCategoryView::Private::cellForRowAtIndexPath(ZVTableView *view, const Ind
     const auto category = recommendations->categories().value(path.row);
     row->setDelegate(delegate.lock());
     row->setThumbnails(loadsThumbnails ? &thumbnails : nullptr);
+    row->setShowsBadges(showsBadges);
     row->setCategory(category);
     row->setRecommendations(recommendations->videosForCategory(category).value_or(ZVVideoList()));
     row->setWidth(view->width());

@@ -132,8 +132,10 @@ void ZVItemView::updateItems()
         markCurrent();
         Q_EMIT countChanged();
     }
-    if (const auto row = hasExtent ? std::exchange(m_rowToKeep, -1) : -1; row >= 0)
+    if (const auto row = hasExtent ? std::exchange(m_rowToKeep, -1) : -1; row >= 0) {
+        call("forceLayout"); // The lines have other heights.
         row < m_columns ? scrollToStart() : showLine(row, atBeginning);
+    }
 }
 
 void ZVItemView::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)
@@ -221,7 +223,7 @@ void ZVItemView::scrollToRow(qint64 row)
 /// A press that stops a movement chooses nothing. The view itself may move, or a view around it.
 void ZVItemView::pressDidBegin()
 {
-    m_pressStopsMovement = m_scroller && m_scroller->property("moving").toBool();
+    m_pressStopsMovement = m_isBlocked || (m_scroller && m_scroller->property("moving").toBool());
     for (const auto *item = parentItem(); item && !m_pressStopsMovement; item = item->parentItem())
         m_pressStopsMovement = item->property("moving").toBool();
 }

@@ -41,6 +41,8 @@ class ZELVANOUI_EXPORT ZVItemView : public QQuickItem
     Q_PROPERTY(int columns MEMBER m_columns FINAL)
     /// From right to left, as the application or the host's item.
     Q_PROPERTY(bool mirrored MEMBER m_isMirrored NOTIFY mirroredChanged FINAL)
+    /// Whether a press is meant for something above the cells.
+    Q_PROPERTY(bool blocked MEMBER m_isBlocked NOTIFY blockedChanged FINAL)
     Q_PROPERTY(QAbstractItemModel *lines READ lines CONSTANT FINAL)
     Q_PROPERTY(int count READ itemCount NOTIFY countChanged FINAL)
 
@@ -52,6 +54,7 @@ public:
     qint64 itemCount() const { return m_count; }
     Q_SIGNAL void countChanged();
     Q_SIGNAL void mirroredChanged();
+    Q_SIGNAL void blockedChanged();
 
     /// Reads count, sizes and contents again before the next frame.
     void reloadData();
@@ -118,6 +121,7 @@ private:
     qint64 m_rowToKeep = -1; ///< The first row in sight before a change of the size.
     int m_columns = 1;
     bool m_isMirrored = false;
+    bool m_isBlocked = false;
     bool m_isDataStale = false;
     bool m_isUpdating = false;
     bool m_pressStopsMovement = false;

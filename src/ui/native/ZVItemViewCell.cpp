@@ -15,6 +15,7 @@ ZVItemViewCell::~ZVItemViewCell()
 void ZVItemViewCell::setView(ZVItemView *view)
 {
     m_view = view;
+    Q_EMIT viewChanged();
 }
 
 void ZVItemViewCell::setRow(qint64 row)

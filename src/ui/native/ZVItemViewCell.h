@@ -17,7 +17,7 @@ class ZELVANOUI_EXPORT ZVItemViewCell : public QQuickItem
 {
     Q_OBJECT
     QML_ANONYMOUS
-    Q_PROPERTY(zelvano::ZVItemView *view READ view WRITE setView FINAL)
+    Q_PROPERTY(zelvano::ZVItemView *view READ view WRITE setView NOTIFY viewChanged FINAL)
     /// The row shown; -1 for none. The view fills the cell with each new row.
     Q_PROPERTY(int row READ row WRITE setRow NOTIFY rowChanged FINAL)
     /// Whether keys act on this cell.
@@ -28,6 +28,7 @@ public:
 
     ZVItemView *view() const { return m_view; }
     void setView(ZVItemView *view);
+    Q_SIGNAL void viewChanged();
     qint64 row() const { return m_row; }
     void setRow(qint64 row);
     Q_SIGNAL void rowChanged();

@@ -10,7 +10,6 @@
 #include <ZelvanoUI/MainThread.h>
 
 #include <QPointer>
-#include <QQuickWindow>
 #include <QSet>
 
 #include <algorithm>
@@ -149,8 +148,7 @@ void ZVListView::Private::fetchThumbnails(const std::shared_ptr<const ZVVideoLis
                                           std::size_t count)
 {
     const double width = std::max(cellWidth(), leastPicture);
-    const double pixels = items && items->window() ? items->window()->effectiveDevicePixelRatio() : 1;
-    const auto cell = (QSizeF(width, width) * pixels).toSize();
+    const auto cell = items ? Thumbnails::pixels({width, width}, items) : QSize();
     const auto end = std::min(first + count, videos->size());
     for (auto i = first; i < end; ++i) {
         const auto &video = (*videos)[i];

@@ -39,6 +39,12 @@ void ZVRecommendationTableViewCell::setRecommendations(const ZVVideoList &videos
         m_videosCollectionView->reloadData();
 }
 
+void ZVRecommendationTableViewCell::setShowsBadges(bool shows)
+{
+    m_showsBadges = shows;
+    Q_EMIT badgesChanged();
+}
+
 void ZVRecommendationTableViewCell::setCurrent(bool current)
 {
     ZVItemViewCell::setCurrent(current);

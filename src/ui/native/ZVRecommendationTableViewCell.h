@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CategoryName.h"
 #include "ZVCollectionView.h"
 #include "ZVItemViewCell.h"
 #include <ZelvanoUI/ZVRecommendationView.h>
@@ -16,13 +17,16 @@ class ZELVANOUI_EXPORT ZVRecommendationTableViewCell : public zelvano::ZVItemVie
 {
     Q_OBJECT
     QML_NAMED_ELEMENT(CategoryCell)
-    Q_PROPERTY(QString category READ category NOTIFY categoryChanged FINAL)
+    /// For users, in their language.
+    Q_PROPERTY(QString categoryName READ categoryName NOTIFY categoryChanged FINAL)
+    Q_PROPERTY(bool showsBadges READ showsBadges NOTIFY badgesChanged FINAL)
 
 public:
     ZVRecommendationTableViewCell();
     ~ZVRecommendationTableViewCell() override;
 
     QString category() const { return m_category; }
+    QString categoryName() const { return nameOfCategory(m_category); }
     void setCategory(const QString &category);
     Q_SIGNAL void categoryChanged();
     const ZVVideoList &recommendations() const { return m_recommendations; }
@@ -30,6 +34,9 @@ public:
     std::shared_ptr<ZVRecommendationViewDelegate> delegate() const { return m_delegate.lock(); }
     /// Held weakly.
     void setDelegate(const std::shared_ptr<ZVRecommendationViewDelegate> &delegate) { m_delegate = delegate; }
+    bool showsBadges() const { return m_showsBadges; }
+    void setShowsBadges(bool shows);
+    Q_SIGNAL void badgesChanged();
     /// Not owned; null fetches no pictures.
     void setThumbnails(Thumbnails *thumbnails) { m_thumbnails = thumbnails; }
 
@@ -55,6 +62,7 @@ private:
     ZVVideoList m_recommendations;
     std::weak_ptr<ZVRecommendationViewDelegate> m_delegate;
     Thumbnails *m_thumbnails = nullptr;
+    bool m_showsBadges = false;
     QPointer<QQuickItem> m_categoryLabel;
     QPointer<ZVCollectionView> m_videosCollectionView;
 };

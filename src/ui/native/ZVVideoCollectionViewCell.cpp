@@ -7,10 +7,8 @@
 
 #include <QFont>
 #include <QPropertyAnimation>
-#include <QQuickWindow>
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -23,7 +21,6 @@ namespace {
 constexpr auto fadeDuration = 500;  // Milliseconds.
 constexpr double titleShare = 0.05; // Of the cell's width.
 constexpr double badgeRadius = 10.0;
-constexpr int pictureStep = 64; // Pixels.
 
 void setText(QQuickItem *label, const QString &text)
 {
@@ -67,7 +64,7 @@ void ZVVideoCollectionViewCell::show(const std::shared_ptr<ZVVideoParams> &video
         if (thumbnails) {
             connect(thumbnails, &Thumbnails::imageDidChange, this, &ZVVideoCollectionViewCell::imageDidChange,
                     Qt::UniqueConnection);
-            thumbnails->show(video, pixels());
+            thumbnails->show(video, Thumbnails::pixels(size(), this));
         }
     }
     setParams(video);
@@ -92,17 +89,7 @@ void ZVVideoCollectionViewCell::imageDidChange(const std::shared_ptr<ZVVideoPara
     if (video != m_video || !m_thumbnails)
         return;
     setParams(video);
-    m_thumbnails->resize(video, pixels());
-}
-
-/// In steps, so that a cell which grows slowly does not decode its picture again and again.
-QSize ZVVideoCollectionViewCell::pixels() const
-{
-    const double ratio = window() ? window()->effectiveDevicePixelRatio() : 1;
-    const auto stepped = [&](double points) {
-        return pictureStep * static_cast<int>(std::ceil(points * ratio / pictureStep));
-    };
-    return {stepped(width()), stepped(height())};
+    m_thumbnails->resize(video, Thumbnails::pixels(size(), this));
 }
 
 void ZVVideoCollectionViewCell::setParams(const std::shared_ptr<ZVVideoParams> &params)
@@ -174,7 +161,7 @@ void ZVVideoCollectionViewCell::geometryChange(const QRectF &newGeometry, const 
     ZVItemViewCell::geometryChange(newGeometry, oldGeometry);
     fitTitle();
     if (m_thumbnails && m_video)
-        m_thumbnails->resize(m_video, pixels());
+        m_thumbnails->resize(m_video, Thumbnails::pixels(size(), this));
 }
 
 } // namespace zelvano

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CategoryName.h"
 #include "ZVImageView.h"
 #include "ZVItemViewCell.h"
 #include <ZelvanoUI/zelvanoui_export.h>
@@ -25,8 +26,10 @@ class ZELVANOUI_EXPORT ZVVideoCollectionViewCell : public zelvano::ZVItemViewCel
 {
     Q_OBJECT
     QML_NAMED_ELEMENT(VideoCell)
-    /// The service's code; null without one.
-    Q_PROPERTY(QString category READ category NOTIFY categoryChanged FINAL)
+    /// For users, in their language.
+    Q_PROPERTY(QString categoryName READ categoryName NOTIFY categoryChanged FINAL)
+    /// Whether the badge is visible.
+    Q_PROPERTY(bool badged MEMBER m_isBadged NOTIFY badgedChanged FINAL)
     Q_PROPERTY(QSizeF shadowOffset READ shadowOffset CONSTANT FINAL)
     Q_PROPERTY(double shadowRadius READ shadowRadius CONSTANT FINAL)
     Q_PROPERTY(double shadowOpacity READ shadowOpacity CONSTANT FINAL)
@@ -42,8 +45,9 @@ public:
     /// Always null, intended: setParams() does not store the video.
     std::shared_ptr<ZVVideoParams> params() const { return nullptr; }
 
-    QString category() const { return m_category; }
+    QString categoryName() const { return nameOfCategory(m_category); }
     Q_SIGNAL void categoryChanged();
+    Q_SIGNAL void badgedChanged();
 
     // The outlets; null when the interface resource lacks one.
     QQuickItem *titleLable() const { return m_titleLable; }
@@ -74,11 +78,11 @@ protected:
 private:
     void leaveVideo();
     void imageDidChange(const std::shared_ptr<ZVVideoParams> &video);
-    QSize pixels() const;
     void fadeIn();
     void fitTitle();
 
-    QString m_category;
+    QString m_category; ///< The service's code; null without one.
+    bool m_isBadged = true;
     QPointer<Thumbnails> m_thumbnails;
     std::shared_ptr<ZVVideoParams> m_video; ///< For the thumbnails alone; params() does not return it.
 

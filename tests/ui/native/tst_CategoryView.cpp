@@ -1,10 +1,15 @@
+#include "ErrorCode.h"
 #include "NativeViews.h"
+#include "Traffic.h"
 #include "ZVRecommendationTableViewCell.h"
 #include <ZelvanoUI/ZVCategoryView.h>
 #include <ZelvanoUI/ZVListView.h>
 #include <ZelvanoUI/ZVRecommendationViewFactory.h>
 
+#include <atomic>
+
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using namespace zelvano;
 
 namespace {
@@ -78,10 +83,14 @@ private Q_SLOTS:
             QVERIFY(row->width() == 400 && row->categoryLabel()->width() <= 400 && row->categoryLabel()->height() < 40);
             for (const auto *cell : stage.videosOf(i)->shownCells()) { // Nobody numbers these or fetches for them.
                 QCOMPARE(textOf(cell, u"valueLabel"_s), u"0"_s);
+                QVERIFY(!outletOf(cell, u"valueHolderView"_s)->isVisible());
                 QCOMPARE(outletOf(cell, u"iconImageView"_s)->opacity(), 0.0);
             }
         }
         QCOMPARE(stage.hits(), 0);
+        stage.view->setShowsBadges(true);
+        QVERIFY(stage.waitForItems(3) && stage.rowsAreLaidOut());
+        QVERIFY(outletOf(stage.videosOf(0)->cellForRow(0), u"valueHolderView"_s)->isVisible());
         stage.view->setRecommendations(nullptr);
         QVERIFY(stage.waitForItems(0));
     }
@@ -156,6 +165,87 @@ private Q_SLOTS:
         stage.view->setLoadsThumbnails(true); // Shown anew, but not asked for again.
         QVERIFY(stage.waitForItems(1) && stage.rowsAreLaidOut() && flushMainQueue());
         QCOMPARE(stage.sandbox.hits(u"/pictures/none"_s), 1);
+        auto others = stage.videos(1, manyCategories(20));
+        for (const auto &other : others)
+            videos.append(other);
+        QVERIFY(stage.show(videos, 21) && stage.rowsAreLaidOut());
+        const auto hits = [&] { return stage.sandbox.hits(u"/pictures/none"_s); };
+        QVERIFY(waitUntil([&] { return hits() == 2; }));
+        stage.items()->scrollToRow(20);
+        stage.items()->scrollToRow(0);
+        QVERIFY2(waitUntil([&] { return stage.rowsAreLaidOut() && hits() == 3; }), "when its cell reappears");
+    }
+
+    /// A mouse user's buttons, which pick nothing.
+    void scrollButtons()
+    {
+        Stage stage;
+        QVERIFY(stage.fill(20, threeCategories));
+        const auto *scroller = stage.videosOf(0)->scroller();
+        const auto position = [&] { return scroller->property("contentX").toDouble(); };
+        for (const int direction : {1, -1}) {
+            const auto items = stage.videosOf(0)->childItems();
+            const auto *button = *std::ranges::find(items, QVariant(direction),
+                                                    [](const auto *item) { return item->property("direction"); });
+            QTest::mouseMove(&stage.window, centreOf(stage.videosOf(0)));
+            QVERIFY(waitUntil([&] { return button->opacity() == 1; }));
+            tap(stage.window, Pointer::Mouse, centreOf(button));
+            QVERIFY(waitUntil([&] { return direction > 0 ? position() > 250 : position() == -16; }));
+        }
+        QVERIFY(flushMainQueue() && stage.picks->videos.empty());
+    }
+
+    /// The visible pictures come first: what cells have waited for is cancelled when they have been scrolled past.
+    void passedCellsWaitForNothing()
+    {
+        struct Cancelled : http::TrafficObserver
+        {
+            void requestWillStart(quint64, const http::Request &) override {}
+            void requestDidEnd(quint64, const http::Response &, const std::optional<Error> &error) override
+            {
+                count += error && error->code == int(http::ErrorCode::Cancelled) ? 1 : 0;
+            }
+            std::atomic<int> count = 0;
+        };
+        Stage stage;
+        stage.view->setLoadsThumbnails(true);
+        const auto picture = stage.picture(u"slow"_s, pictureFile({32, 18}), 1s);
+        QVERIFY(stage.show(videosJson(1, picture, manyCategories(60)), 60));
+        const auto cancelled = std::make_shared<Cancelled>();
+        http::Traffic::addObserver(cancelled);
+        for (qint64 row = 0; row < 60; ++row) {
+            stage.items()->scrollToRow(row);
+            QVERIFY(stage.rowsAreLaidOut());
+        }
+        const auto enough = waitUntil([&] { return cancelled->count >= 30; });
+        http::Traffic::removeObserver(cancelled);
+        QVERIFY2(enough, qPrintable(QString::number(cancelled->count)));
+        QVERIFY(waitUntil([&] { return !stage.row(59)->recommendations()[0]->image().isNull(); }));
+    }
+
+    void pressThatHaltsTheTable()
+    {
+        Stage stage;
+        QVERIFY(stage.fill(5, manyCategories(40)));
+        QMetaObject::invokeMethod(stage.items()->scroller(), "flick", Q_ARG(qreal, 0), Q_ARG(qreal, -1500));
+        QVERIFY(waitUntil([&] { return stage.offset() > 50; }));
+        const QPoint at(100, 240);
+        tap(stage.window, Pointer::Touch, at);
+        QVERIFY(waitUntil([&] { return stage.isAtRest(); }) && flushMainQueue());
+        QVERIFY(stage.picks->videos.empty());
+        const auto isOverACell = [&] {
+            for (const auto *row : stage.rows()) {
+                const auto *cell = row->videosCollectionView()->cellForRow(0);
+                if (cell && cell->mapRectToItem(stage.items(), cell->boundingRect()).contains(at))
+                    return true;
+            }
+            return false;
+        };
+        if (!isOverACell())
+            stage.items()->scroller()->setProperty("contentY", stage.offset() + 60);
+        QVERIFY(stage.rowsAreLaidOut() && isOverACell());
+        tap(stage.window, Pointer::Touch, at);
+        QVERIFY(stage.waitForPicks(1));
     }
 
     void screenReader()
@@ -163,9 +253,9 @@ private Q_SLOTS:
         Stage stage;
         QVERIFY(stage.fill(2, {u"FORYOU"_s, u"MOSTVIEWED"_s}));
         QCOMPARE(spoken(stage.items()), u"List: Recommended videos by category"_s);
-        QCOMPARE(spoken(stage.cell(0)), u"Grouping: FORYOU"_s);
+        QCOMPARE(spoken(stage.cell(0)), u"Grouping: For you"_s);
         auto *const cell = stage.videosOf(0)->cellForRow(1);
-        QCOMPARE(spoken(cell), u"ListItem: Video 2, 1:02, For you"_s);
+        QCOMPARE(spoken(cell), u"ListItem: Video 2, 1:02, For you, 2 of 2"_s);
         pressByScreenReader(cell);
         QVERIFY(stage.waitForPicks(1));
         QCOMPARE(stage.picks->videos.front()->title(), u"Video 2"_s);
