@@ -1,17 +1,33 @@
 #pragma once
 
+#include <QByteArray>
+
 #include <chrono>
 #include <condition_variable>
+#include <functional>
+#include <map>
 #include <mutex>
 #include <set>
 #include <string_view>
 #include <thread>
-
-#include <httplib.h>
+#include <vector>
 
 namespace zelvano::sandbox {
 
-class Connection;
+struct HttpRequest
+{
+    QByteArray method;
+    QByteArray target;                        // Path and query, percent-encoded.
+    std::map<QByteArray, QByteArray> headers; // Names in lower case.
+    QByteArray body;
+};
+
+struct HttpAnswer
+{
+    int status = 200;
+    QByteArray headers; // Each with "\r\n" at its end. The server adds Content-Length and Connection.
+    QByteArray body;
+};
 
 // How the server sends an answer.
 struct Delivery
@@ -28,36 +44,40 @@ struct Delivery
     std::chrono::milliseconds delay{0}; // Before the first byte.
 };
 
-// An HTTP server on 127.0.0.1. It sends each answer, headers and body, in one write: two writes cost 40 ms. It can stop
-// while answers are delayed.
-class HttpServer : private httplib::Server
+// An HTTP server on 127.0.0.1. It sends each answer, headers and body, in one write. It
+// can stop while answers are delayed.
+class HttpServer
 {
 public:
-    using Handler = std::function<Delivery(const httplib::Request &, httplib::Response &)>;
+    using Handler = std::function<Delivery(const HttpRequest &, HttpAnswer &)>;
 
     explicit HttpServer(Handler handler);
-    ~HttpServer() override;
+    ~HttpServer();
 
     bool start(int port); // 0 for any free port.
     int port() const { return m_port; }
 
 private:
-    bool process_and_close_socket(socket_t socket) override;
+    class Connection;
+
+    void work();
+    void serve(int socket);
     bool serveOne(Connection &connection);
-    bool deliver(Connection &connection);
-    bool drip(Connection &connection, std::string_view bytes);
+    bool deliver(const Connection &connection, const Delivery &delivery, std::string_view head, std::string_view body);
+    bool drip(const Connection &connection, std::chrono::milliseconds delay, std::string_view bytes);
     bool pause(std::chrono::milliseconds time); // False if the server stops meanwhile.
-    bool admit(socket_t socket);
-    void dismiss(socket_t socket);
+    bool admit(int socket);
+    void dismiss(int socket);
 
     Handler m_handler;
+    int m_listener = -1;
     int m_port = -1;
-    std::thread m_listener;
+    std::vector<std::thread> m_workers;
 
     std::mutex m_mutex;
     std::condition_variable m_stopped;
     bool m_stopping = false;
-    std::set<socket_t> m_sockets;
+    std::set<int> m_sockets; // Of the open connections.
 };
 
 } // namespace zelvano::sandbox

@@ -6,7 +6,11 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRegularExpression>
+#include <QUrlQuery>
 
+#include <algorithm>
+#include <atomic>
 #include <deque>
 
 // Links the resources of a static library. Q_INIT_RESOURCE does not compile inside a namespace.
@@ -23,8 +27,6 @@ namespace zelvano::sandbox {
 namespace {
 
 constexpr size_t maximumLog = 10000;
-constexpr int maximumTestBytes = 64 << 20;
-// The charset keeps httplib from compressing, so that network tools show the answers as text.
 constexpr const char *jsonType = "application/json; charset=utf-8";
 
 struct FaultEntry
@@ -39,9 +41,10 @@ QByteArray compact(const QJsonObject &object)
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
-void setBody(httplib::Response &response, const QByteArray &body, const char *contentType)
+void setBody(HttpAnswer &answer, const QByteArray &body, const QByteArray &contentType)
 {
-    response.set_content(body.constData(), static_cast<size_t>(body.size()), contentType);
+    answer.body = body;
+    answer.headers = "Content-Type: " + contentType + "\r\n";
 }
 
 QString withoutLeadingSlash(const QString &path)
@@ -49,21 +52,15 @@ QString withoutLeadingSlash(const QString &path)
     return path.startsWith(u'/') ? path.sliced(1) : path;
 }
 
-Request readRequest(const httplib::Request &request)
+Request readRequest(const HttpRequest &request)
 {
     Request result;
     result.time = QDateTime::currentDateTimeUtc();
-    result.method = QString::fromStdString(request.method);
-    result.path = QString::fromStdString(request.path);
-    for (const auto &[name, value] : request.headers)
-        result.headers.emplace(QByteArray::fromStdString(name).toLower(), QByteArray::fromStdString(value));
-    // httplib adds these two, which are not headers of the request.
-    result.headers.erase("remote_addr");
-    result.headers.erase("remote_port");
-    result.headers.erase("local_addr");
-    result.headers.erase("local_port");
-    result.rawBody = QByteArray::fromStdString(request.body);
-    result.body = QJsonDocument::fromJson(result.rawBody).object();
+    result.method = QString::fromLatin1(request.method);
+    result.path = QUrl::fromPercentEncoding(request.target.split('?').constFirst());
+    result.headers = request.headers;
+    result.rawBody = request.body;
+    result.body = QJsonDocument::fromJson(request.body).object();
     return result;
 }
 
@@ -82,17 +79,6 @@ QJsonObject toJson(const Request &request)
     };
 }
 
-QByteArray echo(const Request &request)
-{
-    QJsonObject headers;
-    for (const auto &[name, value] : request.headers)
-        headers.insert(QString::fromLatin1(name), QString::fromLatin1(value));
-    return compact({{u"method"_s, request.method},
-                    {u"path"_s, request.path},
-                    {u"headers"_s, headers},
-                    {u"body"_s, QString::fromUtf8(request.rawBody)}});
-}
-
 const char *contentTypeOf(const QString &path)
 {
     static const std::map<QString, const char *> types{
@@ -106,38 +92,49 @@ const char *contentTypeOf(const QString &path)
     return type == types.end() ? "application/octet-stream" : type->second;
 }
 
-void serveFile(const QString &path, httplib::Response &response)
+void refuse(HttpAnswer &answer, int status, const QByteArray &reason)
+{
+    answer.status = status;
+    setBody(answer, reason + '\n', "text/plain");
+}
+
+// Narrows `first` and `count`, the whole file, to a range such as "bytes=0-99", "bytes=100-" or "bytes=-100". False
+// when the file ends before the range. Other ranges mean the whole file.
+bool applyRange(const QByteArray &range, qint64 &first, qint64 &count)
+{
+    static const QRegularExpression form(u"^bytes=(?:(\\d+)-(\\d*)|-(\\d+))$"_s);
+    const auto match = form.match(QString::fromLatin1(range));
+    if (!match.hasMatch())
+        return true;
+    const qint64 size = count;
+    const bool isAtEnd = match.hasCaptured(3);
+    first = isAtEnd ? std::max<qint64>(size - match.captured(3).toLongLong(), 0) : match.captured(1).toLongLong();
+    const qint64 last = isAtEnd || match.captured(2).isEmpty() ? size - 1 : match.captured(2).toLongLong();
+    count = std::min(last, size - 1) - first + 1;
+    return count > 0;
+}
+
+void serveFile(const QString &path, const QByteArray &range, HttpAnswer &answer)
 {
     QString name = path == "/"_L1 ? u"/console/"_s : path;
     if (name.endsWith(u'/'))
         name += "index.html"_L1;
-    QFile file(u":/sandbox"_s + name);
-    if (name.contains(".."_L1) || !file.open(QIODevice::ReadOnly)) {
-        response.status = 404;
-        setBody(response, "not found\n", "text/plain");
-        return;
+    auto file = std::make_unique<QFile>(u":/sandbox"_s + name);
+    if (name.contains(".."_L1) || !file->open(QIODevice::ReadOnly))
+        return refuse(answer, 404, "not found");
+    const qint64 size = file->size();
+    qint64 first = 0;
+    qint64 count = size;
+    if (!applyRange(range, first, count))
+        return refuse(answer, 416, "no such range");
+    file->seek(first);
+    setBody(answer, file->read(count), contentTypeOf(name));
+    answer.headers += "Accept-Ranges: bytes\r\n";
+    if (count < size || !range.isEmpty()) {
+        answer.status = 206;
+        answer.headers += "Content-Range: bytes " + QByteArray::number(first) + '-' +
+                          QByteArray::number(first + count - 1) + '/' + QByteArray::number(size) + "\r\n";
     }
-    response.set_header("Accept-Ranges", "bytes");
-    setBody(response, file.readAll(), contentTypeOf(name));
-}
-
-void serveTest(const Request &request, httplib::Response &response)
-{
-    const QString what = request.path.section(u'/', 2, 2);
-    const int number = request.path.section(u'/', 3, 3).toInt();
-    const QByteArray bytes(std::clamp(number, 0, maximumTestBytes), 'z');
-    if (what == "echo"_L1)
-        setBody(response, echo(request), jsonType);
-    else if (what == "bytes"_L1)
-        setBody(response, bytes, "application/octet-stream");
-    else if (what == "gzip"_L1)
-        setBody(response, bytes, "text/plain"); // httplib compresses text if the client accepts it.
-    else if (what == "redirect"_L1)
-        response.set_redirect(number > 1 ? "/test/redirect/" + std::to_string(number - 1) : "/test/echo");
-    else if (what == "redirect-loop"_L1)
-        response.set_redirect("/test/redirect-loop");
-    else
-        response.status = 404;
 }
 
 Delivery deliveryOf(const Fault &fault)
@@ -154,15 +151,15 @@ Delivery deliveryOf(const Fault &fault)
     return delivery;
 }
 
-void replaceAnswer(const Fault &fault, httplib::Response &response)
+void replaceAnswer(const Fault &fault, HttpAnswer &answer)
 {
-    const auto replaceBody = [&response](const QByteArray &body) {
-        response.status = 200;
-        setBody(response, body, jsonType);
+    const auto replaceBody = [&answer](const QByteArray &body) {
+        answer.status = 200;
+        setBody(answer, body, jsonType);
     };
     switch (fault.kind) {
     case Fault::Kind::HttpStatus:
-        response.status = fault.status;
+        answer.status = fault.status;
         break;
     case Fault::Kind::ServiceStatus:
         replaceBody(compact({{u"status"_s, fault.status}}));
@@ -181,21 +178,19 @@ void replaceAnswer(const Fault &fault, httplib::Response &response)
     }
 }
 
-int serviceStatusOf(const httplib::Response &response)
+int serviceStatusOf(const HttpAnswer &answer)
 {
-    const QJsonObject answer = QJsonDocument::fromJson(QByteArray::fromStdString(response.body)).object();
-    return answer.value("status"_L1).toInt();
+    return QJsonDocument::fromJson(answer.body)["status"_L1].toInt();
 }
 
 } // namespace
 
 struct Sandbox::Private
 {
-    Delivery handle(const httplib::Request &httpRequest, httplib::Response &response);
-    void serve(const QString &call, const Request &request, const httplib::Request &httpRequest,
-               httplib::Response &response);
+    Delivery handle(const HttpRequest &httpRequest, HttpAnswer &answer);
+    void serve(const QString &call, const Request &request, const HttpRequest &httpRequest, HttpAnswer &answer);
     std::optional<Fault> takeFault(const QString &path, const QString &type);
-    void log(Request request, const Delivery &delivery, const httplib::Response &response);
+    void log(Request request, const Delivery &delivery, const HttpAnswer &answer);
     QByteArray logAfter(quint64 number) const;
     QString baseUrl() const { return u"http://127.0.0.1:%1"_s.arg(port.load()); }
 
@@ -211,39 +206,39 @@ struct Sandbox::Private
     std::unique_ptr<HttpServer> server;
 };
 
-Delivery Sandbox::Private::handle(const httplib::Request &httpRequest, httplib::Response &response)
+Delivery Sandbox::Private::handle(const HttpRequest &httpRequest, HttpAnswer &answer)
 {
     const Request request = readRequest(httpRequest);
     const QString call = Service::callOf(request.path);
-    serve(call, request, httpRequest, response);
+    serve(call, request, httpRequest, answer);
 
     const std::optional<Fault> fault = takeFault(call.isNull() ? request.path : call, request.type());
     const Delivery delivery = fault ? deliveryOf(*fault) : Delivery{};
     if (fault)
-        replaceAnswer(*fault, response);
+        replaceAnswer(*fault, answer);
     if (!call.isNull())
-        log(request, delivery, response);
+        log(request, delivery, answer);
     return delivery;
 }
 
-void Sandbox::Private::serve(const QString &call, const Request &request, const httplib::Request &httpRequest,
-                             httplib::Response &response)
+void Sandbox::Private::serve(const QString &call, const Request &request, const HttpRequest &httpRequest,
+                             HttpAnswer &answer)
 {
     {
         const std::lock_guard lock(mutex);
         ++hits[request.path];
         if (!call.isNull()) {
-            setBody(response, compact(service.answer(call, request, baseUrl())), jsonType);
+            setBody(answer, compact(service.answer(call, request, baseUrl())), jsonType);
             return;
         }
     }
-    if (request.path == "/console/requests"_L1)
-        setBody(response, logAfter(QString::fromStdString(httpRequest.get_param_value("after")).toULongLong()),
-                jsonType);
-    else if (request.path.startsWith("/test/"_L1))
-        serveTest(request, response);
-    else
-        serveFile(request.path, response);
+    if (request.path == "/console/requests"_L1) {
+        const QUrlQuery query(QUrl::fromEncoded(httpRequest.target));
+        setBody(answer, logAfter(query.queryItemValue(u"after"_s).toULongLong()), jsonType);
+    } else {
+        const auto range = httpRequest.headers.find("range");
+        serveFile(request.path, range == httpRequest.headers.end() ? QByteArray() : range->second, answer);
+    }
 }
 
 std::optional<Fault> Sandbox::Private::takeFault(const QString &path, const QString &type)
@@ -263,11 +258,11 @@ std::optional<Fault> Sandbox::Private::takeFault(const QString &path, const QStr
     return fault;
 }
 
-void Sandbox::Private::log(Request request, const Delivery &delivery, const httplib::Response &response)
+void Sandbox::Private::log(Request request, const Delivery &delivery, const HttpAnswer &answer)
 {
     if (delivery.kind != Delivery::Kind::Nothing && delivery.kind != Delivery::Kind::Never) {
-        request.httpStatus = response.status > 0 ? response.status : 200; // Without a status httplib later sends 200.
-        request.serviceStatus = serviceStatusOf(response);
+        request.httpStatus = answer.status;
+        request.serviceStatus = serviceStatusOf(answer);
     }
     {
         const std::lock_guard lock(mutex);
@@ -306,7 +301,7 @@ bool Sandbox::start(quint16 port)
     if (d->server)
         return false;
     d->server = std::make_unique<HttpServer>(
-        [this](const httplib::Request &request, httplib::Response &response) { return d->handle(request, response); });
+        [this](const HttpRequest &request, HttpAnswer &answer) { return d->handle(request, answer); });
     if (!d->server->start(port)) {
         d->server.reset();
         return false;

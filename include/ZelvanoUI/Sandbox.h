@@ -92,7 +92,6 @@ enum class Scenario {
 ///     /layout/   /media/N.mp4   /thumbnails/N.jpg   /strips/N.jpg        N from 1
 ///     /kaltura/?entryId=N&autoPlay=true    a web player; N as above, or a videoId of the service
 ///     /          a list of the received calls, for a browser
-///     /test/echo   /test/bytes/N   /test/gzip/N   /test/redirect/N   /test/redirect-loop
 ///
 /// Thread-safe, except for start() and stop().
 class ZELVANOSANDBOX_EXPORT Sandbox

@@ -22,7 +22,7 @@ private Q_SLOTS:
         EngineFixture service;
         service.storeIdentity();
         // Starts the library's threads.
-        QCOMPARE(HttpLoad(httpGet(service.sandbox.url(u"/test/bytes/1"_s))).resume().result().status, 200);
+        QCOMPARE(HttpLoad(httpGet(service.sandbox.url(u"/layout/"_s))).resume().result().status, 200);
         const auto threads = countOfOwn(u"task"_s);
         const auto descriptors = countOfOwn(u"fd"_s);
         std::vector<qint64> microseconds;
