@@ -30,6 +30,9 @@ ErrorCode errorCodeFor(CURLcode code)
     case CURLE_TOO_MANY_REDIRECTS:
         return ErrorCode::TooManyRedirects;
     case CURLE_FILESIZE_EXCEEDED:
+#if LIBCURL_VERSION_NUM >= 0x080600
+    case CURLE_TOO_LARGE: // The head.
+#endif
         return ErrorCode::AnswerTooLarge;
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_BAD_CONTENT_ENCODING:
