@@ -21,7 +21,7 @@ function(zelvano_install_program target component)
     endif()
 endfunction()
 
-# zelvano_install_library(<library> [COMPONENT <component>] REQUIRES <pkg-config module>...)
+# zelvano_install_library(<library> COMPONENT <component> REQUIRES <pkg-config module>...)
 #
 # Installs the library, its public headers, its exported target and its pkg-config file.
 function(zelvano_install_library target)
@@ -30,7 +30,7 @@ function(zelvano_install_library target)
     if(NOT ZELVANO_INSTALL)
         return()
     endif()
-    zelvano_install_exported(${target} COMPONENT "${ARG_COMPONENT}" ${target})
+    zelvano_install_exported(${target} COMPONENT ${ARG_COMPONENT} ${target})
     install(EXPORT ${target} NAMESPACE ZelvanoUI:: FILE ${target}Targets.cmake
         DESTINATION "${ZELVANO_INSTALL_CMAKEDIR}" COMPONENT development)
     if(ZELVANO_SHARED)
