@@ -36,6 +36,15 @@ function(zelvano_compile_options target)
     endif()
 endfunction()
 
+# With ZELVANO_UNITY compiles the target as one file.
+function(zelvano_unity target)
+    if(ZELVANO_UNITY)
+        set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 0)
+        # gcc takes all but the unity file for headers, whose types must not depend on an anonymous namespace.
+        target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+    endif()
+endfunction()
+
 # zelvano_folder(<target> <library> [KIND <OBJECT or STATIC>] [HEADERS <public header>...]
 #                LINKS <targets this folder may include from>... [PRIVATE_LINKS <targets only this folder may include
 #                from>...] [FILES <file>...] [EXCEPT <file>...])
@@ -58,6 +67,7 @@ function(zelvano_folder target library)
     list(TRANSFORM ARG_HEADERS PREPEND "${ZELVANO_HEADER_DIR}/ZelvanoUI/" OUTPUT_VARIABLE headers)
     add_library(${target} ${ARG_KIND} ${files} ${headers})
     zelvano_compile_options(${target})
+    zelvano_unity(${target})
     target_compile_definitions(${target} PRIVATE ${library}_EXPORTS)
     target_include_directories(${target} PUBLIC
         "${CMAKE_CURRENT_SOURCE_DIR}" "${ZELVANO_HEADER_DIR}" "${ZELVANO_GENERATED_DIR}")
