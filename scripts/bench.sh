@@ -3,9 +3,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=build/release
-scripts/setup.sh
-cmake --preset release >/dev/null
-cmake --build --preset release --target zelvano_bench zelvano-demo
+scripts/build.sh check release zelvano_bench zelvano-demo
 results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
 

@@ -9,9 +9,7 @@ case "${1:-}" in
   *) echo "usage: scripts/costs.sh [--update]" >&2; exit 2 ;;
 esac
 
-scripts/setup.sh
-cmake --preset package >/dev/null
-cmake --build --preset package --target costs
+scripts/build.sh check package costs
 dumps=$(mktemp -d)
 trap 'rm -rf "$dumps"' EXIT
 timeout 120 valgrind -q --tool=callgrind --separate-threads=yes --instr-atstart=no \

@@ -4,10 +4,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
-scripts/setup.sh
 export QTWEBENGINE_DISABLE_SANDBOX=1 # Chromium refuses to run as root with its sandbox on.
-cmake --preset coverage >/dev/null
-cmake --build --preset coverage
+scripts/build.sh check coverage
 rm -rf build/coverage/profiles
 ctest --preset coverage "$@"
 

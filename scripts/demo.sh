@@ -3,9 +3,7 @@
 # screenshots and a trace in demo-output/. Arguments go to the demo; see --help.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh
-cmake --preset dev >/dev/null
-cmake --build --preset dev --target zelvano-demo
+scripts/build.sh demo dev zelvano-demo
 demo=build/dev/demo/zelvano-demo
 
 # GStreamer's HTTP source crashes now and then when a player ends (see docs/troubleshooting.md).
@@ -25,6 +23,7 @@ chmod 700 "$runtime"
 script=demo/session.script
 case " $* " in *" --player kaltura "* | *" --player=kaltura "*) script=demo/kaltura.script ;; esac
 status=0
+echo "Playing $script under Xvfb, in about a minute; screenshots go to $out/"
 # The web and media engines write much to stderr. The demo's own error comes last.
 XDG_RUNTIME_DIR=$runtime xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' \
   "$demo" --script "$script" --screenshots "$out" --trace "$out/trace.jsonl" \

@@ -8,11 +8,8 @@ case "${1:-}" in
   *) echo "usage: scripts/docs.sh [--check]" >&2; exit 2 ;;
 esac
 
-scripts/setup.sh
 docs/snippets.py "$@"
-
-cmake --preset dev >/dev/null
-cmake --build --preset dev --target ZelvanoQml # Writes the description of the QML types.
+scripts/build.sh check dev ZelvanoQml # Writes the description of the QML types.
 rm -rf build/docs
 mkdir -p build/docs
 ZELVANO_DOCS_OUTPUT=build/docs ZELVANO_DOCS_INPUT="docs/reference.md include/ZelvanoUI src/qml" doxygen docs/Doxyfile

@@ -7,9 +7,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 viewings=${1:-10000}
 minutes=${2:-15}
-scripts/setup.sh
-cmake --preset release >/dev/null
-cmake --build --preset release --target soak zelvano-demo zelvano-sandbox
+scripts/build.sh check release soak zelvano-demo zelvano-sandbox
 
 echo "== $viewings viewings"
 build/release/bench/soak "$viewings"

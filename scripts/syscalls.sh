@@ -3,9 +3,7 @@
 # identity and the byte that wakes the networking thread. Any other call fails the check.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh
-cmake --preset package >/dev/null
-cmake --build --preset package --target soak
+scripts/build.sh check package soak
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 if ! strace -o "$work/try" true 2>"$work/stderr"; then

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# Builds everything and runs the tests. Arguments go to ctest, for example "-R Zelvano".
+# test.sh [PRESET] [OPTION...]: builds everything and runs the tests; options go to ctest, for example "-R Zelvano". The
+# preset is dev, or asan or tsan for the sanitizers.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh
+preset=dev
+[[ ${1:-} =~ ^(dev|asan|tsan)$ ]] && { preset=$1; shift; }
+scripts/build.sh test "$preset"
 export QTWEBENGINE_DISABLE_SANDBOX=1 # Chromium refuses to run as root with its sandbox on.
-cmake --preset dev >/dev/null
-cmake --build --preset dev
-ctest --preset dev "$@"
+ctest --preset "$preset" "$@"
