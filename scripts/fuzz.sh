@@ -4,22 +4,25 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-20}
-scripts/setup.sh
-cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz --target zelvano_fuzz
+scripts/build.sh check fuzz zelvano_fuzz
 
 export UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
-for corpus in fuzz/corpus/*/; do
+
+# fuzz CORPUS
+fuzz() {
+  local corpus=$1 name
   name=$(basename "$corpus")
-  learnt=build/fuzz/learnt/$name
-  found=build/fuzz/found/$name
-  log=build/fuzz/$name.log
+  local learnt=build/fuzz/learnt/$name found=build/fuzz/found/$name log=build/fuzz/$name.log
   mkdir -p "$learnt" "$found"
   if ! timeout "$((seconds + 60))" "build/fuzz/fuzz/fuzz_$name" "$learnt" "$corpus" -max_total_time="$seconds" \
     -runs=10000000 -max_len=16384 -timeout=10 -artifact_prefix="$found/" >"$log" 2>&1; then
     tail -n 60 "$log" >&2
     echo "fuzz_$name failed; the input is in $found" >&2
-    exit 1
+    return 255 # Ends xargs.
   fi
   echo "$name: $(grep '^Done' "$log")"
-done
+}
+export -f fuzz
+export seconds
+echo "Fuzzing for $seconds s each"
+printf '%s\0' fuzz/corpus/*/ | xargs -0 -P "$(nproc)" -I {} bash -c 'fuzz "$1"' bash {}

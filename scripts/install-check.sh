@@ -4,7 +4,6 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source=$PWD
-scripts/setup.sh
 
 work=$(mktemp -d)
 chmod 755 "$work" # apt reads the packages as another user.
@@ -26,7 +25,9 @@ section() { echo "-- $1 (after $SECONDS s)"; }
 
 # quietly COMMAND...: shows the output only if the command fails.
 quietly() {
-  "$@" >"$work/log" 2>&1 || { tail -n 40 "$work/log" >&2; fail "failed: $*"; }
+  local log
+  log=$(mktemp -p "$work")
+  "$@" >"$log" 2>&1 || { tail -n 40 "$log" >&2; fail "failed: $*"; }
 }
 
 # install_to PREFIX BUILD [GREP_OPTION]: installs elsewhere and moves, because no file may depend on the place.
@@ -122,10 +123,19 @@ run_example() {
   echo "$name: $*"
 }
 
+# build_examples: all at once.
+build_examples() {
+  local example building=()
+  for example in examples/*/; do
+    build_example "$(basename "$example")" "$prefix" &
+    building+=($!)
+  done
+  for example in "${building[@]}"; do wait "$example"; done
+}
+
 # check_example NAME PLACE EVENT...
 check_example() {
   checked+=("$1")
-  build_example "$1" "$prefix"
   run_example "$@"
 }
 
@@ -149,7 +159,7 @@ check_pkgconfig() {
 # check_static: static libraries contain their resources. Without them an example finds no bundle and shows no overlay.
 check_static() {
   quietly cmake --preset package -B build/static -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 \
-    -DZELVANO_SHARED=OFF -DZELVANO_WITH_DEMO=OFF -DZELVANO_WITH_BENCH=OFF
+    -DZELVANO_UNITY=ON -DZELVANO_SHARED=OFF -DZELVANO_WITH_DEMO=OFF -DZELVANO_WITH_BENCH=OFF
   quietly cmake --build build/static
   install_to "$work/static" build/static -I # -I: objects of a debug build name their sources.
   rm -rf "$work/build"
@@ -241,14 +251,14 @@ media=(QT_MEDIA_BACKEND=ffmpeg)
 [ "$(id -u)" -ne 0 ] || media+=(QTWEBENGINE_DISABLE_SANDBOX=1)
 
 section "install"
-quietly cmake --preset package
-quietly cmake --build --preset package
+scripts/build.sh check package
 install_to "$prefix" build/package
 check_interface
 refuses Nonsense 'ZelvanoUI has no component "Nonsense": there are Core, UI and Sandbox.'
 
 section "examples"
 cp -r examples "$work/examples"
+build_examples
 checked=()
 check_example engine-only terminal page ready start autoPlay end
 grep -q '^recommended: ' "$work/output" || fail "engine-only printed no recommendation"
