@@ -18,8 +18,8 @@ namespace zelvano {
 /// The one object that most hosts need. It owns the engine and the overlay, shows the overlay over the paused player
 /// and makes the player switch to the video that the viewer chooses there. Main thread.
 ///
-/// The overlay appears in the window that shows the player's view. If that is none, or hidden, it appears in the window
-/// of Application::setKeyWindow(), the focused window, or the first visible Qt Quick window.
+/// The overlay appears in the window that shows the player's view. If that is none, or hidden, it appears in
+/// window(), the window of Application::setKeyWindow(), the focused window, or the first visible Qt Quick window.
 ///
 /// The session ends with dismiss(). It also ends, without a call of the delegate, when the host drops its last
 /// reference.
@@ -43,6 +43,10 @@ public:
     /// Held weakly.
     std::shared_ptr<ZelvanoViewControllerDelegate> delegate() const;
     void setDelegate(const std::weak_ptr<ZelvanoViewControllerDelegate> &delegate);
+
+    /// The window for the overlay of a player whose view is in no window, or in a hidden one. Null by default.
+    QQuickWindow *window() const;
+    void setWindow(QQuickWindow *window);
 
     /// Passes the player to the engine, which reports the page.
     void setPlayer(const std::shared_ptr<QObject> &player, const QString &pageId);

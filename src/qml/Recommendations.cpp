@@ -142,6 +142,16 @@ void Recommendations::setVideoOutput(QQuickItem *videoOutput)
     followOutput();
 }
 
+void Recommendations::setWindow(QQuickWindow *window)
+{
+    if (m_window == window)
+        return;
+    m_window = window;
+    if (m_controller)
+        m_controller->setWindow(window);
+    Q_EMIT windowChanged();
+}
+
 QUrl Recommendations::currentSource() const
 {
     const auto *media = qobject_cast<QMediaPlayer *>(m_player);
@@ -262,6 +272,7 @@ void Recommendations::beginSession(const std::shared_ptr<QObject> &player)
     m_endsWithFrame = qobject_cast<AVPlayer *>(m_watched) || qobject_cast<AVPlayerViewController *>(m_watched);
     m_listener = std::make_shared<Listener>(this);
     controller->setSuggestionsSize(m_suggestionCount);
+    controller->setWindow(m_window);
     controller->setDelegate(m_listener);
     controller->zelvano()->addListener(m_listener);
     connect(controller->zelvano().get(), &Zelvano::progressChanged, this, &Recommendations::updateStatus);

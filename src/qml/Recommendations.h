@@ -102,6 +102,13 @@ public:
     Q_PROPERTY(PlayerKind playerKind MEMBER m_playerKind NOTIFY playerKindChanged FINAL)
     Q_SIGNAL void playerKindChanged();
 
+    /// The window for the overlay when the video output is in none, or in a hidden one. Null by default, for the window
+    /// with the focus. A window that is set during a session counts from the next pause on.
+    Q_PROPERTY(QQuickWindow *window READ window WRITE setWindow NOTIFY windowChanged FINAL)
+    QQuickWindow *window() const { return m_window; }
+    void setWindow(QQuickWindow *window);
+    Q_SIGNAL void windowChanged();
+
     /// Whether another session begins after a resize has ended the last one, 0.5 seconds after the frame's last change.
     /// After the output was hidden, the session begins when it is shown again. True by default.
     Q_PROPERTY(bool automaticRestart MEMBER m_automaticRestart NOTIFY automaticRestartChanged FINAL)
@@ -204,6 +211,7 @@ private:
     PlayerEnd m_playerEnd;
     QPointer<QQuickItem> m_chosenOutput;
     QPointer<QQuickItem> m_videoOutput;
+    QPointer<QQuickWindow> m_window;
     PlayerKind m_playerKind = PlayerKind::AVPlayerViewController;
     bool m_automaticRestart = true;
     Status m_status = Status::Idle;

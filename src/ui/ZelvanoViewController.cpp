@@ -39,12 +39,12 @@ bool isShown(QQuickWindow *window)
     return other ? other->isVisible() : window->isVisible();
 }
 
-/// The content of the window that shows the player's view, else of the key window, the focused one, or the first Qt
-/// Quick window. Null when none of them is visible.
-QQuickItem *windowContent(const QQuickItem *playerView)
+/// The content of the window that shows the player's view, else of the named window, the key window, the focused one, or
+/// the first Qt Quick window. Null when none of them is visible.
+QQuickItem *windowContent(const QQuickItem *playerView, QQuickWindow *named)
 {
     const auto &application = Application::shared();
-    QList<QWindow *> windows{application.keyWindow(), QGuiApplication::focusWindow()};
+    QList<QWindow *> windows{named, application.keyWindow(), QGuiApplication::focusWindow()};
     if (playerView)
         windows.prepend(playerView->window());
     for (auto *window : windows + application.windows()) {
@@ -106,6 +106,7 @@ struct ZelvanoViewController::Private
     std::optional<QJsonArray> jsonArray;
     std::unique_ptr<ZVTopRecommendationView, EndOverlay> webView;
     std::unique_ptr<VideoView> playerView;
+    QPointer<QQuickWindow> window;
     double proportion = 0;
 };
 
@@ -157,6 +158,16 @@ std::shared_ptr<ZelvanoViewControllerDelegate> ZelvanoViewController::delegate()
 void ZelvanoViewController::setDelegate(const std::weak_ptr<ZelvanoViewControllerDelegate> &delegate)
 {
     d->delegate = delegate;
+}
+
+QQuickWindow *ZelvanoViewController::window() const
+{
+    return d->window;
+}
+
+void ZelvanoViewController::setWindow(QQuickWindow *window)
+{
+    d->window = window;
 }
 
 std::shared_ptr<QObject> ZelvanoViewController::player() const
@@ -346,7 +357,7 @@ void ZelvanoViewController::addRecommendationToView(const std::shared_ptr<Zelvan
     d->playerView = std::make_unique<VideoView>(qobject_cast<QQuickItem *>(view));
     connect(d->playerView.get(), &VideoView::frameChanged, this, [this] { d->playerViewDidMove(); });
     overlay->setFrame(webviewFrame());
-    overlay->setParentItem(windowContent(playerView()));
+    overlay->setParentItem(windowContent(playerView(), d->window));
 }
 
 void ZelvanoViewController::Private::rotation()

@@ -497,6 +497,26 @@ private Q_SLOTS:
         }
     }
 
+    void overlayInANamedWindow()
+    {
+        const auto video = makeMainThreadShared<FakePlayer>(u"http://videos.example/1.mp4"_s);
+        const auto view = makeMainThreadShared<FakeViewController>(video); // In no window.
+        view->bounds = {0, 0, 320, 180};
+        QmlHost host(QString(session).replace(u"player: media"_s, u"window: other"_s) +
+                     u"Window { id: other; visible: true; width: 200; height: 200 }\n"_s);
+        host.object(u"recs"_s)->setProperty("player", QVariant::fromValue<QObject *>(view.get()));
+        QCOMPARE(host.sessions(), 1);
+        video->becomeReady();
+        const bool isShown = waitUntil([&] { // The page takes its time to load.
+            video->play();
+            video->pause();
+            host.service.advance(500ms);
+            return host.run(u"recs.overlayVisible"_s).toBool();
+        });
+        QVERIFY(isShown && host.overlay(qobject_cast<QQuickWindow *>(host.object(u"other"_s))));
+        QVERIFY(!host.overlay());
+    }
+
     void kaltura()
     {
         QmlHost host(u"KalturaPlayer { id: web; width: 640; height: 360\n"

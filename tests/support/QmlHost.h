@@ -80,9 +80,9 @@ struct QmlHost
             return viewIn(name) && viewIn(name)->itemCount() == count;
         });
     }
-    zelvano::ZVTopRecommendationView *overlay() const
+    zelvano::ZVTopRecommendationView *overlay(const QQuickWindow *in = nullptr) const
     {
-        for (auto *item : window()->contentItem()->childItems()) {
+        for (auto *item : (in ? in : window())->contentItem()->childItems()) {
             if (auto *found = qobject_cast<zelvano::ZVTopRecommendationView *>(item))
                 return found;
         }
