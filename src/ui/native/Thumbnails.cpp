@@ -72,10 +72,14 @@ void Thumbnails::imageDidArrive(const Video &video, QSize cell)
     picture.size = cell;
     picture.request = nullptr;
     picture.key = video->image().cacheKey();
-    if (picture.cells == 0)
-        keep(video);
-    else
+    if (picture.cells > 0) {
         Q_EMIT imageDidChange(video);
+    } else if (m_kept.size() < mostKept) {
+        keep(video);
+    } else { // Those that came first are wanted first.
+        video->setImage({});
+        m_pictures.erase(video);
+    }
 }
 
 void Thumbnails::hide(const Video &video)
