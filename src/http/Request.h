@@ -26,7 +26,7 @@ struct ZELVANOCORE_EXPORT Request
     Headers headers;
     /// Null sends no body. A Content-Type is sent only if `headers` has one.
     QByteArray body;
-    /// The transfer fails with TimedOut when no byte moves in either direction for this long, or an eighth longer.
+    /// The transfer fails with TimedOut when no byte moves in either direction for this long.
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
     /// The transfer fails with TimedOut after this long, even if bytes still move.
     std::chrono::milliseconds totalTimeout = std::chrono::milliseconds::max();

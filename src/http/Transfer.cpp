@@ -118,18 +118,19 @@ void Transfer::begin(std::shared_ptr<Job> job)
 
 Clock::time_point Transfer::nextLook() const
 {
-    constexpr int looks = 8; // Within the timeout, so a transfer may live longer than that by an eighth.
+    constexpr int looks = 8; // Within the timeout.
     const Request &request = m_job->request();
-    return m_lastLook + std::min(request.timeout / looks, request.totalTimeout - sinceBegin(m_lastLook));
+    const auto pause = std::min(request.timeout / looks, request.totalTimeout - sinceBegin(m_lastLook));
+    return std::min(m_lastLook + pause, m_lastMove + request.timeout);
 }
 
 std::optional<ErrorCode> Transfer::look(Clock::time_point now)
 {
-    m_lastLook = now;
+    const auto previousLook = std::exchange(m_lastLook, now);
     const auto received = figure(CURLINFO_SIZE_DOWNLOAD_T);
-    const auto moved = received + figure(CURLINFO_SIZE_UPLOAD_T) + m_answer.headSize + m_answer.requests;
+    const auto moved = received + figure(CURLINFO_SIZE_UPLOAD_T);
     if (std::exchange(m_answer.moved, moved) != moved)
-        m_lastMove = now;
+        m_lastMove = std::max(m_lastMove, previousLook); // Not now, or a request without answer would last longer.
     if (received > LargestAnswer) // The body of a redirect is not handed out, but its size is limited as well.
         return ErrorCode::AnswerTooLarge;
     const Request &request = m_job->request();
@@ -271,13 +272,14 @@ bool Transfer::requestGoesOut()
     if (m_answer.headSize > 0 && !staysWithHost())
         setHeaders(true);
     m_answer.isUnanswered = true;
-    ++m_answer.requests;
+    m_lastMove = Clock::now();
     return true;
 }
 
 bool Transfer::takeHead(QByteArrayView line)
 {
     m_answer.isUnanswered = false;
+    m_lastMove = Clock::now();
     // A head begins with a status line and ends with an empty one. Lines after that are trailers of a body.
     if (line.startsWith("HTTP/"))
         m_answer.isHeadWhole = false;
@@ -290,6 +292,7 @@ bool Transfer::takeHead(QByteArrayView line)
 
 bool Transfer::takeBody(QByteArrayView bytes)
 {
+    m_lastMove = Clock::now();
     m_answer.isTooLarge = m_answer.data.size() + bytes.size() > LargestAnswer;
     if (!m_answer.isTooLarge)
         m_answer.data.append(bytes);

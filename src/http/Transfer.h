@@ -81,15 +81,14 @@ private:
     std::shared_ptr<Job> m_job;
     Clock::time_point m_begin;
     Clock::time_point m_lastLook;
-    Clock::time_point m_lastMove; ///< When a look found that bytes had moved.
+    Clock::time_point m_lastMove; ///< When bytes moved last, at the earliest.
 
     /// The current job's answer so far.
     struct Answer
     {
         QByteArray data;
-        qint64 moved = 0; ///< Bytes in both directions until the last look.
+        qint64 moved = 0; ///< Bytes of bodies in both directions until the last look.
         qint64 headSize = 0;
-        int requests = 0;          ///< The job's own, and those of redirects.
         bool isUnanswered = false; ///< A request went out and no line of its answer came.
         bool isHeadWhole = false;
         bool wouldRepeat = false; ///< libcurl was about to send the request again.
