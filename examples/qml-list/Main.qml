@@ -1,4 +1,7 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
+import QtQuick.Controls.Basic
 import QtMultimedia
 import ZelvanoUI
 
@@ -7,26 +10,42 @@ Window {
     required property url video
     required property string service
     width: 960
-    height: 405
+    height: 440
     visible: true
-    Component.onCompleted: RecommendationService.address = service
+    Component.onCompleted: RecommendationService.address = service // A sandbox. Leave it out in production.
 
     MediaPlayer { id: media; source: window.video; videoOutput: output; Component.onCompleted: play() }
     VideoOutput { id: output; width: 640; height: 360 }
 
     Recommendations {
         id: recommendations
+        active: consent.checked
         apiKey: "your-api-key"
+        suggestionCount: 8
         player: media
+        window: window
+        onPlayerEvent: event => console.info(event)
+        onSessionEnded: reason => console.info(reason === Recommendations.Resized ? "resized" : "ended")
+    }
+    Row {
+        y: output.height
+        CheckBox { id: consent; text: "Recommend videos"; checked: true }
+        Button { text: "Hide"; visible: recommendations.overlayVisible; onClicked: recommendations.hideOverlay() }
+        Text { text: recommendations.errorString; visible: recommendations.status === Recommendations.Failed }
     }
 
     // [list]
     RecommendationList {
+        id: list
         x: output.width
         width: window.width - x
         height: window.height
         recommendations: recommendations
         onVideoSelected: video => recommendations.playNext(video)
+        cellRadius: 12 // The look; as for the two lines below, the default will do.
+        delegate: Text { required property recommendedVideo video; text: video.title; wrapMode: Text.Wrap }
+        BusyIndicator { anchors.centerIn: parent; running: list.loading }
+        Text { anchors.centerIn: parent; text: "No videos"; visible: list.empty }
     }
     // [list]
 }

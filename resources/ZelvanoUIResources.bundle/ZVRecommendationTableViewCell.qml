@@ -48,6 +48,9 @@ CategoryCell {
         height: parent.height - y - 8
         clip: true
         mirrored: LayoutMirroring.enabled
+        cellRadius: categoryCell.view?.cellRadius ?? -1
+        cellColor: categoryCell.view?.cellColor ?? "#2c313d"
+        titleColor: categoryCell.view?.titleColor ?? "#ffffff"
         scroller: scroller
         blocked: toLeft.pressed || toRight.pressed
 

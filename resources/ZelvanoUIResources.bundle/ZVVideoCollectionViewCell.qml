@@ -10,8 +10,10 @@ VideoCell {
 
     readonly property real unit: width / 100
     readonly property real margin: Math.round(3.5 * unit)
-    readonly property real corner: Math.min(margin + 3, 12)
+    readonly property real corner: view?.cellRadius >= 0 ? view.cellRadius : Math.min(margin + 3, 12)
     readonly property real smallText: Math.max(1, Math.round(4.5 * unit))
+    readonly property color ground: view?.cellColor ?? "#2c313d"
+    readonly property color ink: view?.titleColor ?? "#ffffff"
 
     width: 160
     height: 160
@@ -40,16 +42,18 @@ VideoCell {
 
     // Visible without an image.
     Rectangle {
+        visible: !content.shownByHost
         anchors.fill: parent
         radius: content.corner
         gradient: Gradient {
-            GradientStop { position: 0; color: "#4a5162" }
-            GradientStop { position: 1; color: "#2c313d" }
+            GradientStop { position: 0; color: Qt.lighter(content.ground, 1.6) }
+            GradientStop { position: 1; color: content.ground }
         }
     }
 
     ZVImageView {
         objectName: "iconImageView"
+        visible: !content.shownByHost
         anchors.fill: parent
         radius: content.corner
         opacity: 0
@@ -57,6 +61,7 @@ VideoCell {
 
     // Makes white text readable on any image.
     Rectangle {
+        visible: !content.shownByHost
         anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
         height: Math.min(parent.height, titleLable.height + 18 * content.unit)
         radius: content.corner
@@ -71,12 +76,13 @@ VideoCell {
         id: titleLable
 
         objectName: "titleLable"
+        visible: !content.shownByHost
         anchors { left: parent.left; right: durationHolder.left; bottom: parent.bottom; margins: content.margin }
         textFormat: Text.PlainText
         wrapMode: Text.Wrap
         maximumLineCount: 2
         elide: Text.ElideRight
-        color: "#ffffff"
+        color: content.ink
         font.weight: Font.DemiBold
     }
 
@@ -84,7 +90,7 @@ VideoCell {
         id: durationHolder
 
         anchors { right: parent.right; bottom: parent.bottom; margins: content.margin }
-        visible: durationLabel.text !== ""
+        visible: durationLabel.text !== "" && !content.shownByHost
         width: visible ? durationLabel.implicitWidth + 1.6 * radius : 0
         height: durationLabel.implicitHeight + 0.4 * radius
         radius: 2.5 * content.unit
@@ -106,7 +112,7 @@ VideoCell {
 
         objectName: "valueHolderView"
         anchors { left: parent.left; top: parent.top; margins: content.margin }
-        visible: content.badged
+        visible: content.badged && !content.shownByHost
         width: Math.max(height, valueLabel.implicitWidth + height / 2)
         height: Math.round(8 * content.unit)
         color: "transparent"

@@ -39,8 +39,8 @@ bool isShown(QQuickWindow *window)
     return other ? other->isVisible() : window->isVisible();
 }
 
-/// The content of the window that shows the player's view, else of the named window, the key window, the focused one, or
-/// the first Qt Quick window. Null when none of them is visible.
+/// The content of the window that shows the player's view, else of the named window, the key window, the focused one,
+/// or the first Qt Quick window. Null when none of them is visible.
 QQuickItem *windowContent(const QQuickItem *playerView, QQuickWindow *named)
 {
     const auto &application = Application::shared();

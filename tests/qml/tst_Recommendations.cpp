@@ -563,6 +563,49 @@ private Q_SLOTS:
         host.run(u"recs.active = false; service.address = ''"_s);
     }
 
+    void listStates()
+    {
+        for (const auto scenario : {sandbox::Scenario::Ordinary, sandbox::Scenario::Empty}) {
+            QmlHost host(player + session + list + categories);
+            host.service.sandbox.setScenario(scenario);
+            const bool hasVideos = scenario == sandbox::Scenario::Ordinary;
+            const auto is = [&](const QString &condition) {
+                return host.waitFor(u"list."_s + condition) && host.waitFor(u"rows."_s + condition);
+            };
+            QVERIFY(host.waitFor(u"[list, rows].every(i => i.loading && !i.empty && !i.count && !i.contentHeight)"_s));
+            QVERIFY(hasVideos ? host.waitForItems(u"list"_s, 4) && is(u"count > 0"_s) && is(u"contentHeight > 0"_s)
+                              : is(u"empty"_s));
+            QVERIFY(is(u"loading === false"_s) && is(u"empty === %1"_s.arg(hasVideos ? u"false"_s : u"true"_s)));
+        }
+    }
+
+    void listLook()
+    {
+        const auto look = u"%1 { id: %2; width: 320; height: 480; recommendations: recs; cellRadius: 12\n"
+                          "titleColor: 'red'; delegate: Rectangle { required property recommendedVideo video\n"
+                          "objectName: 'own'; property string title: video.title } }\n"_s;
+        QmlHost host(player + session + look.arg(u"RecommendationList"_s, u"list"_s) +
+                     look.arg(u"RecommendationCategories"_s, u"rows"_s));
+        QVERIFY(host.waitForItems(u"list"_s, 4) && host.waitFor(u"rows.count > 0"_s));
+        host.viewIn(u"rows"_s)->layoutIfNeeded();
+        const auto *row = host.viewIn(u"rows"_s)->cellForRow(0);
+        for (const auto *view : {host.viewIn(u"list"_s), row->findChild<ZVItemView *>(u"videosCollectionView"_s)}) {
+            const auto *own = view->cellForRow(0)->findChild<QQuickItem *>(u"own"_s);
+            QVERIFY(own);
+            const auto *cell = own->parentItem();
+            QCOMPARE(own->size(), cell->size());
+            QCOMPARE(cell->property("corner"), 12);
+            QCOMPARE(cell->property("ink"), QColor(Qt::red));
+            QVERIFY(!cell->findChild<QQuickItem *>(u"titleLable"_s)->isVisible());
+            QVERIFY(host.run(u"recs.videos.map(v => v.title)"_s)
+                        .toStringList()
+                        .contains(own->property("title").toString()));
+        }
+        host.run(u"list.delegate = null"_s);
+        QVERIFY(host.waitForItems(u"list"_s, 4));
+        QVERIFY(!host.viewIn(u"list"_s)->cellForRow(0)->findChild<QQuickItem *>(u"own"_s));
+    }
+
     void inspectorFollowsSessions()
     {
         QmlHost host(inspected);

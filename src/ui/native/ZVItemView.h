@@ -3,6 +3,7 @@
 #include <ZelvanoUI/zelvanoui_export.h>
 
 #include <QAbstractListModel>
+#include <QColor>
 #include <QPointer>
 #include <QQuickItem>
 #include <qqmlintegration.h>
@@ -44,6 +45,10 @@ class ZELVANOUI_EXPORT ZVItemView : public QQuickItem
     /// Whether a press is meant for something above the cells.
     Q_PROPERTY(bool blocked MEMBER m_isBlocked NOTIFY blockedChanged FINAL)
     Q_PROPERTY(QAbstractItemModel *lines READ lines CONSTANT FINAL)
+    // The look of the cells. The radius is in points.
+    Q_PROPERTY(double cellRadius MEMBER m_cellRadius NOTIFY lookChanged FINAL)
+    Q_PROPERTY(QColor cellColor MEMBER m_cellColor NOTIFY lookChanged FINAL)
+    Q_PROPERTY(QColor titleColor MEMBER m_titleColor NOTIFY lookChanged FINAL)
     Q_PROPERTY(int count READ itemCount NOTIFY countChanged FINAL)
 
 public:
@@ -55,6 +60,7 @@ public:
     Q_SIGNAL void countChanged();
     Q_SIGNAL void mirroredChanged();
     Q_SIGNAL void blockedChanged();
+    Q_SIGNAL void lookChanged();
 
     /// Reads count, sizes and contents again before the next frame.
     void reloadData();
@@ -119,6 +125,9 @@ private:
     qint64 m_count = 0;
     qint64 m_currentRow = 0;
     qint64 m_rowToKeep = -1; ///< The first row in sight before a change of the size.
+    double m_cellRadius = -1;
+    QColor m_cellColor = QColor(0x2c, 0x31, 0x3d);
+    QColor m_titleColor = Qt::white;
     int m_columns = 1;
     bool m_isMirrored = false;
     bool m_isBlocked = false;

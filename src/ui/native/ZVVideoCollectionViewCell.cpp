@@ -1,5 +1,6 @@
 #include "ZVVideoCollectionViewCell.h"
 
+#include "CellHost.h"
 #include "JsonReading.h"
 #include "Logging.h"
 #include "Thumbnails.h"
@@ -29,6 +30,8 @@ void setText(QQuickItem *label, const QString &text)
 }
 
 } // namespace
+
+CellHost::~CellHost() = default;
 
 ZVVideoCollectionViewCell::ZVVideoCollectionViewCell() = default;
 ZVVideoCollectionViewCell::~ZVVideoCollectionViewCell()
@@ -112,6 +115,17 @@ void ZVVideoCollectionViewCell::setParams(const std::shared_ptr<ZVVideoParams> &
         Q_EMIT categoryChanged();
     }
     setText(m_valueLabel, QString::number(params->index())); // Intended: the position in the list, not percentValue.
+    offerToHost(params);
+}
+
+void ZVVideoCollectionViewCell::offerToHost(const std::shared_ptr<ZVVideoParams> &video)
+{
+    CellHost *host = nullptr;
+    for (auto *item = parentItem(); item && !host; item = item->parentItem())
+        host = dynamic_cast<CellHost *>(item);
+    const bool isShown = host && host->showInCell(this, video);
+    if (std::exchange(m_isShownByHost, isShown) != isShown)
+        Q_EMIT shownByHostChanged();
 }
 
 void ZVVideoCollectionViewCell::fadeIn()

@@ -30,6 +30,8 @@ class ZELVANOUI_EXPORT ZVVideoCollectionViewCell : public zelvano::ZVItemViewCel
     Q_PROPERTY(QString categoryName READ categoryName NOTIFY categoryChanged FINAL)
     /// Whether the badge is visible.
     Q_PROPERTY(bool badged MEMBER m_isBadged NOTIFY badgedChanged FINAL)
+    /// Whether an item around the view shows the video. The cell then shows neither picture nor texts.
+    Q_PROPERTY(bool shownByHost READ isShownByHost NOTIFY shownByHostChanged FINAL)
     Q_PROPERTY(QSizeF shadowOffset READ shadowOffset CONSTANT FINAL)
     Q_PROPERTY(double shadowRadius READ shadowRadius CONSTANT FINAL)
     Q_PROPERTY(double shadowOpacity READ shadowOpacity CONSTANT FINAL)
@@ -48,6 +50,8 @@ public:
     QString categoryName() const { return nameOfCategory(m_category); }
     Q_SIGNAL void categoryChanged();
     Q_SIGNAL void badgedChanged();
+    bool isShownByHost() const { return m_isShownByHost; }
+    Q_SIGNAL void shownByHostChanged();
 
     // The outlets; null when the interface resource lacks one.
     QQuickItem *titleLable() const { return m_titleLable; }
@@ -80,9 +84,11 @@ private:
     void imageDidChange(const std::shared_ptr<ZVVideoParams> &video);
     void fadeIn();
     void fitTitle();
+    void offerToHost(const std::shared_ptr<ZVVideoParams> &video);
 
     QString m_category; ///< The service's code; null without one.
     bool m_isBadged = true;
+    bool m_isShownByHost = false;
     QPointer<Thumbnails> m_thumbnails;
     std::shared_ptr<ZVVideoParams> m_video; ///< For the thumbnails alone; params() does not return it.
 
