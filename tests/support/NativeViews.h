@@ -93,7 +93,7 @@ public:
     zelvano::ZVItemView *items() const { return qobject_cast<zelvano::ZVItemView *>(view->view()); }
     zelvano::ZVItemViewCell *cell(qint64 row) const { return items()->cellForRow(row); }
     /// The corner of a cell in the view.
-    QPointF place(qint64 row) const { return cell(row)->mapToItem(items(), {}); }
+    QPointF place(qint64 row) const { return cell(row)->mapToItem(items(), QPointF()); }
 
     /// The URL of a picture, unique for this name.
     QUrl picture(const QString &name, const QByteArray &body, std::chrono::milliseconds delay = {})
