@@ -50,7 +50,7 @@ private Q_SLOTS:
             {key, none, uuid, "GET", "x-api-key=key x-is-native=true x-user-uuid=uuid"},
             {key, user, none, "POST", "x-api-key=key x-is-native=true"},
             {key, u""_s, uuid, "POST", "x-api-key=key x-is-native=true x-user-uuid=uuid"},
-            {u""_s, u""_s, u""_s, "POST", "x-is-native=true"}, // The sandbox drops headers without a value.
+            {u""_s, u""_s, u""_s, "POST", "x-api-key= x-is-native=true x-user-uuid="},
             {u"k\r\nx-is-native: false"_s, user, none, "POST", "x-is-native=true"},
         };
         for (const auto &[apiKey, userId, userUUID, method, expected] : cases) {
