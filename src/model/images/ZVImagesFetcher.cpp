@@ -42,7 +42,8 @@ std::shared_ptr<http::Task> download(const QString &url, const Decode &decode,
 }
 
 /// Null for a cached image.
-std::shared_ptr<http::Task> load(const QString &url, const Decode &decode, const ZVImagesFetcher::Completion &completion)
+std::shared_ptr<http::Task> load(const QString &url, const Decode &decode,
+                                 const ZVImagesFetcher::Completion &completion)
 {
     const auto bytes = ImagesCache::shared().bytes(url);
     if (bytes.isEmpty())
