@@ -3,6 +3,9 @@
 #include "Logging.h"
 
 #include <QCoreApplication>
+#include <QPointer>
+#include <QTimer>
+#include <QVariant>
 
 #include <unistd.h>
 
@@ -11,6 +14,8 @@ namespace zelvano {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr std::chrono::seconds profileDelay{3}; // Chromium starts no download of an ended page after that.
 
 /// Chromium ends a process that runs as root with its sandbox on.
 bool isRefusedToRoot()
@@ -22,6 +27,20 @@ bool isRefusedToRoot()
 }
 
 } // namespace
+
+void keepProfileLonger(QObject *webView)
+{
+    auto *const profile = webView ? webView->property("profile").value<QObject *>() : nullptr;
+    if (!profile)
+        return;
+    // The application deletes its children after the web engine's end, when no download can start.
+    static QPointer<QObject> keeper;
+    if (!keeper)
+        keeper = new QObject(QCoreApplication::instance());
+    profile->setParent(keeper);
+    QObject::connect(webView, &QObject::destroyed, profile,
+                     [profile] { QTimer::singleShot(profileDelay, profile, &QObject::deleteLater); });
+}
 
 void logRendererEnd(int status, int exitCode)
 {

@@ -36,8 +36,10 @@ KPPlayerPage::KPPlayerPage(const QUrl &url) : m_url(url)
     m_content = std::make_unique<InterfaceResource>(u"KPViewController"_s, this);
     m_view = std::make_unique<VideoView>(m_content->root());
     connect(m_view.get(), &VideoView::frameChanged, this, &KPPlayerPage::frameChanged);
-    if (auto *web = webView())
+    if (auto *web = webView()) {
+        keepProfileLonger(web);
         web->setProperty("url", url);
+    }
 }
 
 KPPlayerPage::~KPPlayerPage() = default;

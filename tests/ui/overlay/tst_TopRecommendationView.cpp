@@ -3,6 +3,7 @@
 #include "Process.h"
 #include "WebPage.h"
 #include <ZelvanoUI/Bundle.h>
+#include <ZelvanoUI/QtKPViewController.h>
 #include <ZelvanoUI/Sandbox.h>
 
 #include <QAbstractAnimation>
@@ -573,6 +574,28 @@ private Q_SLOTS:
         QTest::newRow("new window link") << link.arg(u"a.target = '_blank'; a.href = 'data:text/html,x'"_s);
         QTest::newRow("focus") << u"window.focus(); document.body.tabIndex = 0; document.body.focus()"_s;
         QTest::newRow("close") << u"window.close()"_s;
+    }
+
+    /// Chromium crashes when the profile of a page ends while a download starts in it.
+    void downloadsDuringTeardown()
+    {
+        const auto page = listeningPage(u"<script>setInterval(() => { const a = document.createElement('a');"
+                                        "a.download = 'file'; a.href = Math.random() < 0.5"
+                                        " ? URL.createObjectURL(new Blob(['x'.repeat(100000)]))"
+                                        " : 'data:application/octet-stream,x'; a.click(); }, 1)</script>"_s);
+        QList<QPointer<QObject>> profiles;
+        for (int round = 0; round < figure("ZELVANO_ROUNDS", 25); ++round) {
+            Stage stage;
+            stage.window.show();
+            stage.view->setHidden(false);
+            QVERIFY(stage.load(page));
+            const auto player = zelvano::QtKPViewController::create(page);
+            auto *const web = round % 2 ? player->webView() : stage.view->webView();
+            QVERIFY(waitUntil([&] { return web->property("loadProgress") == 100; }));
+            for (const auto *view : {player->webView(), stage.view->webView()})
+                profiles.append(view->property("profile").value<QObject *>());
+        }
+        QVERIFY(waitUntil([&] { return profiles.count(nullptr) == profiles.size(); }));
     }
 
     /// Chromium asks for permissions only for a secure page, one from this computer for example.
