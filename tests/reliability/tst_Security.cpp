@@ -1,42 +1,9 @@
 #include "EngineFixture.h"
 #include "Routes.h"
-
-#include <QProcess>
-
-#include <cstdarg>
-
-#include <curl/curl.h>
-#include <dlfcn.h>
+#include "TestAuthority.h"
 
 using namespace Qt::StringLiterals;
 using namespace zelvano;
-
-namespace {
-
-/// A certificate that the library trusts in this test; empty for the system's only.
-QByteArray trusted;
-
-} // namespace
-
-#undef curl_easy_setopt
-
-/// Replaces libcurl's function: the library has no other way to trust a test certificate.
-extern "C" Q_DECL_EXPORT CURLcode curl_easy_setopt(CURL *easy, CURLoption option, ...)
-{
-    using SetOption = CURLcode (*)(CURL *, CURLoption, ...);
-    static const auto next = reinterpret_cast<SetOption>(dlsym(RTLD_NEXT, "curl_easy_setopt"));
-    va_list rest;
-    va_start(rest, option);
-    const auto value = va_arg(rest, void *); // All option values have the same width and passing convention.
-    va_end(rest);
-    if (option == CURLOPT_URL) {
-        const char *authorities = nullptr;
-        curl_easy_getinfo(easy, CURLINFO_CAINFO, &authorities);
-        static const QByteArray own(authorities);
-        next(easy, CURLOPT_CAINFO, trusted.isEmpty() ? own.constData() : trusted.constData());
-    }
-    return next(easy, option, value);
-}
 
 /// Attacks on the library.
 class tst_Security : public QObject
@@ -44,20 +11,8 @@ class tst_Security : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QProcess program;
-        program.start(u"openssl"_s,
-                      {u"req"_s, u"-x509"_s, u"-newkey"_s, u"ec"_s, u"-pkeyopt"_s, u"ec_paramgen_curve:P-256"_s,
-                       u"-nodes"_s, u"-days"_s, u"2"_s, u"-subj"_s, u"/CN=localhost"_s, u"-addext"_s,
-                       u"subjectAltName=DNS:localhost,DNS:other.test"_s, u"-keyout"_s, m_folder.filePath(u"key.pem"_s),
-                       u"-out"_s, m_folder.filePath(u"cert.pem"_s), u"-batch"_s});
-        QVERIFY(program.waitForFinished(10000));
-        QCOMPARE(program.exitCode(), 0);
-    }
-
     void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-    void cleanup() { trusted.clear(); }
+    void cleanup() { TestAuthority::trusted.clear(); }
 
     void certificatesAndRedirects()
     {
@@ -75,7 +30,7 @@ private Q_SLOTS:
             RawServer plain(always(httpAnswer("{}")));
             QProcess server;
             QVERIFY(start(server, {u"-HTTP"_s}));
-            trusted = isTrusted ? m_folder.filePath(u"cert.pem"_s).toUtf8() : QByteArray();
+            TestAuthority::trusted = isTrusted ? m_authority.file() : QByteArray();
             serve("answer", httpAnswer("{}"));
             const auto location = target == "http://" ? plain.url("/answer").toEncoded() : target;
             serve("moved", httpRedirect("302", location + "\r\nConnection: close"));
@@ -96,7 +51,7 @@ private Q_SLOTS:
                                                             {"https://localhost:%1/", false, false},
                                                             {"https://other.test/", false, false},
                                                             {"https://localhost/", true, true}};
-        trusted = m_folder.filePath(u"cert.pem"_s).toUtf8();
+        TestAuthority::trusted = m_authority.file();
         for (const auto &[location, hasKey, isSentBack] : cases) {
             const Case current(location);
             QProcess server;
@@ -161,7 +116,7 @@ private:
     /// receives and sends its input.
     bool start(QProcess &server, const QStringList &mode)
     {
-        server.setWorkingDirectory(m_folder.path());
+        server.setWorkingDirectory(m_authority.folder());
         server.start(u"openssl"_s, QStringList{u"s_server"_s, u"-accept"_s, u"127.0.0.1:0"_s, u"-cert"_s, u"cert.pem"_s,
                                                u"-key"_s, u"key.pem"_s} +
                                        mode);
@@ -175,12 +130,12 @@ private:
 
     void serve(const QByteArray &name, const QByteArray &answer) const
     {
-        QFile file(m_folder.filePath(QString::fromLatin1(name)));
+        QFile file(m_authority.folder() + u'/' + QString::fromLatin1(name));
         file.open(QIODevice::WriteOnly);
         file.write(answer);
     }
 
-    const QTemporaryDir m_folder;
+    const TestAuthority m_authority{u"DNS:localhost,DNS:other.test"_s};
     int m_port = 0;
 };
 
