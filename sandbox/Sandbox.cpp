@@ -193,6 +193,7 @@ struct Sandbox::Private
     void log(Request request, const Delivery &delivery, const HttpAnswer &answer);
     QByteArray logAfter(quint64 number) const;
     QString baseUrl() const { return u"http://127.0.0.1:%1"_s.arg(port.load()); }
+    QString baseUrl(const Request &request) const;
 
     mutable std::mutex mutex;
     Service service;
@@ -205,6 +206,16 @@ struct Sandbox::Private
     std::atomic<int> port = 0;
     std::unique_ptr<HttpServer> server;
 };
+
+/// A front end such as nginx says under which address its clients reach it.
+QString Sandbox::Private::baseUrl(const Request &request) const
+{
+    const auto host = request.headers.find("x-forwarded-host");
+    const auto scheme = request.headers.find("x-forwarded-proto");
+    if (host == request.headers.end() || scheme == request.headers.end())
+        return baseUrl();
+    return QString::fromLatin1(scheme->second + "://" + host->second);
+}
 
 Delivery Sandbox::Private::handle(const HttpRequest &httpRequest, HttpAnswer &answer)
 {
@@ -228,7 +239,7 @@ void Sandbox::Private::serve(const QString &call, const Request &request, const 
         const std::lock_guard lock(mutex);
         ++hits[request.path];
         if (!call.isNull()) {
-            setBody(answer, compact(service.answer(call, request, baseUrl())), jsonType);
+            setBody(answer, compact(service.answer(call, request, baseUrl(request))), jsonType);
             return;
         }
     }

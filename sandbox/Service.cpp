@@ -67,7 +67,8 @@ QJsonObject Service::channel(const Request &request, const QString &baseUrl)
     QString apiUrl = settings.apiUrl;
     if (apiUrl.isNull()) {
         const auto host = request.headers.find("host");
-        apiUrl = host == request.headers.end() ? baseUrl : "http://"_L1 + QString::fromLatin1(host->second);
+        const bool isDirect = host != request.headers.end() && request.headers.count("x-forwarded-host") == 0;
+        apiUrl = isDirect ? "http://"_L1 + QString::fromLatin1(host->second) : baseUrl;
     }
     QJsonObject config{{u"showUI"_s, settings.showUI}, {u"apiUrl"_s, apiUrl}};
     if (settings.keepAliveMilliseconds)
