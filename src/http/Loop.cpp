@@ -110,7 +110,7 @@ void Loop::begin(const std::shared_ptr<Job> &job)
         return;
     }
     if (m_spare.empty())
-        m_spare.push_back(std::make_unique<Transfer>(m_share.get()));
+        m_spare.push_back(std::make_unique<Transfer>(m_share.get(), m_sockets));
     Transfer &started = *m_spare.back();
     started.begin(job);
     started.place = m_active.emplace(started.nextLook(), std::move(m_spare.back()));

@@ -37,6 +37,7 @@ private:
     void cancelAll();
 
     Delivery &m_delivery;
+    Sockets m_sockets; ///< Outlives the connections of m_multi.
     ShareHandle m_share;
     MultiHandle m_multi;
     Inbox m_inbox;

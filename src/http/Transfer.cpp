@@ -9,9 +9,6 @@
 #include <limits>
 #include <utility>
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-
 namespace zelvano::http {
 
 namespace {
@@ -19,9 +16,6 @@ namespace {
 constexpr long MostRedirects = 20;
 /// Seconds. Servers and their balancers commonly keep an idle connection for longer, so a reused one should be alive.
 constexpr long OldestIdleConnection = 15;
-/// How often the kernel repeats the first packet of a connection. It waits 1 s and 2 s, then libcurl tries the host's
-/// next address.
-constexpr int ConnectRepeats = 1;
 
 /// libcurl keeps the certificate authorities that it has read, 20 ms of work, for later connections. It does so only
 /// if they come from a file alone, without a directory.
@@ -40,8 +34,9 @@ Transfer &transferOf(void *pointer)
 
 } // namespace
 
-Transfer::Transfer(CURLSH *share) : m_easy(curl_easy_init())
+Transfer::Transfer(CURLSH *share, Sockets &sockets) : m_easy(curl_easy_init()), m_sockets(sockets)
 {
+    m_sockets.watch(easy());
     setConstantOptions(share);
     setCallbacks();
 }
@@ -66,7 +61,7 @@ void Transfer::setConstantOptions(CURLSH *share)
     curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, long(std::numeric_limits<int>::max()));
     curl_easy_setopt(easy, CURLOPT_TCP_NODELAY, 1L);
     curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, OldestIdleConnection);
-    curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, long(CURL_HTTP_VERSION_2TLS));
+    curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, long(CURL_HTTP_VERSION_1_1));
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(easy, CURLOPT_MAXREDIRS, MostRedirects);
@@ -79,8 +74,8 @@ void Transfer::setConstantOptions(CURLSH *share)
 
 void Transfer::setCallbacks()
 {
-    const auto onRequest = [](void *self, char *, char *, int, int) {
-        return transferOf(self).requestGoesOut() ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+    const auto onRequest = [](void *self, char *, char *, int, int localPort) {
+        return transferOf(self).requestGoesOut(localPort) ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
     };
     const auto onHead = [](char *line, size_t, size_t size, void *self) {
         return transferOf(self).takeHead({line, qsizetype(size)}) ? size : 0;
@@ -88,12 +83,7 @@ void Transfer::setCallbacks()
     const auto onBody = [](char *bytes, size_t, size_t size, void *self) {
         return transferOf(self).takeBody({bytes, qsizetype(size)}) ? size : 0;
     };
-    const auto onSocket = [](void *, curl_socket_t socket, curlsocktype) {
-        setsockopt(socket, IPPROTO_TCP, TCP_SYNCNT, &ConnectRepeats, sizeof(ConnectRepeats));
-        return int(CURL_SOCKOPT_OK);
-    };
     CURL *const easy = m_easy.get();
-    curl_easy_setopt(easy, CURLOPT_SOCKOPTFUNCTION, +onSocket);
     curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, +onRequest);
     curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, +onHead);
@@ -206,10 +196,11 @@ void Transfer::setHeaders(bool isForeignHost)
     m_headersAreForeign = isForeignHost;
 }
 
-// libcurl sets no timeout of its own here, so this code is the kernel's ETIMEDOUT.
-bool Transfer::canConnectAgain(CURLcode code) const
+// libcurl sets no timeout of its own here, so its timeout is the kernel's ETIMEDOUT.
+bool Transfer::canConnectAgain(CURLcode code)
 {
-    return code == CURLE_OPERATION_TIMEDOUT && m_answer.headSize == 0 && !m_answer.isUnanswered;
+    const bool wasOver = std::exchange(m_answer.isConnectionOver, false);
+    return wasOver || (code == CURLE_OPERATION_TIMEDOUT && m_answer.headSize == 0 && !m_answer.isUnanswered);
 }
 
 Outcome Transfer::end(CURLcode code)
@@ -250,6 +241,15 @@ Error Transfer::errorFor(CURLcode code) const
     return makeError(error, m_errorText[0] ? m_errorText.data() : curl_easy_strerror(code));
 }
 
+/// A job that was redirected cannot begin again. Without TLS, libcurl's own check is enough.
+bool Transfer::isConnectionOver(int localPort) const
+{
+    long opened = 0;
+    curl_easy_getinfo(m_easy.get(), CURLINFO_NUM_CONNECTS, &opened);
+    return opened == 0 && m_answer.headSize == 0 && m_url.scheme() == QLatin1StringView("https") &&
+           m_sockets.isOver(localPort);
+}
+
 bool Transfer::staysWithHost()
 {
     const char *current = nullptr;
@@ -263,12 +263,15 @@ bool Transfer::staysWithHost()
 
 // libcurl sends a request again when a reused connection ends without an answer. The service might have acted on the
 // first one, so the second must not leave. A redirect's request comes after an answer.
-bool Transfer::requestGoesOut()
+bool Transfer::requestGoesOut(int localPort)
 {
     if (m_answer.isUnanswered) {
         m_answer.wouldRepeat = true;
         return false;
     }
+    m_answer.isConnectionOver = isConnectionOver(localPort);
+    if (m_answer.isConnectionOver)
+        return false;
     if (m_answer.headSize > 0 && !staysWithHost())
         setHeaders(true);
     m_answer.isUnanswered = true;

@@ -3,6 +3,7 @@
 #include "Curl.h"
 #include "ErrorCode.h"
 #include "Job.h"
+#include "Sockets.h"
 
 #include <array>
 #include <chrono>
@@ -24,7 +25,7 @@ public:
     static constexpr qint64 LargestAnswer = qint64{64} * 1024 * 1024;
     static constexpr qint64 LargestHead = qint64{256} * 1024;
 
-    explicit Transfer(CURLSH *share);
+    Transfer(CURLSH *share, Sockets &sockets);
     Q_DISABLE_COPY_MOVE(Transfer)
 
     static Transfer *of(CURL *easy);
@@ -35,8 +36,9 @@ public:
     /// Returns the outcome and leaves the transfer free for another job. The caller has removed the easy handle from
     /// its multi.
     Outcome end(CURLcode code);
-    /// True if no address of the host answered an attempt to connect, so nothing was sent and the job may begin again.
-    bool canConnectAgain(CURLcode code) const;
+    /// True if nothing was sent and the job may begin again: no address of the host answered an attempt to connect, or
+    /// a reused connection was over.
+    bool canConnectAgain(CURLcode code);
     Outcome end(ErrorCode error, const char *description);
 
     /// When the loop looks at the transfer next: several times within its timeout, and when its total timeout is over.
@@ -52,12 +54,13 @@ private:
     void setAddress(const QUrl &url);
     void setMethod(const Request &request);
     void setHeaders(bool isForeignHost);
+    bool isConnectionOver(int localPort) const;
     bool staysWithHost();
     Error errorFor(CURLcode code) const;
     Outcome finished(Outcome outcome);
 
     // What libcurl reports. Each returns false to end the transfer.
-    bool requestGoesOut();
+    bool requestGoesOut(int localPort);
     bool takeHead(QByteArrayView line);
     bool takeBody(QByteArrayView bytes);
 
@@ -65,6 +68,7 @@ private:
     qint64 figure(CURLINFO info) const;
 
     EasyHandle m_easy;
+    Sockets &m_sockets;
     StringList m_headers;
     /// The source of m_headers. Most requests repeat the headers of the previous one; making the list anew took a tenth
     /// of the networking thread.
@@ -91,6 +95,7 @@ private:
         qint64 headSize = 0;
         bool isUnanswered = false; ///< A request went out and no line of its answer came.
         bool isHeadWhole = false;
+        bool isConnectionOver = false;
         bool wouldRepeat = false; ///< libcurl was about to send the request again.
         bool isTooLarge = false;
     } m_answer;

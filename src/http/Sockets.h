@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Curl.h"
+
+#include <set>
+
+namespace zelvano::http {
+
+/// The sockets of libcurl's connections. Networking thread only.
+class Sockets
+{
+public:
+    /// libcurl reports to this object for as long as the handle's connections live.
+    void watch(CURL *easy);
+
+    /// True if the server has closed the connection from this local port, or sends without being asked. libcurl 7
+    /// reuses such a connection: it takes the bytes with which TLS says goodbye for a sign of life.
+    bool isOver(int localPort) const;
+
+private:
+    std::set<curl_socket_t> m_open;
+};
+
+} // namespace zelvano::http
