@@ -19,6 +19,7 @@ test=(openssl gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-li
 check=(
   clang libclang-rt-dev llvm clang-format clang-tidy cppcheck doxygen
   libbenchmark-dev pkgconf mmdebstrap strace valgrind
+  nginx tinyproxy-bin
 )
 
 case ${1:-check} in

@@ -14,6 +14,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -70,6 +71,25 @@ public:
         {
             while (receive())
                 m_seen.clear();
+        }
+
+        /// Carries bytes to another socket and back until one side closes. `onBytes` hears of each piece.
+        void relay(int other, const std::function<void(bool isFromClient, qsizetype size)> &onBytes)
+        {
+            pollfd sides[] = {{m_socket, POLLIN, 0}, {other, POLLIN, 0}};
+            while (poll(sides, 2, -1) > 0) {
+                for (const int from : {0, 1}) {
+                    if (sides[from].revents == 0)
+                        continue;
+                    char bytes[16384];
+                    const auto some = recv(sides[from].fd, bytes, sizeof(bytes), 0);
+                    if (some <= 0 || send(sides[1 - from].fd, bytes, size_t(some), MSG_NOSIGNAL) != some) {
+                        shutdown(m_socket, SHUT_RDWR);
+                        return;
+                    }
+                    onBytes(from == 0, some);
+                }
+            }
         }
 
         /// True if the server ends within `time`.
