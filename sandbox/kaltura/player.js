@@ -7,7 +7,6 @@
 //   playbackStateDidChange(state)       see playbackState; the first call is "loaded"
 //   eventDidFire(name, params)          an event of a plug-in
 (() => {
-  const lastVideo = 9; // media/1.mp4 to media/9.mp4
   const arrowSeconds = 5;
   const controlsMilliseconds = 2500; // How long the controls stay during play.
   const messageMilliseconds = 5000;
@@ -100,7 +99,7 @@
   function numberOf(id) {
     const [, plain, listed] = /^(\d+)$|^sandbox-(\d+)(?:-\d+)?$/.exec(id) ?? [];
     const number = Number(plain ?? listed);
-    return number >= 1 && number <= lastVideo ? number : 0;
+    return number >= 1 ? number : 0;
   }
 
   function open(id, playing) {

@@ -25,17 +25,18 @@
     const find = (name) => item.querySelector(name);
     const title = text(video.title) || "Untitled video";
     const seconds = Math.floor(Number(video.durationSec)) || 0;
-    const category = Object.hasOwn(categoryNames, video.category) ? video.category : "";
+    const category = text(video.category);
+    const categoryName = Object.hasOwn(categoryNames, category) ? categoryNames[category] : category;
 
     const button = find("button");
     button.dataset.index = String(index);
     button.dataset.category = category;
     button.style.setProperty("--order", String(Math.min(index, 8)));
-    button.setAttribute("aria-label", [title, clock.spoken(seconds), categoryNames[category]].filter(Boolean).join(", "));
+    button.setAttribute("aria-label", [title, clock.spoken(seconds), categoryName].filter(Boolean).join(", "));
 
     find(".title").textContent = title;
     find(".duration").textContent = seconds > 0 ? clock.text(seconds) : "";
-    find(".category").textContent = categoryNames[category] ?? "";
+    find(".category").textContent = categoryName;
 
     const picture = find("img");
     picture.addEventListener("error", () => { picture.hidden = true; });
