@@ -1,11 +1,13 @@
 #pragma once
 
 #include <QByteArray>
+#include <QFile>
 
 #include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <string_view>
@@ -27,6 +29,7 @@ struct HttpAnswer
     int status = 200;
     QByteArray headers; // Each with "\r\n" at its end. The server adds Content-Length and Connection.
     QByteArray body;
+    std::shared_ptr<QFile> file; // The body's memory, if it is a mapped file.
 };
 
 // How the server sends an answer.

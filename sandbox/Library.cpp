@@ -3,7 +3,6 @@
 #include <QJsonObject>
 
 #include <algorithm>
-#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -11,58 +10,42 @@ namespace zelvano::sandbox {
 
 namespace {
 
-struct Video
+QString fileUrl(const QString &baseUrl, QLatin1StringView folder, int number, const QString &suffix)
 {
-    QLatin1StringView title;
-    QLatin1StringView id;
-    QLatin1StringView category;
-    int seconds;
-    int value;
-    qint64 published;
-};
-
-// Entry n is media/n+1.mp4 of media/make-media.sh.
-constexpr std::array<Video, 9> videos{{
-    {"Northern Lights"_L1, "northern-lights"_L1, "FORYOU"_L1, 24, 97, 1700000000},
-    {"Deep Dive"_L1, "deep-dive"_L1, "MOSTVIEWED"_L1, 30, 93, 1700600000},
-    {"Petri Garden"_L1, "petri-garden"_L1, "MOSTRECENT"_L1, 16, 90, 1701200000},
-    {"Paper Carpet"_L1, "paper-carpet"_L1, "FORYOU"_L1, 20, 86, 1701800000},
-    {"Neon Rain"_L1, "neon-rain"_L1, "MOSTVIEWED"_L1, 14, 81, 1702400000},
-    {"Lava Lamp"_L1, "lava-lamp"_L1, "FORYOU"_L1, 22, 77, 1703000000},
-    {"Still Water"_L1, "still-water"_L1, "MOSTRECENT"_L1, 18, 72, 1703600000},
-    {"Slow Sunset"_L1, "slow-sunset"_L1, "MOSTVIEWED"_L1, 26, 68, 1704200000},
-    {"Night Express"_L1, "night-express"_L1, "FORYOU"_L1, 12, 64, 1704800000},
-}};
-
-QString fileUrl(const QString &baseUrl, QLatin1StringView folder, size_t index, QLatin1StringView suffix)
-{
-    return baseUrl + folder + QString::number(index + 1) + suffix;
+    return baseUrl + folder + QString::number(number) + u'.' + suffix;
 }
 
-QJsonObject toJson(const QString &baseUrl, size_t index, size_t round)
+QString idOf(const Video &video)
 {
-    const Video &video = videos[index];
+    return u"sandbox-%1"_s.arg(video.number);
+}
+
+QJsonObject toJson(const Video &video, const QString &baseUrl, size_t round)
+{
     const QString again = round == 0 ? QString() : u"-%1"_s.arg(round + 1);
-    return {
+    QJsonObject json{
         {u"title"_s, video.title},
-        {u"videoId"_s, u"sandbox-%1%2"_s.arg(index + 1).arg(again)},
-        {u"costumerVideoId"_s, video.id + again},
-        {u"url"_s, fileUrl(baseUrl, "/media/"_L1, index, ".mp4"_L1)},
+        {u"videoId"_s, idOf(video) + again},
+        {u"costumerVideoId"_s, video.customerId + again},
+        {u"url"_s, fileUrl(baseUrl, "/media/"_L1, video.number, video.suffix)},
         {u"durationSec"_s, video.seconds},
-        {u"imageUrl"_s, fileUrl(baseUrl, "/thumbnails/"_L1, index, ".jpg"_L1)},
-        {u"stripUrl"_s, fileUrl(baseUrl, "/strips/"_L1, index, ".jpg"_L1)},
+        {u"imageUrl"_s, fileUrl(baseUrl, "/thumbnails/"_L1, video.number, u"jpg"_s)},
         {u"pubDate"_s, video.published},
         {u"value"_s, video.value},
         {u"category"_s, video.category},
     };
+    if (video.hasStrip)
+        json.insert("stripUrl"_L1, fileUrl(baseUrl, "/strips/"_L1, video.number, u"jpg"_s));
+    return json;
 }
 
 // The index after the current video, which may be a URL or an identifier; 0 for an unknown one.
-size_t firstIndex(const QString &baseUrl, const QString &playing)
+size_t firstIndex(const std::vector<Video> &videos, const QString &baseUrl, const QString &playing)
 {
     for (size_t index = 0; index < videos.size(); ++index) {
-        const auto id = u"sandbox-%1"_s.arg(index + 1);
-        if (playing == fileUrl(baseUrl, "/media/"_L1, index, ".mp4"_L1) || playing.section(u'-', 0, 1) == id)
+        const Video &video = videos[index];
+        if (playing == fileUrl(baseUrl, "/media/"_L1, video.number, video.suffix) ||
+            playing.section(u'-', 0, 1) == idOf(video))
             return index + 1;
     }
     return 0;
@@ -70,12 +53,31 @@ size_t firstIndex(const QString &baseUrl, const QString &playing)
 
 } // namespace
 
-QJsonArray recommendedVideos(const QString &baseUrl, const QString &playing, int count)
+const std::vector<Video> &sampleVideos()
+{
+    // Entry n is media/n+1.mp4 of media/make-media.sh.
+    static const std::vector<Video> videos{
+        {1, u"mp4"_s, u"Northern Lights"_s, u"northern-lights"_s, u"FORYOU"_s, 24, 97, 1700000000, true},
+        {2, u"mp4"_s, u"Deep Dive"_s, u"deep-dive"_s, u"MOSTVIEWED"_s, 30, 93, 1700600000, true},
+        {3, u"mp4"_s, u"Petri Garden"_s, u"petri-garden"_s, u"MOSTRECENT"_s, 16, 90, 1701200000, true},
+        {4, u"mp4"_s, u"Paper Carpet"_s, u"paper-carpet"_s, u"FORYOU"_s, 20, 86, 1701800000, true},
+        {5, u"mp4"_s, u"Neon Rain"_s, u"neon-rain"_s, u"MOSTVIEWED"_s, 14, 81, 1702400000, true},
+        {6, u"mp4"_s, u"Lava Lamp"_s, u"lava-lamp"_s, u"FORYOU"_s, 22, 77, 1703000000, true},
+        {7, u"mp4"_s, u"Still Water"_s, u"still-water"_s, u"MOSTRECENT"_s, 18, 72, 1703600000, true},
+        {8, u"mp4"_s, u"Slow Sunset"_s, u"slow-sunset"_s, u"MOSTVIEWED"_s, 26, 68, 1704200000, true},
+        {9, u"mp4"_s, u"Night Express"_s, u"night-express"_s, u"FORYOU"_s, 12, 64, 1704800000, true},
+    };
+    return videos;
+}
+
+QJsonArray recommendedVideos(const std::vector<Video> &videos, const QString &baseUrl, const QString &playing,
+                             int count)
 {
     QJsonArray list;
-    const size_t first = firstIndex(baseUrl, playing);
-    for (size_t position = 0; position < static_cast<size_t>(std::max(count, 0)); ++position)
-        list.append(toJson(baseUrl, (first + position) % videos.size(), position / videos.size()));
+    const size_t first = firstIndex(videos, baseUrl, playing);
+    const size_t wanted = videos.empty() ? 0 : static_cast<size_t>(std::max(count, 0));
+    for (size_t position = 0; position < wanted; ++position)
+        list.append(toJson(videos[(first + position) % videos.size()], baseUrl, position / videos.size()));
     return list;
 }
 

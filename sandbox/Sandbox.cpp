@@ -114,27 +114,40 @@ bool applyRange(const QByteArray &range, qint64 &first, qint64 &count)
     return count > 0;
 }
 
-void serveFile(const QString &path, const QByteArray &range, HttpAnswer &answer)
+void serveFile(const std::shared_ptr<QFile> &file, const QByteArray &range, HttpAnswer &answer)
 {
-    QString name = path == "/"_L1 ? u"/console/"_s : path;
-    if (name.endsWith(u'/'))
-        name += "index.html"_L1;
-    auto file = std::make_unique<QFile>(u":/sandbox"_s + name);
-    if (name.contains(".."_L1) || !file->open(QIODevice::ReadOnly))
+    if (file->fileName().isEmpty() || !file->open(QIODevice::ReadOnly))
         return refuse(answer, 404, "not found");
     const qint64 size = file->size();
     qint64 first = 0;
     qint64 count = size;
     if (!applyRange(range, first, count))
         return refuse(answer, 416, "no such range");
-    file->seek(first);
-    setBody(answer, file->read(count), contentTypeOf(name));
+    // A film is larger than the memory. A compressed resource cannot be mapped.
+    if (const uchar *bytes = file->map(first, count)) {
+        setBody(answer, QByteArray::fromRawData(reinterpret_cast<const char *>(bytes), count),
+                contentTypeOf(file->fileName()));
+        answer.file = file;
+    } else {
+        file->seek(first);
+        setBody(answer, file->read(count), contentTypeOf(file->fileName()));
+    }
     answer.headers += "Accept-Ranges: bytes\r\n";
     if (count < size || !range.isEmpty()) {
         answer.status = 206;
         answer.headers += "Content-Range: bytes " + QByteArray::number(first) + '-' +
                           QByteArray::number(first + count - 1) + '/' + QByteArray::number(size) + "\r\n";
     }
+}
+
+void serveResource(const QString &path, const QByteArray &range, HttpAnswer &answer)
+{
+    QString name = path == "/"_L1 ? u"/console/"_s : path;
+    if (name.endsWith(u'/'))
+        name += "index.html"_L1;
+    if (name.contains(".."_L1))
+        return refuse(answer, 404, "not found");
+    serveFile(std::make_shared<QFile>(u":/sandbox"_s + name), range, answer);
 }
 
 Delivery deliveryOf(const Fault &fault)
@@ -247,8 +260,9 @@ void Sandbox::Private::serve(const QString &call, const Request &request, const 
         const QUrlQuery query(QUrl::fromEncoded(httpRequest.target));
         setBody(answer, logAfter(query.queryItemValue(u"after"_s).toULongLong()), jsonType);
     } else {
-        const auto range = httpRequest.headers.find("range");
-        serveFile(request.path, range == httpRequest.headers.end() ? QByteArray() : range->second, answer);
+        const auto found = httpRequest.headers.find("range");
+        const auto range = found == httpRequest.headers.end() ? QByteArray() : found->second;
+        serveResource(request.path, range, answer);
     }
 }
 

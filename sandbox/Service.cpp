@@ -105,7 +105,7 @@ QJsonObject Service::recommendation(const Request &request, const QString &baseU
     const int count = settings.alwaysVideos.value_or(wanted > 0 ? std::min(wanted, maximumVideos) : settings.videos);
     const QString playing = request.body.value("videoId"_L1).toString();
     const QString view = newId();
-    const QJsonArray videos = edited(recommendedVideos(baseUrl, playing, count));
+    const QJsonArray videos = edited(recommendedVideos(sampleVideos(), baseUrl, playing, count));
     QJsonObject answer = withData({{u"viewUUID"_s, view}, {u"videos"_s, videos}});
     answer.insert("viewUUID"_L1, view);
     return answer;
