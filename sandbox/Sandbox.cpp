@@ -2,6 +2,7 @@
 
 #include "HttpServer.h"
 #include "Service.h"
+#include "VideoFolder.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -86,6 +87,8 @@ const char *contentTypeOf(const QString &path)
         {u"css"_s, "text/css; charset=utf-8"},
         {u"js"_s, "text/javascript; charset=utf-8"},
         {u"mp4"_s, "video/mp4"},
+        {u"webm"_s, "video/webm"},
+        {u"mkv"_s, "video/x-matroska"},
         {u"jpg"_s, "image/jpeg"},
     };
     const auto type = types.find(path.section(u'.', -1));
@@ -148,6 +151,23 @@ void serveResource(const QString &path, const QByteArray &range, HttpAnswer &ans
     if (name.contains(".."_L1))
         return refuse(answer, 404, "not found");
     serveFile(std::make_shared<QFile>(u":/sandbox"_s + name), range, answer);
+}
+
+// Its paths hold a number and no name, so that no path leads out of the folder.
+void serveFromFolder(const VideoFolder &folder, const QString &path, const QByteArray &range, HttpAnswer &answer)
+{
+    const int number = path.section(u'/', 2).section(u'.', 0, 0).toInt();
+    if (path.startsWith("/media/"_L1))
+        return serveFile(std::make_shared<QFile>(folder.file(number)), range, answer);
+    const auto thumbnail = path.startsWith("/thumbnails/"_L1) ? folder.thumbnail(number) : QByteArray();
+    if (thumbnail.isEmpty())
+        return refuse(answer, 404, "not found");
+    setBody(answer, thumbnail, "image/jpeg");
+}
+
+bool isVideoPath(const QString &path)
+{
+    return path.startsWith("/media/"_L1) || path.startsWith("/thumbnails/"_L1) || path.startsWith("/strips/"_L1);
 }
 
 Delivery deliveryOf(const Fault &fault)
@@ -248,8 +268,10 @@ Delivery Sandbox::Private::handle(const HttpRequest &httpRequest, HttpAnswer &an
 void Sandbox::Private::serve(const QString &call, const Request &request, const HttpRequest &httpRequest,
                              HttpAnswer &answer)
 {
+    std::shared_ptr<const VideoFolder> folder;
     {
         const std::lock_guard lock(mutex);
+        folder = service.folder;
         ++hits[request.path];
         if (!call.isNull()) {
             setBody(answer, compact(service.answer(call, request, baseUrl(request))), jsonType);
@@ -262,7 +284,10 @@ void Sandbox::Private::serve(const QString &call, const Request &request, const 
     } else {
         const auto found = httpRequest.headers.find("range");
         const auto range = found == httpRequest.headers.end() ? QByteArray() : found->second;
-        serveResource(request.path, range, answer);
+        if (folder && isVideoPath(request.path))
+            serveFromFolder(*folder, request.path, range, answer);
+        else
+            serveResource(request.path, range, answer);
     }
 }
 
@@ -355,6 +380,23 @@ void Sandbox::setSettings(const Settings &settings)
 {
     const std::lock_guard lock(d->mutex);
     d->service.settings = settings;
+}
+
+QString Sandbox::setVideos(const QString &folder, const std::function<void(const VideoProgress &)> &progress)
+{
+    const auto read = std::make_shared<VideoFolder>(progress);
+    if (auto error = read->open(folder); !error.isNull())
+        return error;
+    std::shared_ptr<const VideoFolder> previous = read; // Ends without the lock.
+    const std::lock_guard lock(d->mutex);
+    previous.swap(d->service.folder);
+    return {};
+}
+
+QJsonArray Sandbox::videos() const
+{
+    const std::lock_guard lock(d->mutex);
+    return d->service.videos(d->baseUrl());
 }
 
 void Sandbox::addFault(const QString &path, const QString &type, const Fault &fault)

@@ -99,13 +99,28 @@ QJsonArray Service::edited(QJsonArray videos) const
     return videos;
 }
 
+QJsonArray Service::videos(const QString &baseUrl) const
+{
+    const auto all = folder ? folder->videos() : sampleVideos();
+    return recommendedVideos(all, baseUrl, {}, static_cast<int>(all.size()));
+}
+
+// Samples are repeated until there are `count`, the videos of a folder are not.
+QJsonArray Service::recommended(const QString &baseUrl, const QString &playing, int count) const
+{
+    if (!folder)
+        return recommendedVideos(sampleVideos(), baseUrl, playing, count);
+    const auto own = folder->videos();
+    return recommendedVideos(own, baseUrl, playing, std::min(count, static_cast<int>(own.size())));
+}
+
 QJsonObject Service::recommendation(const Request &request, const QString &baseUrl) const
 {
     const int wanted = request.body.value("size"_L1).toVariant().toInt();
     const int count = settings.alwaysVideos.value_or(wanted > 0 ? std::min(wanted, maximumVideos) : settings.videos);
     const QString playing = request.body.value("videoId"_L1).toString();
     const QString view = newId();
-    const QJsonArray videos = edited(recommendedVideos(sampleVideos(), baseUrl, playing, count));
+    const QJsonArray videos = edited(recommended(baseUrl, playing, count));
     QJsonObject answer = withData({{u"viewUUID"_s, view}, {u"videos"_s, videos}});
     answer.insert("viewUUID"_L1, view);
     return answer;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VideoFolder.h"
 #include <ZelvanoUI/Sandbox.h>
 
 #include <QJsonArray>
@@ -18,13 +19,17 @@ public:
     QJsonObject answer(const QString &call, const Request &request, const QString &baseUrl);
     void expireChannels() { m_openChannels.clear(); }
 
+    QJsonArray videos(const QString &baseUrl) const;
+
     Settings settings;
+    std::shared_ptr<const VideoFolder> folder; // Null for the sample videos.
 
 private:
     QJsonObject channel(const Request &request, const QString &baseUrl);
     QJsonObject event(const Request &request, const QString &baseUrl) const;
     QJsonArray edited(QJsonArray videos) const;
     QJsonObject recommendation(const Request &request, const QString &baseUrl) const;
+    QJsonArray recommended(const QString &baseUrl, const QString &playing, int count) const;
 
     std::set<QString> m_openChannels; // By user.
 };

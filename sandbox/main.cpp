@@ -9,6 +9,7 @@
 using namespace Qt::StringLiterals;
 using zelvano::sandbox::Request;
 using zelvano::sandbox::Sandbox;
+using zelvano::sandbox::VideoProgress;
 
 namespace {
 
@@ -37,6 +38,17 @@ void printRequest(const Request &request)
     std::fflush(stdout);
 }
 
+// One line, which the next replaces; a line of its own for a file that is left out.
+void printProgress(const VideoProgress &progress)
+{
+    if (!progress.skipped.isNull())
+        std::fprintf(stderr, "\rzelvano-sandbox: left out %s\n", qUtf8Printable(progress.skipped));
+    if (progress.total > 0) {
+        std::fprintf(stderr, "\rPreparing the videos: %d of %d%s", progress.done, progress.total,
+                     progress.done == progress.total ? "\n" : "");
+    }
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -49,6 +61,7 @@ int main(int argc, char **argv)
     const QStringList scenarios = Sandbox::scenarioNames();
     parser.addOption({u"scenario"_s, u"Answer as in scenario <name>: "_s + scenarios.join(", "_L1) + u'.', u"name"_s,
                       scenarios.constFirst()});
+    parser.addOption({u"videos"_s, u"Recommend the videos in <folder>: MP4, WebM, MKV."_s, u"folder"_s});
     parser.process(application);
 
     bool valid = false;
@@ -72,6 +85,12 @@ int main(int argc, char **argv)
     Sandbox sandbox;
     sandbox.setScenario(*scenario);
     sandbox.setRequestListener(printRequest);
+    if (parser.isSet(u"videos"_s)) {
+        if (const auto error = sandbox.setVideos(parser.value(u"videos"_s), printProgress); !error.isNull()) {
+            std::fprintf(stderr, "zelvano-sandbox: %s\n", qUtf8Printable(error));
+            return 1;
+        }
+    }
     if (!sandbox.start(port)) {
         std::fprintf(stderr, "zelvano-sandbox: port %d of 127.0.0.1 is in use\n", port);
         return 1;

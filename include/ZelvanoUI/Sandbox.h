@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
 #include <QStringList>
@@ -85,6 +86,14 @@ enum class Scenario {
     RightToLeftTitles
 };
 
+/// How far Sandbox::setVideos() is.
+struct VideoProgress
+{
+    int done = 0;      ///< Files that ffmpeg has read.
+    int total = 0;     ///< Files that ffmpeg reads, without those in the cache.
+    QString skipped{}; ///< The file that is left out, and why; null for none.
+};
+
 /// The recommendation service for development, with the layout page, a web player, the sample videos and their images.
 /// It listens on 127.0.0.1 only. Paths:
 ///
@@ -118,6 +127,18 @@ public:
     static std::optional<Scenario> scenarioByName(const QString &name);
 
     void setSettings(const Settings &settings);
+
+    /// Recommends the MP4, WebM and MKV files in this folder and below instead of the samples. The category is the name
+    /// of the sub-folder, or of the folder. Hidden files are left out, and links that lead out of the folder.
+    ///
+    /// ffmpeg reads the lengths and makes the thumbnails. The user's cache folder keeps both. Blocks until the first
+    /// videos can be recommended, some seconds, so call it on another thread than the main one. The others follow in
+    /// the background. `progress` is called on any thread, until the sandbox is destroyed or reads another folder.
+    ///
+    /// Returns an error, for a person; null when it works.
+    QString setVideos(const QString &folder, const std::function<void(const VideoProgress &)> &progress = {});
+    /// The service's videos, with the fields of a recommendation. Grows while setVideos() works in the background.
+    QJsonArray videos() const;
 
     /// A request gets the first added fault that matches it. `path` is a call such as "events", another path such as
     /// "/thumbnails/1.jpg", or a folder with a slash at its end. `type` is an event's type; null matches all.
