@@ -9,8 +9,11 @@
 #include <ZelvanoUI/ZVCategoryView.h>
 #include <ZelvanoUI/ZVVideoParams.h>
 
+#include <QEventLoop>
+
 #include <algorithm>
 #include <cstdio>
+#include <thread>
 
 namespace demo {
 
@@ -48,6 +51,49 @@ bool Host::reachService()
     }
     useService(m_service); // The library keeps its production URL.
     return true;
+}
+
+bool Host::prepareVideos()
+{
+    m_firstVideo = {{u"title"_s, u"Northern Lights"_s},
+                    {u"videoId"_s, u"sandbox-1"_s},
+                    {u"url"_s, u"http://%1/media/1.mp4"_s.arg(m_service)}};
+    if (m_options.videos.isEmpty())
+        return true;
+    QString error;
+    QEventLoop loop;
+    std::thread reading([&] {
+        error = m_sandbox.setVideos(m_options.videos, [this](const auto &progress) { showProgress(progress); });
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+    });
+    loop.exec();
+    reading.join();
+    setNotice({});
+    if (error.isNull())
+        m_firstVideo = m_sandbox.videos().first().toObject();
+    else
+        std::fprintf(stderr, "zelvano-demo: %s\n", qUtf8Printable(error));
+    return error.isNull();
+}
+
+/// Called on the threads that read the videos.
+void Host::showProgress(const sandbox::VideoProgress &progress)
+{
+    if (!progress.skipped.isNull())
+        std::fprintf(stderr, "zelvano-demo: left out %s\n", qUtf8Printable(progress.skipped));
+    const auto text = u"Preparing the videos: %1 of %2"_s.arg(progress.done).arg(progress.total);
+    const auto show = [this, text] {
+        if (!m_deck)
+            setNotice(text);
+    };
+    if (progress.total > 0)
+        QMetaObject::invokeMethod(this, show, Qt::QueuedConnection);
+}
+
+void Host::setNotice(const QString &notice)
+{
+    m_notice = notice;
+    Q_EMIT noticeChanged();
 }
 
 void Host::attach(QQuickWindow *window)
@@ -114,7 +160,7 @@ void Host::didSelectDone(ZelvanoViewController *)
 void Host::updateTitle()
 {
     const auto id = m_deck->videoId();
-    m_title = isFirstVideo(id) ? u"Northern Lights"_s : QUrl(id).fileName();
+    m_title = isFirstVideo(id) ? m_firstVideo["title"_L1].toString() : QUrl(id).fileName();
     for (const auto &video : m_controller ? m_controller->videoList() : ZVVideoList()) {
         if (QUrl(video->url()) == QUrl(id) || video->videoId() == id)
             m_title = video->title();
@@ -122,15 +168,16 @@ void Host::updateTitle()
     Q_EMIT titleChanged();
 }
 
-/// The service's first sample. No recommendation holds its title.
+/// The service's first video. Perhaps no recommendation holds its title.
 bool Host::isFirstVideo(const QString &id) const
 {
-    return m_options.video.isEmpty() && (id.isEmpty() || id == "sandbox-1"_L1 || QUrl(id) == firstVideo());
+    return m_options.video.isEmpty() &&
+           (id.isEmpty() || id == m_firstVideo["videoId"_L1].toString() || QUrl(id) == firstVideo());
 }
 
 QUrl Host::firstVideo() const
 {
-    return m_options.video.isEmpty() ? QUrl(u"http://%1/media/1.mp4"_s.arg(m_service)) : m_options.video;
+    return m_options.video.isEmpty() ? QUrl(m_firstVideo["url"_L1].toString()) : m_options.video;
 }
 
 /// The controller makes its overlay with the first recommendation. An earlier webView() would make it too soon.

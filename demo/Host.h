@@ -26,6 +26,8 @@ class Host : public QObject,
     Q_PROPERTY(zelvano::EventLog *log READ log CONSTANT)
     Q_PROPERTY(bool hasNativeView READ hasNativeView CONSTANT)
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
+    /// What the viewer waits for; empty for nothing.
+    Q_PROPERTY(QString notice MEMBER m_notice NOTIFY noticeChanged)
     Q_PROPERTY(demo::Deck *deck READ deck NOTIFY deckChanged)
 
 public:
@@ -34,6 +36,9 @@ public:
 
     /// Starts the sandbox unless the options name a service. False, after a line on stderr, when that fails.
     bool reachService();
+    /// Reads the folder of videos that the options name, and shows how far it is. Returns when the first can be played.
+    /// False, after a line on stderr, when none can.
+    bool prepareVideos();
     /// Links the library to the window's items and loads the first video.
     void attach(QQuickWindow *window);
 
@@ -44,6 +49,7 @@ public:
     /// The playing video's title, or its file name when the service has sent no title.
     QString title() const { return m_title; }
     Q_SIGNAL void titleChanged();
+    Q_SIGNAL void noticeChanged();
 
     QQuickWindow *window() const { return m_window; }
     /// Null before the window is attached.
@@ -73,23 +79,27 @@ public:
 private:
     QUrl firstVideo() const;
     bool isFirstVideo(const QString &id) const;
+    void setNotice(const QString &notice);
+    void showProgress(const zelvano::sandbox::VideoProgress &progress);
     void updateTitle();
     void startSession();
     void watchOverlay();
 
     const Options m_options;
     zelvano::EventLog &m_log;
-    zelvano::sandbox::Sandbox m_sandbox;
     QTimer m_restart;
     bool m_seeksOverlay = false;
     QString m_service;
+    QJsonObject m_firstVideo; ///< As the service recommends it.
     QString m_title;
+    QString m_notice;
     QPointer<QQuickWindow> m_window;
     std::unique_ptr<Deck> m_deck;
     QPointer<zelvano::ZVTopRecommendationView> m_overlay;
     Witness m_witness;
     std::shared_ptr<zelvano::ZVRecommendationView> m_nativeView;
     std::shared_ptr<zelvano::ZelvanoViewController> m_controller;
+    zelvano::sandbox::Sandbox m_sandbox; ///< Last: its threads call the host.
 };
 
 } // namespace demo

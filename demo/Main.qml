@@ -60,6 +60,14 @@ Window {
         height: videoOutput.height
     }
 
+    Text {
+        anchors.centerIn: videoOutput
+        text: window.host.notice
+        textFormat: Text.PlainText
+        color: "white"
+        font.pixelSize: 16
+    }
+
     TapHandler {
         parent: videoOutput
         enabled: controls.complete

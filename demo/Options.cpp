@@ -43,6 +43,7 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     const QStringList scenarios = zelvano::sandbox::Sandbox::scenarioNames();
     const QCommandLineOption scenario(u"scenario"_s, u"The sandbox's behaviour: "_s + scenarios.join(", "_L1) + u'.',
                                       u"name"_s, scenarios.constFirst());
+    const QCommandLineOption videos(u"videos"_s, u"Recommend the videos in <folder>: MP4, WebM, MKV."_s, u"folder"_s);
     const QCommandLineOption apiKey(u"api-key"_s, u"The API key."_s, u"key"_s, u"demo-key"_s);
     const QCommandLineOption page(u"page"_s, u"The page identifier."_s, u"id"_s, u"demo-page"_s);
     const QCommandLineOption suggestions(u"suggestions"_s, u"The number of videos to request."_s, u"n"_s);
@@ -66,8 +67,8 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(u"A host of ZelvanoUI: plays a video and recommends further ones."_s);
     parser.addHelpOption();
-    parser.addOptions({service, scenario, apiKey, page, suggestions, defaults, player, view, colors, video, script,
-                       screenshots, trace, stalls});
+    parser.addOptions({service, scenario, videos, apiKey, page, suggestions, defaults, player, view, colors, video,
+                       script, screenshots, trace, stalls});
     parser.process(arguments);
 
     bool isNumber = true;
@@ -75,6 +76,7 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     options.service = parser.value(service);
     const auto known = zelvano::sandbox::Sandbox::scenarioByName(parser.value(scenario));
     options.scenario = known.value_or(options.scenario);
+    options.videos = parser.value(videos);
     options.apiKey = parser.value(apiKey);
     options.page = parser.value(page);
     options.defaults = parser.value(defaults);
@@ -94,8 +96,8 @@ std::optional<Options> Options::parse(const QStringList &arguments)
         return refuse(u"--suggestions takes a number of 0 or more"_s);
     if (!known)
         return refuse(u"--scenario takes one of "_s + scenarios.join(", "_L1));
-    if (parser.isSet(scenario) && parser.isSet(service))
-        return refuse(u"--scenario and --service exclude each other"_s);
+    if ((parser.isSet(scenario) || parser.isSet(videos)) && parser.isSet(service))
+        return refuse(u"--scenario and --videos exclude --service"_s);
     if (!Deck::kinds().contains(options.player))
         return refuse(u"--player takes one of "_s + Deck::kinds().join(", "_L1));
     if (!viewNames.contains(parser.value(view)))

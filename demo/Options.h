@@ -16,6 +16,7 @@ struct Options
 {
     QString service; ///< HOST:PORT. Empty: a sandbox in this process.
     zelvano::sandbox::Scenario scenario = zelvano::sandbox::Scenario::Ordinary; ///< Of that sandbox.
+    QString videos; ///< A folder for that sandbox. Empty: its samples.
     QString apiKey;
     QString page;
     int suggestions = 0;

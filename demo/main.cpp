@@ -89,6 +89,10 @@ int main(int argc, char **argv)
             engine.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
         if (!window)
             return 1;
+        if (!host->prepareVideos())
+            return 1;
+        if (!window->isVisible()) // The viewer has closed it meanwhile.
+            return 0;
         host->attach(window);
         application.setExcuse([&host] { return host->hasRecommendations(); });
         application.reset();
