@@ -1,12 +1,16 @@
 #include "WebEngine.h"
 
 #include "Logging.h"
+#include "guard/PageGuard.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
+#include <QLibrary>
 #include <QPointer>
 #include <QTimer>
 #include <QVariant>
 
+#include <dlfcn.h>
 #include <unistd.h>
 
 namespace zelvano {
@@ -26,13 +30,30 @@ bool isRefusedToRoot()
            !QCoreApplication::arguments().contains(option);
 }
 
-} // namespace
-
-void keepProfileLonger(QObject *webView)
+#ifdef ZELVANOUI_STATIC_DEFINE
+void guard(QObject *profile)
 {
-    auto *const profile = webView ? webView->property("profile").value<QObject *>() : nullptr;
-    if (!profile)
+    zelvanoGuardProfile(profile);
+}
+#else
+/// The guard's library, in a folder beside this one.
+void guard(QObject *profile)
+{
+    Dl_info own;
+    if (!dladdr(reinterpret_cast<const void *>(&canShowWebPages), &own))
         return;
+    QLibrary library(QFileInfo(QFile::decodeName(own.dli_fname)).path() + "/ZelvanoUI/libZelvanoUIGuard"_L1);
+    const auto function = library.resolve("zelvanoGuardProfile");
+    if (function)
+        reinterpret_cast<decltype(&zelvanoGuardProfile)>(function)(profile);
+    else
+        ZV_LOG("Error: web pages can use compiled-in resources: " << library.errorString());
+}
+#endif
+
+/// Chromium crashes when a profile ends while a download starts in it.
+void keepLonger(QObject *profile, QObject *webView)
+{
     // The application deletes its children after the web engine's end, when no download can start.
     static QPointer<QObject> keeper;
     if (!keeper)
@@ -40,6 +61,17 @@ void keepProfileLonger(QObject *webView)
     profile->setParent(keeper);
     QObject::connect(webView, &QObject::destroyed, profile,
                      [profile] { QTimer::singleShot(profileDelay, profile, &QObject::deleteLater); });
+}
+
+} // namespace
+
+void protectHost(QObject *webView)
+{
+    auto *const profile = webView ? webView->property("profile").value<QObject *>() : nullptr;
+    if (!profile)
+        return;
+    guard(profile);
+    keepLonger(profile, webView);
 }
 
 void logRendererEnd(int status, int exitCode)

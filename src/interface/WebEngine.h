@@ -10,9 +10,9 @@ namespace zelvano {
 /// little.
 inline constexpr std::chrono::milliseconds reloadDelay{250};
 
-/// Lets the profile of a web view live a few seconds longer than the view. Chromium crashes when a profile ends while a
-/// download starts in it. Does nothing for null.
-void keepProfileLonger(QObject *webView);
+/// Protects the host from the page in a web view: refuses the host's compiled-in resources, and lets the view's profile
+/// live a few seconds longer than the view. Call it before the first page loads. Does nothing for null.
+void protectHost(QObject *webView);
 
 /// Logs the values of WebEngineView's renderProcessTerminated.
 void logRendererEnd(int status, int exitCode);

@@ -37,7 +37,7 @@ KPPlayerPage::KPPlayerPage(const QUrl &url) : m_url(url)
     m_view = std::make_unique<VideoView>(m_content->root());
     connect(m_view.get(), &VideoView::frameChanged, this, &KPPlayerPage::frameChanged);
     if (auto *web = webView()) {
-        keepProfileLonger(web);
+        protectHost(web);
         web->setProperty("url", url);
     }
 }

@@ -77,7 +77,7 @@ void ZVTopRecommendationView::Private::loadContent()
 {
     content = std::make_unique<InterfaceResource>(u"ZVTopRecommendationView"_s, q);
     webView = content->outlet(u"webView"_s);
-    keepProfileLonger(webView);
+    protectHost(webView);
     if (root()) {
         root()->setParentItem(q);
         root()->setSize(q->size());

@@ -611,6 +611,17 @@ private Q_SLOTS:
         QCOMPARE(evaluate(*stage.view, u"answers.sort().join()"_s).toString(), u"1,denied"_s);
     }
 
+    void compiledInResources()
+    {
+        Overlay overlay;
+        QVERIFY(overlay.load(sandbox.url(u"/layout/"_s)));
+        evaluate(*overlay.view, u"const script = document.createElement('script'); window.answer = '';"
+                                "script.onload = script.onerror = event => { answer = event.type; };"
+                                "document.body.append(script); script.src = 'qrc:///qtwebchannel/qwebchannel.js'"_s);
+        QVERIFY(waitForPage(*overlay.view, u"answer"_s));
+        QCOMPARE(evaluate(*overlay.view, u"answer + typeof QWebChannel"_s).toString(), u"errorundefined"_s);
+    }
+
     void hostilePage()
     {
         QFETCH(const QString, script);
