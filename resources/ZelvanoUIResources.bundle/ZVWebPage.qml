@@ -18,7 +18,11 @@ WebEngineView {
     // so the page leaves such an item.
     required property Item frame
 
-    parent: frame.visible ? frame : null
+    // A page that has loaded draws its first frame here, beside the window's picture: it takes ten times as long as others.
+    property Item stage: frame.Window.contentItem
+
+    parent: frame.visible ? frame : firstFrame.running ? stage : null
+    x: parent === frame ? 0 : -width
     width: frame.width
     height: frame.height
 
@@ -41,6 +45,12 @@ WebEngineView {
         showScrollBars: false
     }
 
+    Timer {
+        id: firstFrame
+
+        interval: 300 // Milliseconds.
+    }
+
     LoggingCategory {
         id: pageLog
 
@@ -49,6 +59,10 @@ WebEngineView {
     }
 
     onJavaScriptConsoleMessage: (level, message, line, source) => console.info(pageLog, `${source}:${line}: ${message}`)
+    onLoadingChanged: info => {
+        if (info.status !== WebEngineView.LoadStartedStatus)
+            firstFrame.start();
+    }
     onNavigationRequested: request => {
         if (!allows(request.url) || !/^(https?|about|data|blob):/i.test(request.url.toString()))
             request.reject();

@@ -52,7 +52,6 @@ QQuickItem *windowContent(const QQuickItem *playerView, QQuickWindow *named)
         if (quickWindow && isShown(quickWindow))
             return quickWindow->contentItem();
     }
-    ZV_LOG("Error: no window is visible, so the overlay is not");
     return nullptr;
 }
 
@@ -307,6 +306,8 @@ void ZelvanoViewController::suggestionsDidFetched(const std::shared_ptr<Zelvano>
         if (d->jsonArray)
             overlay->setJsonSuggestions(
                 QString::fromUtf8(QJsonDocument(*d->jsonArray).toJson(QJsonDocument::Indented)));
+        if (auto *const page = overlay->webView()) // The overlay is in no window before its first showing.
+            page->setProperty("stage", QVariant::fromValue(windowContent(playerView(), d->window)));
         overlay->setUrl(ZVConfig::shared().UITagUrl());
     }
     const auto text = d->pluginText();
@@ -358,6 +359,8 @@ void ZelvanoViewController::addRecommendationToView(const std::shared_ptr<Zelvan
     connect(d->playerView.get(), &VideoView::frameChanged, this, [this] { d->playerViewDidMove(); });
     overlay->setFrame(webviewFrame());
     overlay->setParentItem(windowContent(playerView(), d->window));
+    if (!overlay->parentItem())
+        ZV_LOG("Error: no window is visible, so the overlay is not");
 }
 
 void ZelvanoViewController::Private::rotation()
