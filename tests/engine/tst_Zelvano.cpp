@@ -103,27 +103,64 @@ private Q_SLOTS:
         QCOMPARE(sent(ZVReadyEvent, "duration"_L1), QJsonValue(u"nan"_s));
     }
 
+    /// Also that of an owed page event, which goes to the URL in the channel's answer.
     void readyWaitsForThePagesSubscriber()
     {
-        const auto early = std::make_shared<FakeSubscriber>();
-        for (const auto &video : {u"first"_s, u"second"_s}) { // The second record replaces the first.
-            early->video = video;
-            early->length = 2.5;
+        for (const bool isPageOwed : {false, true}) {
+            start();
+            const auto early = std::make_shared<FakeSubscriber>();
+            for (const auto &video : {u"first"_s, u"second"_s}) { // The second record replaces the first.
+                early->video = video;
+                early->length = 2.5;
+                engine().readyEvent(early);
+                QCOMPARE(engine().state().readyParams, (QVariantList{QVariant(), u"fake"_s, video, u"2.5"_s}));
+            }
+            engine().playerEvent(u"start"_s, early);
+            auto pages = std::make_shared<FakeSubscriber>();
+            pages->video = u"third"_s;
+            pages->position = 5;
+            const auto handler = engine().playerEventsHandler();
+            handler->setCurrentSubscriber(std::exchange(pages, nullptr)); // Soon held by the call's completion alone.
+            const auto url = m_service->sandbox.url(u"/new"_s).toString().toLatin1();
+            m_service->answer(
+                ZVRetrieveInit,
+                R"({"status":200,"sdkConfig":{"keepALiveInterval":30000,"apiUrl":"@"}})"_ba.replace("@", url));
+            m_service->fault(ZVPageEvent, {.delay = 20ms});
+            m_service->storeIdentity();
+            if (isPageOwed)
+                m_service->setPage();
+            m_service->initialize();
+            if (!isPageOwed)
+                m_service->setPage();
+            handler->setCurrentSubscriber(early);
+            m_service->settle();
+            QVERIFY(m_service->arrived(ZVPageEvent).path.startsWith(u"/new/"));
+            QCOMPARE(m_service->sentCount(ZVReadyEvent), 1);
+            QCOMPARE(sent(ZVReadyEvent, "videoId"_L1).toString(), u"third"_s);
+            QCOMPARE(sent(u"start"_s, "position"_L1).toString(), u"5"_s);
+            QVERIFY(!engine().state().readyParams);
             engine().readyEvent(early);
-            QCOMPARE(engine().state().readyParams, (QVariantList{QVariant(), u"fake"_s, video, u"2.5"_s}));
+            QVERIFY(!engine().state().readyParams); // The page is known now.
+            m_service->settle();
+            QCOMPARE(sent(ZVReadyEvent, "videoId"_L1).toString(), u"second"_s);
         }
-        m_service->storeIdentity();
-        m_service->initialize();
+    }
+
+    /// An empty text is one. Only null is absent.
+    void emptyIdentifiers()
+    {
+        m_service->answer(ZVRetrieveUserIdAPI, R"({"status":200,"data":{"userId":"","userUUID":""}})");
+        m_service->answer(ZVPageEvent, R"({"status":200,"data":{"pageUUID":""}})");
+        m_service->answer(ZVReadyEvent, R"({"status":200,"data":{"viewUUID":""}})");
         m_service->setPage();
-        engine().playerEventsHandler()->setCurrentSubscriber(early); // The page event was for another one.
-        m_service->settle();
-        QCOMPARE(m_service->sentCount(ZVReadyEvent), 1);
-        QCOMPARE(sent(ZVReadyEvent, "videoId"_L1).toString(), m_service->subscriber->video);
-        QVERIFY(!engine().state().readyParams);
-        engine().readyEvent(early);
-        QVERIFY(!engine().state().readyParams); // The page is known now.
-        m_service->settle();
-        QCOMPARE(sent(ZVReadyEvent, "videoId"_L1).toString(), u"second"_s);
+        m_service->initialize();
+        m_service->sendReady();
+        m_service->report({u"pause"_s});
+        m_service->defaults().setString(u"another"_s, ZVUserIdKey);
+        m_service->initialize();
+        QCOMPARE(m_service->sent().join(u' '),
+                 u"users/id channels/init/zelvano page keepalive ready pause channels/init/zelvano"_s);
+        QVERIFY(engine().userId().isEmpty());
     }
 
     void failuresAreLogged()
@@ -238,6 +275,8 @@ private Q_SLOTS:
         const auto count = [this] { return m_service->sentCount(ZVKeepAlive); };
         QVERIFY(EngineFixture::wait([&] { return count() > 10; })); // While the clock stands still.
         QCOMPARE(ZVConfig::shared().keepAliveInterval(), 0.0);      // Not 1800.
+        ZVConfig::shared().setKeepAliveInterval(1800);
+        QVERIFY(EngineFixture::wait([&, before = count()] { return count() > before + 10; })); // Fixed at the start.
         m_service->fault(ZVKeepAlive, {Fault::Kind::ServiceStatus});
         QVERIFY(EngineFixture::wait([this] { return m_service->log.count(u"Keep alive failed status 500"_s) == 1; }));
         const auto last = count();
@@ -288,6 +327,11 @@ private Q_SLOTS:
         other->position = 0.1 + 0.2;
         QCOMPARE(position(other), u"0.3"_s);
         QCOMPARE(position(nullptr), u"42"_s); // The current one.
+        m_service->report({u"recommendationClick"_s, u"start"_s});
+        m_service->subscriber->position = 43;
+        engine().readyEvent(nullptr);
+        m_service->settle();
+        QCOMPARE(sent(u"start"_s, "position"_L1), QJsonValue(u"43"_s));
         engine().dismissZelvano();
         QCOMPARE(position(nullptr), u"0"_s);
     }
@@ -350,6 +394,10 @@ private Q_SLOTS:
         QStringList common;
         const auto a = std::make_shared<RecordingListener>(u"a "_s), b = std::make_shared<RecordingListener>(u"b "_s);
         a->common = b->common = &common;
+        a->onCall = [&common] { // Each call is a task of its own, which a nested event loop runs.
+            MainQueueTestClock::advance(0ms);
+            QVERIFY(common.size() > 1);
+        };
         engine().removeListener(m_service->listener);
         for (const auto &listener : {std::shared_ptr<RecordingListener>(), a, b, a})
             engine().addListener(listener);

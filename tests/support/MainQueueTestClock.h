@@ -51,8 +51,9 @@ public:
 private:
     static bool hasPosted()
     {
-        const QMutexLocker lock(&MainQueue::shared().m_mutex);
-        return !MainQueue::shared().m_tasks.empty();
+        const auto &queue = MainQueue::shared();
+        const QMutexLocker lock(&queue.m_mutex);
+        return !queue.m_tasks.empty() || !queue.m_running.empty(); // A task may call advance() itself.
     }
     /// Sets the clock to the next delayed task's due time. Without one before the end, sets it to the end.
     static bool stepTowards(MainQueue::Duration end)
