@@ -18,7 +18,9 @@ QByteArray ImagesCache::bytes(const QString &url) const
 QHash<QString, QByteArray> ImagesCache::all() const
 {
     const QMutexLocker lock(&m_mutex);
-    return m_bytes;
+    auto copy = m_bytes;
+    copy.detach(); // Otherwise a later store() would write what the caller reads: Qt orders only the reference count.
+    return copy;
 }
 
 void ImagesCache::store(const QString &url, const QByteArray &bytes, const std::function<void()> &whileLocked)
