@@ -55,6 +55,8 @@ public:
     void removeTimeObserver(const std::shared_ptr<TimeObserverToken> &token);
 
 protected:
+    /// Called before another item becomes current. Report here what the player has not reported yet of the old one.
+    virtual void willReplaceItem() {}
     /// Loads the new current item; null unloads. Called after currentItemChanged(). If the player goes on playing, emit
     /// rateChanged() for the new item, even at the same rate: adapters report the item's start on it.
     virtual void loadItem(const std::shared_ptr<AVPlayerItem> &item) = 0;

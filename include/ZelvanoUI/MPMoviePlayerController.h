@@ -88,6 +88,8 @@ public:
     virtual void stop() = 0;
 
 protected:
+    /// Called before another URL becomes current. Report here what the player has not reported yet of the old one.
+    virtual void willReplaceContent() {}
     /// Loads the new content; an empty URL unloads. Called after contentURLChanged().
     virtual void loadContent(const QString &url) = 0;
     /// Makes a URL current without loading it: for a player whose content changes by itself.

@@ -28,6 +28,7 @@ public:
     void pause() override;
 
 protected:
+    void willReplaceItem() override;
     void loadItem(const std::shared_ptr<AVPlayerItem> &item) override;
 
 private:

@@ -46,6 +46,7 @@ public:
     Q_SIGNAL void fullscreenChanged();
 
 protected:
+    void willReplaceContent() override;
     void loadContent(const QString &url) override;
 
 private:

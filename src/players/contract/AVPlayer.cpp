@@ -63,8 +63,11 @@ std::shared_ptr<AVPlayerItem> AVPlayer::currentItem() const
 
 void AVPlayer::replaceCurrentItemWithPlayerItem(const std::shared_ptr<AVPlayerItem> &item)
 {
-    const QPointer<AVPlayer> self(this); // A receiver may drop the player.
-    setCurrentItem(item);                // First: receivers of the signal observe the item before it loads.
+    const QPointer<AVPlayer> self(this); // A receiver of a report may drop the player.
+    willReplaceItem();
+    if (!self)
+        return;
+    setCurrentItem(item); // Before it loads, so that receivers of the signal can observe it.
     if (self && currentItem() == item)
         loadItem(item);
 }

@@ -34,9 +34,12 @@ QString MPMoviePlayerController::contentURL() const
 
 void MPMoviePlayerController::setContentURL(const QString &url)
 {
-    const QPointer<MPMoviePlayerController> self(this);
+    const QPointer<MPMoviePlayerController> self(this); // A receiver of a report may drop the player.
+    willReplaceContent();
+    if (!self)
+        return;
     setCurrentContentURL(url);
-    if (self && contentURL() == url) // A receiver of the signal may have set another, or dropped the player.
+    if (self && contentURL() == url) // A receiver of the signal may have set another.
         loadContent(url);
 }
 

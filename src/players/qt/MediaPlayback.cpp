@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -39,7 +40,12 @@ MediaPlayback::MediaPlayback(QMediaPlayer *player)
     const auto handleBy = [this](Handler handler) { return [this, handler] { note(handler); }; };
     connect(player, &QMediaPlayer::playbackStateChanged, this, handleBy(&MediaPlayback::playbackStateDidChange));
     connect(player, &QMediaPlayer::playbackRateChanged, this, handleBy(&MediaPlayback::stateChanged));
-    connect(player, &QMediaPlayer::mediaStatusChanged, this, handleBy(&MediaPlayback::mediaStatusDidChange));
+    connect(player, &QMediaPlayer::mediaStatusChanged, this, [this](auto status) {
+        if (status == QMediaPlayer::EndOfMedia && m_player->mediaStatus() != status)
+            noteOvertakenEnd();
+        else
+            note(&MediaPlayback::mediaStatusDidChange);
+    });
     connect(player, &QMediaPlayer::durationChanged, this, handleBy(&MediaPlayback::durationChanged));
     connect(player, &QMediaPlayer::positionChanged, this, handleBy(&MediaPlayback::positionDidChange));
     connect(player, &QMediaPlayer::sourceChanged, this, handleBy(&MediaPlayback::sourceDidChange));
@@ -75,9 +81,33 @@ void MediaPlayback::note(Handler handler)
     QMetaObject::invokeMethod(this, &MediaPlayback::catchUp, Qt::QueuedConnection);
 }
 
+/// A receiver of mediaStatusChanged() before this one has changed the player already. The end comes first.
+void MediaPlayback::noteOvertakenEnd()
+{
+    if (std::exchange(m_isEndAhead, false))
+        return;
+    const auto next = std::ranges::find_if(m_changes, [this](const auto &change) {
+        const auto status = change.first.status;
+        return change.first.source != m_now.source ||
+               (status != QMediaPlayer::StalledMedia && status != QMediaPlayer::BufferingMedia &&
+                status != QMediaPlayer::BufferedMedia);
+    });
+    auto end = next == m_changes.begin() ? m_now : std::prev(next)->first;
+    end.status = QMediaPlayer::EndOfMedia;
+    end.state = QMediaPlayer::StoppedState;
+    m_changes.emplace(next, end, &MediaPlayback::mediaStatusDidChange);
+    QMetaObject::invokeMethod(this, &MediaPlayback::catchUp, Qt::QueuedConnection);
+}
+
 void MediaPlayback::catchUp()
 {
     const auto owner = holdOwner();
+    // A receiver of mediaStatusChanged() calls, and this one comes later.
+    const auto &last = m_changes.empty() ? m_now : m_changes.back().first;
+    if (m_player && m_player->mediaStatus() == QMediaPlayer::EndOfMedia && last.status != QMediaPlayer::EndOfMedia) {
+        m_isEndAhead = true;
+        note(&MediaPlayback::mediaStatusDidChange);
+    }
     while (!m_changes.empty()) {
         const auto [now, handler] = m_changes.front();
         m_changes.pop_front();
@@ -91,6 +121,7 @@ void MediaPlayback::load(const QUrl &source)
     if (!m_player)
         return;
     m_isLoading = true;
+    m_changes.clear(); // What a receiver of a report did to the player meanwhile.
     if (source == m_player->source())
         m_player->setSource(QUrl()); // A QMediaPlayer ignores a source that it has already.
     m_player->setSource(source);
@@ -275,12 +306,14 @@ void MediaPlayback::sourceDidChange()
     Q_EMIT sourceChanged();
 }
 
-/// A QMediaPlayer reports a lost connection as the end. A file's duration may be an estimate, so its end is believed.
+/// A QMediaPlayer reports a lost connection as the end, and soon reports the end at playback rate 0. A file's duration
+/// may be an estimate, so its end is believed.
 bool MediaPlayback::breaksOff() const
 {
     const auto url = source();
     const bool isRemote = !url.isLocalFile() && url.scheme() != "qrc"_L1;
-    return isRemote && m_lastPosition + jumpTolerance < duration(); // False while the duration is unknown.
+    // False while the duration is unknown.
+    return pace() == 0 || (isRemote && m_lastPosition + jumpTolerance < duration());
 }
 
 void MediaPlayback::positionDidChange()

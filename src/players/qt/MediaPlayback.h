@@ -91,6 +91,7 @@ private:
 
     Moment read() const;
     void note(Handler handler);
+    void noteOvertakenEnd();
     template<class Call> void act(Call call);
 
     void playbackStateDidChange();
@@ -110,6 +111,7 @@ private:
     std::deque<std::pair<Moment, Handler>> m_changes; ///< Not handled yet.
     Moment m_now;
     bool m_isLoading = false;
+    bool m_isEndAhead = false; ///< The end is noted before its signal has come.
     bool m_playsWhenLoaded = false;
     bool m_isOpen = false;       ///< The source was loaded. Until another is set.
     bool m_isBroken = false;     ///< It failed to open or ended early. Until it plays again, or another source is set.

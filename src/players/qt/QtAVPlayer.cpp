@@ -180,19 +180,21 @@ void QtAVPlayer::pause()
     d->media.pause();
 }
 
+void QtAVPlayer::willReplaceItem()
+{
+    d->media.catchUp();
+}
+
 /// A QMediaPlayer stops for a new source. An AVPlayer keeps its rate across a change of item.
 void QtAVPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
 {
     const auto self = d->media.holdOwner();
-    d->media.catchUp();
-    if (currentItem() != item)
-        return; // A receiver of a report has set another item.
     const bool wasPlaying = d->isPlaying();
     d->media.load(item ? item->asset().URL() : QUrl());
     d->currentTime = 0;
     if (wasPlaying && item)
         d->media.play();
-    d->updateRate();
+    d->tellRate(); // At once: time observers must not run at position 0 of an item that does not play.
     d->updateStatus();
 }
 

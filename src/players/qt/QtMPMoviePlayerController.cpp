@@ -347,11 +347,15 @@ void QtMPMoviePlayerController::exit()
     tellFinish(MPMovieFinishReason::UserExited);
 }
 
+void QtMPMoviePlayerController::willReplaceContent()
+{
+    d->media.catchUp();
+}
+
 /// Finishes what played until now.
 void QtMPMoviePlayerController::loadContent(const QString &url)
 {
     const auto self = d->media.holdOwner();
-    d->media.catchUp();
     d->finish();
     if (contentURL() != url)
         return; // An observer of a report has set another URL.
