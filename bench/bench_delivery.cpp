@@ -4,9 +4,9 @@
 #include "AnswerServer.h"
 #include "BareLoop.h"
 #include "Cores.h"
+#include "HeldConnections.h"
 #include "OpenEngine.h"
 #include "Resources.h"
-#include "Session.h"
 #include "Traffic.h"
 #include "Waiting.h"
 
@@ -42,33 +42,6 @@ public:
     }
 
     std::atomic<int> delivered = 0;
-};
-
-/// Holds all connections of the library to the service but one during its lifetime.
-class OneConnection
-{
-public:
-    OneConnection()
-    {
-        http::Request request;
-        request.url = QUrl(API_URL_PROD + QStringLiteral("hold"));
-        for (int i = 1; i < mostConnections; ++i) {
-            m_held.push_back(http::Session::dataTask(request, {}));
-            m_held.back()->resume();
-        }
-    }
-    ~OneConnection()
-    {
-        for (const auto &task : m_held)
-            task->cancel();
-        wait("the held requests", [this] {
-            return std::all_of(m_held.begin(), m_held.end(), [](const auto &task) { return task->isFinished(); });
-        });
-    }
-    Q_DISABLE_COPY_MOVE(OneConnection)
-
-private:
-    std::vector<std::shared_ptr<http::Task>> m_held;
 };
 
 /// Like a host: sends events from the main thread and runs the event loop in between.
@@ -142,7 +115,7 @@ int main(int argc, char **argv)
     onOne.post(eventsInRun);
     const auto six = [&](benchmark::State &state) { delivery(state, onSix); };
     const auto one = [&](benchmark::State &state) {
-        const OneConnection limit;
+        const HeldConnections held(mostConnections - 1);
         delivery(state, onOne);
     };
     benchmark::RegisterBenchmark("six", six)->UseManualTime()->Iterations(1);

@@ -3,6 +3,7 @@
 
 #include "AnswerServer.h"
 #include "FakePlayer.h"
+#include "HeldConnections.h"
 #include "Resources.h"
 #include "Waiting.h"
 #include <ZelvanoUI/Service.h>
@@ -28,6 +29,7 @@ constexpr auto delay = 50ms;
 constexpr int engines = 100;
 constexpr int waitingEvents = 10000;
 constexpr int calls = 300;
+constexpr int connectionsOfAHost = 6;
 constexpr auto idleTime = 2s;
 
 using Clock = std::chrono::steady_clock;
@@ -115,9 +117,15 @@ int main(int argc, char **argv)
 
     bench::wait("the engines' answers", bench::allCallsEnded);
     const double beforeCalls = bench::allocated();
-    for (int i = 0; i < calls; ++i)
-        engine->playerEvent(QStringLiteral("pause"), subscriber);
-    const double eachCall = (bench::allocated() - beforeCalls) / calls;
+    const double eachCall = [&] {
+        const bench::HeldConnections held(connectionsOfAHost); // So that all calls wait.
+        QThread::msleep(20); // The networking thread takes the held ones meanwhile, then the calls.
+        const double beforeWaiting = bench::allocated();
+        for (int i = 0; i < calls; ++i)
+            engine->playerEvent(QStringLiteral("pause"), subscriber);
+        QThread::msleep(20);
+        return (bench::allocated() - beforeWaiting) / calls;
+    }();
     bench::wait("the answers", bench::allCallsEnded);
     const double eachHandle = (bench::allocated() - beforeCalls) / calls;
 
