@@ -3,6 +3,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QUrl>
 
 #include <limits>
 
@@ -37,6 +38,46 @@ private Q_SLOTS:
             QCOMPARE(json::doubleValue(value), number);
             QCOMPARE(json::boolValue(value), boolean);
             QVERIFY(json::urlText(value).isNull() || value.isString());
+        }
+    }
+
+    /// Plain URLs are told from their text. The answer is always that of QUrl's parser.
+    void urls()
+    {
+        const auto longName = QString(64, u'a');
+        for (const auto &scheme : {u""_s, u"http://"_s, u"https://"_s, u"HTTPS://"_s, u"ftp://"_s, u"http:/"_s}) {
+            for (const auto &host : {u""_s,
+                                     u"a"_s,
+                                     u"a.example"_s,
+                                     u"a-1.b2.example"_s,
+                                     u"A.example"_s,
+                                     u"a..b"_s,
+                                     u"a."_s,
+                                     u"-a"_s,
+                                     u"a-"_s,
+                                     u"a--b"_s,
+                                     u"xn--a"_s,
+                                     u"xn--"_s,
+                                     u"xn--mnchen-3ya"_s,
+                                     u"1.2.3.4"_s,
+                                     u"1.2.3.999"_s,
+                                     u"a:80"_s,
+                                     u"a:x"_s,
+                                     u"a:99999"_s,
+                                     u"u@a"_s,
+                                     u"a b"_s,
+                                     u"a_b"_s,
+                                     u"ä"_s,
+                                     u"[::1]"_s,
+                                     u"[a"_s,
+                                     longName}) {
+                for (const auto &rest : {u""_s, u"/"_s, u"/a_B-1.mp4?w=1&h=2"_s, u"//"_s, u"/ "_s, u"/%41"_s, u"/%"_s,
+                                         u"/\""_s, u"/ä"_s, u"/\\"_s, u"/:"_s, u"?a"_s, u"#a"_s, u"/#"_s, u"/#[#"_s}) {
+                    const auto text = scheme + host + rest;
+                    const bool isValid = QUrl(text, QUrl::StrictMode).isValid();
+                    QVERIFY2(json::urlText(text) == (isValid ? text : QString()), qPrintable(text));
+                }
+            }
         }
     }
 
