@@ -114,10 +114,10 @@ struct Parts
         out += userUUID;
         out += "\",\"type\":\"";
         out += type;
-        out += "\",\"position\":\"";
-        out += QByteArray::number(double(position), 'g', 7);
         out += "\",\"viewUUID\":\"";
         out += viewUUID;
+        out += "\",\"position\":\"";
+        out += QByteArray::number(double(position), 'g', 7);
         out += "\",\"userAgent\":";
         out += userAgent;
         out += '}';

@@ -19,7 +19,7 @@ QByteArray text(FuzzedDataProvider &source)
 
 void buildBody(FuzzedDataProvider &source)
 {
-    const auto call = ZVAPIObject::create(QStringLiteral("events"));
+    const auto call = ZVAPIObject::create(ZVReadyEventAPI);
     for (const auto set : {&ZVAPIObject::setUserId, &ZVAPIObject::setUserUUID, &ZVAPIObject::setApiType,
                            &ZVAPIObject::setPlayerId, &ZVAPIObject::setPageUUID, &ZVAPIObject::setPageUrl})
         (*call.*set)(QString::fromUtf8(text(source)));
@@ -44,7 +44,8 @@ void buildBody(FuzzedDataProvider &source)
 
 void buildHead(FuzzedDataProvider &source)
 {
-    auto request = zelvano::request(QString::fromUtf8(text(source)));
+    const auto path = text(source);
+    auto request = zelvano::request(QLatin1StringView(path));
     const bool isForeign = source.ConsumeBool();
     const int count = source.ConsumeIntegralInRange(0, 6);
     for (int i = 0; i < count; ++i) {

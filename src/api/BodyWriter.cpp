@@ -30,6 +30,14 @@ void BodyWriter::addText(QLatin1StringView key, QStringView text)
     appendText(text);
 }
 
+void BodyWriter::addText(QLatin1StringView key, std::string_view plain)
+{
+    appendKey(key);
+    m_json.append('"');
+    append(plain);
+    m_json.append('"');
+}
+
 void BodyWriter::addValue(QStringView key, const QJsonValue &value)
 {
     beginEntry();
@@ -67,16 +75,19 @@ void BodyWriter::appendKey(QLatin1StringView key)
 void BodyWriter::appendText(QStringView text)
 {
     const auto begin = m_json.size();
-    m_json.append('"');
+    m_json.resize(begin + text.size() + 2);
+    char *to = m_json.data() + begin;
+    *to++ = '"';
+    bool isAllPlain = true; // No early end, so that the compiler makes one step of several characters.
     for (const auto character : text) {
-        if (!isPlain(character)) {
-            m_json.resize(begin);
-            append(jsonOf(QString::fromUtf8(text.toUtf8()))); // What is not text, such as half a pair, becomes U+FFFD.
-            return;
-        }
-        m_json.append(character.toLatin1());
+        isAllPlain &= isPlain(character);
+        *to++ = static_cast<char>(character.unicode());
     }
-    m_json.append('"');
+    *to = '"';
+    if (isAllPlain)
+        return;
+    m_json.resize(begin);
+    append(jsonOf(QString::fromUtf8(text.toUtf8()))); // What is not text, such as half a pair, becomes U+FFFD.
 }
 
 } // namespace zelvano

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QVarLengthArray>
 
+#include <string_view>
+
 namespace zelvano {
 
 /// Writes a JSON object as compact text, in the order of the calls. Each key may be added once.
@@ -12,6 +14,8 @@ class BodyWriter
 {
 public:
     void addText(QLatin1StringView key, QStringView text);
+    /// The text is plain: the decimal text of a number, for example.
+    void addText(QLatin1StringView key, std::string_view plain);
     void addValue(QStringView key, const QJsonValue &value);
     /// The value is JSON text already.
     void addJson(QLatin1StringView key, QByteArrayView json);

@@ -10,9 +10,6 @@
 #include <QJsonDocument>
 #include <QMutex>
 
-#include <algorithm>
-#include <array>
-
 namespace zelvano {
 
 using namespace Qt::StringLiterals;
@@ -23,7 +20,10 @@ namespace {
 struct LastRequest
 {
     QMutex mutex; // Guards the rest.
-    std::array<QString, 4> parts;
+    QString base;
+    QString path;
+    QString apiKey;
+    QString userUUID;
     http::Request request;
 };
 
@@ -32,10 +32,10 @@ bool isSame(const QString &one, const QString &other)
     return one.isNull() == other.isNull() && one == other;
 }
 
-http::Request newRequest(const QString &base, const QString &apiName, const QString &apiKey, const QString &userUUID)
+http::Request newRequest(const QString &base, QLatin1StringView path, const QString &apiKey, const QString &userUUID)
 {
     http::Request request;
-    request.url = QUrl(base.isNull() ? API_URL_PROD + apiName : base + u'/' + apiName, QUrl::StrictMode);
+    request.url = QUrl(base.isNull() ? QString(API_URL_PROD) + path : base + u'/' + path, QUrl::StrictMode);
     request.timeout = std::chrono::seconds(20);
     request.setHeader("Accept"_ba, "application/json"_ba);
     request.setHeader("Content-Type"_ba, "application/json"_ba);
@@ -113,14 +113,18 @@ QString toJSON(const QJsonArray &array)
     return QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact));
 }
 
-http::Request request(const QString &apiName, const QString &apiKey, const QString &userUUID)
+http::Request request(QLatin1StringView path, const QString &apiKey, const QString &userUUID)
 {
-    const std::array parts{ZVConfig::shared().apiURL(), apiName, apiKey, userUUID};
+    const auto base = ZVConfig::shared().apiURL();
     auto &last = immortal<LastRequest>();
     const QMutexLocker lock(&last.mutex);
-    if (last.request.url.isEmpty() || !std::ranges::equal(parts, last.parts, isSame)) {
-        last.parts = parts;
-        last.request = std::apply(newRequest, parts);
+    if (last.request.url.isEmpty() || last.path != path || !isSame(last.base, base) || !isSame(last.apiKey, apiKey) ||
+        !isSame(last.userUUID, userUUID)) {
+        last.base = base;
+        last.path = path;
+        last.apiKey = apiKey;
+        last.userUUID = userUUID;
+        last.request = newRequest(base, path, apiKey, userUUID);
     }
     return last.request;
 }

@@ -47,7 +47,7 @@ ZELVANOCORE_EXPORT QString toJSON(const QJsonArray &array);
 
 /// A GET of JSON below the service's base URL: the configured one, or else production's. The path is appended
 /// unchanged. The timeout is 20 seconds without progress. The identity's headers are sent if there is a key.
-ZELVANOCORE_EXPORT http::Request request(const QString &apiName, const QString &apiKey = {},
+ZELVANOCORE_EXPORT http::Request request(QLatin1StringView path, const QString &apiKey = {},
                                          const QString &userUUID = {});
 
 } // namespace zelvano

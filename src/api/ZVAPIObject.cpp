@@ -9,6 +9,12 @@
 #include <QJsonDocument>
 #include <QMutex>
 
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <concepts>
+#include <limits>
+#include <string>
 #include <utility>
 
 namespace zelvano {
@@ -94,7 +100,47 @@ std::shared_ptr<const UserAgent> currentUserAgent()
 
 } // namespace
 
-std::shared_ptr<ZVAPIObject> ZVAPIObject::create(const QString &apiName)
+namespace {
+
+const QString &textOf(const QString &text)
+{
+    return text;
+}
+
+std::string textOf(bool flag)
+{
+    return flag ? "1" : "0";
+}
+
+std::string textOf(qint64 number)
+{
+    return std::to_string(number);
+}
+
+/// As many digits as the type carries, without trailing zeros.
+template<std::floating_point Number> std::string textOf(Number number)
+{
+    if (std::isnan(number))
+        return "nan"; // Without a sign.
+    constexpr int digits = std::numeric_limits<Number>::digits10 + 1;
+    std::array<char, 32> text;
+    const auto end = std::to_chars(text.begin(), text.end(), number, std::chars_format::general, digits).ptr;
+    return {text.begin(), end};
+}
+
+QString toQString(const QString &text)
+{
+    return text;
+}
+
+QString toQString(const std::string &text)
+{
+    return QString::fromStdString(text);
+}
+
+} // namespace
+
+std::shared_ptr<ZVAPIObject> ZVAPIObject::create(QLatin1StringView apiName)
 {
     return std::make_shared<ZVAPIObject>(ForCreate(), apiName);
 }
@@ -106,45 +152,41 @@ QJsonObject ZVAPIObject::userAgent() const
     return m_userAgent->object;
 }
 
-void ZVAPIObject::addText(const QString &text, QLatin1StringView key)
+template<class Self, class Visit> void ZVAPIObject::forEachField(Self &self, Visit visit)
 {
-    if (text.isNull())
-        return;
-    removeFromBody(key);
-    m_texts.emplace_back(key, text);
-}
-
-template<class Key> void ZVAPIObject::removeFromBody(const Key &key)
-{
-    m_texts.removeIf([&](const auto &entry) { return entry.first == key; });
-    if (!m_values.isEmpty())
-        m_values.remove(QString(key));
+    const auto visitAll = [&](auto &...fields) { (visit(fields), ...); };
+    visitAll(self.m_userId, self.m_userUUID, self.m_apiType, self.m_videoId, self.m_playerId, self.m_viewUUID,
+             self.m_pageUUID, self.m_position, self.m_duration, self.m_latitude, self.m_longitude, self.m_offset,
+             self.m_size, self.m_playerDetected);
 }
 
 void ZVAPIObject::setShowUI(bool show)
 {
-    addText(show ? u"true"_s : u"false"_s, ZVShowUIKey);
+    addValue(show ? u"true"_s : u"false"_s, ZVShowUIKey);
 }
 
 void ZVAPIObject::setPageUrl(const QString &pageUrl)
 {
-    removeFromBody(ZVPageUrlKey);
-    addText(pageUrl, ZVPageUrlKey);
+    m_values.remove(ZVPageUrlKey);
+    if (!pageUrl.isNull())
+        addValue(pageUrl, ZVPageUrlKey);
 }
 
 void ZVAPIObject::addValue(const QJsonValue &value, const QString &key)
 {
     if (value.isNull() || value.isUndefined() || key.isNull())
         return;
-    removeFromBody(key);
+    forEachField(*this, [&](auto &field) { field.isInBody = field.isInBody && field.key != key; });
     m_values.insert(key, value);
 }
 
 Dictionary ZVAPIObject::params() const
 {
     auto all = m_values;
-    for (const auto &[key, text] : m_texts)
-        all.insert(key, text);
+    forEachField(*this, [&](const auto &field) {
+        if (field.isInBody)
+            all.insert(QString(field.key), toQString(textOf(field.value)));
+    });
     if (m_hasUserAgent)
         all.insert(ZVUserAgentKey, userAgent());
     return all;
@@ -152,18 +194,21 @@ Dictionary ZVAPIObject::params() const
 
 void ZVAPIObject::setParams(const Dictionary &params)
 {
-    m_texts.clear();
+    forEachField(*this, [](auto &field) { field.isInBody = false; });
     m_values = params;
     m_hasUserAgent = false;
 }
 
 QByteArray ZVAPIObject::writeBody()
 {
-    removeFromBody(ZVUserAgentKey);
+    if (!m_values.isEmpty())
+        m_values.remove(ZVUserAgentKey);
     m_hasUserAgent = true;
     BodyWriter body;
-    for (const auto &[key, text] : m_texts)
-        body.addText(key, text);
+    forEachField(*this, [&](const auto &field) {
+        if (field.isInBody)
+            body.addText(field.key, textOf(field.value));
+    });
     for (auto value = m_values.cbegin(); value != m_values.cend(); ++value)
         body.addValue(value.key(), value.value());
     (void)userAgent();
@@ -173,8 +218,8 @@ QByteArray ZVAPIObject::writeBody()
 
 void ZVAPIObject::setCompletion(Completion completion)
 {
-    auto request = zelvano::request(m_apiName, m_apiKey, m_userUUID);
-    if (!m_apiKey.isNull() && !m_userId.isNull()) {
+    auto request = zelvano::request(m_apiName, m_apiKey, m_userUUID.value);
+    if (!m_apiKey.isNull() && !m_userId.value.isNull()) {
         request.method = "POST"_ba;
         request.body = writeBody();
     }

@@ -8,7 +8,6 @@
 
 #include <QJsonObject>
 #include <QString>
-#include <QVarLengthArray>
 
 #include <functional>
 #include <memory>
@@ -33,9 +32,9 @@ public:
     /// Runs once, on the delivery thread. A call that fails at once may complete before the sending call returns.
     using Completion = std::function<void(const ZVAPIResponse &)>;
 
-    /// The API name is a path relative to the service's base URL, such as "events".
-    static std::shared_ptr<ZVAPIObject> create(const QString &apiName);
-    ZVAPIObject(ForCreate /*tag*/, const QString &apiName) : m_apiName(apiName) {}
+    /// The API name is a path relative to the service's base URL, such as "events". A constant: its text is not copied.
+    static std::shared_ptr<ZVAPIObject> create(QLatin1StringView apiName);
+    ZVAPIObject(ForCreate /*tag*/, QLatin1StringView apiName) : m_apiName(apiName) {}
 
     QString APIName() const { return m_apiName; }
     /// Describes device and application to the service. Read once.
@@ -46,40 +45,40 @@ public:
     void setApiKey(const QString &apiKey) { m_apiKey = apiKey; }
 
     /// With a user id the call is a POST with a body, without one a GET.
-    QString userId() const { return m_userId; }
-    void setUserId(const QString &userId) { set(m_userId, userId, ZVUserIdKey); }
-    QString userUUID() const { return m_userUUID; }
-    void setUserUUID(const QString &userUUID) { set(m_userUUID, userUUID, ZVUserUUIDKey); }
+    QString userId() const { return m_userId.value; }
+    void setUserId(const QString &userId) { set(m_userId, userId); }
+    QString userUUID() const { return m_userUUID.value; }
+    void setUserUUID(const QString &userUUID) { set(m_userUUID, userUUID); }
 
-    QString apiType() const { return m_apiType; }
-    void setApiType(const QString &type) { set(m_apiType, type, ZVTypeKey); }
-    QString videoId() const { return m_videoId; }
-    void setVideoId(const QString &videoId) { set(m_videoId, videoId, ZVVideoIdKey); }
-    QString playerId() const { return m_playerId; }
-    void setPlayerId(const QString &playerId) { set(m_playerId, playerId, ZVPlayerIdKey); }
-    QString viewUUID() const { return m_viewUUID; }
-    void setViewUUID(const QString &viewUUID) { set(m_viewUUID, viewUUID, ZVViewUUID); }
-    QString pageUUID() const { return m_pageUUID; }
-    void setPageUUID(const QString &pageUUID) { set(m_pageUUID, pageUUID, ZVPageUUID); }
-    bool isPlayerDetected() const { return m_playerDetected; }
-    void setPlayerDetected(bool detected) { set(m_playerDetected, detected, ZVPlayerDetectedKey); }
+    QString apiType() const { return m_apiType.value; }
+    void setApiType(const QString &type) { set(m_apiType, type); }
+    QString videoId() const { return m_videoId.value; }
+    void setVideoId(const QString &videoId) { set(m_videoId, videoId); }
+    QString playerId() const { return m_playerId.value; }
+    void setPlayerId(const QString &playerId) { set(m_playerId, playerId); }
+    QString viewUUID() const { return m_viewUUID.value; }
+    void setViewUUID(const QString &viewUUID) { set(m_viewUUID, viewUUID); }
+    QString pageUUID() const { return m_pageUUID.value; }
+    void setPageUUID(const QString &pageUUID) { set(m_pageUUID, pageUUID); }
+    bool isPlayerDetected() const { return m_playerDetected.value; }
+    void setPlayerDetected(bool detected) { set(m_playerDetected, detected); }
     /// Seconds.
-    float position() const { return m_position; }
-    void setPosition(float seconds) { set(m_position, seconds, ZVPositionKey); }
+    float position() const { return m_position.value; }
+    void setPosition(float seconds) { set(m_position, seconds); }
     /// Seconds.
-    float duration() const { return m_duration; }
-    void setDuration(float seconds) { set(m_duration, seconds, ZVDurationKey); }
+    float duration() const { return m_duration.value; }
+    void setDuration(float seconds) { set(m_duration, seconds); }
     /// Degrees.
-    double latitude() const { return m_latitude; }
-    void setLatitude(double latitude) { set(m_latitude, latitude, ZVLatitudeKey); }
+    double latitude() const { return m_latitude.value; }
+    void setLatitude(double latitude) { set(m_latitude, latitude); }
     /// Degrees.
-    double longitude() const { return m_longitude; }
-    void setLongitude(double longitude) { set(m_longitude, longitude, ZVLongitudeKey); }
-    qint64 offset() const { return m_offset; }
-    void setOffset(qint64 offset) { set(m_offset, offset, ZVOffsetKey); }
+    double longitude() const { return m_longitude.value; }
+    void setLongitude(double longitude) { set(m_longitude, longitude); }
+    qint64 offset() const { return m_offset.value; }
+    void setOffset(qint64 offset) { set(m_offset, offset); }
     /// How many videos to ask for.
-    qint64 size() const { return m_size; }
-    void setSize(qint64 size) { set(m_size, size, ZVSizeKey); }
+    qint64 size() const { return m_size.value; }
+    void setSize(qint64 size) { set(m_size, size); }
 
     /// Changes the body alone. The getter is always false, on purpose.
     bool showUI() const { return false; }
@@ -116,43 +115,54 @@ public:
     static void stopAllSessions();
 
 private:
-    // As many digits as the type carries, without trailing zeros.
-    static QString textOf(float number) { return QString::number(double(number), 'g', 7); }
-    static QString textOf(double number) { return QString::number(number, 'g', 16); }
-    static QString textOf(qint64 number) { return QString::number(number); }
-    static QString textOf(bool flag) { return QString::number(int(flag)); }
-    static QString textOf(const QString &text) { return text; }
-
-    template<class Value> void set(Value &field, const Value &value, QLatin1StringView key)
+    /// What a setter keeps. If it is in the body, its text is written when the call is sent.
+    template<class T, const QLatin1StringView &bodyKey> struct Field
     {
-        field = value;
-        addText(textOf(value), key);
+        using Value = T;
+        static constexpr QLatin1StringView key = bodyKey;
+        Value value{};
+        bool isInBody = false;
+    };
+    template<const QLatin1StringView &key> using TextField = Field<QString, key>;
+
+    static bool isAbsent(const QString &text) { return text.isNull(); }
+    template<class Number> static bool isAbsent(Number /*number*/) { return false; }
+
+    template<class Field> void set(Field &field, const typename Field::Value &value)
+    {
+        if (isAbsent(value))
+            moveToValues(field);
+        else if (!m_values.isEmpty())
+            m_values.remove(QString(field.key));
+        field = {value, !isAbsent(value)};
     }
-    void addText(const QString &text, QLatin1StringView key);
-    template<class Key> void removeFromBody(const Key &key);
+    template<class Field> void moveToValues(const Field &field)
+    {
+        if (field.isInBody)
+            m_values.insert(QString(field.key), field.value);
+    }
+    template<class Self, class Visit> static void forEachField(Self &self, Visit visit);
     QByteArray writeBody();
 
-    const QString m_apiName;
+    const QLatin1StringView m_apiName;
     mutable std::shared_ptr<const UserAgent> m_userAgent;
     QString m_apiKey;
-    QString m_userId;
-    QString m_userUUID;
-    QString m_apiType;
-    QString m_videoId;
-    QString m_playerId;
-    QString m_viewUUID;
-    QString m_pageUUID;
-    bool m_playerDetected = false;
-    float m_position = 0;
-    float m_duration = 0;
-    double m_latitude = 0;
-    double m_longitude = 0;
-    qint64 m_offset = 0;
-    qint64 m_size = 0;
-    /// The part of the body that the setters fill. A player event has six.
-    QVarLengthArray<std::pair<QLatin1StringView, QString>, 6> m_texts;
-    Dictionary m_values;         ///< The rest of the body. No key is in both.
+    TextField<ZVUserIdKey> m_userId;
+    TextField<ZVUserUUIDKey> m_userUUID;
+    TextField<ZVTypeKey> m_apiType;
+    TextField<ZVVideoIdKey> m_videoId;
+    TextField<ZVPlayerIdKey> m_playerId;
+    TextField<ZVViewUUID> m_viewUUID;
+    TextField<ZVPageUUID> m_pageUUID;
+    Field<float, ZVPositionKey> m_position;
+    Field<float, ZVDurationKey> m_duration;
+    Field<double, ZVLatitudeKey> m_latitude;
+    Field<double, ZVLongitudeKey> m_longitude;
+    Field<qint64, ZVOffsetKey> m_offset;
+    Field<qint64, ZVSizeKey> m_size;
+    Field<bool, ZVPlayerDetectedKey> m_playerDetected;
     bool m_hasUserAgent = false; ///< In the body.
+    Dictionary m_values;         ///< The rest of the body. No field in the body has a key of these.
     std::optional<QJsonObject> m_config;
 };
 

@@ -20,7 +20,7 @@ const struct LastCaller
     LastCaller() = default;
     ~LastCaller()
     {
-        const auto isWhole = zelvanoBundle() && request(u"events"_s).url.isValid();
+        const auto isWhole = zelvanoBundle() && request(ZVReadyEventAPI).url.isValid();
         ZV_LOG("The last call of the process");
         if (!isWhole)
             std::_Exit(1);
