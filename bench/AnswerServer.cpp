@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <csignal>
 #include <new>
 
 namespace zelvano::bench {
@@ -23,24 +24,26 @@ std::string wholeAnswer(std::string_view type, std::string_view body)
            "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + std::string(body);
 }
 
-/// The complete answers: the files, then the answer to every other request.
-std::vector<std::string> answersWith(const std::vector<std::string> &files, std::string_view other)
+/// The complete answers.
+struct Answers
 {
-    std::vector<std::string> answers;
-    for (const auto &file : files)
-        answers.push_back(wholeAnswer("application/octet-stream", file));
-    answers.push_back(wholeAnswer("application/json", other));
-    return answers;
-}
+    std::vector<std::string> files;
+    std::vector<AnswerServer::Rule> rules;
+    std::string other;
+};
 
-/// The number in the request's path; empty for another path.
-std::size_t fileNumber(std::string_view request)
+/// The answer to a request.
+const std::string &answerTo(std::string_view request, const Answers &answers)
 {
     constexpr std::string_view begin = "GET /";
-    std::size_t number = std::string_view::npos;
+    std::size_t number = answers.files.size();
     if (request.starts_with(begin))
         std::from_chars(request.data() + begin.size(), request.data() + request.size(), number);
-    return number;
+    if (number < answers.files.size())
+        return answers.files[number];
+    const auto applies = [&](const auto &rule) { return request.find(rule.text) != std::string_view::npos; };
+    const auto found = std::find_if(answers.rules.begin(), answers.rules.end(), applies);
+    return found == answers.rules.end() ? answers.other : found->answer;
 }
 
 /// The size of the first request in bytes; 0 while it is incomplete.
@@ -74,32 +77,44 @@ struct Client
     std::vector<Debt> debts;
 };
 
+/// What all connections share.
+struct Service
+{
+    const Answers &answers;
+    const std::chrono::milliseconds delay;
+    AnswerServer::Shared &figures;
+};
+
 /// Receives data from the client. False when the connection has ended.
-bool receive(int socket, Client &client, const std::vector<std::string> &answers, std::chrono::milliseconds delay)
+bool receive(int socket, Client &client, Service &service)
 {
     std::array<char, 16384> bytes;
     const auto count = read(socket, bytes.data(), bytes.size());
     if (count <= 0)
         return false;
+    service.figures.bytesReceived += count;
     client.received.append(bytes.data(), static_cast<std::size_t>(count));
     while (const auto size = requestSize(client.received)) {
-        const bool isAnswered = !client.received.starts_with(AnswerServer::heldRequest);
-        const auto &answer = answers[std::min(fileNumber(client.received), answers.size() - 1)];
+        ++service.figures.requests;
+        if (service.figures.fails)
+            return false;
+        const auto request = std::string_view(client.received).substr(0, size);
+        if (!request.starts_with(AnswerServer::heldRequest))
+            client.debts.push_back({Clock::now() + service.delay, &answerTo(request, service.answers)});
         client.received.erase(0, size);
-        if (isAnswered)
-            client.debts.push_back({Clock::now() + delay, &answer});
     }
     return true;
 }
 
 /// Sends the due answers. False when the connection has ended.
-bool answer(int socket, Client &client)
+bool answer(int socket, Client &client, Service &service)
 {
     while (!client.debts.empty() && client.debts.front().due <= Clock::now()) {
         const std::string &text = *client.debts.front().answer;
         client.debts.erase(client.debts.begin());
         if (send(socket, text.data(), text.size(), MSG_NOSIGNAL) != ssize_t(text.size()))
             return false;
+        service.figures.bytesSent += qint64(text.size());
     }
     return true;
 }
@@ -132,35 +147,42 @@ int listenOnLoopback(quint16 &port)
     return listener;
 }
 
-} // namespace
-
-void AnswerServer::serve(int listener, int lifeline, const std::vector<std::string> &answers,
-                         std::chrono::milliseconds delay, Shared &shared)
+/// Serves until the other end of the lifeline is closed.
+void serve(int listener, int lifeline, Service service)
 {
     std::vector<pollfd> sockets{{lifeline, POLLIN, 0}, {listener, POLLIN, 0}};
     std::vector<Client> clients(sockets.size());
     while (poll(sockets.data(), sockets.size(), untilDue(clients)) >= 0 && !sockets[0].revents) {
         for (std::size_t i = 2; i < sockets.size(); ++i) {
-            const bool goesOn = !sockets[i].revents || receive(sockets[i].fd, clients[i], answers, delay);
-            if (sockets[i].fd >= 0 && (!goesOn || !answer(sockets[i].fd, clients[i]))) {
+            const bool goesOn = !sockets[i].revents || receive(sockets[i].fd, clients[i], service);
+            if (sockets[i].fd >= 0 && (!goesOn || !answer(sockets[i].fd, clients[i], service))) {
                 close(sockets[i].fd);
                 sockets[i].fd = -1; // poll() ignores it.
                 clients[i] = {};
+                --service.figures.open;
             }
         }
         if (sockets[1].revents) {
             const int client = accept(listener, nullptr, nullptr);
             const int on = 1;
             setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
-            sockets.push_back({client, POLLIN, 0});
-            clients.emplace_back();
-            ++shared.connections;
+            const auto free = std::find_if(sockets.begin() + 2, sockets.end(), [](auto &s) { return s.fd < 0; });
+            if (free == sockets.end()) {
+                sockets.push_back({client, POLLIN, 0});
+                clients.emplace_back();
+            } else {
+                *free = {client, POLLIN, 0};
+            }
+            ++service.figures.connections;
+            ++service.figures.open;
         }
     }
 }
 
+} // namespace
+
 AnswerServer::AnswerServer(std::chrono::milliseconds delay, const std::vector<std::string> &files,
-                           std::string_view answer)
+                           std::string_view answer, const std::vector<Rule> &rules)
 {
     void *const memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED)
@@ -176,7 +198,13 @@ AnswerServer::AnswerServer(std::chrono::milliseconds delay, const std::vector<st
         qFatal("no process for the server");
     if (m_child == 0) {
         close(m_lifeline);
-        serve(listener, ends[0], answersWith(files, answer), delay, *m_shared);
+        Answers answers;
+        for (const auto &file : files)
+            answers.files.push_back(wholeAnswer("application/octet-stream", file));
+        for (const auto &[text, body] : rules)
+            answers.rules.push_back({text, wholeAnswer("application/json", body)});
+        answers.other = wholeAnswer("application/json", answer);
+        serve(listener, ends[0], {answers, delay, *m_shared});
         _exit(0);
     }
     close(listener);
@@ -186,6 +214,7 @@ AnswerServer::AnswerServer(std::chrono::milliseconds delay, const std::vector<st
 AnswerServer::~AnswerServer()
 {
     close(m_lifeline);
+    kill(m_child, SIGTERM); // A server that was made later has a copy of the lifeline.
     waitpid(m_child, nullptr, 0);
     munmap(m_shared, sizeof(Shared));
 }

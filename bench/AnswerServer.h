@@ -27,9 +27,17 @@ public:
         R"({"status":200,"data":{"userId":"user-1","userUUID":"uuid-1","pageUUID":"page-1","viewUUID":"view-1"},)"
         R"("sdkConfig":{"showUI":"false","keepALiveInterval":3600000}})";
 
-    /// Forks, so construct it before other threads start. Delays each answer by `delay`. The first file is at /0.
+    /// The answer to requests that contain a text.
+    struct Rule
+    {
+        std::string text;
+        std::string answer;
+    };
+
+    /// Forks, so construct it before other threads start. Delays each answer by `delay`. The first file is at /0. For
+    /// other requests the first rule that applies gives the answer, or else `answer` is it.
     explicit AnswerServer(std::chrono::milliseconds delay = {}, const std::vector<std::string> &files = {},
-                          std::string_view answer = openView);
+                          std::string_view answer = openView, const std::vector<Rule> &rules = {});
     /// The child also ends when its parent dies.
     ~AnswerServer();
     Q_DISABLE_COPY_MOVE(AnswerServer)
@@ -37,17 +45,26 @@ public:
     quint16 port() const { return m_port; }
     /// The number of accepted connections.
     int connections() const { return m_shared->connections; }
+    int openConnections() const { return m_shared->open; }
+    qint64 requests() const { return m_shared->requests; }
+    qint64 bytesReceived() const { return m_shared->bytesReceived; }
+    qint64 bytesSent() const { return m_shared->bytesSent; }
 
-private:
+    /// While it fails, it closes each connection that brings a request.
+    void setFails(bool fails) { m_shared->fails = fails; }
+
     /// In memory that both processes share.
     struct Shared
     {
         std::atomic<int> connections;
+        std::atomic<int> open;
+        std::atomic<qint64> requests;
+        std::atomic<qint64> bytesReceived;
+        std::atomic<qint64> bytesSent;
+        std::atomic<bool> fails;
     };
 
-    static void serve(int listener, int lifeline, const std::vector<std::string> &answers,
-                      std::chrono::milliseconds delay, Shared &shared);
-
+private:
     Shared *m_shared = nullptr;
     quint16 m_port = 0;
     int m_lifeline = -1; ///< The child ends when this end of a pipe is closed.
