@@ -41,23 +41,12 @@ std::shared_ptr<http::Task> download(const QString &url, const Decode &decode,
     return task;
 }
 
-/// Null for a cached image.
-std::shared_ptr<http::Task> load(const QString &url, const Decode &decode,
-                                 const ZVImagesFetcher::Completion &completion)
-{
-    const auto bytes = ImagesCache::shared().bytes(url);
-    if (bytes.isEmpty())
-        return download(url, decode, completion);
-    decodeLater([=] { completion(decode(bytes), std::nullopt); });
-    return nullptr;
-}
-
 QImage wholeImage(const QByteArray &bytes)
 {
     return decodedImage(bytes);
 }
 
-std::shared_ptr<http::Task> loadThumbnail(const std::shared_ptr<ZVVideoParams> &video, QSize cell,
+std::shared_ptr<http::Task> loadThumbnail(const std::shared_ptr<ZVVideoParams> &video, std::optional<QSize> cell,
                                           const std::function<bool()> &isWanted,
                                           const std::function<void(bool hasImage)> &fetched,
                                           const std::function<void()> &stored)
@@ -68,19 +57,33 @@ std::shared_ptr<http::Task> loadThumbnail(const std::shared_ptr<ZVVideoParams> &
                 task();
         });
     };
-    const auto decode = [=](const QByteArray &bytes) { return isWanted() ? decodedImage(bytes, cell) : QImage(); };
-    return load(video->imageUrl(), decode, [=](const QImage &image, const std::optional<Error> &error) {
+    const auto setImage = [=](const QImage &image) {
+        post([=] {
+            video->setImage(image);
+            stored();
+        });
+    };
+    const auto &url = video->imageUrl();
+    if (const auto bytes = ImagesCache::shared().bytes(url); !bytes.isEmpty()) {
+        post([=] { fetched(true); });
+        if (!cell)
+            return nullptr;
+        decodeLater([=] {
+            if (const auto image = isWanted() ? decodedImage(bytes, cell) : QImage(); !image.isNull())
+                setImage(image);
+        });
+        return nullptr;
+    }
+    const QSize size = cell.value_or(QSize(1, 1)); // The smallest shows as well that the bytes are an image.
+    const auto decode = [=](const QByteArray &bytes) { return isWanted() ? decodedImage(bytes, size) : QImage(); };
+    return download(url, decode, [=](const QImage &image, const std::optional<Error> &error) {
         if (!isWanted())
             return;
         post([=, hasImage = !image.isNull()] { fetched(hasImage); });
         if (error)
             ZV_LOG("Image Fetch Error " << error->description);
-        if (image.isNull())
-            return;
-        post([=] {
-            video->setImage(image);
-            stored();
-        });
+        if (!image.isNull() && cell)
+            setImage(image);
     });
 }
 
@@ -112,17 +115,20 @@ void ZVImagesFetcher::fetchImageInBackground(const QString &url, Completion comp
 {
     if (!completion)
         completion = [](auto &&...) {};
-    load(url, wholeImage, completion);
+    if (const auto bytes = ImagesCache::shared().bytes(url); !bytes.isEmpty())
+        decodeLater([=] { completion(decodedImage(bytes), std::nullopt); });
+    else
+        download(url, wholeImage, completion);
 }
 
 void ZVImagesFetcher::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video, Callback stored, Callback fetched)
 {
     loadThumbnail(
-        video, {}, [] { return true; }, [=](bool) { fetched ? fetched() : void(); },
+        video, QSize(), [] { return true; }, [=](bool) { fetched ? fetched() : void(); },
         [=] { stored ? stored() : void(); });
 }
 
-std::shared_ptr<void> requestThumbnail(const std::shared_ptr<ZVVideoParams> &video, QSize cell,
+std::shared_ptr<void> requestThumbnail(const std::shared_ptr<ZVVideoParams> &video, std::optional<QSize> cell,
                                        const std::function<void(bool hasImage)> &fetched,
                                        const std::function<void()> &stored)
 {

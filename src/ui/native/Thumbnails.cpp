@@ -26,13 +26,17 @@ QSize Thumbnails::pixels(QSizeF points, const QQuickItem *cell)
 
 void Thumbnails::fetch(const Video &video, QSize cell, const std::function<void()> &fetched)
 {
+    // Those that come first are wanted first.
+    const bool isWanted = m_fetches.size() + m_kept.size() < mostKept;
     const auto place = m_fetches.emplace(m_fetches.end());
     *place = requestThumbnail(
-        video, cell,
+        video, isWanted ? std::optional(cell) : std::nullopt,
         [=, this](bool hasImage) {
-            auto &picture = m_pictures[video];
-            picture.isLeftOut = !hasImage;
-            picture.request = hasImage ? std::move(*place) : nullptr;
+            if (isWanted || !hasImage) {
+                auto &picture = m_pictures[video];
+                picture.isLeftOut = !hasImage;
+                picture.request = hasImage ? std::move(*place) : nullptr;
+            }
             m_fetches.erase(place);
             fetched();
         },
@@ -72,14 +76,10 @@ void Thumbnails::imageDidArrive(const Video &video, QSize cell)
     picture.size = cell;
     picture.request = nullptr;
     picture.key = video->image().cacheKey();
-    if (picture.cells > 0) {
+    if (picture.cells > 0)
         Q_EMIT imageDidChange(video);
-    } else if (m_kept.size() < mostKept) {
+    else
         keep(video);
-    } else { // Those that came first are wanted first.
-        video->setImage({});
-        m_pictures.erase(video);
-    }
 }
 
 void Thumbnails::hide(const Video &video)

@@ -28,7 +28,7 @@ public:
     static QSize pixels(QSizeF points, const QQuickItem *cell);
 
     /// Fetches the picture before the video has a cell. Once it has arrived or failed, calls `fetched`, and then, in
-    /// a later task, sets the image.
+    /// a later task, sets the image, unless many others wait without a cell.
     void fetch(const Video &video, QSize cell, const std::function<void()> &fetched);
     /// Fetches no picture until the video's cell disappears.
     void leaveOut(const Video &video) { m_pictures[video].isLeftOut = true; }

@@ -13,6 +13,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <chrono>
 
 namespace zelvano {
 
@@ -22,8 +23,26 @@ namespace {
 
 constexpr std::size_t fetchesAtFirst = 16; // About a screenful.
 constexpr std::size_t fetchesAtOnce = 250;
+constexpr auto aFrame = std::chrono::milliseconds(16);
+constexpr auto longestWait = std::chrono::milliseconds(100); // Of the next portion for slow pictures.
 
 constexpr double leastPicture = 160; // Points; before the view has a width.
+
+/// The videos of one recommendation on their way into the list.
+struct Filling
+{
+    ZVVideoList videos;
+    // Those with a cell when the recommendation came: two of one id in the same list both get a cell.
+    QSet<QString> knownIds;
+    bool knowsVideoWithoutId = false; ///< A set does not tell a null string from an empty one.
+
+    bool isKnown(const QString &videoId) const
+    {
+        return videoId.isNull() ? knowsVideoWithoutId : knownIds.contains(videoId);
+    }
+
+    std::size_t next = 0;
+};
 
 double ratioOf(const QImage &image)
 {
@@ -37,12 +56,8 @@ struct ZVListView::Private : public ZVCollectionViewDataSource
     explicit Private(ZVListView *list);
     ~Private() override;
 
-    bool isKnown(const QString &videoId) const
-    {
-        return videoId.isNull() ? knowsVideoWithoutId : knownIds.contains(videoId);
-    }
     void remember(const QString &videoId);
-    void fetchThumbnails(const std::shared_ptr<const ZVVideoList> &videos, std::size_t first, std::size_t count);
+    void fetchThumbnails(const std::shared_ptr<Filling> &filling, std::size_t count);
     void insert(const std::shared_ptr<ZVVideoParams> &video);
     void sortCells();
     void fitCells();
@@ -72,7 +87,7 @@ struct ZVListView::Private : public ZVCollectionViewDataSource
     std::weak_ptr<ZVRecommendationViewDelegate> delegate;
     ZVVideoList videoCells;
     QSet<QString> knownIds;
-    bool knowsVideoWithoutId = false; ///< A set does not tell a null string from an empty one.
+    bool knowsVideoWithoutId = false;
 };
 
 ZVListView::Private::Private(ZVListView *list)
@@ -128,39 +143,44 @@ const ZVVideoList &ZVListView::videoCells() const
 void ZVListView::setRecommendations(const std::shared_ptr<ZVRecommendation> &recommendations)
 {
     d->recommendations = recommendations;
-    const auto list = recommendations ? recommendations->videoList() : ZVVideoList();
-    const auto missing = std::make_shared<ZVVideoList>();
-    // Backwards: a record that is in the list twice gets the index of its first place.
-    for (auto i = list.size(); i-- > 0;) {
-        const auto &video = list[i];
-        // Only videos with a cell are known: two of one id in the same list both get a cell.
-        if (!video || d->isKnown(video->videoId()))
-            continue;
-        video->setIndex(static_cast<qint64>(i));
-        missing->push_back(video);
-    }
-    std::ranges::reverse(*missing);
-    d->fetchThumbnails(missing, 0, fetchesAtFirst);
+    if (recommendations)
+        d->fetchThumbnails(
+            std::make_shared<Filling>(Filling{recommendations->videoList(), d->knownIds, d->knowsVideoWithoutId}),
+            fetchesAtFirst);
 }
 
-/// Fetches a long list in portions, so that the first cells and the host do not wait for all of it.
-void ZVListView::Private::fetchThumbnails(const std::shared_ptr<const ZVVideoList> &videos, std::size_t first,
-                                          std::size_t count)
+/// Fetches a long list in portions, so that the first cells and the host do not wait for all of it. A portion waits for
+/// the one before, so that cached pictures keep their order.
+void ZVListView::Private::fetchThumbnails(const std::shared_ptr<Filling> &filling, std::size_t count)
 {
+    MainQueue::shared().cancelPreviousPerformRequests(filling.get());
     const double width = std::max(cellWidth(), leastPicture);
     const auto cell = items ? Thumbnails::pixels({width, width}, items) : QSize();
-    const auto end = std::min(first + count, videos->size());
-    for (auto i = first; i < end; ++i) {
-        const auto &video = (*videos)[i];
-        // Intended order: the cell is inserted, as a square, before the record gets its image.
-        thumbnails.fetch(video, cell, [this, video] { insert(video); });
-    }
-    if (end == videos->size())
-        return;
-    MainQueue::shared().post([weak = q->weak_from_this(), videos, end] {
+    const auto &videos = filling->videos;
+    const auto fetchNext = [weak = q->weak_from_this(), filling] {
         if (const auto self = weak.lock())
-            self->d->fetchThumbnails(videos, end, fetchesAtOnce);
-    });
+            self->d->fetchThumbnails(filling, fetchesAtOnce);
+    };
+    const auto pause = filling->next == 0 ? aFrame : aFrame.zero(); // The first cells are visible first.
+    const auto awaited = std::make_shared<std::size_t>(0);
+    for (; filling->next < videos.size() && *awaited < count; ++filling->next) {
+        const auto &video = videos[filling->next];
+        if (!video || filling->isKnown(video->videoId()))
+            continue;
+        // A record that is in the list twice keeps the index of its first place.
+        const auto index = static_cast<std::size_t>(video->index());
+        if (index >= filling->next || videos[index] != video)
+            video->setIndex(static_cast<qint64>(filling->next));
+        ++*awaited;
+        // Intended order: the cell is inserted, as a square, before the record gets its image.
+        thumbnails.fetch(video, cell, [=, this] {
+            insert(video);
+            if (--*awaited == 0)
+                MainQueue::shared().performAfterDelay(filling.get(), pause, fetchNext);
+        });
+    }
+    if (filling->next < videos.size())
+        MainQueue::shared().performAfterDelay(filling.get(), longestWait, fetchNext);
 }
 
 void ZVListView::insertNewRecommendation(const std::shared_ptr<ZVVideoParams> &video)
