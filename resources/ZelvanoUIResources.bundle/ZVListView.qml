@@ -60,6 +60,8 @@ ZVCollectionView {
                 id: first
 
                 x: list.mirrored ? line.width - list.inset - width : list.inset
+                width: list.sizeOf(0).width
+                height: width
                 view: list
                 row: line.shown ? 2 * line.index : -1
             }
@@ -67,10 +69,16 @@ ZVCollectionView {
                 id: second
 
                 x: list.mirrored ? first.x - list.itemSpacing - width : first.x + first.width + list.itemSpacing
+                width: first.width
+                height: width
                 view: list
                 row: line.shown ? 2 * line.index + 1 : -1
             }
         }
+    }
+
+    ZVCurrentMark {
+        cell: list.currentCell
     }
 
     ZVScrollBar {

@@ -84,6 +84,10 @@ CategoryCell {
             }
         }
 
+        ZVCurrentMark {
+            cell: videos.currentCell
+        }
+
         HoverHandler {
             id: hover
             acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad

@@ -595,7 +595,7 @@ private Q_SLOTS:
             const auto *cell = own->parentItem();
             QCOMPARE(own->size(), cell->size());
             QCOMPARE(cell->property("corner"), 12);
-            QCOMPARE(cell->property("ink"), QColor(Qt::red));
+            QCOMPARE(cell->findChild<QQuickItem *>(u"titleLable"_s)->property("color"), QColor(Qt::red));
             QVERIFY(!cell->findChild<QQuickItem *>(u"titleLable"_s)->isVisible());
             QVERIFY(host.run(u"recs.videos.map(v => v.title)"_s)
                         .toStringList()

@@ -29,6 +29,12 @@ double ZVCollectionView::snapped(double points) const
     return std::round(points * pixels) / pixels;
 }
 
+QSizeF ZVCollectionView::sizeOf(qint64 row)
+{
+    const auto size = m_source ? m_source->sizeForItemAtIndexPath(this, {row}) : QSizeF();
+    return {snapped(size.width()), snapped(size.height())};
+}
+
 void ZVCollectionView::updateMetrics()
 {
     if (!m_source)
@@ -45,10 +51,9 @@ void ZVCollectionView::fillCell(ZVItemViewCell *cell)
 {
     if (!m_source)
         return;
-    const IndexPath path{cell->row()};
-    if (const auto size = m_source->sizeForItemAtIndexPath(this, path); size.isValid())
-        cell->setSize({snapped(size.width()), snapped(size.height())});
-    m_source->cellForItemAtIndexPath(this, path, cell);
+    if (const auto size = sizeOf(cell->row()); size.isValid())
+        cell->setSize(size);
+    m_source->cellForItemAtIndexPath(this, {cell->row()}, cell);
 }
 
 void ZVCollectionView::selectItem(qint64 row)

@@ -25,6 +25,8 @@ public:
     /// Not owned; null for none.
     void setDataSource(ZVCollectionViewDataSource *source);
     Q_SIGNAL void metricsChanged();
+    /// The size of a cell, in points. A cell that is created with it is laid out once.
+    Q_INVOKABLE QSizeF sizeOf(qint64 row);
 
 protected:
     qint64 countItems() override;

@@ -1,6 +1,9 @@
 #include "ZVImageView.h"
 
+#include <QLinearGradient>
 #include <QPainter>
+
+#include <algorithm>
 
 namespace zelvano {
 
@@ -18,6 +21,7 @@ QRect middle(const QImage &image, QSizeF shape)
 ZVImageView::ZVImageView()
 {
     setAntialiasing(true);
+    connect(this, &ZVImageView::shapeChanged, this, [this] { update(); });
 }
 
 ZVImageView::~ZVImageView() = default;
@@ -27,8 +31,20 @@ void ZVImageView::setImage(const QImage &image)
     if (m_image.cacheKey() == image.cacheKey())
         return;
     m_image = image;
+    m_scaled = {};
     update();
     Q_EMIT imageChanged();
+}
+
+/// Averages pixels when it shrinks the image much; a painter's own scaling does not.
+QImage ZVImageView::scaled(QSize pixels)
+{
+    const auto part = middle(m_image, size());
+    if (part.width() <= 2 * pixels.width())
+        return part.size() == m_image.size() ? m_image : m_image.copy(part);
+    if (m_scaled.size() != pixels)
+        m_scaled = m_image.copy(part).scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    return m_scaled;
 }
 
 void ZVImageView::paint(QPainter *painter)
@@ -36,14 +52,20 @@ void ZVImageView::paint(QPainter *painter)
     const auto pixels = painter->deviceTransform().mapRect(boundingRect()).size().toSize();
     if (m_image.isNull() || pixels.isEmpty())
         return;
-    auto part = m_image.copy(middle(m_image, size()));
-    // Averages pixels when it shrinks the image; a painter's own scaling does not.
-    part = part.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const auto part = scaled(pixels);
     QBrush brush(part);
-    brush.setTransform(QTransform::fromScale(width() / pixels.width(), height() / pixels.height()));
-    painter->setRenderHint(QPainter::Antialiasing);
+    brush.setTransform(QTransform::fromScale(width() / part.width(), height() / part.height()));
+    painter->setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
     painter->setPen(Qt::NoPen);
     painter->setBrush(brush);
+    painter->drawRoundedRect(boundingRect(), m_radius, m_radius);
+    if (m_shade <= 0)
+        return;
+    const double top = std::max(0.0, height() - m_shade);
+    QLinearGradient gradient(0, top, 0, height());
+    gradient.setStops({{0, QColor(0, 0, 0, 0)}, {0.5, QColor(0, 0, 0, 0x80)}, {1, QColor(0, 0, 0, 0xd9)}});
+    painter->setBrush(gradient);
+    painter->setClipRect(QRectF(0, top, width(), height() - top));
     painter->drawRoundedRect(boundingRect(), m_radius, m_radius);
 }
 

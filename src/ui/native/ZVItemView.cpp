@@ -61,6 +61,8 @@ void ZVItemView::removeCell(ZVItemViewCell *cell)
 {
     if (cellForRow(cell->row()) == cell)
         m_cells.erase(cell->row());
+    if (cell->isCurrent())
+        Q_EMIT currentCellChanged();
 }
 
 void ZVItemView::showCell(ZVItemViewCell *cell)
@@ -70,6 +72,13 @@ void ZVItemView::showCell(ZVItemViewCell *cell)
     if (exists)
         fillCell(cell);
     cell->setCurrent(m_showsCurrent && cell->row() == m_currentRow);
+    if (cell->isCurrent())
+        Q_EMIT currentCellChanged();
+}
+
+QQuickItem *ZVItemView::currentCell() const
+{
+    return m_showsCurrent ? cellForRow(m_currentRow) : nullptr;
 }
 
 ZVItemViewCell *ZVItemView::cellForRow(qint64 row) const
@@ -257,6 +266,7 @@ void ZVItemView::markCurrent()
 {
     for (const auto &[row, cell] : m_cells)
         cell->setCurrent(m_showsCurrent && row == m_currentRow);
+    Q_EMIT currentCellChanged();
 }
 
 /// At an end the current row.

@@ -50,6 +50,8 @@ class ZELVANOUI_EXPORT ZVItemView : public QQuickItem
     Q_PROPERTY(QColor cellColor MEMBER m_cellColor NOTIFY lookChanged FINAL)
     Q_PROPERTY(QColor titleColor MEMBER m_titleColor NOTIFY lookChanged FINAL)
     Q_PROPERTY(int count READ itemCount NOTIFY countChanged FINAL)
+    /// The marked cell; null for none.
+    Q_PROPERTY(QQuickItem *currentCell READ currentCell NOTIFY currentCellChanged FINAL)
 
 public:
     ~ZVItemView() override;
@@ -57,6 +59,8 @@ public:
     QQuickItem *scroller() const { return m_scroller; }
     QAbstractItemModel *lines() { return &m_lines; }
     qint64 itemCount() const { return m_count; }
+    QQuickItem *currentCell() const;
+    Q_SIGNAL void currentCellChanged();
     Q_SIGNAL void countChanged();
     Q_SIGNAL void mirroredChanged();
     Q_SIGNAL void blockedChanged();

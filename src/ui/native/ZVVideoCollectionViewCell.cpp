@@ -1,5 +1,6 @@
 #include "ZVVideoCollectionViewCell.h"
 
+#include "CategoryName.h"
 #include "CellHost.h"
 #include "JsonReading.h"
 #include "Logging.h"
@@ -46,13 +47,14 @@ void ZVVideoCollectionViewCell::componentComplete()
     m_valueLabel = outlet(u"valueLabel"_s);
     m_valueHolderView = outlet(u"valueHolderView"_s);
     m_iconImageView = qobject_cast<ZVImageView *>(outlet(u"iconImageView"_s));
-    setClip(false);
     m_shadowOffset = size() * double(shadowWidthPercent);
     m_shadowRadius = width() * double(shadowWidthPercent);
     m_shadowOpacity = 0.8;
     setClip(true); // Intended, and last: the cell's edge cuts off the shadow.
     if (m_valueHolderView)
         m_valueHolderView->setProperty("radius", badgeRadius);
+    if (view())
+        connect(view(), &ZVItemView::countChanged, this, &ZVVideoCollectionViewCell::spokenNameChanged);
     ZVItemViewCell::componentComplete(); // Fills the cell.
 }
 
@@ -105,17 +107,27 @@ void ZVVideoCollectionViewCell::setParams(const std::shared_ptr<ZVVideoParams> &
         if (!image.isNull() && m_iconImageView->opacity() == 0)
             fadeIn();
     }
-    setText(m_titleLable, params->title());
+    m_title = params->title();
+    m_duration = secToTime(params->durationSec());
+    m_category = params->category();
     fitTitle();
-    setText(m_durationLabel, secToTime(params->durationSec()));
+    setText(m_durationLabel, m_duration); // Before the title, whose lines depend on its width.
+    setText(m_titleLable, m_title);
     if (m_valueHolderView)
-        m_valueHolderView->setProperty("color", colorForCategory(params->category()));
-    if (m_category != params->category()) {
-        m_category = params->category();
-        Q_EMIT categoryChanged();
-    }
+        m_valueHolderView->setProperty("color", colorForCategory(m_category));
     setText(m_valueLabel, QString::number(params->index())); // Intended: the position in the list, not percentValue.
+    Q_EMIT spokenNameChanged();
     offerToHost(params);
+}
+
+/// Title, length, category and position, as far as they are known.
+QString ZVVideoCollectionViewCell::spokenName() const
+{
+    QStringList parts{m_title, m_duration, nameOfCategory(m_category)};
+    if (view())
+        parts.append(QCoreApplication::translate("ZelvanoUI", "%1 of %2").arg(row() + 1).arg(view()->itemCount()));
+    parts.removeAll({});
+    return parts.join(", "_L1);
 }
 
 void ZVVideoCollectionViewCell::offerToHost(const std::shared_ptr<ZVVideoParams> &video)
@@ -143,7 +155,10 @@ void ZVVideoCollectionViewCell::fitTitle()
     if (!m_titleLable)
         return;
     auto font = m_titleLable->property("font").value<QFont>();
-    font.setPixelSize(std::max(1, qRound(titleShare * width())));
+    const int size = std::max(1, qRound(titleShare * width()));
+    if (font.pixelSize() == size)
+        return;
+    font.setPixelSize(size);
     m_titleLable->setProperty("font", font);
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "CategoryName.h"
 #include "ZVImageView.h"
 #include "ZVItemViewCell.h"
 #include <ZelvanoUI/zelvanoui_export.h>
@@ -26,15 +25,12 @@ class ZELVANOUI_EXPORT ZVVideoCollectionViewCell : public zelvano::ZVItemViewCel
 {
     Q_OBJECT
     QML_NAMED_ELEMENT(VideoCell)
-    /// For users, in their language.
-    Q_PROPERTY(QString categoryName READ categoryName NOTIFY categoryChanged FINAL)
+    /// For screen readers.
+    Q_PROPERTY(QString spokenName READ spokenName NOTIFY spokenNameChanged FINAL)
     /// Whether the badge is visible.
     Q_PROPERTY(bool badged MEMBER m_isBadged NOTIFY badgedChanged FINAL)
     /// Whether an item around the view shows the video. The cell then shows neither picture nor texts.
     Q_PROPERTY(bool shownByHost READ isShownByHost NOTIFY shownByHostChanged FINAL)
-    Q_PROPERTY(QSizeF shadowOffset READ shadowOffset CONSTANT FINAL)
-    Q_PROPERTY(double shadowRadius READ shadowRadius CONSTANT FINAL)
-    Q_PROPERTY(double shadowOpacity READ shadowOpacity CONSTANT FINAL)
 
 public:
     ZVVideoCollectionViewCell();
@@ -47,8 +43,8 @@ public:
     /// Always null, intended: setParams() does not store the video.
     std::shared_ptr<ZVVideoParams> params() const { return nullptr; }
 
-    QString categoryName() const { return nameOfCategory(m_category); }
-    Q_SIGNAL void categoryChanged();
+    QString spokenName() const;
+    Q_SIGNAL void spokenNameChanged();
     Q_SIGNAL void badgedChanged();
     bool isShownByHost() const { return m_isShownByHost; }
     Q_SIGNAL void shownByHostChanged();
@@ -61,7 +57,7 @@ public:
     ZVImageView *iconImageView() const { return m_iconImageView; }
     void setIconImageView(ZVImageView *view) { m_iconImageView = view; }
 
-    // In points; visible only when a host turns clipping off.
+    // In points. The interface resource decides what draws a shadow.
     QSizeF shadowOffset() const { return m_shadowOffset; }
     double shadowRadius() const { return m_shadowRadius; }
     double shadowOpacity() const { return m_shadowOpacity; }
@@ -86,7 +82,10 @@ private:
     void fitTitle();
     void offerToHost(const std::shared_ptr<ZVVideoParams> &video);
 
-    QString m_category; ///< The service's code; null without one.
+    // For the spoken name. The category is the service's code.
+    QString m_title;
+    QString m_duration;
+    QString m_category;
     bool m_isBadged = true;
     bool m_isShownByHost = false;
     QPointer<Thumbnails> m_thumbnails;
