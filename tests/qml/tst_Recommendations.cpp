@@ -389,7 +389,7 @@ private Q_SLOTS:
         QCOMPARE(host.sessions(), 0);
         QVERIFY(host.service.sandbox.requests().empty() || host.service.sent().isEmpty());
         QCOMPARE(host.run(u"recs.status"_s), host.run(u"Recommendations.Idle"_s));
-        host.service.fault(ZVRetrieveInit, {.delay = 50ms});
+        host.service.fault(ZVRetrieveInit, {.delay = 500ms});
         host.run(u"recs.active = true"_s);
         QVERIFY(host.waitFor(u"recs.status === Recommendations.Connecting"_s));
         host.run(u"recs.active = false"_s); // While the channel opens.
