@@ -25,6 +25,8 @@ WebEngineView {
     x: parent === frame ? 0 : -width
     width: frame.width
     height: frame.height
+    // Sets both edges at once: otherwise the page lays itself out twice, and shows both.
+    anchors.fill: parent === frame ? frame : undefined
 
     objectName: "webView"
     activeFocusOnTab: true

@@ -280,7 +280,10 @@ private Q_SLOTS:
         stage.window.setColor(Qt::red);
         QVERIFY(stage.appear(listeningPage(u"<style>body { margin: 0 }</style><div style='background: #00ff00; "
                                            "width: 50vw; height: 100vh'></div>"_s)));
-        stage.view->setFrame({20, 64, 640, 360}); // The page follows.
+        const auto *const page = stage.view->webView();
+        connect(page, &QQuickItem::widthChanged, page, [&] { QCOMPARE(page->size(), QSizeF(640, 360)); });
+        connect(page, &QQuickItem::heightChanged, page, [&] { QCOMPARE(page->size(), QSizeF(640, 360)); });
+        stage.view->setFrame({20, 64, 640, 360}); // The page follows, in one step.
         const auto colour = [&](double x) { return stage.window.grabWindow().pixelColor(stage.at(x, 340)); };
         QVERIFY(waitUntil([&] { return colour(310) == QColor(Qt::green) && colour(330) == QColor(Qt::red); }));
     }
