@@ -14,8 +14,8 @@ demo=(
   qml6-module-qtquick-templates qml6-module-qtmultimedia qml6-module-qtwebengine qml6-module-qtwebchannel
   qt6-image-formats-plugins fonts-dejavu-core ffmpeg libgl1-mesa-dri python3 xvfb xauth
 )
-# The tests make certificates and play through GStreamer, too.
-test=(openssl gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav)
+# The tests make certificates, play through GStreamer, and listen as a screen reader does.
+test=(openssl at-spi2-core dbus-daemon gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav)
 check=(
   clang libclang-rt-dev llvm clang-format clang-tidy cppcheck doxygen
   libbenchmark-dev pkgconf mmdebstrap strace valgrind
