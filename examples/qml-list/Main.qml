@@ -9,20 +9,21 @@ Window {
     id: window
     required property url video
     required property string service
-    width: 960
-    height: 440
-    visible: true
+    readonly property bool isPage: `${video}`.endsWith(".html") // Of a web player.
+    width: 960; height: 440; visible: true
     Component.onCompleted: RecommendationService.address = service // A sandbox. Leave it out in production.
 
-    MediaPlayer { id: media; source: window.video; videoOutput: output; Component.onCompleted: play() }
+    MediaPlayer { id: media; source: window.isPage ? "" : window.video; videoOutput: output; onSourceChanged: play() }
     VideoOutput { id: output; width: 640; height: 360 }
+    KalturaPlayer { id: web; source: window.isPage ? window.video : ""; visible: window.isPage; width: 640; height: 360 }
 
     Recommendations {
         id: recommendations
         active: consent.checked
         apiKey: "your-api-key"
         suggestionCount: 8
-        player: media
+        player: window.isPage ? web : media
+        playerKind: Recommendations.AVPlayer // Follows announceChoice(), below.
         window: window
         onPlayerEvent: event => console.info(event)
         onSessionEnded: reason => console.info(reason === Recommendations.Resized ? "resized" : "ended")
@@ -30,6 +31,10 @@ Window {
     Row {
         y: output.height
         CheckBox { id: consent; text: "Recommend videos"; checked: true }
+        Button { // As in a view of your own. The player of this kind switches, and you play it.
+            text: "Next"
+            onClicked: RecommendationService.announceChoice(recommendations.videos[0].url)
+        }
         Button { text: "Hide"; visible: recommendations.overlayVisible; onClicked: recommendations.hideOverlay() }
         Text { text: recommendations.errorString; visible: recommendations.status === Recommendations.Failed }
     }
