@@ -49,6 +49,7 @@ VideoCell {
 
             objectName: "titleLable"
             anchors { left: parent.left; right: durationHolder.left; bottom: parent.bottom; margins: content.margin }
+            horizontalAlignment: Text.AlignLeft // By layout direction, not by the title's language.
             textFormat: Text.PlainText
             wrapMode: Text.Wrap
             maximumLineCount: 2
