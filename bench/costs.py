@@ -48,6 +48,7 @@ def measured(folder):
     for name, thread in [("networking", NETWORKING), ("delivery", DELIVERY)]:
         add(f"{name} of an event", EVENTS, ("Program termination", thread))
     add("listener of an event", EVENTS, ("listener", MAIN))
+    add("bare loop with an event", EVENTS, ("bare", MAIN))
     for videos, readings in [(10, 100), (1000, 1), (10000, 1)]:
         add(f"reading {videos} videos", readings, (f"read {videos}", MAIN))
         add(f"parsing {videos} videos", readings, (f"parse {videos}", MAIN))
@@ -69,4 +70,5 @@ def main():
         sys.exit("Grown by more than 3 %: " + "; ".join(grown) + ". If it is worth it: scripts/costs.sh --update")
 
 
-main()
+if __name__ == "__main__":
+    main()
