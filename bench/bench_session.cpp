@@ -5,6 +5,7 @@
 #include "FakePlayer.h"
 #include "HeldConnections.h"
 #include "Resources.h"
+#include "Traffic.h"
 #include "Waiting.h"
 #include <ZelvanoUI/Service.h>
 #include <ZelvanoUI/UserDefaults.h>
@@ -12,12 +13,16 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLoggingCategory>
 #include <QTemporaryDir>
 #include <QThread>
 
 #include <chrono>
 #include <cstdio>
+#include <map>
 #include <vector>
 
 using namespace zelvano;
@@ -59,6 +64,42 @@ qint64 sleeps()
     return sum;
 }
 
+/// When each call begins and ends.
+class Timeline : public http::TrafficObserver
+{
+public:
+    explicit Timeline(Clock::time_point start) : m_start(start) {}
+
+    void requestWillStart(quint64 id, const http::Request &request) override
+    {
+        const auto type = QJsonDocument::fromJson(request.body).object().value(ZVTypeKey).toString();
+        m_calls[id] = {type.isEmpty() ? request.url.path().mid(1) : type, millisecondsSince(m_start), 0};
+    }
+    void requestDidEnd(quint64 id, const http::Response &, const std::optional<Error> &) override
+    {
+        m_calls[id].end = millisecondsSince(m_start);
+    }
+
+    /// Call when it observes no longer. JSON: name, begin and end, in milliseconds.
+    QByteArray json() const
+    {
+        QJsonArray all;
+        for (const auto &[id, call] : m_calls)
+            all.append(QJsonArray{call.name, call.begin, call.end});
+        return QJsonDocument(all).toJson(QJsonDocument::Compact);
+    }
+
+private:
+    struct Call
+    {
+        QString name;
+        double begin;
+        double end;
+    };
+    const Clock::time_point m_start;
+    std::map<quint64, Call> m_calls;
+};
+
 std::shared_ptr<Zelvano> begin(const std::shared_ptr<FakeSubscriber> &subscriber)
 {
     auto engine = Zelvano::create();
@@ -82,6 +123,8 @@ int main(int argc, char **argv)
     // From the start without an identity to the answer with the recommendations.
     const double before = bench::allocated();
     const auto start = Clock::now();
+    const auto timeline = std::make_shared<Timeline>(start);
+    http::Traffic::addObserver(timeline);
     const auto engine = begin(subscriber);
     const double firstEngine = millisecondsSince(start);
     engine->setPlayer(std::make_shared<QObject>(), QStringLiteral("page"));
@@ -92,6 +135,7 @@ int main(int argc, char **argv)
     const int connections = server.connections();
 
     QThread::msleep(200); // The keep-alive's answer arrives meanwhile.
+    http::Traffic::removeObserver(timeline);
     QCoreApplication::processEvents();
     const auto sleepsBefore = sleeps();
     QThread::sleep(static_cast<unsigned long>(idleTime.count()));
@@ -131,10 +175,11 @@ int main(int argc, char **argv)
 
     std::printf("{\"first_engine_ms\": %g, \"each_engine_ms\": %g, \"round_trips\": %g, \"connections\": %d, "
                 "\"first_kb\": %g, \"each_kb\": %g, \"event_bytes\": %g, \"call_bytes\": %g, "
-                "\"handle_bytes\": %g, \"threads\": %lld, \"threads_of_more\": %lld, \"wake_ups\": %g}\n",
+                "\"handle_bytes\": %g, \"threads\": %lld, \"threads_of_more\": %lld, \"wake_ups\": %g, "
+                "\"calls\": %s}\n",
                 firstEngine, eachEngine, roundTrips, connections, firstMemory / 1024, eachMemory / 1024, eachEvent,
                 eachCall, eachHandle, static_cast<long long>(threadsBefore),
-                static_cast<long long>(threadsAfter - threadsBefore), wakeUps);
+                static_cast<long long>(threadsAfter - threadsBefore), wakeUps, timeline->json().constData());
     ZVAPIObject::stopAllSessions();
     return 0;
 }

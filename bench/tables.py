@@ -1,11 +1,14 @@
 #!/usr/bin/env python3
-"""Makes the tables of docs/performance.md from the output of the benchmark programs: medians, with the lowest and the
-highest value of all repetitions. Usage: tables.py FOLDER MACHINE-LINE"""
+"""Makes the tables and charts of docs/performance.md from the output of the benchmark programs: medians, with the lowest
+and the highest value of all repetitions. Usage: tables.py FOLDER MACHINE-LINE CHARTS-FOLDER"""
 
 import json
 import statistics
 import sys
 from pathlib import Path
+
+import charts
+import costs
 
 folder = Path(sys.argv[1])
 
@@ -184,7 +187,48 @@ def session():
     })
 
 
+def chart_of_event(path):
+    counted = costs.measured(folder / "costs")
+    layers = {"the call": "playerEvent", "networking": "networking of an event", "delivery": "delivery of an event",
+              "listener": "listener of an event"}
+    ours = [counted[f"{name}, instructions"] / 1000 for name in layers.values()]
+    floor = counted["bare loop with an event, instructions"] / 1000
+    charts.bars(path, f"An event costs {sum(ours) / floor:.2f} times a bare libcurl loop",
+                "Thousands of instructions from playerEvent() to the listener, counted with callgrind.", "thousand",
+                [("ZelvanoUI", ours), ("bare libcurl loop", [0, floor])], layers)
+
+
+def chart_of_list(path):
+    found = runs("bench_list_view")
+    size = max(int(name.split("/")[1]) for name in found if name.startswith("showList/"))
+    cpu = lambda name, counter, scale: median(column(found[f"{name}/{size}"], counter)) / scale
+    figures = [("first frame", "frame_cpu_ms", 1), ("10 scroll steps", "step_cpu_us", 100)]
+    ratios = [cpu("showList", counter, 1) / cpu("showBare", counter, 1) for _, counter, _ in figures]
+    rows = [(f"{label}, {name}", [cpu(program, counter, scale)] if program == "showList" else
+             [0, cpu(program, counter, scale)])
+            for label, counter, scale in figures for name, program in [("list", "showList"), ("bare", "showBare")]]
+    charts.bars(path, f"The list: {ratios[0]:.1f} times a bare view's first frame, {ratios[1]:.1f} times its scroll step",
+                f"CPU of the main thread with {number(size)} videos, beside Qt's own ListView with the same look.", "ms",
+                rows, ["ZVListView", "bare ListView"])
+
+
+def chart_of_start(path):
+    found = [json.loads(line) for line in (folder / "bench_session.jsonl").read_text().splitlines()]
+    names = [name for name, _, _ in found[0]["calls"]]
+    times = {name: [median(call[i] for run in found for call in run["calls"] if call[0] == name) for i in (1, 2)]
+             for name in names}
+    end = times["ready"][1]
+    waited = sum(finish - begin for name, (begin, finish) in times.items() if name != "keepalive")
+    charts.bars(path, f"To the recommendations: {end:.0f} ms, of which {waited:.0f} ms wait for the service",
+                "From the API key on. Each answer takes 50 ms; four calls depend on each other.", "ms",
+                [(name, [(begin, None), finish - begin]) for name, (begin, finish) in times.items()])
+
+
 def main():
+    target = Path(sys.argv[3])
+    chart_of_event(target / "cost-of-an-event.svg")
+    chart_of_list(target / "list-beside-bare-view.svg")
+    chart_of_start(target / "start-of-a-session.svg")
     texts = [sys.argv[2]]
     for title, make in [("One player event on the calling thread", player_event), ("Delivery", delivery),
                         ("Reading a ready answer", ready_answer), ("Thumbnails", thumbnails),

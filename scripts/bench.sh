@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs the benchmarks and writes their tables into docs/performance.md. All load goes to 127.0.0.1.
+# Runs the benchmarks, writes their tables into docs/performance.md and draws its charts. All load goes to 127.0.0.1.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=build/release
@@ -47,12 +47,15 @@ run bench_list_view --benchmark_repetitions=7 --benchmark_min_time=0.05
 line bench_overlay 7
 stalls demo/session.script 3
 line bench_session 7
+mkdir "$results/costs"
+timeout 120 valgrind -q --tool=callgrind --separate-threads=yes --instr-atstart=no \
+  --callgrind-out-file="$results/costs/%p" "$build/bench/costs"
 
 cpu=$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)
 virtual=$(grep -q '^flags.* hypervisor' /proc/cpuinfo && echo ', a virtual machine' || true)
 machine="$(date -u +%Y-%m-%d), ${cpu:-$(uname -m)}, $(nproc) cores$virtual, Qt $(qmake6 -query QT_VERSION), \
 libcurl $(curl-config --version | cut -d ' ' -f 2); load average $load when it began."
-python3 bench/tables.py "$results" "$machine" >"$results/tables.md"
+python3 bench/tables.py "$results" "$machine" docs/images >"$results/tables.md"
 {
   sed '/<!-- generated: begin/q' docs/performance.md
   echo
