@@ -90,6 +90,19 @@ private Q_SLOTS:
         }
     }
 
+    void keepAliveUnderWay()
+    {
+        m_service->storeIdentity();
+        m_service->initialize();
+        m_service->fault(ZVKeepAlive, {.delay = 20ms});
+        MainQueueTestClock::advance(30s);
+        const std::weak_ptr<Zelvano> watched = m_service->engine;
+        m_service->engine.reset();
+        QVERIFY(watched.expired()); // The call does not hold it.
+        m_service->settle();
+        QCOMPARE(m_service->sentCount(ZVKeepAlive), 2);
+    }
+
     void realPlayer()
     {
         const auto player = std::make_shared<FakePlayer>(u"http://videos.example/1.mp4"_s);
