@@ -11,6 +11,7 @@ using namespace std::chrono_literals;
 using namespace zelvano;
 using sandbox::Fault;
 using Answer = EngineModel::Answer;
+using Outcome = SessionRules::Outcome;
 
 namespace {
 
@@ -22,8 +23,8 @@ struct ServiceFault
 };
 
 constexpr Answer useless{};
-constexpr Answer gone{Answer::Kind::ChannelGone};
-constexpr Answer withoutIds{Answer::Kind::Ok};
+constexpr Answer gone{Outcome::ChannelGone};
+constexpr Answer withoutIds{Outcome::Ok};
 
 ServiceFault statusFault(int status)
 {
@@ -43,7 +44,7 @@ const std::vector<ServiceFault> &badAnswers()
     static const QByteArray config = R"(,"sdkConfig":{"keepALiveInterval":30000,"showUI":"perhaps"},"uiTagUrls":7})";
     static const QByteArray ids = R"({"status":200,"data":{"userId":"u","userUUID":"w","pageUUID":"p","viewUUID":"v",)"
                                   R"("videos":[7,null,{"url":"x:1","title":[]},{"url":{}},"x"]})";
-    constexpr Answer withIds{Answer::Kind::Ok, true, false, 2}, shown{Answer::Kind::Ok, true, true, 2};
+    constexpr Answer withIds{Outcome::Ok, true, false, 2}, shown{Outcome::Ok, true, true, 2};
     static const std::vector<ServiceFault> faults{
         {{Fault::Kind::Garbage}, useless},
         {{Fault::Kind::Empty}, useless},
@@ -89,7 +90,7 @@ ServiceFault randomServiceFault(QRandomGenerator &random, bool mayLackInterval)
         return statusFault(mayLackInterval && random.bounded(4) == 0 ? 200 : oneOf(statuses, random));
     case 3:
         fault.kind = Fault::Kind::Silence;
-        return {fault, Answer{Answer::Kind::Useless, false, false, 0, true}};
+        return {fault, Answer{.isSilent = true}};
     case 4:
         fault.kind = Fault::Kind::Drip;
         fault.delay = 0ms;
@@ -156,70 +157,6 @@ class tst_FaultSequences : public QObject
 private Q_SLOTS:
     void cleanup() { end(); }
 
-    void rules_data()
-    {
-        // "500 page" answers the next page call with status 500.
-        addColumns<QString, QString>({"steps", "sent"});
-        const auto row = [](const char *name, const char *steps, const char *sent) {
-            QTest::newRow(name) << QString::fromLatin1(steps) << QString::fromLatin1(sent);
-        };
-        row("page waits for the channel", "page, page, initialize, page", "init page keepalive page");
-        row("all wait for the identity", "new, page, start, ready, pause, initialize",
-            "id init page keepalive ready start pause");
-        row("refused identity", "new, page, 500 id, initialize, page, initialize", "id id init page keepalive");
-        row("refused channel", "500 init, initialize, page, initialize", "init init page keepalive");
-        row("refused page is not owed", "initialize, 500 page, page, ready, initialize, page",
-            "init keepalive page init page ready");
-        row("refused ready event is not owed", "initialize, page, 500 ready, ready, initialize, page",
-            "init keepalive page ready init page");
-        row("channel gone at the page", "initialize, page, expire, page", "init keepalive page page init page");
-        row("channel gone at the ready event", "initialize, page, start, expire, ready",
-            "init keepalive page ready init page ready start");
-        row("owed while the channel stays closed", "initialize, page, expire, 500 init, ready, pause, initialize",
-            "init keepalive page ready init init page ready pause");
-
-        row("events wait for a view", "initialize, page, start, play, done, play, ready, ready",
-            "init keepalive page ready start autoPlay progress play ready");
-        row("nothing follows a replayed click", "initialize, page, recommendationClick, play, ready, ready",
-            "init keepalive page ready recommendationClick ready");
-        row("a click closes the view",
-            "initialize, page, ready, recommendationClick, progress, recommendationClick, ready",
-            "init keepalive page ready recommendationClick ready progress recommendationClick");
-        row("chosen by the viewer", "initialize, page, ready, select, play, deselect, play, play",
-            "init keepalive page ready play autoPlay play");
-        row("other events", "initialize, page, ready, end, ended, videoStart, autoPlay, impression, unknown",
-            "init keepalive page ready end ended videoStart autoPlay impression unknown");
-
-        row("keep-alives", "initialize, initialize, wait, wait", "init keepalive init keepalive keepalive");
-        row("no keep-alive after a failure", "initialize, 500 keepalive, wait, wait, initialize, wait",
-            "init keepalive keepalive init");
-        row("nor after a refusal", "initialize, 406 keepalive, wait, wait", "init keepalive keepalive");
-        row("nor after a stop", "initialize, stop, wait, initialize, wait", "init keepalive init");
-        row("dismissal", "initialize, page, ready, recommendationClick, play, dismiss, ready, wait, pause",
-            "init keepalive page ready recommendationClick ready pause");
-    }
-
-    /// Each rule alone. The row has the expected calls, the model everything else.
-    void rules()
-    {
-        QFETCH(QString, steps);
-        begin(steps.startsWith("new"_L1) ? QString() : u"user-1"_s);
-        const QMap<QString, QString> calls{{u"id"_s, ZVRetrieveUserIdAPI}, {u"init"_s, ZVRetrieveInit}};
-        for (const auto &text : steps.split(u", "_s)) {
-            const int status = text.section(u' ', 0, 0).toInt();
-            const auto call = text.section(u' ', 1);
-            if (status > 0)
-                addFault(calls.value(call, call), statusFault(status));
-            else if (text != "new"_L1)
-                step(text);
-        }
-        QVERIFY2(m_failure.isNull(), qPrintable(m_failure));
-        auto sent = m_service->sent().join(u' ');
-        for (const auto &[name, call] : calls.asKeyValueRange())
-            sent.replace(call, name);
-        QTEST(sent, "sent");
-    }
-
     void brokenRoad_data() { addFlowRows(roadFaults().size()); }
     void brokenRoad()
     {
@@ -253,7 +190,7 @@ private Q_SLOTS:
             // A queued click can close the first view.
             for (const auto &name : {u"initialize"_s, u"page"_s, u"ready"_s, u"ready"_s})
                 step(name);
-            if (m_failure.isNull() && m_model->view < 0)
+            if (m_failure.isNull() && m_model->rules.state.viewUUID.isNull())
                 m_failure = u"the next good answers open no view"_s;
             steps += m_steps.size();
             calls += m_model->sent.size();
@@ -277,7 +214,7 @@ private Q_SLOTS:
         step(u"ready"_s);
         QVERIFY2(m_failure.isNull(), qPrintable(m_failure));
         QCOMPARE(m_model->sent.count(ZVRetrieveInit), rounds + 1);
-        QVERIFY(m_model->view >= 0);
+        QVERIFY(!m_model->rules.state.viewUUID.isNull());
     }
 
 private:
@@ -326,7 +263,7 @@ private:
             step(steps.at(i));
         }
         QVERIFY2(m_failure.isNull(), qPrintable(m_failure));
-        QVERIFY(m_model->view >= 0);
+        QVERIFY(!m_model->rules.state.viewUUID.isNull());
         QVERIFY(m_model->sent.contains(call));
     }
 
@@ -372,7 +309,7 @@ private:
             m_model->expireChannels();
         } else if (name.endsWith("select"_L1)) {
             engine.setSelectionByUser(name == "select"_L1);
-            m_model->isSelectedByUser = name == "select"_L1;
+            m_model->rules.state.selectionByUser = name == "select"_L1;
         } else {
             engine.playerEvent(name, m_service->subscriber);
             m_model->report(name);
@@ -406,18 +343,21 @@ private:
         QStringList withBody;
         for (const auto &call : calls)
             withBody.append(call.name + u' ' + QString::fromUtf8(call.body));
-        const auto answered = [&](const char *key, qsizetype index) {
-            const auto bytes = index < 0 ? QByteArray() : calls[std::size_t(index)].answer;
+        const auto answered = [&](const char *key, const QString &id) {
+            const auto bytes = id.isNull() ? QByteArray() : calls[id.toUInt()].answer;
             return QJsonDocument::fromJson(bytes)["data"_L1][QLatin1StringView(key)].toString();
         };
-        QStringList queue;
-        const auto stack = engine.state().stack;
-        for (const auto &entry : stack)
-            queue.append(entry.event);
+        const auto real = engine.state();
+        const auto &expected = m_model->rules.state;
+        const auto queue = [](const SessionState &state) {
+            QStringList events;
+            for (const auto &entry : state.stack)
+                events.append(entry.event);
+            return events;
+        };
         QList<bool> nextVideos;
         for (const auto &url : m_service->subscriber->nextVideos)
             nextVideos.append(!url.isNull());
-        const auto kept = engine.state().recommendations;
         // A broken connection recorded some of its calls. All other calls arrived exactly once.
         auto arrived = recorded();
         arrived.sort();
@@ -428,15 +368,16 @@ private:
         QStringList list{
             difference("sent", m_service->sent(), m_model->sent),
             difference("heard", m_service->listener->heard, m_model->heard),
-            difference("queued", queue, m_model->queue),
-            difference("user", !engine.userId().isNull(), m_model->hasUser()),
-            difference("page", engine.state().pageUUID, answered("pageUUID", m_model->page)),
-            difference("view", engine.state().viewUUID, answered("viewUUID", m_model->view)),
-            difference("an owed page", engine.state().pageParams.has_value(), m_model->isPageOwed),
-            difference("an owed ready event", engine.state().readyParams.has_value(), m_model->isReadyOwed),
-            difference("keep-alives", engine.state().isKeepAliveRuns, m_model->isKeepAliveRunning),
-            difference("selected by the user", engine.selectionByUser(), m_model->isSelectedByUser),
-            difference("videos", kept ? int(kept->videoCount()) : -1, m_model->videos),
+            difference("queued", queue(real), queue(expected)),
+            difference("user", real.userId.isNull(), expected.userId.isNull()),
+            difference("page", real.pageUUID, answered("pageUUID", expected.pageUUID)),
+            difference("view", real.viewUUID, answered("viewUUID", expected.viewUUID)),
+            difference("an owed page", real.pageParams.has_value(), expected.pageParams.has_value()),
+            difference("an owed ready event", real.readyParams.has_value(), expected.readyParams.has_value()),
+            difference("keep-alives", real.isKeepAliveRuns, expected.isKeepAliveRuns),
+            difference("selected by the user", real.selectionByUser, expected.selectionByUser),
+            difference("progress", int(real.progress), int(expected.progress)),
+            difference("videos", real.recommendations ? int(real.recommendations->videoCount()) : -1, m_model->videos),
             difference("next videos", nextVideos, m_model->nextVideos),
         };
         if (lost < 0 || lost > m_model->unreachable || !areSent)
@@ -496,7 +437,7 @@ private:
         for (int faults = random.bounded(3); faults > 0; --faults) {
             const auto &call = oneOf(calls, random);
             // Without an interval keep-alives follow at once, and nothing becomes quiet.
-            addFault(call, randomServiceFault(random, call != ZVRetrieveInit || m_model->isKeepAliveRunning));
+            addFault(call, randomServiceFault(random, call != ZVRetrieveInit || m_model->rules.state.isKeepAliveRuns));
         }
         const bool isBroken = random.bounded(8) == 0;
         if (isBroken) {

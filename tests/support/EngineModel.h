@@ -1,7 +1,8 @@
 #pragma once
 
+#include "SessionRules.h"
 #include <ZelvanoUI/PlayerEvents.h>
-#include <ZelvanoUI/Zelvano.h>
+#include <ZelvanoUI/Protocol.h>
 
 #include <QMap>
 #include <QSet>
@@ -10,24 +11,24 @@
 #include <deque>
 #include <functional>
 
-/// The engine's rules a second time, without threads, network or JSON. Given the result of each call, it predicts the
+/// The session's rules without threads, network or JSON around them. Given the result of each call, it predicts the
 /// sent calls, the listener calls and the state after each step. A step is a call of the host and all its consequences.
 class EngineModel
 {
 public:
+    using Rules = zelvano::SessionRules;
+
     /// The meaning of an answer to the engine.
     struct Answer
     {
-        enum class Kind { Ok, ChannelGone, Useless };
-
-        Kind kind = Kind::Useless;
+        Rules::Outcome::Kind kind = Rules::Outcome::Refused;
         bool hasIds = false; ///< The identifiers that the call requests.
         bool showsUI = false;
         int videos = 0;
         bool isSilent = false; ///< No answer: the test cancels the call when all others have ended.
     };
 
-    explicit EngineModel(const QString &storedUser) : m_user(storedUser) {}
+    explicit EngineModel(const QString &storedUser) { rules.state.userId = storedUser; }
 
     // Faults of calls. Without a fault the service answers correctly.
     bool isRoadBroken = false; ///< No call reaches the service.
@@ -37,58 +38,23 @@ public:
     void expireChannels() { m_channels.clear(); }
 
     // Steps of the host. takeAnswers() ends each.
-    void initialize()
-    {
-        if (hasUser())
-            openChannel();
-        else
-            call(zelvano::ZVRetrieveUserIdAPI, &EngineModel::identityDidArrive);
-    }
-    void sendPage()
-    {
-        if (hasUser() && m_isConfigured)
-            call(zelvano::ZVPageEvent, &EngineModel::pageDidAnswer);
-        else
-            isPageOwed = true;
-    }
-    void sendReady()
-    {
-        isReadyOwed = page < 0;
-        if (!isReadyOwed)
-            call(zelvano::ZVReadyEvent, &EngineModel::readyDidAnswer);
-    }
-    void report(QString name)
-    {
-        using namespace zelvano;
-        if (view < 0) {
-            queue.append(name);
-        } else {
-            if (name == PlayerEvent::Play && !isSelectedByUser) {
-                isSelectedByUser = true;
-                name = PlayerEvent::AutoPlay;
-            } else if (name == PlayerEvent::End && m_hasPlayer) {
-                nextVideos.append(videos > 0);
-            }
-            call(name == PlayerEvent::Done ? QString(PlayerEvent::Progress) : name, nullptr);
-            if (name == PlayerEvent::RecommendationClick)
-                view = -1;
-        }
-        if (m_isHeard)
-            heard.append(name);
-    }
+    void initialize() { act(rules.initialize(QStringLiteral("key"))); }
+    void sendPage() { act(rules.setPlayer({}, m_channel, nullptr)); }
+    void sendReady() { act(rules.readyEvent({}, nullptr)); }
+    void report(const QString &event) { act(rules.playerEvent(event, 0)); }
     void advance(std::chrono::milliseconds time)
     {
         m_now += time;
         if (due && *due <= m_now) {
             due.reset();
-            keepAlive();
+            act(rules.keepAlive(30));
         }
     }
     void stop() { due.reset(); }
     void dismiss()
     {
         stop();
-        queue.clear();
+        rules.state.stack.clear();
         m_isHeard = m_hasPlayer = false;
     }
     void takeAnswers()
@@ -102,34 +68,83 @@ public:
         return due ? std::optional(*due - m_now) : std::nullopt;
     }
 
-    bool hasUser() const { return !m_user.isNull(); }
-
+    Rules rules; ///< An identifier is the index of the sent call that returned it.
     QStringList sent;
     qsizetype unreachable = 0; ///< The calls among them that never reached the service.
     qsizetype silent = 0;      ///< In the last step.
     QStringList heard;
-    QStringList queue;
     QList<bool> nextVideos; ///< True with a URL.
-    // The index of the sent call that returned the identifier; -1 for none.
-    qsizetype page = -1;
-    qsizetype view = -1;
-    bool isPageOwed = false;
-    bool isReadyOwed = false;
-    bool isKeepAliveRunning = false;
-    bool isSelectedByUser = false;
-    int videos = -1; ///< The number of videos in the current recommendation; -1 for none.
+    int videos = -1;        ///< The number of videos in the current recommendation; -1 for none.
     std::optional<std::chrono::milliseconds> due;
 
 private:
-    using Reaction = void (EngineModel::*)(const Answer &, qsizetype);
+    using Reaction = std::function<Rules::Actions(const Answer &, const Rules::Outcome &, const QString &id)>;
 
-    void call(const QString &name, Reaction reaction)
+    void act(const Rules::Actions &actions)
     {
-        const auto index = sent.size();
+        for (const auto &action : actions)
+            std::visit([this](const auto &one) { carryOut(one); }, action);
+    }
+    template<class Action> void carryOut(const Action &) {} // The others have no effect here.
+    void carryOut(const Rules::RequestIdentity &)
+    {
+        call(zelvano::ZVRetrieveUserIdAPI,
+             [this](auto &&, const auto &outcome, const auto &id) { return rules.identityDidArrive(outcome, id, id); });
+    }
+    void carryOut(const Rules::OpenChannel &)
+    {
+        call(zelvano::ZVRetrieveInit, [this](const auto &answer, const auto &outcome, auto &&) {
+            if (outcome.kind == Rules::Outcome::Ok)
+                m_channel = {true, answer.showsUI};
+            return rules.channelDidOpen(outcome, m_channel, nullptr);
+        });
+    }
+    void carryOut(const Rules::StartKeepAlive &) { act(rules.keepAlive(30)); }
+    void carryOut(const Rules::SendKeepAlive &)
+    {
+        call(zelvano::ZVKeepAlive,
+             [this](auto &&, const auto &outcome, auto &&) { return rules.keepAliveDidEnd(outcome, 30); });
+    }
+    void carryOut(const Rules::ScheduleKeepAlive &) { due = m_now + std::chrono::seconds(30); }
+    void carryOut(const Rules::SendPage &)
+    {
+        call(zelvano::ZVPageEvent, [this](auto &&, const auto &outcome, const auto &id) {
+            return rules.pageDidAnswer(outcome, id, {}, nullptr);
+        });
+    }
+    void carryOut(const Rules::SendReady &ready)
+    {
+        call(zelvano::ZVReadyEvent, [this, record = ready.record](const auto &answer, const auto &outcome, auto &&id) {
+            m_answeredVideos = answer.videos;
+            return rules.readyDidAnswer(outcome, id, nullptr, m_channel, {}, record);
+        });
+    }
+    void carryOut(const Rules::SendPlayerEvent &event) { call(event.type, nullptr); }
+    void carryOut(const Rules::SetNextVideo &)
+    {
+        if (m_hasPlayer)
+            nextVideos.append(videos > 0);
+    }
+    void carryOut(const Rules::NotifyState &state)
+    {
+        if (m_isHeard)
+            heard.append(state.event);
+    }
+    void carryOut(const Rules::NotifySuggestions &)
+    {
+        if (!m_isHeard)
+            return;
+        videos = m_answeredVideos;
+        heard.append(QStringLiteral("suggestions %1").arg(videos));
+    }
+
+    void call(const QString &name, const Reaction &reaction)
+    {
+        const auto id = QString::number(sent.size());
         sent.append(name);
-        m_answers.push_back([this, reaction, index, answer = answerTo(name)] {
+        m_answers.push_back([this, reaction, id, answer = answerTo(name)] {
             if (reaction)
-                (this->*reaction)(answer, index);
+                act(reaction(answer, {answer.kind, {}, {}}, answer.hasIds ? id : QString()));
         });
     }
     Answer answerTo(const QString &name)
@@ -138,11 +153,12 @@ private:
             ++unreachable;
             return {};
         }
-        Answer answer{Answer::Kind::Ok, true, true, 8};
+        Answer answer{Rules::Outcome::Ok, true, true, 8};
         if (name == zelvano::ZVRetrieveInit)
-            m_channels.insert(m_user); // Also when the answer is lost.
-        else if ((name == zelvano::ZVPageEvent || name == zelvano::ZVReadyEvent) && !m_channels.contains(m_user))
-            answer = {Answer::Kind::ChannelGone};
+            m_channels.insert(rules.state.userId); // Also when the answer is lost.
+        else if ((name == zelvano::ZVPageEvent || name == zelvano::ZVReadyEvent) &&
+                 !m_channels.contains(rules.state.userId))
+            answer = {Rules::Outcome::ChannelGone};
         auto &faults = m_faults[name];
         if (!faults.empty()) {
             answer = faults.front().value_or(answer);
@@ -152,76 +168,12 @@ private:
         return answer;
     }
 
-    void identityDidArrive(const Answer &answer, qsizetype index)
-    {
-        if (answer.kind != Answer::Kind::Ok)
-            return;
-        m_user = answer.hasIds ? QString::number(index) : QString();
-        openChannel();
-    }
-
-    void openChannel() { call(zelvano::ZVRetrieveInit, &EngineModel::channelDidOpen); }
-    void channelDidOpen(const Answer &answer, qsizetype)
-    {
-        if (answer.kind != Answer::Kind::Ok)
-            return;
-        m_isConfigured = true;
-        m_showsUI = answer.showsUI;
-        if (isPageOwed) {
-            sendPage();
-            isPageOwed = false;
-        }
-        if (!isKeepAliveRunning)
-            keepAlive();
-        isKeepAliveRunning = true;
-    }
-
-    void keepAlive() { call(zelvano::ZVKeepAlive, &EngineModel::keepAliveDidEnd); }
-    void keepAliveDidEnd(const Answer &answer, qsizetype)
-    {
-        if (answer.kind == Answer::Kind::Ok)
-            due = m_now + std::chrono::seconds(30);
-    }
-
-    void pageDidAnswer(const Answer &answer, qsizetype index)
-    {
-        if (answer.kind == Answer::Kind::Ok) {
-            page = answer.hasIds ? index : -1;
-            if (isReadyOwed) {
-                sendReady();
-                isReadyOwed = false;
-            }
-        } else if (answer.kind == Answer::Kind::ChannelGone) {
-            isPageOwed = true;
-            openChannel();
-        }
-    }
-
-    void readyDidAnswer(const Answer &answer, qsizetype index)
-    {
-        if (answer.kind == Answer::Kind::Ok) {
-            view = answer.hasIds ? index : -1;
-            const auto waiting = queue;
-            for (const auto &name : waiting)
-                report(name);
-            queue.clear(); // Also clears events that arrived meanwhile.
-            if (m_showsUI && m_isHeard) {
-                heard.append(QStringLiteral("suggestions %1").arg(answer.videos));
-                videos = answer.videos;
-            }
-        } else if (answer.kind == Answer::Kind::ChannelGone) {
-            isPageOwed = isReadyOwed = true;
-            openChannel();
-        }
-    }
-
     QMap<QString, std::deque<std::optional<Answer>>> m_faults;
     std::deque<std::function<void()>> m_answers;
     QSet<QString> m_channels; ///< By user.
-    QString m_user;
+    Rules::Channel m_channel;
+    int m_answeredVideos = 0;
     std::chrono::milliseconds m_now{0};
-    bool m_isConfigured = false;
-    bool m_showsUI = false;
     bool m_isHeard = true;
     bool m_hasPlayer = true;
 };
