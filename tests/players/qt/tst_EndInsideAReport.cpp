@@ -1,13 +1,6 @@
 #include "ControllerSession.h"
+#include "RealPlayer.h"
 #include <ZelvanoUI/NotificationCenter.h>
-#include <ZelvanoUI/QtAVPlayer.h>
-#include <ZelvanoUI/QtAVPlayerViewController.h>
-#include <ZelvanoUI/QtKPViewController.h>
-#include <ZelvanoUI/QtMPMoviePlayerController.h>
-#include <ZelvanoUI/QtMPMoviePlayerViewController.h>
-
-#include <QMediaPlayer>
-#include <QVideoSink>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -19,37 +12,18 @@ class tst_EndInsideAReport : public QObject
     Q_OBJECT
 
     std::unique_ptr<ControllerSession> m_session;
-    QQuickItem *m_view = nullptr; // The window's.
-    QVideoSink m_sink;
-    std::unique_ptr<QMediaPlayer> m_media;
-    std::shared_ptr<Player> m_player;
+    std::unique_ptr<RealPlayer> m_host;
     QString m_ending;
     bool m_hasEnded = false;
     bool m_awaitsFullscreen = false;
-
-    std::shared_ptr<Player> create(const QString &kind)
-    {
-        if (kind == "AVPlayer"_L1)
-            return QtAVPlayer::create(m_media.get(), m_view);
-        if (kind == "AVPlayerViewController"_L1)
-            return QtAVPlayerViewController::create(m_media.get(), m_view);
-        if (kind == "MPMoviePlayerController"_L1)
-            return QtMPMoviePlayerController::create(m_media.get(), m_view);
-        if (kind == "MPMoviePlayerViewController"_L1)
-            return QtMPMoviePlayerViewController::create(m_media.get(), m_view);
-        auto player = QtKPViewController::create(m_session->service.sandbox.url(u"/kaltura/?entryId=1"_s));
-        m_view = qobject_cast<QQuickItem *>(player->view());
-        m_view->setParentItem(m_session->window->contentItem());
-        return player;
-    }
 
     /// Ends inside this report: a notification, or a signal or callback of the player or of its item.
     void awaitReport(const QString &report)
     {
         if (report.endsWith("Notification"_L1))
             NotificationCenter::defaultCenter().addObserver(this, report, [this](const Notification &) { end(); });
-        awaitSignal(m_player.get(), report);
-        auto *av = qobject_cast<AVPlayer *>(m_player.get());
+        awaitSignal(m_host->player.get(), report);
+        auto *av = qobject_cast<AVPlayer *>(m_host->player.get());
         if (av && report == "time observer"_L1)
             av->addPeriodicTimeObserver(1h, [this](double) { end(); }); // Only jumps call it.
         if (av && report == "statusChanged"_L1) {
@@ -58,7 +32,7 @@ class tst_EndInsideAReport : public QObject
                     awaitSignal(item.get(), report);
             });
         }
-        if (auto *web = qobject_cast<KPViewController *>(m_player.get())) {
+        if (auto *web = qobject_cast<KPViewController *>(m_host->player.get())) {
             if (report == "event listener"_L1)
                 web->addKPlayerEventListener(u"choice"_s, {}, [this](const QVariant &) { end(); });
             if (report == "evaluation"_L1)
@@ -76,14 +50,14 @@ class tst_EndInsideAReport : public QObject
     }
     bool waitFor(QMediaPlayer::MediaStatus status)
     {
-        return waitUntil([&] { return m_hasEnded || !m_media || m_media->mediaStatus() == status; });
+        return waitUntil([&] { return m_hasEnded || !m_host->media || m_host->media->mediaStatus() == status; });
     }
 
     // All that makes a player report, until it has ended.
 
     void drive(QPointer<Player> player, bool byCalls)
     {
-        const auto first = m_session->service.sandbox.url(u"/media/1.mp4"_s);
+        const auto &first = m_host->video;
         QPointer av = qobject_cast<AVPlayer *>(player.data());
         QPointer movie = qobject_cast<QtMPMoviePlayerController *>(player.data());
         const auto set = [&] {
@@ -92,7 +66,7 @@ class tst_EndInsideAReport : public QObject
             else if (byCalls && movie)
                 movie->setContentURL(first);
             else
-                m_media->setSource(first);
+                m_host->media->setSource(first);
         };
         const auto play = [&] {
             if (byCalls && av)
@@ -100,7 +74,7 @@ class tst_EndInsideAReport : public QObject
             else if (byCalls && movie)
                 movie->play();
             else
-                m_media->play();
+                m_host->media->play();
         };
         const auto fill = [&](QWindow::Visibility visibility) {
             if (!m_awaitsFullscreen) // It costs time.
@@ -115,13 +89,13 @@ class tst_EndInsideAReport : public QObject
             [&] { fill(QWindow::FullScreen); },
             [&] { fill(QWindow::Windowed); },
             play,
-            [&] { waitUntil([&] { return m_hasEnded || !m_media || m_media->position() > 100; }); },
-            [&] { m_media->setPosition(5000); },
-            [&] { waitUntil([&] { return m_hasEnded || !m_media || m_media->position() > 5000; }); },
-            [&] { byCalls &&movie ? movie->exit() : m_media->setPosition(m_media->duration() - 200); },
+            [&] { waitUntil([&] { return m_hasEnded || !m_host->media || m_host->media->position() > 100; }); },
+            [&] { m_host->media->setPosition(5000); },
+            [&] { waitUntil([&] { return m_hasEnded || !m_host->media || m_host->media->position() > 5000; }); },
+            [&] { byCalls &&movie ? movie->exit() : m_host->media->setPosition(m_host->media->duration() - 200); },
             [&] { byCalls || waitFor(QMediaPlayer::EndOfMedia); },
             [&] {
-                m_view->setSize({333, 222});
+                m_host->view->setSize({333, 222});
             },
         };
         for (const auto &step : steps) {
@@ -131,7 +105,7 @@ class tst_EndInsideAReport : public QObject
     }
     void driveWebPlayer()
     {
-        auto *const player = qobject_cast<QtKPViewController *>(m_player.get());
+        auto *const player = qobject_cast<QtKPViewController *>(m_host->player.get());
         bool isLoaded = false;
         connect(player, &KPViewController::loadStateChanged, this, [&] { isLoaded = true; });
         QVERIFY(waitUntil([&] { return m_hasEnded || isLoaded; }));
@@ -141,7 +115,7 @@ class tst_EndInsideAReport : public QObject
             QMetaObject::invokeMethod(player->webView(), "runJavaScript",
                                       Q_ARG(QString, u"kPlayer.raise('choice', 1)"_s));
         if (!m_hasEnded)
-            m_view->setSize({333, 222});
+            m_host->view->setSize({333, 222});
     }
 
 private Q_SLOTS:
@@ -150,8 +124,7 @@ private Q_SLOTS:
     {
         NotificationCenter::defaultCenter().removeObserver(this);
         m_session->controller.reset();
-        m_player.reset();
-        m_media.reset();
+        m_host.reset();
     }
 
 public Q_SLOTS:
@@ -163,10 +136,10 @@ public Q_SLOTS:
             m_session->controller->dismiss();
             return;
         }
-        m_media.reset();
+        m_host->media.reset();
         if (m_ending == "everything"_L1) {
             m_session->window.reset();
-            m_player.reset();
+            m_host->player.reset();
             m_session->controller.reset();
         }
     }
@@ -217,27 +190,22 @@ private Q_SLOTS:
         Application::shared().setKeyWindow(m_session->window.get());
         QVERIFY(m_session->window->appear());
         m_session->begin();
-        m_view = new QQuickItem(m_session->window->contentItem());
-        m_media = std::make_unique<QMediaPlayer>();
-        m_media->setVideoSink(&m_sink);
-        m_player = create(kind);
-        m_view->setSize({640, 480});
-        QCoreApplication::processEvents(); // The first layout is no report.
+        m_host = std::make_unique<RealPlayer>(kind, *m_session->window, m_session->service.sandbox);
         const bool isWebPlayer = kind.startsWith(u'K');
         const bool isSessionsOnly = !isWebPlayer && report != "dismissed"_L1;
-        const QPointer watched = m_player.get();
+        const QPointer watched = m_host->player.get();
         awaitReport(report.section(u' ', 0, report.endsWith("in a call"_L1) ? -4 : -1));
         if (report != "dismissed"_L1) // Never again once an engine has the player.
-            m_session->controller->setPlayer(m_player, u"page"_s);
+            m_session->controller->setPlayer(m_host->player, u"page"_s);
         if (report == "delegate"_L1)
-            qobject_cast<KPViewController *>(m_player.get())->setDelegate(this);
+            qobject_cast<KPViewController *>(m_host->player.get())->setDelegate(this);
         if (ending == "session"_L1 && isSessionsOnly)
-            m_player.reset(); // Only the adapter holds it.
+            m_host->player.reset(); // Only the adapter holds it.
         isWebPlayer ? driveWebPlayer() : drive(watched.data(), report.endsWith("in a call"_L1));
         QVERIFY(waitUntil([&] { return m_hasEnded; }));
         QVERIFY(flushMainQueue());
         m_session->service.settle();
-        const bool isHeld = m_player != nullptr;
+        const bool isHeld = m_host->player != nullptr;
         QVERIFY(waitUntil([&] { return watched.isNull() != isHeld; }));
         QCOMPARE(isHeld, ending == "media player"_L1 || (ending == "session"_L1 && !isSessionsOnly));
     }
