@@ -49,7 +49,7 @@ MediaPlayback::MediaPlayback(QMediaPlayer *player)
     connect(player, &QMediaPlayer::durationChanged, this, handleBy(&MediaPlayback::durationChanged));
     connect(player, &QMediaPlayer::positionChanged, this, handleBy(&MediaPlayback::positionDidChange));
     connect(player, &QMediaPlayer::sourceChanged, this, handleBy(&MediaPlayback::sourceDidChange));
-    // A medium that it is opening has no content yet.
+    // A medium that the player is still opening has no content yet.
     m_isOpen =
         m_now.hasContent() && m_now.status != QMediaPlayer::NoMedia && m_now.status != QMediaPlayer::LoadingMedia;
     readOpening();
@@ -174,7 +174,6 @@ void MediaPlayback::stop()
 
 void MediaPlayback::playLoaded()
 {
-    const auto owner = holdOwner();
     if (!m_player || isOpening() || !std::exchange(m_playsWhenLoaded, false))
         return;
     if (m_isOpen)
@@ -279,7 +278,7 @@ void MediaPlayback::mediaStatusDidChange()
     Q_EMIT mediumChanged();
     // Later: the host may be setting another source.
     if (m_playsWhenLoaded && !isOpening())
-        QMetaObject::invokeMethod(this, &MediaPlayback::playLoaded, Qt::QueuedConnection);
+        later([this] { playLoaded(); });
 }
 
 /// After an error, Qt's GStreamer backend plays what is buffered, and then may neither end nor stop.

@@ -35,6 +35,16 @@ public:
     /// Keeps the owner while something follows a report.
     std::shared_ptr<const void> holdOwner() const { return m_owner.lock(); }
 
+    /// Runs the task in the next turn of the event loop, and keeps the owner meanwhile.
+    template<class Task> void later(Task task)
+    {
+        const auto run = [this, task] {
+            const auto owner = holdOwner();
+            task();
+        };
+        QMetaObject::invokeMethod(this, run, Qt::QueuedConnection);
+    }
+
     /// Handles the changes noted so far.
     void catchUp();
     /// Loads the source, also when it is loaded already; an empty one unloads. Emits no signal meanwhile.
@@ -43,7 +53,7 @@ public:
     void pause();
     void stop();
 
-    // As of the change that is handled, or was handled last.
+    // The values at the change that is being handled, or was handled last.
 
     QUrl source() const { return m_now.source; }
     QMediaPlayer::PlaybackState state() const { return m_isBroken ? QMediaPlayer::StoppedState : m_now.state; }

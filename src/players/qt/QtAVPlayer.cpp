@@ -36,19 +36,8 @@ struct QtAVPlayer::Private
         });
         takeSource();
         // Later: an adapter that gets this player now must see it become ready, also when the source is loaded already.
-        later(&Private::updateStatus);
-        later(&Private::updateRate);
-    }
-
-    void later(void (Private::*task)())
-    {
-        QMetaObject::invokeMethod(
-            q,
-            [this, task] {
-                const auto player = media.holdOwner();
-                (this->*task)();
-            },
-            Qt::QueuedConnection);
+        media.later([this] { updateStatus(); });
+        media.later([this] { updateRate(); });
     }
 
     /// The media player's source becomes the current item.
@@ -66,7 +55,7 @@ struct QtAVPlayer::Private
         hasPlayed = hasPlayed || media.state() == QMediaPlayer::PlayingState;
         // Later: the host may be changing the source, and go on playing. That is not a pause.
         if (!isPlaying() && media.state() == QMediaPlayer::StoppedState)
-            later(&Private::tellRate);
+            media.later([this] { tellRate(); });
         else
             tellRate();
     }

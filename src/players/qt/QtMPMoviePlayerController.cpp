@@ -68,22 +68,11 @@ struct QtMPMoviePlayerController::Private
 
         q->setCurrentContentURL(media.source().toString(QUrl::FullyEncoded));
         // Later: an adapter that gets this player now must see it become ready, also when the source is loaded already.
-        later(&Private::mediumDidChange);
-        later(&Private::updatePlaybackState);
+        media.later([this] { mediumDidChange(); });
+        media.later([this] { updatePlaybackState(); });
     }
 
     ~Private() { disconnect(windowConnection); }
-
-    void later(void (Private::*task)())
-    {
-        QMetaObject::invokeMethod(
-            q,
-            [this, task] {
-                const auto player = media.holdOwner();
-                (this->*task)();
-            },
-            Qt::QueuedConnection);
-    }
 
     QQuickWindow *window() const { return view.item() ? view.item()->window() : nullptr; }
 
@@ -135,7 +124,7 @@ struct QtMPMoviePlayerController::Private
         q->tellPlaybackState();
         // Later: a QMediaPlayer stops before it reports the end, and adapters compare position and end.
         if (state == MPMoviePlaybackState::Stopped)
-            later(&Private::finishStopped);
+            media.later([this] { finishStopped(); });
     }
 
     void finishStopped()
@@ -148,7 +137,7 @@ struct QtMPMoviePlayerController::Private
     void positionDidJump(double step)
     {
         setPlaybackState(step > 0 ? MPMoviePlaybackState::SeekingForward : MPMoviePlaybackState::SeekingBackward);
-        later(&Private::updatePlaybackState);
+        media.later([this] { updatePlaybackState(); });
     }
 
     void finish()
@@ -231,7 +220,7 @@ struct QtMPMoviePlayerController::Private
         isFullscreen = window()->visibility() == QWindow::FullScreen;
         // Later: the host may destroy the window in a report.
         windowConnection =
-            connect(window(), &QWindow::visibilityChanged, q, [this] { later(&Private::updateFullscreen); });
+            connect(window(), &QWindow::visibilityChanged, q, [this] { media.later([this] { updateFullscreen(); }); });
     }
 
     /// Posts the exit once the view has its new place, so that an overlay gets the right size.
