@@ -41,7 +41,10 @@ MediaPlayback::MediaPlayback(QMediaPlayer *player)
     connect(player, &QMediaPlayer::playbackStateChanged, this, handleBy(&MediaPlayback::playbackStateDidChange));
     connect(player, &QMediaPlayer::playbackRateChanged, this, handleBy(&MediaPlayback::stateChanged));
     connect(player, &QMediaPlayer::mediaStatusChanged, this, [this](auto status) {
-        if (status == QMediaPlayer::EndOfMedia && m_player->mediaStatus() != status)
+        const bool isEnd = status == QMediaPlayer::EndOfMedia;
+        if (isEnd && std::exchange(m_isEndAhead, false))
+            return;
+        if (isEnd && (m_player->mediaStatus() != status || m_player->playbackState() == QMediaPlayer::PlayingState))
             noteOvertakenEnd();
         else
             note(&MediaPlayback::mediaStatusDidChange);
@@ -84,8 +87,6 @@ void MediaPlayback::note(Handler handler)
 /// A receiver of mediaStatusChanged() before this one has changed the player already. The end comes first.
 void MediaPlayback::noteOvertakenEnd()
 {
-    if (std::exchange(m_isEndAhead, false))
-        return;
     const auto next = std::ranges::find_if(m_changes, [this](const auto &change) {
         const auto status = change.first.status;
         return change.first.source != m_now.source ||

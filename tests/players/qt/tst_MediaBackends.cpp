@@ -132,8 +132,8 @@ class tst_MediaBackends : public QObject
     /// The host sets the next video as soon as the QMediaPlayer reports the end.
     void setAtEnd(const QString &how)
     {
-        connect(media.get(), &QMediaPlayer::mediaStatusChanged, this, [this, how](auto status) {
-            if (status == QMediaPlayer::EndOfMedia)
+        connect(media.get(), &QMediaPlayer::mediaStatusChanged, this, [this, how, times = 0](auto status) mutable {
+            if (status == QMediaPlayer::EndOfMedia && ++times == 1)
                 perform(how + u" b.mp4"_s);
         });
     }
@@ -171,6 +171,7 @@ class tst_MediaBackends : public QObject
                  return wait(
                      [&] { return media->position() < 1000 || media->mediaStatus() == QMediaPlayer::EndOfMedia; });
              }},
+            {u"back"_s, [&] { return wait([&] { return media->position() < 1000; }); }},
             {u"stand"_s, [&] { return stands(); }},
             {u"over"_s, [&] { return wait([&] { return media->playbackState() == QMediaPlayer::StoppedState; }); }},
         };
@@ -300,6 +301,11 @@ private Q_SLOTS:
                 const auto steps = "next "_ba + how + ", " + order + "whole, hear (ready) 2";
                 row(name.constData(), steps.constData(), "whole, progress, (ready)", "whole, progress, (ready)");
             }
+        }
+        for (const char *how : {"play", "av-play"}) {
+            const auto name = how + " at the end, set first over gstreamer"_ba;
+            const auto steps = "next "_ba + how + ", attach, whole, back, at 0.2";
+            row(name.constData(), steps.constData(), "whole, seek 0", "whole, play 0");
         }
         row("source after a failure", "load none.mp4, hear (failed), load b.mp4, hear (ready)",
             "progress, (failed), progress, (ready)", "(failed), (ready)");
