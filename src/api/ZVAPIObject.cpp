@@ -6,6 +6,7 @@
 #include <ZelvanoUI/Bundle.h>
 #include <ZelvanoUI/Device.h>
 
+#include <QAnyStringView>
 #include <QJsonDocument>
 #include <QMutex>
 
@@ -98,23 +99,14 @@ std::shared_ptr<const UserAgent> currentUserAgent()
     });
 }
 
-} // namespace
-
-namespace {
-
 const QString &textOf(const QString &text)
 {
     return text;
 }
 
-std::string textOf(bool flag)
+template<std::integral Number> std::string textOf(Number number)
 {
-    return flag ? "1" : "0";
-}
-
-std::string textOf(qint64 number)
-{
-    return std::to_string(number);
+    return std::to_string(qint64(number));
 }
 
 /// As many digits as the type carries, without trailing zeros.
@@ -126,16 +118,6 @@ template<std::floating_point Number> std::string textOf(Number number)
     std::array<char, 32> text;
     const auto end = std::to_chars(text.begin(), text.end(), number, std::chars_format::general, digits).ptr;
     return {text.begin(), end};
-}
-
-QString toQString(const QString &text)
-{
-    return text;
-}
-
-QString toQString(const std::string &text)
-{
-    return QString::fromStdString(text);
 }
 
 } // namespace
@@ -185,7 +167,7 @@ Dictionary ZVAPIObject::params() const
     auto all = m_values;
     forEachField(*this, [&](const auto &field) {
         if (field.isInBody)
-            all.insert(QString(field.key), toQString(textOf(field.value)));
+            all.insert(QString(field.key), QAnyStringView(textOf(field.value)).toString());
     });
     if (m_hasUserAgent)
         all.insert(ZVUserAgentKey, userAgent());
