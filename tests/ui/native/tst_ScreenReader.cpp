@@ -23,11 +23,10 @@ public Q_SLOTS:
         if (arguments.value(0) != u"focused"_s || arguments.value(1) != 1)
             return;
         focused = message;
-        name = call(message.service(), message.path(), u"org.freedesktop.DBus.Properties"_s, u"Get"_s,
-                    {u"org.a11y.atspi.Accessible"_s, u"Name"_s})
-                   .value<QDBusVariant>()
-                   .variant()
-                   .toString();
+        const auto answer = call(message.service(), message.path(), u"org.freedesktop.DBus.Properties"_s, u"Get"_s,
+                                 {u"org.a11y.atspi.Accessible"_s, u"Name"_s});
+        if (focused.path() == message.path()) // A later event may have come meanwhile.
+            name = answer.value<QDBusVariant>().variant().toString();
     }
 
 private Q_SLOTS:
