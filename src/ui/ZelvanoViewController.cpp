@@ -2,17 +2,15 @@
 
 #include "Logging.h"
 #include "MainQueue.h"
+#include "OverlayWindow.h"
 #include "Utilities.h"
 #include "VideoView.h"
-#include <ZelvanoUI/Application.h>
 #include <ZelvanoUI/Device.h>
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/NotificationCenter.h>
 
-#include <QGuiApplication>
 #include <QJsonDocument>
 #include <QPointer>
-#include <QQuickRenderControl>
 #include <QQuickWindow>
 
 #include <utility>
@@ -31,29 +29,6 @@ constexpr double topmost = 1e6; // The z of the overlay.
 
 // An adapter looks for this class by its name, and expects suggestions where it exists.
 const int registeredType = qRegisterMetaType<ZelvanoViewController *>();
-
-/// Whether the user can see the window. Another window shows one that is rendered by a QQuickRenderControl.
-bool isShown(QQuickWindow *window)
-{
-    const auto *const other = QQuickRenderControl::renderWindowFor(window);
-    return other ? other->isVisible() : window->isVisible();
-}
-
-/// The content of the window that shows the player's view, else of the named window, the key window, the focused one,
-/// or the first Qt Quick window. Null when none of them is visible.
-QQuickItem *windowContent(const QQuickItem *playerView, QQuickWindow *named)
-{
-    const auto &application = Application::shared();
-    QList<QWindow *> windows{named, application.keyWindow(), QGuiApplication::focusWindow()};
-    if (playerView)
-        windows.prepend(playerView->window());
-    for (auto *window : windows + application.windows()) {
-        auto *const quickWindow = qobject_cast<QQuickWindow *>(window);
-        if (quickWindow && isShown(quickWindow))
-            return quickWindow->contentItem();
-    }
-    return nullptr;
-}
 
 /// Native views store sizes and positions in the records: each gets its own.
 std::shared_ptr<ZVRecommendation> copyOf(const ZVRecommendation &recommendation)
