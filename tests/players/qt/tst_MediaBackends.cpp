@@ -31,6 +31,7 @@ namespace {
 struct Watched : QObject
 {
     QStringList heard;
+    int finishes = 0; ///< Of a movie player.
 
     ~Watched() override { NotificationCenter::defaultCenter().removeObserver(this); }
 
@@ -105,6 +106,7 @@ class tst_MediaBackends : public QObject
         movieWatched->watch<ZVMPMoviePlayerSubscribe>(movie);
         NotificationCenter::defaultCenter().addObserver(
             movieWatched.get(), MPMoviePlayerPlaybackDidFinishNotification, [this](const Notification &notification) {
+                ++movieWatched->finishes;
                 const auto reason = notification.userInfo.value(MPMoviePlayerPlaybackDidFinishReasonUserInfoKey);
                 if (reason == static_cast<int>(MPMovieFinishReason::PlaybackError))
                     movieWatched->heard.append(u"(failed)"_s);
@@ -152,6 +154,7 @@ class tst_MediaBackends : public QObject
             {u"content"_s, [&] { return movie->setContentURL(url(how)), true; }},
             {u"autoplay"_s, [&] { return movie->setShouldAutoplay(true), true; }},
             {u"av-play"_s, [&] { return av->play(), true; }},
+            {u"movie-play"_s, [&] { return movie->play(), true; }},
             {u"exit"_s, [&] { return movie->exit(), true; }},
             {u"destroy"_s, [&] { return media.reset(), true; }},
             {u"play"_s, [&] { return media->play(), true; }},
@@ -311,6 +314,8 @@ private Q_SLOTS:
             "progress, (failed), progress, (ready)", "(failed), (ready)");
         row("error while it loads", "load none.mp4, play, hear (failed)", "progress, start 0, play, (failed), pause",
             "start 0, play 0, (failed)");
+        row("failure that is played again", "load none.mp4, hear (failed), movie-play, stop", "progress, (failed)",
+            "(failed)");
         row("error while it plays", "send 0.2, begin, break, hear (failed)", "begin, (failed), pause",
             "begin, (failed)");
         row("error while paused", "send 0.2, begin, pause, hear pause, break, play, hear (failed)",
@@ -335,6 +340,8 @@ private Q_SLOTS:
         MainQueueTestClock::advance(2s);
         QTEST(told(*avWatched), "avHeard");
         QTEST(told(*movieWatched), "movieHeard");
+        if (steps.endsWith(u"exit"_s)) // The end of the media player is another.
+            QCOMPARE(movieWatched->finishes, steps.contains(u"destroy"_s) ? 2 : 1);
         if (!media || media->duration() <= 0)
             return;
         QCOMPARE(movie->contentURL(), media->source().toString());
