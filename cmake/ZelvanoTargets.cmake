@@ -26,7 +26,7 @@ function(zelvano_compile_options target)
         QT_NO_KEYWORDS QT_NO_FOREACH QT_STRICT_ITERATORS QT_NO_NARROWING_CONVERSIONS_IN_CONNECT)
     if(NOT ZELVANO_SHARED)
         target_compile_definitions(${target} PUBLIC ZELVANOCORE_STATIC_DEFINE ZELVANOUI_STATIC_DEFINE
-            ZELVANOSANDBOX_STATIC_DEFINE)
+            ZELVANOMPV_STATIC_DEFINE ZELVANOSANDBOX_STATIC_DEFINE)
     endif()
     target_compile_options(${target} PRIVATE "$<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2;-fstack-protector-strong>")
     target_link_options(${target} PRIVATE "$<$<CONFIG:Release>:-Wl,-z,relro,-z,now>")
@@ -103,7 +103,7 @@ endfunction()
 
 # Fails if a header in include/ZelvanoUI belongs to no folder.
 function(zelvano_check_headers_registered)
-    if(NOT ZELVANO_WITH_UI OR NOT ZELVANO_WITH_SANDBOX)
+    if(NOT ZELVANO_WITH_UI OR NOT ZELVANO_WITH_MPV OR NOT ZELVANO_WITH_SANDBOX)
         return()
     endif()
     file(GLOB on_disk CONFIGURE_DEPENDS "${ZELVANO_HEADER_DIR}/ZelvanoUI/*.h")

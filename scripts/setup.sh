@@ -7,7 +7,7 @@ demo=(
   build-essential cmake ninja-build ccache git ca-certificates
   qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-multimedia-dev qt6-webengine-dev libgl-dev
   qt6-shadertools-dev qt6-shader-baker
-  libcurl4-openssl-dev libboost-dev
+  libcurl4-openssl-dev libboost-dev libmpv-dev
   # Run: QML modules, image formats, fonts, video, a screen
   qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
   qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtquick-controls qml6-module-qtquick-layouts

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QByteArrayList>
+#include <QObject>
+
+#include <atomic>
+#include <memory>
+#include <optional>
+
+struct mpv_event;
+struct mpv_handle;
+
+namespace zelvano {
+
+/// An mpv without a window and without its own input. mpv calls from threads of its own; the signals are emitted on the
+/// main thread.
+class MpvCore : public QObject
+{
+    Q_OBJECT
+
+public:
+    static std::shared_ptr<MpvCore> create();
+    /// Returns at once. mpv ends on a thread of the global pool.
+    ~MpvCore() override;
+    Q_DISABLE_COPY_MOVE(MpvCore)
+
+    mpv_handle *handle() const { return m_handle; } ///< Null when it could not start.
+
+    /// mpv carries them out in order. A later event with this number, if it is not 0, reports the result.
+    void command(const QByteArrayList &words, quint64 number = 0);
+    void setFlag(const char *property, bool value, quint64 number = 0);
+    /// The current value; an absent one when mpv has none.
+    std::optional<double> number(const char *property) const;
+
+    /// Main thread. The events of mpv, in order.
+    Q_SIGNAL void happened(const mpv_event *event);
+    /// mpv has another picture to draw.
+    Q_SIGNAL void pictureChanged();
+    /// For mpv's render context, on any thread.
+    static void announcePicture(void *core);
+
+private:
+    MpvCore();
+    static void wake(void *core);
+    void drain();
+
+    mpv_handle *m_handle = nullptr;
+    std::atomic<bool> m_isAwake = false;
+    std::atomic<bool> m_hasPicture = false;
+};
+
+} // namespace zelvano

@@ -1,0 +1,407 @@
+#include <ZelvanoUI/MpvPlayer.h>
+
+#include "MpvCore.h"
+#include <ZelvanoUI/MainThread.h>
+#include <ZelvanoUI/NotificationCenter.h>
+
+#include <QMetaMethod>
+#include <QPointer>
+#include <QQuickItem>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include <mpv/client.h>
+
+namespace zelvano {
+
+namespace {
+
+constexpr double unknownDuration = std::numeric_limits<double>::quiet_NaN();
+constexpr double breakTolerance = 1.0; // Seconds. A remote video that ends earlier has lost its connection.
+
+constexpr double shortestJump = 0.1; // Seconds.
+
+/// In the order in which mpv reports them: the end before the pause that it makes there.
+enum Observed : quint64 { Eof = 1, Paused, Speed, Duration, Time, Width, Height };
+
+QByteArray locationOf(const QUrl &url)
+{
+    return url.isLocalFile() ? url.toLocalFile().toUtf8() : url.toEncoded();
+}
+
+int64_t entryOf(const mpv_event *reply)
+{
+    const auto &result = static_cast<const mpv_event_command *>(reply->data)->result;
+    for (int index = 0; result.format == MPV_FORMAT_NODE_MAP && index < result.u.list->num; ++index) {
+        if (std::strcmp(result.u.list->keys[index], "playlist_entry_id") == 0)
+            return result.u.list->values[index].u.int64;
+    }
+    return 0;
+}
+
+} // namespace
+
+struct MpvPlayer::Private
+{
+    MpvPlayer *const q;
+    const QPointer<QQuickItem> view;
+    const std::shared_ptr<MpvCore> core = MpvCore::create();
+    quint64 lastNumber = 0;
+    quint64 loadNumber = 0;  // Of the last command to load; 0 for none.
+    quint64 pauseNumber = 0; // Of the last change of the pause that mpv has still to make; 0 for none.
+    int64_t entry = 0;       // mpv's number of the current item; 0 until it is known.
+    bool isCurrent = false;  // What mpv reports is about the current item.
+    bool isOpen = false;     // mpv can play it.
+    bool isPaused = true;
+    bool isSeeking = false;
+    double seekOrigin = 0;
+    bool hasEnded = false;
+    bool hasFailed = false;
+    bool isFrameChanging = false;
+    double speed = 1;
+    QRectF frame;
+    QSizeF picture;
+    std::weak_ptr<AVPlayerItem> playedItem; // The last one that had a rate.
+    std::atomic<float> rate = 0;
+    std::atomic<AVPlayerStatus> status = AVPlayerStatus::Unknown;
+    std::atomic<double> currentTime = 0;
+
+    Private(MpvPlayer *owner, QQuickItem *item) : q(owner), view(item)
+    {
+        connect(core.get(), &MpvCore::happened, q, [this](const mpv_event *event) { take(event); });
+        const auto observe = [this](Observed number, const char *name, mpv_format format) {
+            if (core->handle())
+                mpv_observe_property(core->handle(), number, name, format);
+        };
+        observe(Eof, "eof-reached", MPV_FORMAT_FLAG);
+        observe(Paused, "pause", MPV_FORMAT_FLAG);
+        observe(Speed, "speed", MPV_FORMAT_DOUBLE);
+        observe(Duration, "duration", MPV_FORMAT_DOUBLE);
+        observe(Time, "time-pos", MPV_FORMAT_DOUBLE);
+        observe(Width, "dwidth", MPV_FORMAT_DOUBLE);
+        observe(Height, "dheight", MPV_FORMAT_DOUBLE);
+        if (!view)
+            return;
+        for (const auto change :
+             {&QQuickItem::xChanged, &QQuickItem::yChanged, &QQuickItem::widthChanged, &QQuickItem::heightChanged})
+            connect(view, change, q, [this] { checkFrameLater(); });
+    }
+
+    // The view's frame
+
+    /// After all edges have moved: bindings move them one by one.
+    void checkFrameLater()
+    {
+        if (!std::exchange(isFrameChanging, true))
+            QMetaObject::invokeMethod(
+                q, [this] { checkFrame(); }, Qt::QueuedConnection);
+    }
+
+    void checkFrame()
+    {
+        isFrameChanging = false;
+        const auto now = view ? QRectF(view->position(), view->size()) : QRectF();
+        const auto before = std::exchange(frame, now);
+        if (before != now && !before.isEmpty()) // The first layout of a window is no change.
+            Q_EMIT q->frameChanged();
+    }
+
+    // What mpv reports. A receiver of what this reports may drop the player.
+
+    void take(const mpv_event *event)
+    {
+        const auto self = q->weak_from_this().lock();
+        if (!self)
+            return;
+        switch (event->event_id) {
+        case MPV_EVENT_COMMAND_REPLY:
+            if (event->reply_userdata != loadNumber)
+                break;
+            if (event->error < 0)
+                fail();
+            else
+                entry = entryOf(event);
+            break;
+        case MPV_EVENT_SET_PROPERTY_REPLY:
+            if (event->reply_userdata == pauseNumber)
+                pauseNumber = 0;
+            break;
+        case MPV_EVENT_START_FILE:
+            isCurrent =
+                static_cast<const mpv_event_start_file *>(event->data)->playlist_entry_id == entry && entry != 0;
+            isSeeking = false;
+            break;
+        case MPV_EVENT_FILE_LOADED:
+            if (isCurrent)
+                open();
+            break;
+        case MPV_EVENT_END_FILE:
+            if (isCurrent)
+                close(*static_cast<const mpv_event_end_file *>(event->data));
+            break;
+        case MPV_EVENT_SEEK:
+            if (!std::exchange(isSeeking, true))
+                seekOrigin = currentTime;
+            break;
+        case MPV_EVENT_PLAYBACK_RESTART:
+            if (isCurrent && std::exchange(isSeeking, false)) {
+                moveTo(core->number("time-pos").value_or(currentTime));
+                if (std::abs(currentTime - seekOrigin) > shortestJump) // A canvas seeks to where the video is.
+                    q->timeJumped();
+            }
+            break;
+        case MPV_EVENT_PROPERTY_CHANGE:
+            takeProperty(event->reply_userdata, *static_cast<const mpv_event_property *>(event->data));
+            break;
+        default:
+            break;
+        }
+    }
+
+    void takeProperty(quint64 number, const mpv_event_property &property)
+    {
+        const bool isFlag = property.format == MPV_FORMAT_FLAG && *static_cast<const int *>(property.data) != 0;
+        const double value = property.format == MPV_FORMAT_DOUBLE ? *static_cast<const double *>(property.data) : 0;
+        switch (number) {
+        case Eof:
+            if (isFlag && isOpen)
+                reachEnd();
+            break;
+        case Paused:
+            if (pauseNumber == 0)
+                isPaused = isFlag;
+            break;
+        case Speed:
+            speed = value;
+            break;
+        case Duration:
+            if (isOpen)
+                setDuration(value);
+            break;
+        case Time:
+            if (isCurrent && property.format == MPV_FORMAT_DOUBLE)
+                moveTo(value);
+            break;
+        case Width:
+            if (value > 0) // mpv has none for a moment while it changes where it draws.
+                picture.setWidth(value);
+            break;
+        case Height:
+            if (value > 0)
+                picture.setHeight(value);
+            break;
+        default:
+            break;
+        }
+        tellRate();
+    }
+
+    void open()
+    {
+        isOpen = true;
+        setDuration(core->number("duration").value_or(0));
+        setStatus(AVPlayerStatus::ReadyToPlay, AVPlayerItemStatus::ReadyToPlay);
+    }
+
+    void close(const mpv_event_end_file &end)
+    {
+        isCurrent = isOpen = false;
+        if (end.reason == MPV_END_FILE_REASON_REDIRECT)
+            entry = end.playlist_insert_id; // A playlist: its first entry is the video.
+        else if (end.reason == MPV_END_FILE_REASON_ERROR)
+            fail();
+        else if (end.reason == MPV_END_FILE_REASON_EOF)
+            reachEnd();
+        else
+            setPaused(true); // The host has stopped it.
+        tellRate();
+    }
+
+    void reachEnd()
+    {
+        const auto item = q->currentItem();
+        if (!item || std::exchange(hasEnded, true))
+            return;
+        const bool isRemote = !item->asset().URL().isLocalFile();
+        if (isRemote && currentTime + breakTolerance < item->duration())
+            return fail();
+        setPaused(true);
+        NotificationCenter::defaultCenter().post(
+            {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(item.get()), {}});
+    }
+
+    void fail()
+    {
+        hasFailed = true;
+        setPaused(true);
+        setStatus(AVPlayerStatus::Failed, AVPlayerItemStatus::Failed);
+    }
+
+    /// The player's own status first: adapters read it when the item's changes.
+    void setStatus(AVPlayerStatus own, AVPlayerItemStatus ofItem)
+    {
+        status = own;
+        if (const auto item = q->currentItem())
+            item->setStatus(ofItem);
+    }
+
+    void setDuration(double seconds)
+    {
+        const auto item = q->currentItem();
+        if (!item)
+            return;
+        item->setDuration(seconds > 0 ? seconds : unknownDuration);
+        Q_EMIT q->durationChanged();
+    }
+
+    void moveTo(double seconds)
+    {
+        currentTime = std::max(seconds, 0.0);
+        Q_EMIT q->currentTimeChanged();
+    }
+
+    // What the host and the library ask for
+
+    /// What mpv reports meanwhile may be older.
+    void setPaused(bool paused)
+    {
+        isPaused = paused;
+        pauseNumber = ++lastNumber;
+        core->setFlag("pause", paused, pauseNumber);
+    }
+
+    /// Emits rateChanged() also when only the item changed: adapters report the item's start on it.
+    void tellRate()
+    {
+        const auto item = q->currentItem();
+        const bool isPlaying = item && !isPaused && !hasEnded && !hasFailed;
+        const auto now = isPlaying ? static_cast<float>(speed) : 0.0F;
+        const bool isAnotherItem = now != 0 && playedItem.lock() != item;
+        if (now != 0)
+            playedItem = item;
+        if (rate.exchange(now) != now || isAnotherItem)
+            Q_EMIT q->rateChanged();
+    }
+
+    void load(const std::shared_ptr<AVPlayerItem> &item)
+    {
+        isCurrent = isOpen = isSeeking = hasEnded = hasFailed = false;
+        entry = 0;
+        picture = {};
+        status = AVPlayerStatus::Unknown;
+        loadNumber = ++lastNumber;
+        if (item)
+            core->command({"loadfile", locationOf(item->asset().URL())}, loadNumber);
+        else
+            core->command({"stop"});
+        moveTo(0);
+        Q_EMIT q->durationChanged();
+        tellRate();
+    }
+};
+
+MpvPlayer::MpvPlayer(QQuickItem *view) : d(new Private(this, view)) {}
+
+MpvPlayer::~MpvPlayer() = default;
+
+std::shared_ptr<MpvPlayer> MpvPlayer::create(QQuickItem *view)
+{
+    return std::shared_ptr<MpvPlayer>(new MpvPlayer(view), MainThreadDeleter{});
+}
+
+std::shared_ptr<MpvCore> MpvPlayer::core() const
+{
+    return d->core;
+}
+
+mpv_handle *MpvPlayer::handle() const
+{
+    return d->core->handle();
+}
+
+void MpvPlayer::seek(double seconds)
+{
+    d->hasEnded = false;
+    d->core->command({"seek", QByteArray::number(std::max(seconds, 0.0), 'f', 3), "absolute+exact"});
+}
+
+double MpvPlayer::duration() const
+{
+    const auto item = currentItem();
+    return item && item->duration() > 0 ? item->duration() : 0;
+}
+
+QObject *MpvPlayer::view() const
+{
+    return d->view;
+}
+
+QRectF MpvPlayer::videoBounds() const
+{
+    if (!d->view || d->picture.isEmpty())
+        return {};
+    QRectF bounds({}, d->picture.scaled(d->view->size(), Qt::KeepAspectRatio));
+    bounds.moveCenter(QRectF({}, d->view->size()).center());
+    return bounds;
+}
+
+float MpvPlayer::rate() const
+{
+    return d->rate;
+}
+
+AVPlayerStatus MpvPlayer::status() const
+{
+    return d->status;
+}
+
+double MpvPlayer::currentTime() const
+{
+    return d->currentTime;
+}
+
+void MpvPlayer::play()
+{
+    if (!currentItem() || d->hasFailed)
+        return;
+    if (d->hasEnded)
+        seek(0);
+    d->setPaused(false);
+    d->tellRate();
+}
+
+void MpvPlayer::pause()
+{
+    d->setPaused(true);
+    d->tellRate();
+}
+
+/// Adapters hear changes only. One that begins to watch hears one turn of the event loop later what it has missed.
+void MpvPlayer::connectNotify(const QMetaMethod &signal)
+{
+    const auto item = currentItem();
+    if (!item || signal != QMetaMethod::fromSignal(&AVPlayer::rateChanged))
+        return;
+    const bool hasStatus = item->status() != AVPlayerItemStatus::Unknown;
+    const bool hasRate = rate() != 0;
+    const auto tell = [this, item, hasStatus, hasRate] {
+        const auto self = weak_from_this().lock();
+        if (self && hasStatus && item == currentItem())
+            Q_EMIT item->statusChanged();
+        if (self && hasRate && rate() != 0 && item == currentItem())
+            Q_EMIT rateChanged();
+    };
+    QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+}
+
+void MpvPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
+{
+    d->load(item);
+}
+
+} // namespace zelvano
