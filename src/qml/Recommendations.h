@@ -82,8 +82,9 @@ public:
 
     /// The host's player, with or without a source: a MediaPlayer, a KalturaPlayer, or an object of a C++ class that
     /// derives from AVPlayer, AVPlayerViewController, MPMoviePlayerController, MPMoviePlayerViewController or
-    /// KPViewController. A std::shared_ptr of the host must own the latter, but for a KPViewController. Null by default
-    /// and after the player's destruction. Restarts; a change of the player's source does not.
+    /// KPViewController. A std::shared_ptr of the host must own the latter, but for a KPViewController. Also an item
+    /// with such an object in a property "player", such as an MpvVideo. Null by default and after the player's
+    /// destruction. Restarts; a change of the player's source does not.
     Q_PROPERTY(QObject *player READ player WRITE setPlayer NOTIFY playerChanged FINAL)
     QObject *player() const { return m_player; }
     void setPlayer(QObject *player);

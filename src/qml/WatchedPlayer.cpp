@@ -32,6 +32,13 @@ constexpr std::array playerMakers{
     make<QtMPMoviePlayerController>,
 };
 
+/// An item such as MpvVideo shows a player and offers it as its property "player". Any other object is its own.
+QObject *playerIn(QObject *object)
+{
+    auto *inner = object ? object->property("player").value<QObject *>() : nullptr;
+    return qobject_cast<Player *>(inner) ? inner : object;
+}
+
 bool isContractPlayer(QObject *player)
 {
     return qobject_cast<AVPlayer *>(player) || qobject_cast<AVPlayerViewController *>(player) ||
@@ -40,9 +47,10 @@ bool isContractPlayer(QObject *player)
 
 } // namespace
 
-std::variant<std::shared_ptr<QObject>, QString> watchedPlayer(QObject *player, QQuickItem *videoOutput,
+std::variant<std::shared_ptr<QObject>, QString> watchedPlayer(QObject *given, QQuickItem *videoOutput,
                                                               Recommendations::PlayerKind kind)
 {
+    auto *player = playerIn(given);
     const auto index = static_cast<std::size_t>(kind);
     if (auto *media = qobject_cast<QMediaPlayer *>(player)) {
         if (index < playerMakers.size())
@@ -70,7 +78,7 @@ QQuickItem *viewOf(QObject *player)
         return qobject_cast<QQuickItem *>(media->videoOutput());
     if (const auto *kaltura = qobject_cast<KalturaPlayer *>(player))
         return viewOf(kaltura->controller().get());
-    const auto *other = qobject_cast<Player *>(player);
+    const auto *other = qobject_cast<Player *>(playerIn(player));
     return other ? qobject_cast<QQuickItem *>(other->view()) : nullptr;
 }
 

@@ -18,16 +18,17 @@ struct QmlHost
     QQmlEngine qml;
     std::unique_ptr<QObject> root;
 
-    explicit QmlHost(const QString &elements)
+    explicit QmlHost(const QString &elements, const QString &imports = {})
     {
         service.storeIdentity();
         qml.addImportPath(QStringLiteral(ZELVANO_QML_DIR));
         QQmlComponent component(&qml);
-        component.setData("import QtQuick\nimport QtMultimedia\nimport ZelvanoUI\n"
-                          "Window { id: window; visible: true; width: 640; height: 480\n"
-                          "required property url first; required property url second\n"
-                          "property QtObject service: RecommendationService\n"
-                          "property var heard: []; function hear(what) { heard.push(what) }\n" +
+        component.setData("import QtQuick\nimport QtMultimedia\nimport ZelvanoUI\n" + imports.toUtf8() +
+                              "\n"
+                              "Window { id: window; visible: true; width: 640; height: 480\n"
+                              "required property url first; required property url second\n"
+                              "property QtObject service: RecommendationService\n"
+                              "property var heard: []; function hear(what) { heard.push(what) }\n" +
                               elements.toUtf8() + "}",
                           {});
         if (!component.isReady())

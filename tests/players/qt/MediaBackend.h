@@ -8,6 +8,8 @@
 inline QString missingMediaBackend()
 {
     const auto backend = qEnvironmentVariable("QT_MEDIA_BACKEND");
+    if (backend == QStringLiteral("mpv"))
+        return {};
     const QDir plugins(QLibraryInfo::path(QLibraryInfo::PluginsPath) + QStringLiteral("/multimedia"));
     if (plugins.entryList({QStringLiteral("*%1*").arg(backend)}).isEmpty())
         return QStringLiteral("Qt's media backend \"%1\" is not installed").arg(backend);
