@@ -2,6 +2,9 @@
 
 #include "KalturaDeck.h"
 #include "MediaDeck.h"
+#ifdef ZELVANO_WITH_MPV
+#include "MpvDeck.h"
+#endif
 
 namespace demo {
 
@@ -14,11 +17,26 @@ const QStringList &Deck::kinds()
     return kinds;
 }
 
-std::unique_ptr<Deck> Deck::create(const QString &kind, QMediaPlayer *mediaPlayer, QQuickItem *videoOutput,
-                                   QQuickItem *place)
+const QStringList &Deck::engines()
+{
+    static const QStringList engines{
+        u"qt"_s,
+#ifdef ZELVANO_WITH_MPV
+        u"mpv"_s,
+#endif
+    };
+    return engines;
+}
+
+std::unique_ptr<Deck> Deck::create(const QString &kind, [[maybe_unused]] const QString &engine,
+                                   QMediaPlayer *mediaPlayer, QQuickItem *videoOutput, QQuickItem *place)
 {
     if (kind == "kaltura"_L1)
         return std::make_unique<KalturaDeck>(place);
+#ifdef ZELVANO_WITH_MPV
+    if (engine == "mpv"_L1)
+        return std::make_unique<MpvDeck>(place);
+#endif
     return std::make_unique<MediaDeck>(kind, mediaPlayer, videoOutput);
 }
 

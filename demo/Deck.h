@@ -26,9 +26,12 @@ class Deck : public QObject
 
 public:
     static const QStringList &kinds();
-    /// The web player shows its page in `place`. All other kinds play on the media player into the video output.
-    static std::unique_ptr<Deck> create(const QString &kind, QMediaPlayer *mediaPlayer, QQuickItem *videoOutput,
-                                        QQuickItem *place);
+    /// What plays a video. The first is the default.
+    static const QStringList &engines();
+    /// The web player and mpv show themselves in `place`. All other kinds play on the media player into the video
+    /// output.
+    static std::unique_ptr<Deck> create(const QString &kind, const QString &engine, QMediaPlayer *mediaPlayer,
+                                        QQuickItem *videoOutput, QQuickItem *place);
 
     /// Makes the player object for one session of the library.
     virtual std::shared_ptr<QObject> newPlayer(Witness &witness) = 0;

@@ -100,7 +100,7 @@ void Host::attach(QQuickWindow *window)
 {
     m_window = window;
     m_deck =
-        Deck::create(m_options.player, window->findChild<QMediaPlayer *>(u"mediaPlayer"_s),
+        Deck::create(m_options.player, m_options.engine, window->findChild<QMediaPlayer *>(u"mediaPlayer"_s),
                      window->findChild<QQuickItem *>(u"videoOutput"_s), window->findChild<QQuickItem *>(u"webPlace"_s));
     Application::shared().setKeyWindow(window);
     connect(m_deck.get(), &Deck::videoChanged, this, &Host::updateTitle);

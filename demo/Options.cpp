@@ -50,6 +50,8 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     const QCommandLineOption defaults(u"defaults"_s, u"Keep the user's identity in <file>."_s, u"file"_s);
     const QCommandLineOption player(u"player"_s, u"The kind of player: "_s + Deck::kinds().join(", "_L1) + u'.',
                                     u"kind"_s, u"avplayerviewcontroller"_s);
+    const QCommandLineOption engine(u"engine"_s, u"What plays: "_s + Deck::engines().join(", "_L1) + u'.', u"name"_s,
+                                    Deck::engines().constFirst());
     const auto noView = u"none"_s;
     const QStringList viewNames = QStringList{noView} + views().keys();
     const QCommandLineOption view(u"view"_s, u"The native view: "_s + viewNames.join(", "_L1) + u'.', u"kind"_s,
@@ -67,8 +69,8 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(u"A host of ZelvanoUI: plays a video and recommends further ones."_s);
     parser.addHelpOption();
-    parser.addOptions({service, scenario, videos, apiKey, page, suggestions, defaults, player, view, colors, video,
-                       script, screenshots, trace, stalls});
+    parser.addOptions({service, scenario, videos, apiKey, page, suggestions, defaults, player, engine, view, colors,
+                       video, script, screenshots, trace, stalls});
     parser.process(arguments);
 
     bool isNumber = true;
@@ -81,6 +83,7 @@ std::optional<Options> Options::parse(const QStringList &arguments)
     options.page = parser.value(page);
     options.defaults = parser.value(defaults);
     options.player = parser.value(player);
+    options.engine = parser.value(engine);
     options.suggestions = options.player == "kaltura"_L1 ? defaultPluginSuggestions : defaultSuggestions;
     if (parser.isSet(suggestions))
         options.suggestions = parser.value(suggestions).toInt(&isNumber);
@@ -100,6 +103,10 @@ std::optional<Options> Options::parse(const QStringList &arguments)
         return refuse(u"--scenario and --videos exclude --service"_s);
     if (!Deck::kinds().contains(options.player))
         return refuse(u"--player takes one of "_s + Deck::kinds().join(", "_L1));
+    if (!Deck::engines().contains(options.engine))
+        return refuse(u"--engine takes one of "_s + Deck::engines().join(", "_L1));
+    if (parser.isSet(player) && options.engine == "mpv"_L1 && options.player != "avplayer"_L1)
+        return refuse(u"--engine mpv is an avplayer"_s);
     if (!viewNames.contains(parser.value(view)))
         return refuse(u"--view takes one of "_s + viewNames.join(", "_L1));
     if (!colorings().contains(options.colors))

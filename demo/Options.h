@@ -22,6 +22,7 @@ struct Options
     int suggestions = 0;
     QString defaults; ///< A file. Empty: the application's own.
     QString player;
+    QString engine;
     QString colors;                                                 ///< "light", "dark" or "system".
     std::optional<zelvano::ZVRecommendationViewFactory::Type> view; ///< The native view, if any.
     QUrl video;                                                     ///< Empty: the service's first sample.
