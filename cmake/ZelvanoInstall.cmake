@@ -1,5 +1,5 @@
 # Installs the libraries and programs, and the files by which hosts find them. The components are runtime, development,
-# sandbox, demo, and qml: the QML module, in ZELVANO_INSTALL_QMLDIR.
+# sandbox, demo, qml: the QML module, in ZELVANO_INSTALL_QMLDIR, and mpv: a library and its QML module.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 

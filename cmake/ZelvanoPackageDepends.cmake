@@ -27,5 +27,8 @@ endif()
 if("qml" IN_LIST CPACK_COMPONENTS_ALL)
     zelvano_add_qml_depends(QML "${build}/qml/ZelvanoUI")
 endif()
+if("mpv" IN_LIST CPACK_COMPONENTS_ALL)
+    zelvano_add_qml_depends(MPV "${build}/qml/ZelvanoUI/Mpv")
+endif()
 # find_package(ZelvanoUI) needs these.
 zelvano_add_depends(DEVELOPMENT qt6-base-dev qt6-declarative-dev qt6-multimedia-dev)

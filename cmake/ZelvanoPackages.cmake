@@ -38,11 +38,16 @@ if(TARGET zelvano-sandbox)
     zelvano_package(sandbox ${sandbox_package} devel
         "A recommendation service for development, on this machine only: a program and a library.")
 endif()
+set(mpv_package)
+if(ZELVANO_WITH_MPV)
+    set(mpv_package libzelvanoui-mpv)
+    zelvano_package(mpv ${mpv_package} libs "The player over mpv: a library and its QML module." DEPENDS libzelvanoui)
+endif()
 zelvano_package(development libzelvanoui-dev libdevel "The headers, and the files for CMake and pkg-config."
-    DEPENDS libzelvanoui ${sandbox_package} RECOMMENDS qt6-webengine-dev)
+    DEPENDS libzelvanoui ${mpv_package} ${sandbox_package} RECOMMENDS qt6-webengine-dev)
 if(TARGET zelvano-demo)
     zelvano_package(demo zelvanoui-demo video "The demo: a host that starts its own service."
-        DEPENDS libzelvanoui ${sandbox_package})
+        DEPENDS libzelvanoui ${mpv_package} ${sandbox_package})
 endif()
 if(ZELVANO_WITH_UI)
     zelvano_package(qml qml6-module-zelvanoui libs "The QML module." DEPENDS libzelvanoui)

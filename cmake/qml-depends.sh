@@ -28,6 +28,7 @@ while read -r module path; do
   case $module in
     '') ;; # Nothing is imported.
     ZelvanoUI) echo qml6-module-zelvanoui ;;
+    ZelvanoUI.Mpv) echo libzelvanoui-mpv ;;
     ZelvanoUI.Interface) ;; # Registered by the library itself.
     *)
       if [ "$path" != - ]; then

@@ -43,7 +43,7 @@ libdir() { dirname "$(find "$1" -name 'libZelvanoCore.*' -print -quit)"; }
 check_interface() {
   local lib flags
   lib=$(libdir "$prefix")
-  read -ra flags < <(PKG_CONFIG_PATH=$lib/pkgconfig pkg-config --cflags --libs zelvano-ui zelvano-sandbox)
+  read -ra flags < <(PKG_CONFIG_PATH=$lib/pkgconfig pkg-config --cflags --libs zelvano-ui zelvano-mpv zelvano-sandbox)
   mkdir "$work/reference"
   ZELVANO_DOCS_OUTPUT=$work/reference ZELVANO_DOCS_INPUT=$prefix/include/ZelvanoUI quietly doxygen docs/Doxyfile
   tests/install/consumer.py "$work/reference/xml" >"$work/consumer.cpp"
@@ -254,7 +254,7 @@ section "install"
 scripts/build.sh check package
 install_to "$prefix" build/package
 check_interface
-refuses Nonsense 'ZelvanoUI has no component "Nonsense": there are Core, UI and Sandbox.'
+refuses Nonsense 'ZelvanoUI has no component "Nonsense": there are Core, UI, Mpv and Sandbox.'
 
 section "examples"
 cp -r examples "$work/examples"
@@ -267,6 +267,7 @@ check_example other-engine terminal page ready start autoPlay pause play end
 check_example cpp-overlay window page ready start autoPlay pause impression
 check_example cpp-list window page ready start autoPlay
 check_example qml-overlay window page ready start autoPlay
+check_example mpv-overlay window page ready start autoPlay
 check_example qml-list window page ready start autoPlay
 for example in examples/*/; do
   [[ " ${checked[*]} " == *" $(basename "$example") "* ]] || fail "$example is not checked"
