@@ -14,7 +14,7 @@
 #include <algorithm>
 #include <map>
 
-#include <unistd.h>
+#include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
 
@@ -217,7 +217,7 @@ QByteArray VideoFolder::run(const QString &program, const QStringList &arguments
     QProcess process;
     process.setStandardErrorFile(QProcess::nullDevice());
     if (m_isOpen)
-        process.setChildProcessModifier([] { ::nice(10); }); // A video plays meanwhile.
+        process.setChildProcessModifier([] { setpriority(PRIO_PROCESS, 0, 10); }); // A video plays meanwhile.
     process.start(program, arguments, QIODevice::ReadOnly);
     QElapsedTimer time;
     time.start();

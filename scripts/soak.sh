@@ -53,6 +53,7 @@ ROUND
   echo quit
 } >"$work/rounds.script"
 
+# For the same reason as in scripts/demo.sh.
 export QT_MEDIA_BACKEND=ffmpeg XDG_RUNTIME_DIR=$work
 [ "$(id -u)" -ne 0 ] || export QTWEBENGINE_DISABLE_SANDBOX=1 # Chromium refuses to run as root with its sandbox on.
 build/release/sandbox/zelvano-sandbox --port 0 >"$work/service.log" &

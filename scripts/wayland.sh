@@ -26,6 +26,7 @@ for _ in $(seq 100); do
   sleep 0.1
 done
 unset DISPLAY
+# The media backend for the same reason as in scripts/demo.sh.
 export WAYLAND_DISPLAY=zelvano QT_QPA_PLATFORM=wayland QT_MEDIA_BACKEND=ffmpeg
 [ "$(id -u)" -ne 0 ] || export QTWEBENGINE_DISABLE_SANDBOX=1 # Chromium refuses to run as root with its sandbox on.
 
