@@ -3,8 +3,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-# Each public header compiles alone; the module's build describes the types of ZelvanoUI and ZelvanoUI.Interface.
-scripts/build.sh check dev all_verify_interface_header_sets ZelvanoQml
+# Each public header compiles alone; the module's build describes the types of the QML modules.
+scripts/build.sh check dev all_verify_interface_header_sets ZelvanoQml ZelvanoMpvQml
 
 echo "clang-format"
 git ls-files -z '*.cpp' '*.h' | xargs -0 clang-format --dry-run --Werror

@@ -9,7 +9,7 @@ case "${1:-}" in
 esac
 
 docs/snippets.py "$@"
-scripts/build.sh check dev ZelvanoQml # Writes the description of the QML types.
+scripts/build.sh check dev ZelvanoQml ZelvanoMpvQml # Writes the description of the QML types.
 rm -rf build/docs
 mkdir -p build/docs
 ZELVANO_DOCS_OUTPUT=build/docs ZELVANO_DOCS_INPUT="docs/reference.md include/ZelvanoUI src/qml" doxygen docs/Doxyfile
