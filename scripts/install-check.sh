@@ -111,7 +111,7 @@ run_example() {
   install -d -m 700 "$home"
   start_sandbox
   local arguments=(--service "$service")
-  [[ $name != qml-* ]] || arguments=("http://$service/media/1.mp4" "$service")
+  [[ $name != @(qml|mpv)-* ]] || arguments=("http://$service/media/1.mp4" "$service")
   env -u DISPLAY -u WAYLAND_DISPLAY HOME="$home" XDG_CONFIG_HOME="$home" XDG_RUNTIME_DIR="$home" "${media[@]}" \
     timeout 60 "${program[@]}" --quit-after 7 "${arguments[@]}" >"$work/output" 2>"$work/log" ||
     { tail -n 20 "$work/log" >&2; fail "example $name failed"; }
