@@ -56,7 +56,7 @@ MediaPlayback::MediaPlayback(QMediaPlayer *player)
     m_isOpen =
         m_now.hasContent() && m_now.status != QMediaPlayer::NoMedia && m_now.status != QMediaPlayer::LoadingMedia;
     readOpening();
-    m_hasPlayed = state() != QMediaPlayer::StoppedState;
+    m_hasPlayed = m_now.state != QMediaPlayer::StoppedState;
     m_lastPosition = position();
     m_standstill.setSingleShot(true);
     m_standstill.setInterval(longestStandstill);
@@ -257,8 +257,8 @@ double MediaPlayback::bufferedUntil() const
 
 void MediaPlayback::playbackStateDidChange()
 {
-    if (m_now.state != QMediaPlayer::StoppedState)
-        m_playsWhenLoaded = false; // The host has played or paused it meanwhile.
+    if (m_now.state == QMediaPlayer::PausedState || state() == QMediaPlayer::PlayingState)
+        m_playsWhenLoaded = false; // The host has paused it meanwhile, or plays it already.
     if (m_now.state == QMediaPlayer::PlayingState) {
         m_hasPlayed = true;
         m_isBroken = m_isBroken && !m_isOpen;
@@ -270,6 +270,7 @@ void MediaPlayback::playbackStateDidChange()
 
 void MediaPlayback::mediaStatusDidChange()
 {
+    const bool wasOpen = m_isOpen;
     readOpening();
     if (m_now.status == QMediaPlayer::EndOfMedia && std::exchange(m_hasPlayed, false))
         m_isBroken = breaksOff();
@@ -277,6 +278,8 @@ void MediaPlayback::mediaStatusDidChange()
     if (m_isBroken)
         Q_EMIT stateChanged();
     Q_EMIT mediumChanged();
+    if (m_isOpen && !wasOpen)
+        Q_EMIT stateChanged();
     // Later: the host may be setting another source.
     if (m_playsWhenLoaded && !isOpening())
         later([this] { playLoaded(); });

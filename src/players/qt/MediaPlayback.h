@@ -56,7 +56,11 @@ public:
     // The values at the change that is being handled, or was handled last.
 
     QUrl source() const { return m_now.source; }
-    QMediaPlayer::PlaybackState state() const { return m_isBroken ? QMediaPlayer::StoppedState : m_now.state; }
+    /// Stopped until the source is open: some backends play while they open it, others afterwards.
+    QMediaPlayer::PlaybackState state() const
+    {
+        return m_isOpen && !m_isBroken ? m_now.state : QMediaPlayer::StoppedState;
+    }
     /// play() waits for the source to load.
     bool isAboutToPlay() const { return m_playsWhenLoaded; }
     /// Playback rate while it plays; 1 is normal speed.

@@ -250,8 +250,10 @@ private Q_SLOTS:
                                                   u"(ready), start 4, play 4, end 4"_s);
         };
         row("a whole video", "whole", "whole", "whole");
-        row("play while it loads", "load a.mp4, play, at 0.2", "progress, start 0, play, (ready)",
-            "start 0, play 0, (ready)");
+        row("play while it loads over qt", "load a.mp4, play, at 0.2", "progress, (ready), start 0, play",
+            "(ready), start 0, play 0");
+        row("play twice while it loads", "load a.mp4, av-play, play, at 0.2", "progress, start 0, play, (ready)",
+            "(ready), start 0, play 0");
         row("pause", "begin, pause, hear pause, play, at 0.4", "begin, pause, play", "begin, pause, play 0");
         row("attached while it plays over qt", "load a.mp4, hear (ready), play, at 0.3, attach, hear (ready)",
             "(ready), start 0, play", "(ready), start 0, play 0");
@@ -334,8 +336,9 @@ private Q_SLOTS:
         }
         row("source after a failure", "load none.mp4, hear (failed), load b.mp4, hear (ready)",
             "progress, (failed), progress, (ready)", "(failed), (ready)");
-        row("error while it loads", "load none.mp4, play, hear (failed)", "progress, start 0, play, (failed), pause",
-            "start 0, play 0, (failed)");
+        row("error while it loads over qt", "load none.mp4, play, hear (failed)", "progress, (failed)", "(failed)");
+        row("error while it is to play", "load none.mp4, av-play, hear (failed)",
+            "progress, start 0, play, (failed), pause", "(failed)");
         row("failure that is played again over qt", "load none.mp4, hear (failed), movie-play, stop",
             "progress, (failed)", "(failed)");
         row("error while it plays", "send 0.2, begin, break, hear (failed)", "begin, (failed), pause",
