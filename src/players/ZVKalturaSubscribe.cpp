@@ -63,9 +63,10 @@ void ZVKalturaSubscribe::dismissSubscriber() {}
 
 void ZVKalturaSubscribe::playerLoadStateDidChange(QObject *player, int state)
 {
-    if (static_cast<KPLoadState>(state) != KPLoadState::Playable)
+    // A report may drop the last other reference. If another thread has dropped it, the destructor has yet to run.
+    const auto self = weak_from_this().lock();
+    if (!self || static_cast<KPLoadState>(state) != KPLoadState::Playable)
         return;
-    const auto self = shared_from_this(); // A report may drop the last other reference.
     const QPointer<QObject> caller(player);
     sendReady();
     // Intended: one more listener each time. A choice is announced once per listener.
@@ -74,7 +75,9 @@ void ZVKalturaSubscribe::playerLoadStateDidChange(QObject *player, int state)
 
 void ZVKalturaSubscribe::playerPlaybackStateDidChange(QObject *player, int state)
 {
-    const auto self = shared_from_this();
+    const auto self = weak_from_this().lock();
+    if (!self)
+        return;
     const QPointer<QObject> caller(player);
     switch (static_cast<KPPlaybackState>(state)) {
     case KPPlaybackState::PageShown:

@@ -3,6 +3,8 @@
 #include "ZVKalturaSubscribe.h"
 #include <ZelvanoUI/ZVPlayerEvents.h>
 
+#include <thread>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace zelvano;
@@ -224,6 +226,11 @@ private Q_SLOTS:
         m_player->setDelegate(&other);
         adapter.reset();
         QCOMPARE(m_player->delegate(), &other);
+        adapter = ZVKalturaSubscribe::create(m_player);
+        std::thread([&] { adapter.reset(); }).join(); // Its destructor runs here, later.
+        m_player->tellLoadState(1);
+        m_player->tellPlaybackState(5);
+        QTRY_COMPARE(m_player->delegate(), nullptr);
     }
 
 private:
