@@ -180,7 +180,7 @@ http {
             ++m_open;
         }
         bool clientSpoke = false;
-        client.relay(nginx, [&](bool isFromClient, qsizetype size) {
+        client.relay(nginx, latency, [&](bool isFromClient, qsizetype size) {
             if (!isSecure)
                 return;
             const std::lock_guard lock(m_mutex);
@@ -194,6 +194,7 @@ http {
             --m_open;
     }
 
+    static constexpr std::chrono::milliseconds latency{5};
     const TestAuthority &m_authority;
     QProcess m_nginx;
     mutable std::mutex m_mutex;

@@ -73,21 +73,24 @@ public:
                 m_seen.clear();
         }
 
-        /// Carries bytes to another socket and back until one side closes. `onBytes` hears of each piece.
-        void relay(int other, const std::function<void(bool isFromClient, qsizetype size)> &onBytes)
+        /// Carries bytes to another socket and back until one side closes. Waits for `latency` before each piece, so
+        /// that what is sent together crosses together. `onBytes` hears of each piece.
+        void relay(int other, std::chrono::milliseconds latency,
+                   const std::function<void(bool isFromClient, qsizetype size)> &onBytes)
         {
             pollfd sides[] = {{m_socket, POLLIN, 0}, {other, POLLIN, 0}};
-            while (poll(sides, 2, -1) > 0) {
+            while (poll(sides, 2, -1) > 0 && !pause(latency)) {
                 for (const int from : {0, 1}) {
                     if (sides[from].revents == 0)
                         continue;
                     char bytes[16384];
                     const auto some = recv(sides[from].fd, bytes, sizeof(bytes), 0);
+                    if (some > 0)
+                        onBytes(from == 0, some);
                     if (some <= 0 || send(sides[1 - from].fd, bytes, size_t(some), MSG_NOSIGNAL) != some) {
                         shutdown(m_socket, SHUT_RDWR);
                         return;
                     }
-                    onBytes(from == 0, some);
                 }
             }
         }
