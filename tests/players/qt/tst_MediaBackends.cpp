@@ -342,7 +342,7 @@ private Q_SLOTS:
             const auto steps = "next "_ba + how + ", attach, whole, back, at 0.2";
             row(name.constData(), steps.constData(), "whole, seek 0", "whole, play 0");
         }
-        row("source after a failure", "load none.mp4, hear (failed), load b.mp4, hear (ready)",
+        row("source after a failure over ffmpeg, mpv", "load none.mp4, hear (failed), load b.mp4, hear (ready)",
             "progress, (failed), progress, (ready)", "(failed), (ready)");
         row("error while it loads over qt", "load none.mp4, play, hear (failed)", "progress, (failed)", "(failed)");
         row("error while it is to play", "load none.mp4, av-play, hear (failed)",
