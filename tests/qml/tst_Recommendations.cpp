@@ -549,6 +549,7 @@ private Q_SLOTS:
         for (const auto scenario : {sandbox::Scenario::Ordinary, sandbox::Scenario::Empty}) {
             QmlHost host(player + session + list + categories);
             host.service.sandbox.setScenario(scenario);
+            host.service.fault(ZVReadyEvent, {.delay = 300ms}); // So that the lists are seen while they wait.
             const bool hasVideos = scenario == sandbox::Scenario::Ordinary;
             const auto is = [&](const QString &condition) {
                 return host.waitFor(u"list."_s + condition) && host.waitFor(u"rows."_s + condition);
