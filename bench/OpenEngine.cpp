@@ -1,5 +1,6 @@
 #include "OpenEngine.h"
 
+#include "SilentListener.h"
 #include "Traffic.h"
 #include "Waiting.h"
 #include "ZVAPIObject.h"
@@ -12,22 +13,6 @@
 namespace zelvano::bench {
 
 namespace {
-
-class SilentListener : public ZelvanoPrivateDelegate
-{
-public:
-    void suggestionsDidFetched(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
-                               const std::shared_ptr<ZVRecommendation> &) override
-    {
-    }
-    void stateDidChanged(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &, const QString &) override
-    {
-    }
-    void addRecommendationToView(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &, QObject *,
-                                 QSizeF) override
-    {
-    }
-};
 
 class RequestCatcher : public http::TrafficObserver
 {

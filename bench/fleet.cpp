@@ -6,6 +6,7 @@
 #include "FakePlayer.h"
 #include "Resources.h"
 #include "Session.h"
+#include "SilentListener.h"
 #include "Traffic.h"
 #include "Waiting.h"
 #include <ZelvanoUI/PlayerEvents.h>
@@ -58,22 +59,6 @@ constexpr int outageRun = 30 * 60;
 constexpr int memoryMoment = 120; // All viewers have come.
 constexpr std::array keepAliveIntervals{1800, 300, 60, 30, 10};
 
-class SilentListener : public ZelvanoPrivateDelegate
-{
-public:
-    void suggestionsDidFetched(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
-                               const std::shared_ptr<ZVRecommendation> &) override
-    {
-    }
-    void stateDidChanged(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &, const QString &) override
-    {
-    }
-    void addRecommendationToView(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &, QObject *,
-                                 QSizeF) override
-    {
-    }
-};
-
 /// One person at a device, session after session. Reports what the adapter of an AVPlayer would.
 class Viewer
 {
@@ -107,7 +92,7 @@ private:
         m_subscriber = std::make_shared<FakeSubscriber>();
         m_subscriber->length = videoLength;
         m_engine = Zelvano::create();
-        m_engine->addListener(std::make_shared<SilentListener>());
+        m_engine->addListener(std::make_shared<bench::SilentListener>());
         m_engine->playerEventsHandler()->setCurrentSubscriber(m_subscriber);
         m_engine->initializeWithAPIKey(u"fleet-key"_s);
         m_engine->setPlayer(std::make_shared<QObject>(), u"http://videos.example/page"_s);
