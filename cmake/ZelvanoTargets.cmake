@@ -7,7 +7,9 @@ set(ZELVANO_GENERATED_DIR "${PROJECT_BINARY_DIR}/include")
 if(PROJECT_IS_TOP_LEVEL)
     find_program(ZELVANO_CCACHE ccache)
     if(ZELVANO_CCACHE)
-        set(CMAKE_CXX_COMPILER_LAUNCHER "${ZELVANO_CCACHE}")
+        # Builds with the same options share objects, and precompiled headers are cached.
+        set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env "CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}"
+            CCACHE_SLOPPINESS=pch_defines,time_macros "${ZELVANO_CCACHE}")
     endif()
 endif()
 
