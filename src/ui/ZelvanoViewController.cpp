@@ -2,17 +2,15 @@
 
 #include "Logging.h"
 #include "MainQueue.h"
-#include "OverlayWindow.h"
+#include "SessionOverlay.h"
 #include "Utilities.h"
-#include "VideoView.h"
 #include <ZelvanoUI/Device.h>
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/NotificationCenter.h>
 
 #include <QJsonDocument>
-#include <QPointer>
-#include <QQuickWindow>
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -23,9 +21,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto customerMediaUrl = "http://media.customer.example/videos/"_L1;
-constexpr double overlayShare = 0.8; // Of the player's width.
-constexpr QRectF firstOverlayFrame{20, 64, 300, 200};
-constexpr double topmost = 1e6; // The z of the overlay.
 
 // An adapter looks for this class by its name, and expects suggestions where it exists.
 const int registeredType = qRegisterMetaType<ZelvanoViewController *>();
@@ -33,19 +28,13 @@ const int registeredType = qRegisterMetaType<ZelvanoViewController *>();
 /// Native views store sizes and positions in the records: each gets its own.
 std::shared_ptr<ZVRecommendation> copyOf(const ZVRecommendation &recommendation)
 {
-    auto copy = ZVRecommendation::create(recommendation.recommendation());
     ZVVideoList videos;
     for (const auto &video : recommendation.videoList())
         videos.push_back(std::make_shared<ZVVideoParams>(video->params()));
-    if (copy)
-        copy->setVideoList(videos);
+    auto copy = ZVRecommendation::create(recommendation.recommendation());
+    copy->setVideoList(videos);
     return copy;
 }
-
-struct EndOverlay
-{
-    void operator()(ZVTopRecommendationView *overlay) const { overlay->end(); }
-};
 
 } // namespace
 
@@ -53,12 +42,9 @@ struct ZelvanoViewController::Private
 {
     Private(ZelvanoViewController *controller, const QString &key) : q(controller), apiKey(key) {}
 
-    std::vector<std::shared_ptr<ZVRecommendationView>> nativeViews() const;
     void fillNativeViews(const std::shared_ptr<ZVRecommendation> &recommendation);
     void rotation();
-    void playerViewDidMove();
     ZVTopRecommendationView *overlayOfSession();
-    void dropOverlay();
     std::optional<QString> pluginText() const;
     void postSuggestions(const QString &text) const;
 
@@ -72,16 +58,12 @@ struct ZelvanoViewController::Private
     qint64 suggestionsSize = 0;
     std::weak_ptr<ZelvanoViewControllerDelegate> delegate;
     std::shared_ptr<Zelvano> zelvano;
-    std::shared_ptr<ZVRecommendationView> recommendationView;
-    std::vector<std::shared_ptr<ZVRecommendationView>> addedViews;
+    std::vector<std::shared_ptr<ZVRecommendationView>> nativeViews{nullptr}; ///< First: recommendationView().
     std::shared_ptr<ZVRecommendation> shown; ///< The last one that the native views received.
     ZVVideoList videoList;
     std::shared_ptr<QObject> player;
     std::optional<QJsonArray> jsonArray;
-    std::unique_ptr<ZVTopRecommendationView, EndOverlay> webView;
-    std::unique_ptr<VideoView> playerView;
-    QPointer<QQuickWindow> window;
-    double proportion = 0;
+    SessionOverlay overlay;
 };
 
 ZelvanoViewController::ZelvanoViewController(const QString &apiKey) : d(std::make_unique<Private>(this, apiKey)) {}
@@ -136,12 +118,12 @@ void ZelvanoViewController::setDelegate(const std::weak_ptr<ZelvanoViewControlle
 
 QQuickWindow *ZelvanoViewController::window() const
 {
-    return d->window;
+    return d->overlay.window;
 }
 
 void ZelvanoViewController::setWindow(QQuickWindow *window)
 {
-    d->window = window;
+    d->overlay.window = window;
 }
 
 std::shared_ptr<QObject> ZelvanoViewController::player() const
@@ -151,12 +133,12 @@ std::shared_ptr<QObject> ZelvanoViewController::player() const
 
 std::shared_ptr<ZVRecommendationView> ZelvanoViewController::recommendationView() const
 {
-    return d->recommendationView;
+    return d->nativeViews.front();
 }
 
 void ZelvanoViewController::setRecommendationView(const std::shared_ptr<ZVRecommendationView> &view)
 {
-    d->recommendationView = view;
+    d->nativeViews.front() = view;
 }
 
 ZVVideoList ZelvanoViewController::videoList() const
@@ -176,7 +158,7 @@ bool ZelvanoViewController::shouldSendImpression() const
 
 double ZelvanoViewController::proportion() const
 {
-    return d->proportion;
+    return d->overlay.proportion();
 }
 
 bool ZelvanoViewController::disableSuggestionsBottomView() const
@@ -214,18 +196,15 @@ std::shared_ptr<Zelvano> ZelvanoViewController::zelvano()
 
 ZVTopRecommendationView *ZelvanoViewController::webView()
 {
-    if (!d->webView) {
-        d->webView.reset(new ZVTopRecommendationView(firstOverlayFrame));
-        d->webView->setZ(topmost);
-        d->webView->setDelegate(shared_from_this());
-    }
-    return d->webView.get();
+    if (!d->overlay.view())
+        d->overlay.create(shared_from_this());
+    return d->overlay.view();
 }
 
 /// A late call of the engine, after dismiss(), creates no overlay; only the host starts another session.
 ZVTopRecommendationView *ZelvanoViewController::Private::overlayOfSession()
 {
-    return zelvano ? q->webView() : webView.get();
+    return zelvano ? q->webView() : overlay.view();
 }
 
 void ZelvanoViewController::setPlayer(const std::shared_ptr<QObject> &player, const QString &pageId)
@@ -244,29 +223,25 @@ void ZelvanoViewController::addPlayer(const std::shared_ptr<QObject> &player)
 
 void ZelvanoViewController::addRecommendationView(const std::shared_ptr<ZVRecommendationView> &view)
 {
-    d->addedViews.push_back(view);
-    if (d->shown)
+    d->nativeViews.push_back(view);
+    if (view && d->shown)
         view->setRecommendations(copyOf(*d->shown));
 }
 
 void ZelvanoViewController::removeRecommendationView(const std::shared_ptr<ZVRecommendationView> &view)
 {
-    std::erase(d->addedViews, view);
-}
-
-std::vector<std::shared_ptr<ZVRecommendationView>> ZelvanoViewController::Private::nativeViews() const
-{
-    auto views = addedViews;
-    if (recommendationView)
-        views.insert(views.begin(), recommendationView);
-    return views;
+    auto &views = d->nativeViews;
+    views.erase(std::remove(views.begin() + 1, views.end(), view), views.end());
 }
 
 void ZelvanoViewController::Private::fillNativeViews(const std::shared_ptr<ZVRecommendation> &recommendation)
 {
     shown = recommendation;
-    for (const auto &view : nativeViews())
-        view->setRecommendations(view == recommendationView ? recommendation : copyOf(*recommendation));
+    const auto views = nativeViews; // The host may change them in a call.
+    for (std::size_t i = 0; i < views.size(); ++i) {
+        if (views[i])
+            views[i]->setRecommendations(i == 0 ? recommendation : copyOf(*recommendation));
+    }
 }
 
 // Calls of the engine
@@ -281,9 +256,7 @@ void ZelvanoViewController::suggestionsDidFetched(const std::shared_ptr<Zelvano>
         if (d->jsonArray)
             overlay->setJsonSuggestions(
                 QString::fromUtf8(QJsonDocument(*d->jsonArray).toJson(QJsonDocument::Indented)));
-        if (auto *const page = overlay->webView()) // The overlay is in no window before its first showing.
-            page->setProperty("stage", QVariant::fromValue(windowContent(playerView(), d->window)));
-        overlay->setUrl(ZVConfig::shared().UITagUrl());
+        d->overlay.load(ZVConfig::shared().UITagUrl());
     }
     const auto text = d->pluginText();
     if (player && player == d->player && text)
@@ -308,8 +281,8 @@ void ZelvanoViewController::stateDidChanged(const std::shared_ptr<Zelvano> &, co
     d->isSeeking = false;
     // Intended: a seek does not set the flag, so that a pause after it shows the overlay.
     if (state == PlayerEvent::Play || state == PlayerEvent::AutoPlay) {
-        if (d->webView)
-            d->webView->setHidden(true);
+        if (auto *overlay = d->overlay.view())
+            overlay->setHidden(true);
     } else if (state == PlayerEvent::Done) {
         dismiss();
     }
@@ -318,7 +291,7 @@ void ZelvanoViewController::stateDidChanged(const std::shared_ptr<Zelvano> &, co
 void ZelvanoViewController::addRecommendationToView(const std::shared_ptr<Zelvano> &, const std::shared_ptr<QObject> &,
                                                     QObject *view, QSizeF videoSize)
 {
-    auto *overlay = d->overlayOfSession();
+    const auto *overlay = d->overlayOfSession();
     if (!overlay || !overlay->isReady()) {
         ZV_LOG("Error: webView is not ready");
         return;
@@ -327,31 +300,15 @@ void ZelvanoViewController::addRecommendationToView(const std::shared_ptr<Zelvan
         ZV_LOG("When seeking webView is not shown");
         return;
     }
-    // First: the impression is sent before the overlay has its place.
-    overlay->setHidden(false);
-    d->proportion = videoSize.height() / videoSize.width();
-    d->playerView = std::make_unique<VideoView>(qobject_cast<QQuickItem *>(view));
-    connect(d->playerView.get(), &VideoView::frameChanged, this, [this] { d->playerViewDidMove(); });
-    overlay->setFrame(webviewFrame());
-    overlay->setParentItem(windowContent(playerView(), d->window));
-    if (!overlay->parentItem())
-        ZV_LOG("Error: no window is visible, so the overlay is not");
+    d->overlay.showOver(qobject_cast<QQuickItem *>(view), videoSize);
 }
 
 void ZelvanoViewController::Private::rotation()
 {
     const auto text = pluginText();
-    if (webView)
-        webView->setFrame(q->webviewFrame());
+    overlay.followPlayer();
     if (text)
         postSuggestions(*text);
-}
-
-/// A turned or resized window lays out the player's view later, under the shown overlay.
-void ZelvanoViewController::Private::playerViewDidMove()
-{
-    if (webView && !webView->isHidden())
-        webView->setFrame(q->webviewFrame());
 }
 
 std::optional<QString> ZelvanoViewController::Private::pluginText() const
@@ -408,7 +365,7 @@ void ZelvanoViewController::recommendationViewDidLoad()
 
 QQuickItem *ZelvanoViewController::playerView() const
 {
-    return d->playerView ? d->playerView->item() : nullptr;
+    return d->overlay.playerView();
 }
 
 qint64 ZelvanoViewController::index() const
@@ -418,12 +375,7 @@ qint64 ZelvanoViewController::index() const
 
 QRectF ZelvanoViewController::webviewFrame() const
 {
-    const auto *view = playerView();
-    const auto player = view ? QRectF(view->position(), view->size()) : QRectF(0, 0, 0, 0);
-    const double width = overlayShare * player.width();
-    const double height = width * d->proportion;
-    // Intended: without the player's x. The overlay is centred as though the player stood at the left edge.
-    return {(player.width() - width) / 2, player.y() + (player.height() - height) / 2, width, height};
+    return d->overlay.frame();
 }
 
 QString ZelvanoViewController::getMediaSrcWithDomain(const QString &path) const
@@ -437,9 +389,11 @@ void ZelvanoViewController::removeZelvanoRecommendations()
 {
     if (d->zelvano)
         d->zelvano->stop();
-    if (d->webView)
-        d->webView->setParentItem(nullptr);
-    for (const auto &native : d->nativeViews()) {
+    if (auto *overlay = d->overlay.view())
+        overlay->setParentItem(nullptr);
+    for (const auto &native : std::vector(d->nativeViews)) {
+        if (!native)
+            continue;
         if (auto *view = native->view())
             view->setParentItem(nullptr);
         native->setDelegate(nullptr);
@@ -450,11 +404,11 @@ void ZelvanoViewController::removeZelvanoRecommendations()
 void ZelvanoViewController::dismiss()
 {
     const auto keepAlive = weak_from_this().lock(); // The engine may hold the last other reference.
-    d->dropOverlay();
+    d->overlay.drop();
     if (const auto engine = std::exchange(d->zelvano, nullptr))
         engine->dismissZelvano();
     d->player.reset();
-    d->playerView.reset();
+    d->overlay.forgetPlayer();
     NotificationCenter::defaultCenter().removeObserver(this);
     if (std::exchange(d->isReportingDone, true))
         return; // The delegate dismisses once more from inside didSelectDone().
@@ -462,16 +416,6 @@ void ZelvanoViewController::dismiss()
         host->didSelectDone(this);
     d->delegate.reset();
     d->isReportingDone = false;
-}
-
-void ZelvanoViewController::Private::dropOverlay()
-{
-    const auto overlay = std::exchange(webView, nullptr); // First: hiding returns the focus, and the host may dismiss.
-    if (!overlay)
-        return;
-    overlay->setHidden(true);
-    overlay->setDelegate(nullptr);
-    overlay->setParentItem(nullptr); // The overlay may live a moment longer.
 }
 
 } // namespace zelvano
