@@ -4,12 +4,11 @@
 #include "LayoutCommand.h"
 #include "Logging.h"
 #include "MainQueue.h"
+#include "OverlayKeys.h"
 #include "WebEngine.h"
 
-#include <QKeyEvent>
 #include <QPointer>
 #include <QPropertyAnimation>
-#include <QQuickWindow>
 #include <QRegularExpression>
 #include <QThread>
 #include <QTimer>
@@ -24,24 +23,20 @@ constexpr auto swipeDuration = 250; // Milliseconds.
 
 } // namespace
 
-struct ZVTopRecommendationView::Private : QObject // To filter the window's keys.
+struct ZVTopRecommendationView::Private
 {
-    explicit Private(ZVTopRecommendationView *overlay) : q(overlay) {}
+    explicit Private(ZVTopRecommendationView *overlay) : q(overlay), keys(overlay) {}
 
-    bool eventFilter(QObject *window, QEvent *event) override;
-    bool leavesKeysTo(const QQuickItem *focused) const;
-    void comeToFront();
-    void followWindow(QQuickWindow *next);
     void loadContent();
     QQuickItem *root() const { return content ? content->root() : nullptr; }
     void pushSuggestions();
     void carryOut(const LayoutCommand &command);
     void select(const LayoutCommand &command);
-    void followFocus(QQuickItem *focused);
-    void giveFocusBack();
     void tearContentDown();
+    void comeToFront();
 
     ZVTopRecommendationView *const q;
+    OverlayKeys keys;
     bool isReady = false;
     bool isFirstLoad = true;
     bool isHidden = false;
@@ -53,9 +48,6 @@ struct ZVTopRecommendationView::Private : QObject // To filter the window's keys
     std::weak_ptr<ZVTopRecommendationViewDelegate> delegate;
     std::unique_ptr<InterfaceResource> content;
     QPointer<QQuickItem> webView;
-    QPointer<QQuickWindow> window;
-    QPointer<QQuickItem> lastFocusOutside;
-    QMetaObject::Connection focusConnection;
 };
 
 ZVTopRecommendationView::ZVTopRecommendationView(const QRectF &frame) : d(std::make_unique<Private>(this))
@@ -68,10 +60,7 @@ ZVTopRecommendationView::ZVTopRecommendationView(const QRectF &frame) : d(std::m
         d->loadContent();
 }
 
-ZVTopRecommendationView::~ZVTopRecommendationView()
-{
-    disconnect(d->focusConnection);
-}
+ZVTopRecommendationView::~ZVTopRecommendationView() = default;
 
 void ZVTopRecommendationView::Private::loadContent()
 {
@@ -165,7 +154,7 @@ void ZVTopRecommendationView::Private::tearContentDown()
 {
     if (!root())
         return;
-    giveFocusBack();
+    keys.giveFocusBack();
     root()->setProperty("owner", QVariant::fromValue<QObject *>(nullptr));
     if (webView) {
         QMetaObject::invokeMethod(webView, "stop");
@@ -182,19 +171,24 @@ bool ZVTopRecommendationView::isHidden() const
 
 void ZVTopRecommendationView::setHidden(bool hidden)
 {
-    if (!hidden) {
-        if (const auto owner = delegate())
-            owner->recommendationViewDidLoad();
-    } else {
-        d->giveFocusBack();
-    }
+    if (hidden)
+        d->keys.giveFocusBack();
+    else if (const auto owner = delegate())
+        owner->recommendationViewDidLoad();
     d->isHidden = hidden;
     setVisible(!hidden);
     setEnabled(!hidden);
     if (!hidden)
         d->comeToFront();
-    else if (d->window)
-        d->window->removeEventFilter(d.get());
+}
+
+/// The overlay that was shown last is above the others and gets the keys before them.
+void ZVTopRecommendationView::Private::comeToFront()
+{
+    const auto siblings = q->parentItem() ? q->parentItem()->childItems() : QList<QQuickItem *>();
+    if (!siblings.isEmpty() && siblings.last() != q)
+        q->stackAfter(siblings.last());
+    keys.comeFirst();
 }
 
 void ZVTopRecommendationView::setFrame(const QRectF &frame)
@@ -293,57 +287,8 @@ void ZVTopRecommendationView::Private::select(const LayoutCommand &command)
 void ZVTopRecommendationView::itemChange(ItemChange change, const ItemChangeData &data)
 {
     if (change == ItemSceneChange)
-        d->followWindow(data.window);
+        d->keys.followWindow(data.window);
     QQuickItem::itemChange(change, data);
-}
-
-void ZVTopRecommendationView::Private::followWindow(QQuickWindow *next)
-{
-    disconnect(focusConnection);
-    if (window)
-        window->removeEventFilter(this);
-    window = next;
-    if (!window)
-        return;
-    focusConnection =
-        connect(window, &QQuickWindow::activeFocusItemChanged, q, [this] { followFocus(window->activeFocusItem()); });
-    followFocus(window->activeFocusItem());
-    if (!isHidden)
-        window->installEventFilter(this);
-}
-
-/// The overlay that was shown last is above the others and gets the keys before them.
-void ZVTopRecommendationView::Private::comeToFront()
-{
-    const auto siblings = q->parentItem() ? q->parentItem()->childItems() : QList<QQuickItem *>();
-    if (!siblings.isEmpty() && siblings.last() != q)
-        q->stackAfter(siblings.last());
-    if (window)
-        window->installEventFilter(this); // Installed again, it is the first.
-}
-
-/// Escape reaches the overlay wherever the focus is. A Shortcut would not do: with a second one of the host, neither
-/// acts.
-bool ZVTopRecommendationView::Private::eventFilter(QObject *, QEvent *event)
-{
-    const bool isPress = event->type() == QEvent::KeyPress;
-    if (!isPress && event->type() != QEvent::ShortcutOverride)
-        return false;
-    if (!static_cast<QKeyEvent *>(event)->matches(QKeySequence::Cancel) || !q->isVisible() ||
-        leavesKeysTo(window->activeFocusItem()))
-        return false;
-    event->accept();
-    if (isPress)
-        q->dismissPressed();
-    return true;
-}
-
-/// Whether the item is in something that the host shows above the overlay, a dialog for example.
-bool ZVTopRecommendationView::Private::leavesKeysTo(const QQuickItem *focused) const
-{
-    while (focused && focused->parentItem() != q->parentItem())
-        focused = focused->parentItem();
-    return focused && focused->z() > q->z();
 }
 
 void ZVTopRecommendationView::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)
@@ -351,22 +296,6 @@ void ZVTopRecommendationView::geometryChange(const QRectF &newGeometry, const QR
     QQuickItem::geometryChange(newGeometry, oldGeometry);
     if (d->root())
         d->root()->setSize(newGeometry.size());
-}
-
-void ZVTopRecommendationView::Private::followFocus(QQuickItem *focused)
-{
-    if (focused && focused != q && !q->isAncestorOf(focused))
-        lastFocusOutside = focused;
-}
-
-void ZVTopRecommendationView::Private::giveFocusBack()
-{
-    if (!q->hasActiveFocus())
-        return;
-    if (lastFocusOutside)
-        lastFocusOutside->forceActiveFocus(Qt::OtherFocusReason);
-    else
-        q->setFocus(false);
 }
 
 } // namespace zelvano
