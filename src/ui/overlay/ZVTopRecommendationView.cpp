@@ -232,6 +232,28 @@ bool ZVTopRecommendationView::shouldStartLoadWithRequest(const QUrl &url)
     return false;
 }
 
+void ZVTopRecommendationView::Private::carryOut(const LayoutCommand &command)
+{
+    Q_EMIT q->commandReceived(command.text);
+    if (command.kind == LayoutCommand::Kind::Ready) {
+        isReady = true;
+        pushSuggestions();
+    } else if (command.kind == LayoutCommand::Kind::Index) {
+        select(command);
+    }
+}
+
+void ZVTopRecommendationView::Private::select(const LayoutCommand &command)
+{
+    if (!command.position) {
+        ZV_LOG("Error: the layout page sent " << command.text.left(100) << " without a position");
+        return;
+    }
+    if (const auto owner = delegate.lock())
+        owner->didSelecteRecommendation(q, *command.position);
+    isFirstLoad = true;
+}
+
 void ZVTopRecommendationView::pageDidFail(int code, const QString &reason)
 {
     if (d->isReady)
@@ -252,17 +274,6 @@ void ZVTopRecommendationView::rendererDidEnd(int status, int exitCode)
     setHidden(true);
 }
 
-void ZVTopRecommendationView::Private::carryOut(const LayoutCommand &command)
-{
-    Q_EMIT q->commandReceived(command.text);
-    if (command.kind == LayoutCommand::Kind::Ready) {
-        isReady = true;
-        pushSuggestions();
-    } else if (command.kind == LayoutCommand::Kind::Index) {
-        select(command);
-    }
-}
-
 void ZVTopRecommendationView::end()
 {
     if (d->answersUnderWay > 0)
@@ -271,17 +282,6 @@ void ZVTopRecommendationView::end()
         deleteLater();
     else
         delete this; // No event loop runs that would delete it later.
-}
-
-void ZVTopRecommendationView::Private::select(const LayoutCommand &command)
-{
-    if (!command.position) {
-        ZV_LOG("Error: the layout page sent " << command.text.left(100) << " without a position");
-        return;
-    }
-    if (const auto owner = delegate.lock())
-        owner->didSelecteRecommendation(q, *command.position);
-    isFirstLoad = true;
 }
 
 void ZVTopRecommendationView::itemChange(ItemChange change, const ItemChangeData &data)
