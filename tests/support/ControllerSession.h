@@ -13,19 +13,18 @@ public:
     void didSelectVideo(zelvano::ZelvanoViewController *, const std::shared_ptr<zelvano::ZVVideoParams> &video) override
     {
         selected.append(video->videoId());
-        if (onSelect)
-            onSelect();
+        onSelect();
     }
     void didSelectDone(zelvano::ZelvanoViewController *) override
     {
         ++done;
-        if (onDone)
-            onDone();
+        onDone();
     }
 
     QStringList selected;
     int done = 0;
-    std::function<void()> onSelect, onDone;
+    std::function<void()> onSelect = [] {};
+    std::function<void()> onDone = [] {};
 };
 
 /// A controller with a running engine, a host and a window.
@@ -51,6 +50,7 @@ struct ControllerSession
     {
         controller = zelvano::ZelvanoViewController::create(QStringLiteral("key"));
         controller->setDelegate(host);
+        controller->setSuggestionsSize(7);
         engine()->playerEventsHandler()->setCurrentSubscriber(subscriber);
     }
     std::shared_ptr<zelvano::Zelvano> engine() const { return controller->zelvano(); }

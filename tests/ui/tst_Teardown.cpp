@@ -155,9 +155,9 @@ private Q_SLOTS:
     void insideACall_data()
     {
         addColumns<QString, bool>({"call", "drops"}); // Or dismisses.
-        for (const auto *call :
-             {"selection", "selection by the page", "selection by the page, without event loop",
-              "selection in the list", "selection in the categories", "done", "native list", "plug-in", "rotation"}) {
+        for (const auto *call : {"selection", "selection by the page", "selection by the page, without event loop",
+                                 "selection in the list", "selection in the categories", "done", "focus", "native list",
+                                 "plug-in", "rotation"}) {
             for (const bool drops : {false, true})
                 QTest::addRow("%s, %s", call, drops ? "drop" : "dismiss") << QString::fromLatin1(call) << drops;
         }
@@ -172,6 +172,7 @@ private Q_SLOTS:
         const auto plugInsPlayer = std::make_shared<QObject>();
         scene.addPlayer(plugInsPlayer);
         const auto hasEnded = scene.watch();
+        QMetaObject::Connection focus;
         int calls = 0;
         const auto endIt = [&] {
             ++calls;
@@ -200,6 +201,10 @@ private Q_SLOTS:
         } else if (call == "done"_L1) {
             scene.host->onDone = endIt;
             scene.playerIs(u"done"_s);
+        } else if (call == "focus"_L1) { // The overlay that goes gives the focus back.
+            scene.overlay()->forceActiveFocus();
+            focus = connect(&scene.window->below, &QQuickItem::activeFocusChanged, scene.window.get(), endIt);
+            scene.controller->dismiss();
         } else if (call == "native list"_L1) {
             scene.controller->setRecommendationView(std::make_shared<OwnView>(endIt));
             scene.recommend(3);
@@ -214,6 +219,7 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return calls > 0; }) && flushMainQueue());
         QCOMPARE(calls, 1);
         NotificationCenter::defaultCenter().removeObserver(&scene);
+        disconnect(focus);
         QCOMPARE(scene.host->done, !drops || call == "done"_L1 ? 1 : 0);
         scene.endAll();
         QVERIFY(waitUntil(hasEnded));

@@ -6,6 +6,7 @@
 #include <QVersionNumber>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using namespace zelvano;
 
 namespace {
@@ -21,23 +22,38 @@ struct Session : ControllerSession
     bool isShown() const { return !overlay()->isHidden(); }
 };
 
-/// Hears of the notification to player plug-ins.
+struct ShownSession : Session
+{
+    ShownSession()
+    {
+        recommend(8);
+        beReady();
+        show();
+    }
+};
+
+/// Records the notifications to player plug-ins: the player, and the number of videos.
 struct PlugIn
 {
-    std::vector<Notification> heard;
+    using Heard = QList<std::pair<QObject *, qsizetype>>;
 
     PlugIn()
     {
-        NotificationCenter::defaultCenter().addObserver(this, SuggestionsDidFetchedNotification,
-                                                        [this](auto &notification) { heard.push_back(notification); });
+        NotificationCenter::defaultCenter().addObserver(this, SuggestionsDidFetchedNotification, [this](auto &posted) {
+            const auto videos = QJsonDocument::fromJson(posted.userInfo.value(ZelvanoDataKey).toByteArray()).array();
+            heard.append({posted.object.template value<QObject *>(), videos.size()});
+        });
     }
     ~PlugIn() { NotificationCenter::defaultCenter().removeObserver(this); }
-    QObject *player() const { return heard.back().object.value<QObject *>(); }
-    qsizetype videos() const
-    {
-        return QJsonDocument::fromJson(heard.back().userInfo.value(ZelvanoDataKey).toByteArray()).array().size();
-    }
+    Heard since() { return std::exchange(heard, {}); }
+
+    Heard heard;
 };
+
+void turn(UIDeviceOrientation orientation)
+{
+    Device::current().setOrientation(orientation);
+}
 
 } // namespace
 
@@ -46,7 +62,7 @@ class tst_ViewController : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { Device::current().setOrientation(UIDeviceOrientation::Portrait); }
+    void init() { turn(UIDeviceOrientation::Portrait); }
     void frameOverThePlayer()
     {
         Session session;
@@ -77,24 +93,8 @@ private Q_SLOTS:
         session.playerView.setSize({400, 300});
         QVERIFY(flushMainQueue());
         QCOMPARE(session.overlay()->frame().size(), QSizeF(160, 90));
-    }
-
-    /// The overlay that goes gives the focus back.
-    void dismissedByWhoGetsTheFocus()
-    {
-        Session session;
-        session.beReady();
-        QVERIFY(session.window->appear());
-        session.window->below.forceActiveFocus();
-        session.show();
-        session.overlay()->forceActiveFocus();
-        QVERIFY(session.overlay()->hasActiveFocus());
-        const QObject whileItLasts;
-        connect(&session.window->below, &QQuickItem::activeFocusChanged, &whileItLasts,
-                [&session] { session.controller->dismiss(); });
-        session.controller->dismiss();
-        QVERIFY(session.window->below.hasActiveFocus());
-        QCOMPARE(session.host->done, 1);
+        turn(UIDeviceOrientation::LandscapeLeft);
+        QCOMPARE(session.overlay()->frame().size(), QSizeF(320, 180));
     }
 
     /// The impression is sent once for a recommendation. Then the overlay appears, and only then it gets its place and
@@ -135,56 +135,47 @@ private Q_SLOTS:
         session.playerIs(u"play"_s); // Without an overlay.
         session.beReady();
         for (const auto &state : {u"pause"_s, u"seek"_s, u"start"_s, u"videoStart"_s, u"progress"_s, u"end"_s,
-                                  u"recommendationClick"_s, u"playing"_s, QString()}) {
+                                  u"recommendationClick"_s, u"playing"_s, QString(), u"play"_s, u"autoPlay"_s}) {
             session.show();
             session.playerIs(state);
-            QVERIFY2(session.isShown(), qPrintable(state));
+            const bool hides = state == u"play"_s || state == u"autoPlay"_s;
+            QVERIFY2(session.isShown() != hides && session.overlay()->parentItem(), qPrintable(state));
             session.overlay()->setHidden(true);
             session.playerIs(u"pause"_s);
-            session.show(); // A seek, for one, does not suppress it.
+            session.show(); // No state, not even a seek, prevents the next showing.
             QVERIFY2(session.isShown(), qPrintable(state));
-        }
-        for (const auto &state : {u"play"_s, u"autoPlay"_s}) {
-            session.playerIs(state);
-            QVERIFY(!session.isShown() && session.overlay()->parentItem()); // It stays in the window.
-            session.playerIs(u"pause"_s);
-            session.show(); // No state keeps it from being shown again.
-            QVERIFY(session.isShown());
         }
         QCOMPARE(session.host->done, 0);
     }
 
     void doneDismisses()
     {
-        Session session;
+        ShownSession session;
         const PlugIn plugIn;
         const auto engine = session.engine();
         session.addPlayer(std::make_shared<QObject>());
-        session.recommend(8);
-        session.beReady();
-        session.show();
         const QPointer<QQuickItem> overlay(session.overlay());
         session.host->onDone = [&] {
             QCOMPARE(session.controller->delegate(), session.host);
             QVERIFY(!session.controller->player() && !session.controller->playerView() && engine->listeners().empty());
-            Device::current().setOrientation(UIDeviceOrientation::PortraitUpsideDown);
+            turn(UIDeviceOrientation::PortraitUpsideDown);
         };
         const QObject whileItLasts;
-        connect(overlay, &QQuickItem::visibleChanged, &whileItLasts,
-                [&] { QVERIFY(session.subscriber->dismissals == 0 && session.controller->player()); });
+        int hidings = 0;
+        connect(overlay, &QQuickItem::visibleChanged, &whileItLasts, [&] {
+            ++hidings;
+            QVERIFY(session.controller->player() && session.controller->playerView());
+            QCOMPARE(session.subscriber->dismissals, 0);
+        });
         session.playerIs(u"done"_s);
-        QCOMPARE(session.host->done, 1);
-        const auto &controller = session.controller;
-        QVERIFY(!controller->delegate() && !controller->player() && !controller->playerView());
-        QVERIFY(!overlay || (!overlay->parentItem() && !overlay->isVisible()));
-        QVERIFY(engine->listeners().empty());
-        QCOMPARE(session.subscriber->dismissals, 1);
+        QVERIFY(!session.controller->delegate() && session.host->done == 1);
+        QVERIFY(hidings == 1 && session.subscriber->dismissals == 1);
 
         session.controller->setDelegate(session.host);
         session.controller->dismiss();
         QCOMPARE(session.host->done, 2); // Only a delegate that is set anew hears of it again.
-        Device::current().setOrientation(UIDeviceOrientation::LandscapeLeft);
-        QVERIFY(plugIn.heard.empty());
+        turn(UIDeviceOrientation::LandscapeLeft);
+        QVERIFY(plugIn.heard.isEmpty());
         QVERIFY(waitUntil([&] { return !overlay; }));
     }
 
@@ -197,10 +188,10 @@ private Q_SLOTS:
         session.service.settle();
         const auto before = session.service.sent();
         session.controller->dismiss();
-        session.recommend(4);
-        session.show();
         session.playerIs(u"play"_s);
         session.playerIs(u"done"_s);
+        session.recommend(4);
+        session.show();
         session.controller->recommendationViewDidLoad();
         QVERIFY(flushMainQueue());
         session.service.settle();
@@ -212,10 +203,7 @@ private Q_SLOTS:
 
     void selection()
     {
-        Session session;
-        session.recommend(4);
-        session.beReady();
-        session.show();
+        ShownSession session;
         session.host->onSelect = [&] {
             QVERIFY(!session.engine()->selectionByUser() && session.isShown());
             QVERIFY(session.subscriber->nextVideos.isEmpty());
@@ -243,10 +231,7 @@ private Q_SLOTS:
     /// What the viewer picked in one session does not play in the next.
     void selectionThatRestarts()
     {
-        Session session;
-        session.recommend(4);
-        session.beReady();
-        session.show();
+        ShownSession session;
         const auto next = std::make_shared<FakeSubscriber>();
         session.host->onSelect = [&] {
             session.controller->dismiss();
@@ -319,45 +304,38 @@ private Q_SLOTS:
         const auto player = std::make_shared<QObject>();
         session.recommend(2, player); // The controller has none, or not this one.
         session.recommend(2);
-        Device::current().setOrientation(
-            UIDeviceOrientation::PortraitUpsideDown); // A turn posts without a player, too.
-        QVERIFY(plugIn.heard.size() == 1 && !plugIn.player() && plugIn.videos() == 1);
-        plugIn.heard.clear();
+        turn(UIDeviceOrientation::PortraitUpsideDown); // A turn posts without a player, too.
+        QVERIFY(plugIn.since() == PlugIn::Heard({{nullptr, 1}}));
         session.addPlayer(player);
         session.recommend(2, std::make_shared<QObject>());
         session.recommend(2);
-        QVERIFY(plugIn.heard.empty());
         const std::tuple<UIDeviceOrientation, int, int> cases[] = {
             {UIDeviceOrientation::Portrait, 1, 0},           {UIDeviceOrientation::Portrait, 2, 1},
             {UIDeviceOrientation::LandscapeLeft, 6, 0},      {UIDeviceOrientation::FaceUp, 7, 6},
             {UIDeviceOrientation::PortraitUpsideDown, 2, 1}, {UIDeviceOrientation::Unknown, 2, 0},
         };
         for (const auto &[orientation, videos, posted] : cases) { // Videos in the text; with 0 nothing is posted.
-            Device::current().setOrientation(orientation);
-            plugIn.heard.clear();
+            QVERIFY(plugIn.since().isEmpty());
+            turn(orientation);
+            plugIn.since();
             session.recommend(videos, player);
-            QCOMPARE(plugIn.heard.size(), posted > 0 ? 1U : 0U);
-            QCOMPARE(posted > 0 ? plugIn.videos() : 0, posted);
-            QVERIFY(posted == 0 || plugIn.player() == player.get());
+            QVERIFY(plugIn.since() == (posted > 0 ? PlugIn::Heard({{player.get(), posted}}) : PlugIn::Heard()));
         }
-        Device::current().setOrientation(UIDeviceOrientation::FaceDown);
-        QVERIFY(plugIn.heard.empty()); // Too few for this way of holding it.
+        turn(UIDeviceOrientation::FaceDown);
+        QVERIFY(plugIn.since().isEmpty()); // Too few videos for this orientation.
         session.recommend(7);
-        Device::current().setOrientation(UIDeviceOrientation::FaceUp);
-        QVERIFY(plugIn.heard.size() == 1 && plugIn.player() == player.get());
+        turn(UIDeviceOrientation::FaceUp);
+        QVERIFY(plugIn.since() == PlugIn::Heard({{player.get(), 6}}));
     }
 
-    void addPlayerIsNoOperation()
+    void whatTheEngineGets()
     {
         Session session;
-        session.service.settle();
-        const auto before = session.service.sent();
+        QCOMPARE(session.engine()->state().recommenationsSize, 7);
         const auto player = std::make_shared<FakePlayer>(u"http://videos.example/1.mp4"_s);
         session.addPlayer(player);
         QCOMPARE(session.controller->player(), player);
-        QCOMPARE(session.engine()->playerEventsHandler()->currentSubscriber(), session.subscriber);
-        session.service.settle();
-        QCOMPARE(session.service.sent(), before);
+        QCOMPARE(session.engine()->playerEventsHandler()->currentSubscriber(), session.subscriber); // No player.
         session.controller->setPlayer(player, u"page"_s);
         QCOMPARE(session.engine()->playerEventsHandler()->currentSubscriber()->playerId(), u"avplayer"_s);
     }
@@ -366,6 +344,10 @@ private Q_SLOTS:
     void windowOfTheOverlay()
     {
         Session session;
+        session.overlay()->setUrl(listeningPage());
+        session.recommend(2);
+        const auto *const page = session.overlay()->webView();
+        QVERIFY(waitUntil([&] { return page->window() == session.window.get(); })); // A page's first frame.
         session.beReady();
         const auto windowOfShown = [&] {
             session.show();
@@ -381,6 +363,8 @@ private Q_SLOTS:
             session.playerView.setParentItem(nullptr);
             session.window->show();
             QCOMPARE(windowOfShown(), &second);
+            QTest::keyClick(session.window.get(), Qt::Key_Escape);
+            QVERIFY(session.isShown());
             second.hide();
             QCOMPARE(windowOfShown(), session.window.get());
             second.show();
@@ -396,7 +380,8 @@ private Q_SLOTS:
 
     void takenOffTheScreen()
     {
-        Session session;
+        ShownSession session;
+        const PlugIn plugIn;
         const std::array lists{ZVListView::create(), ZVListView::create()};
         for (const auto &list : lists) {
             list->setDelegate(session.controller);
@@ -404,8 +389,8 @@ private Q_SLOTS:
         }
         session.controller->setRecommendationView(lists[0]);
         session.controller->addRecommendationView(lists[1]);
-        session.beReady();
-        session.show();
+        session.service.settle();
+        const auto calls = session.service.sent();
         const auto *const overlay = session.overlay();
         session.controller->removeZelvanoRecommendations();
         QVERIFY(session.overlay() == overlay && !overlay->parentItem() && !overlay->isHidden());
@@ -413,6 +398,10 @@ private Q_SLOTS:
             QVERIFY(!list->view()->parentItem() && !list->delegate());
         QCOMPARE(session.controller->recommendationView(), lists[0]);
         QCOMPARE(session.engine()->listeners().size(), 1U);
+        turn(UIDeviceOrientation::PortraitUpsideDown);
+        session.service.advance(1h);
+        QCOMPARE(session.service.sent(), calls);
+        QVERIFY(plugIn.heard.isEmpty());
         ZelvanoViewController::create(u"key"_s)->removeZelvanoRecommendations(); // With nothing to work on.
     }
 };

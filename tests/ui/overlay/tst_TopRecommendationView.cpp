@@ -25,18 +25,16 @@ class Owner : public zelvano::ZVTopRecommendationViewDelegate
 {
 public:
     void didSelecteRecommendation(ZVTopRecommendationView *, qint64 index) override { selected.append(index); }
-    void viewDidDismiss(ZVTopRecommendationView *) override { ++dismissals; }
+    void viewDidDismiss(ZVTopRecommendationView *) override { QFAIL("The overlay never calls it."); }
     void recommendationViewDidLoad() override
     {
         ++showings;
-        if (onShowing)
-            onShowing();
+        onShowing();
     }
 
     QList<qint64> selected;
     int showings = 0;
-    int dismissals = 0;
-    std::function<void()> onShowing;
+    std::function<void()> onShowing = [] {};
 };
 
 /// An overlay with its owner, in no window.
@@ -51,14 +49,19 @@ struct Overlay
         view->setUrl(url);
         return waitUntil([this] { return view->isReady(); });
     }
-    /// Everything that the page asked for before is over when this comes back.
+    bool hasPicked(qint64 index)
+    {
+        return waitUntil([&] { return owner->selected == QList<qint64>{index}; });
+    }
+    /// The page has carried out all commands, and picked no video.
     bool pageAnswers()
     {
-        const auto before = owner->selected.size();
         evaluate(*view, u"location.href = 'zelvano://index?77'"_s);
-        return waitUntil([&] { return owner->selected.size() > before && owner->selected.last() == 77; });
+        const bool answers = hasPicked(77);
+        owner->selected.clear();
+        return answers;
     }
-    /// What the page was given so far, as JSON.
+    /// The page's data so far, as JSON.
     QString got() { return evaluate(*view, u"JSON.stringify(got)"_s).toString(); }
 };
 
@@ -83,6 +86,7 @@ struct Stage : Overlay
         view->setHidden(false);
         return waitForPicture(*view);
     }
+    bool hostHasFocus() const { return window.activeFocusItem() == &window.below; }
     QPoint at(double x, double y) const { return view->mapToScene({x, y}).toPoint(); }
     QQuickItem *dismissControl() const { return view->contentView()->findChild<QQuickItem *>(u"dismiss"_s); }
     bool hides()
@@ -146,49 +150,33 @@ private Q_SLOTS:
     {
         Overlay overlay;
         QVERIFY(overlay.load(listeningPage()));
-        QCOMPARE(overlay.got(), u"[null]"_s); // Nothing was set: the page is told of an absent object.
+        QCOMPARE(overlay.got(), u"[null]"_s); // Without suggestions the page gets an absent object.
         overlay.view->setJsonSuggestions(u"[1]"_s);
         overlay.view->setJsonSuggestions(u"[{\"a\": 2}]"_s);
         QVERIFY(flushMainQueue());
-        QCOMPARE(overlay.got(), u"[null,[{\"a\":2}],[{\"a\":2}]]"_s); // Pushed for each call, as it is by then.
+        QCOMPARE(overlay.got(), u"[null,[{\"a\":2}],[{\"a\":2}]]"_s); // Each call pushes the latest text.
+
+        QJsonArray videos; // Any text is JSON for the page.
+        for (const auto &text :
+             {u"\"'`\\ \\\" ${got} '); alert(1); ("_s, u"</script><script>got = 'taken'</script><!--"_s,
+              u"a\u2028b\u2029c\r\nd\u0085"_s, u"\x01\x1f\x7f\t\b"_s + QChar(u'\0') + u"end"_s,
+              u"\U0001F600 \u0645\u0631\u062d\u0628\u0627 \u202e right to left"_s, u"\u00e4\"\\"_s.repeated(200000)})
+            videos.append(QJsonObject{{u"title"_s, text}, {text.left(50), true}});
+        overlay.view->setJsonSuggestions(QString::fromUtf8(QJsonDocument(videos).toJson()));
+        QVERIFY(flushMainQueue());
         evaluate(*overlay.view, u"got = []; location.href = 'zelvano://ready?again'"_s);
         QVERIFY(waitForPage(*overlay.view, u"got.length"_s));
-        QCOMPARE(overlay.got(), u"[[{\"a\":2}]]"_s);
+        QCOMPARE(QJsonDocument::fromJson(overlay.got().toUtf8()).array().at(0).toArray(), videos);
         overlay.view->setJsonSuggestions(u"[3]"_s);
         overlay.view.reset(); // With the push pending.
         QVERIFY(flushMainQueue());
     }
 
-    void anyTextIsJsonForThePage()
-    {
-        const QStringList texts{
-            u"\"'`\\ \\\" ${got} '); alert(1); ("_s,
-            u"</script><script>got = 'taken'</script><!--"_s,
-            u"a\u2028b\u2029c\r\nd\u0085"_s,
-            u"\x01\x1f\x7f\t\b"_s + QChar(u'\0') + u"end"_s,
-            u"\U0001F600 \u0645\u0631\u062d\u0628\u0627 \u202e right to left"_s,
-            u"\u00e4\"\\"_s.repeated(200000),
-        };
-        Overlay overlay;
-        QVERIFY(overlay.load(listeningPage()));
-        QJsonArray videos;
-        for (const auto &text : texts)
-            videos.append(QJsonObject{{u"title"_s, text}, {text.left(50), true}});
-        overlay.view->setJsonSuggestions(QString::fromUtf8(QJsonDocument(videos).toJson()));
-        QVERIFY(flushMainQueue());
-        const auto arrived = QJsonDocument::fromJson(overlay.got().toUtf8()).array().at(1).toArray();
-        for (qsizetype i = 0; i < videos.size(); ++i)
-            QVERIFY2(arrived.at(i) == videos.at(i), qPrintable(texts[i].left(50)));
-    }
-
     void navigations()
     {
-        const auto beyond = "zelvano://index?" + QByteArray(5000, '9');
         const std::tuple<QByteArray, bool, QList<qint64>> cases[] = {
-            {beyond, false, {2147483647}},
-            {"zelvano://ready", false, {}},
+            {"zelvano://index?" + QByteArray(5000, '9'), false, {2147483647}},
             {"zelvano://already/index?2&ready", false, {}},
-            {"zelvano://index?2", false, {2}},
             {"zelvano://video/reindexed?5", false, {5}},
             {"ZELVANO://index?2", false, {2}},
             {"zelvano://index?abc", false, {0}},
@@ -199,17 +187,12 @@ private Q_SLOTS:
             {"zelvano://[index?3", true, {}},
             {"zelvano://index?+7", false, {7}},
             {"zelvano://index?-1", false, {-1}},
-            {"zelvano://index?99999999999", false, {2147483647}},
             {"zelvano://index?-99999999999", false, {-2147483648}},
-            {"zelvano://index", false, {}},
             {"zelvano://index/2", false, {}},
             {"zelvano://other?2", false, {}},
-            {"http://127.0.0.1/index?2", true, {}},
-            {"zelvano-x://index?2", true, {}},
             {"http://127.0.0.1/?zelvano://ready", true, {}},
             {"zelvano:index?2", true, {}},
-            {"", true, {}},
-        };
+            {"", true, {}}};
         for (const auto &[text, loads, selected] : cases) {
             const Case current(text);
             const auto address = QString::fromLatin1(text);
@@ -226,25 +209,6 @@ private Q_SLOTS:
         }
     }
 
-    void pageSendsCommands()
-    {
-        Overlay overlay;
-        QVERIFY(overlay.load(listeningPage()));
-        for (const auto &script :
-             {u"location.href = 'zelvano://index?6'"_s, u"location.assign('zelvano://index?6')"_s,
-              u"location.replace('ZELVANO://index?6')"_s, u"window.open('zelvano://index?6', '_self')"_s,
-              u"const a = document.createElement('a'); a.href = 'zelvano://index?6'; a.click()"_s}) {
-            overlay.owner->selected.clear();
-            evaluate(*overlay.view, script);
-            QVERIFY2(waitUntil([&] { return overlay.owner->selected == QList<qint64>{6}; }), qPrintable(script));
-        }
-        overlay.owner->selected.clear();
-        evaluate(*overlay.view, u"location.href = 'zelvano://other?2'; location.href = 'other://index?2'"_s);
-        QVERIFY(overlay.pageAnswers());
-        QCOMPARE(overlay.owner->selected, QList<qint64>{77});
-        QCOMPARE(overlay.got(), u"[null]"_s); // Still the same page.
-    }
-
     void showingTellsTheOwnerFirst()
     {
         Stage stage;
@@ -253,14 +217,12 @@ private Q_SLOTS:
         for (int showing = 1; showing <= 2; ++showing) {
             stage.view->setHidden(false);
             QVERIFY(stage.view->isVisible() && wasHidden == (showing == 1));
-            QCOMPARE(stage.owner->showings, showing);
         }
         stage.view->setHidden(true);
         QVERIFY(!stage.view->isVisible());
         stage.view->setParentItem(nullptr);
         stage.view->setParentItem(&stage.superview);
-        QCOMPARE(stage.owner->showings, 2);
-        QVERIFY(stage.view->isHidden());
+        QVERIFY(stage.view->isHidden() && stage.owner->showings == 2);
     }
 
     void transparentPage()
@@ -277,52 +239,46 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return colour(310) == QColor(Qt::green) && colour(330) == QColor(Qt::red); }));
     }
 
-    /// However a page lays itself out, it is visible, can be tapped, and has rounded corners that show the host.
-    void layouts_data()
-    {
-        QTest::addColumn<QString>("html");
-        const auto page = u"<style>body { margin: 0; background: #00ff00 } #t { background: #0000ff; %1 }</style>"
-                          "<div id='t' onclick=\"location.href = 'zelvano://index?5'\"></div>"
-                          "<script>location.href = 'zelvano://ready'</script>"_s;
-        QTest::newRow("fixed") << page.arg(u"position: fixed; inset: 40px"_s);
-        QTest::newRow("absolute") << page.arg(u"position: absolute; inset: 40px"_s);
-        QTest::newRow("scrolling") << u"<script>setInterval(() => scrollTo(0, 900), 10)</script>"_s +
-                                          page.arg(u"margin: 940px 0; height: 140px"_s);
-        QTest::newRow("taller than the view") << page.arg(u"height: 2000px; margin: 40px"_s);
-        QTest::newRow("no height") << page.arg(u"float: left; width: 100vw; height: 120px; margin-top: 40px"_s);
-        // Chromium drops the rest of a document that sets location.href while it is parsed.
-        QTest::newRow("ready while parsing")
-            << u"<iframe hidden src='zelvano://ready'></iframe>"_s + page.arg(u"height: 120px; margin: 40px"_s);
-    }
-
+    /// However a page lays itself out and sends its command, it is visible, can be tapped, and has rounded corners that
+    /// show the host.
     void layouts()
     {
-        QFETCH(const QString, html);
-        Stage stage;
-        stage.window.setColor(Qt::red);
-        QVERIFY(stage.appear(pageOf(u"<!doctype html>"_s + html)));
-        const auto colour = [&](double x, double y) { return stage.window.grabWindow().pixelColor(stage.at(x, y)); };
-        QVERIFY(waitUntil([&] { return colour(150, 100) == QColor(Qt::blue); }));
-        QVERIFY(colour(150, 20) == QColor(Qt::green) || html.contains("2000px"_L1));
-        const bool isRounded = stage.window.rendererInterface()->graphicsApi() != QSGRendererInterface::Software;
-        for (const auto &[x, y] : {std::pair(0, 0), {299, 0}, {0, 199}, {299, 199}})
-            QCOMPARE(colour(x, y), QColor(isRounded ? Qt::red : Qt::green));
-        tap(stage.window, Pointer::Mouse, stage.at(150, 100));
-        QVERIFY(waitUntil([&] { return stage.owner->selected == QList<qint64>{5}; }));
-    }
-
-    void tapInThePage()
-    {
-        for (const auto pointer : {Pointer::Mouse, Pointer::Touch}) {
-            Stage stage({100, 50, 640, 360});
-            stage.view->setJsonSuggestions(u"[{}, {}, {\"title\": \"Video\", \"durationSec\": 12}, {}]"_s);
-            QVERIFY(stage.appear(sandbox.url(u"/layout/"_s)));
-            QVERIFY(waitForPage(*stage.view, u"document.querySelectorAll('[data-index]').length === 4"_s));
-            tap(stage.window, pointer, centreOfVideo(*stage.view, 2));
-            QVERIFY(waitUntil([&] { return !stage.owner->selected.isEmpty(); }));
-            QCOMPARE(stage.owner->selected, QList<qint64>{2});
-            QVERIFY(!stage.view->isHidden());
-            QCOMPARE(stage.window.below.presses + stage.window.below.touches, 0);
+        const auto page = u"<style>body { margin: 0; background: #00ff00 } #t { background: #0000ff; %1 }</style>"
+                          "<div id='t' onclick=\"%2\"></div><script>location.href = 'zelvano://ready'</script>"_s;
+        const auto command = u"location.href = 'zelvano://index?5'"_s;
+        const std::pair<QByteArray, QString> pages[] = {
+            {"fixed", page.arg(u"position: fixed; inset: 40px"_s, command)},
+            {"absolute", page.arg(u"position: absolute; inset: 40px"_s, u"location.assign('zelvano://index?5')"_s)},
+            {"scrolling",
+             u"<script>setInterval(() => scrollTo(0, 900), 10)</script>"_s +
+                 page.arg(u"margin: 940px 0; height: 140px"_s, u"location.replace('ZELVANO://index?5')"_s)},
+            {"taller than the view",
+             page.arg(u"height: 2000px; margin: 40px"_s, u"window.open('zelvano://index?5', '_self')"_s)},
+            {"no height",
+             page.arg(u"float: left; width: 100vw; height: 120px; margin-top: 40px"_s,
+                      u"const a = document.createElement('a'); a.href = 'zelvano://index?5'; a.click()"_s)},
+            // Chromium drops the rest of a document that sets location.href while it is parsed.
+            {"ready while parsing", u"<iframe hidden src='zelvano://ready'></iframe>"_s +
+                                        page.arg(u"height: 120px; margin: 40px"_s, command)}};
+        for (const auto &[name, html] : pages) {
+            const Case current(name);
+            Stage stage;
+            stage.window.setColor(Qt::red);
+            QVERIFY(stage.appear(pageOf(u"<!doctype html>"_s + html)));
+            const auto colour = [&](double x, double y) {
+                return stage.window.grabWindow().pixelColor(stage.at(x, y));
+            };
+            QVERIFY(waitUntil([&] { return colour(150, 100) == QColor(Qt::blue); }));
+            QVERIFY(colour(150, 20) == QColor(Qt::green) || html.contains("2000px"_L1));
+            const bool isRounded = stage.window.rendererInterface()->graphicsApi() != QSGRendererInterface::Software;
+            for (const auto &[x, y] : {std::pair(0, 0), {299, 0}, {0, 199}, {299, 199}})
+                QCOMPARE(colour(x, y), QColor(isRounded ? Qt::red : Qt::green));
+            for (const auto pointer : {Pointer::Mouse, Pointer::Touch}) {
+                stage.owner->selected.clear();
+                tap(stage.window, pointer, stage.at(150, 100));
+                QVERIFY(stage.hasPicked(5));
+            }
+            QVERIFY(!stage.view->isHidden() && stage.window.below.presses + stage.window.below.touches == 0);
         }
     }
 
@@ -331,7 +287,9 @@ private Q_SLOTS:
         for (const auto pointer : {Pointer::Mouse, Pointer::Touch}) {
             for (const bool toTheRight : {true, false}) {
                 Stage stage(firstPlace, 375);
-                QVERIFY(stage.appear(listeningPage()));
+                QVERIFY(
+                    stage.appear(listeningPage(u"<script>onclick = click => { if (Math.abs(click.clientX - 150) > 110)"
+                                               " location.href = 'zelvano://index?1' }</script>"_s)));
                 for (const QPoint way : {QPoint(55, 0), QPoint(100, 60)}) // Too short, too steep.
                     drag(stage.window, pointer, stage.at(150, 100), toTheRight ? way : -way);
                 QCoreApplication::processEvents();
@@ -340,7 +298,7 @@ private Q_SLOTS:
                 QVERIFY(!stage.view->isHidden()); // It moves out first.
                 QVERIFY(stage.hides());
                 QCOMPARE(stage.view->frame(), QRectF(toTheRight ? 675 : -300, 64, 300, 200));
-                QVERIFY(stage.owner->selected.isEmpty() && stage.owner->dismissals == 0);
+                QVERIFY(stage.owner->selected.isEmpty()); // A mouse that swipes clicks nothing.
             }
         }
     }
@@ -361,8 +319,7 @@ private Q_SLOTS:
         QVERIFY(spoken(control->parentItem()).endsWith(": Recommended videos"_L1) && control->activeFocusOnTab());
         tap(stage.window, Pointer::Mouse, centreOf(control));
         QVERIFY(stage.hides());
-        QVERIFY(stage.pageAnswers());
-        QCOMPARE(stage.owner->selected, QList<qint64>{77}); // Not through to the page.
+        QVERIFY(stage.pageAnswers()); // The tap did not reach the page.
         stage.view->setHidden(false);
         pressByScreenReader(control);
         QVERIFY(stage.hides());
@@ -370,41 +327,39 @@ private Q_SLOTS:
             stage.view->setHidden(false);
             control->forceActiveFocus();
             QTest::keyClick(&stage.window, key);
-            QVERIFY(stage.view->isHidden());
-            QCOMPARE(stage.window.activeFocusItem(), &stage.window.below);
+            QVERIFY(stage.view->isHidden() && stage.hostHasFocus());
         }
-        QVERIFY(stage.view->frame() == firstPlace && stage.owner->dismissals == 0);
+        QVERIFY(stage.view->frame() == firstPlace);
     }
 
-    /// The focus goes back to who had it; showing takes nothing.
+    /// Showing takes no focus, and hiding gives it back.
     void escape()
     {
         Stage stage;
-        QQuickItem other(stage.window.contentItem());
         QVERIFY(stage.appear(listeningPage(u"<input style='width: 200px; height: 150px'>"_s)));
-        other.forceActiveFocus();
-        for (const auto &focus : {QString(), u"document.body.focus()"_s, u"tap"_s}) {
+        for (const auto *focus : {"none", "page", "input"}) {
+            const Case current(focus);
             stage.view->setHidden(false);
-            QCOMPARE(stage.window.activeFocusItem(), &other);
-            if (focus == "tap"_L1) {
-                tap(stage.window, Pointer::Touch, stage.at(100, 80));
-                QVERIFY(waitUntil([&] { return stage.view->hasActiveFocus(); }));
-                QVERIFY(waitForPage(*stage.view, u"document.activeElement === document.querySelector('input')"_s));
-            } else if (!focus.isNull()) {
+            QVERIFY(stage.hostHasFocus());
+            if (*focus == 'p') {
                 stage.view->webView()->forceActiveFocus();
-                evaluate(*stage.view, focus);
+            } else if (*focus == 'i') {
+                tap(stage.window, Pointer::Touch, stage.at(100, 80));
+                QVERIFY(waitForPage(*stage.view, u"document.activeElement === document.querySelector('input')"_s));
             }
+            QCOMPARE(stage.view->hasActiveFocus(), *focus != 'n');
             QTest::keyClick(&stage.window, Qt::Key_Escape);
-            QVERIFY2(stage.hides(), qPrintable(focus));
-            QCOMPARE(stage.window.activeFocusItem(), &other);
+            QVERIFY(stage.hides() && stage.hostHasFocus());
         }
-        stage.window.below.forceActiveFocus();
-        QTest::keyClick(&stage.window, Qt::Key_Escape); // Hidden, it leaves the key to the host.
+        QCOMPARE(stage.window.below.keys, QList<int>());
+        QTest::keyClick(&stage.window, Qt::Key_Escape); // A hidden overlay leaves the key to the host.
         QCOMPARE(stage.window.below.keys, QList<int>{Qt::Key_Escape});
         stage.view->setHidden(false);
         stage.view->webView()->forceActiveFocus();
         stage.view->setDelegate(nullptr);
-        QCOMPARE(stage.window.activeFocusItem(), &stage.window.below);
+        QVERIFY(stage.hostHasFocus());
+        stage.view->setParentItem(nullptr);
+        stage.superview.forceActiveFocus(); // In a window that is no longer the overlay's.
     }
 
     /// The overlay that was shown last takes Escape, then the other one, then the host's own shortcut.
@@ -458,6 +413,7 @@ private Q_SLOTS:
             overlay.view->setJsonSuggestions(u"[{}]"_s);
             overlay.view->setUrl(sandbox.url(u"/second"_s));
             QVERIFY(waitUntil([&] { return overlay.view->isReady(); }));
+            overlay.view->pageDidFail(-3, u"A ready page did not fail."_s);
             overlay.view->setUrl(sandbox.url(u"/second"_s));
             QVERIFY(overlay.pageAnswers());
             QCOMPARE(overlay.view->webView()->property("url").toUrl(), sandbox.url(u"/layout/"_s));
@@ -471,15 +427,16 @@ private Q_SLOTS:
     {
         static QStringList lines;
         Overlay overlay;
-        overlay.view->setUrl(pageOf(u"<script>console.error('noise')</script>"_s));
-        overlay.view->setJsonSuggestions(u"[]"_s); // The page has no function for it, and is not ready.
+        overlay.view->setUrl(pageOf(u"<script>console.error('noise'); var pushed; "
+                                    "function updateSuggestions(json) { pushed = json }</script>"_s));
         const auto previous =
             qInstallMessageHandler([](QtMsgType, const QMessageLogContext &context, const QString &line) {
                 lines.append(QLatin1StringView(context.category) + u' ' + line);
             });
         const auto restore = qScopeGuard([&] { qInstallMessageHandler(previous); });
-        QVERIFY(
-            waitUntil([&] { return evaluate(*overlay.view, u"document.readyState"_s).toString() == u"complete"_s; }));
+        QVERIFY(waitForPage(*overlay.view, u"window.updateSuggestions"_s));
+        overlay.view->setJsonSuggestions(u"[]"_s); // The page is not ready for it.
+        QVERIFY(flushMainQueue() && evaluate(*overlay.view, u"!pushed"_s).toBool());
         evaluate(*overlay.view, u"console.error('noise'); nothing()"_s);
         QCOMPARE(lines, QStringList());
         QLoggingCategory::setFilterRules(u"zelvano.page=true"_s);
@@ -556,6 +513,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("script");
         QTest::newRow("window")
             << u"window.open('about:blank'); window.open('http://127.0.0.1/', 'x', 'width=90,height=90')"_s;
+        QTest::newRow("other commands") << u"location.href = 'zelvano://other?2'; location.href = 'other://index?2'"_s;
         QTest::newRow("dialogs") << u"alert('a'); confirm('b'); prompt('c'); print()"_s;
         QTest::newRow("mail") << u"location.href = 'mailto:a@b.example?subject=x'"_s;
         QTest::newRow("file") << u"location.href = 'file:///etc/passwd'"_s;
@@ -590,6 +548,7 @@ private Q_SLOTS:
             for (const auto *view : {player->webView(), stage.view->webView()})
                 profiles.append(view->property("profile").value<QObject *>());
         }
+        QVERIFY(profiles.last()); // A profile outlives its page.
         QVERIFY(waitUntil([&] { return profiles.count(nullptr) == profiles.size(); }));
     }
 
@@ -636,14 +595,11 @@ private Q_SLOTS:
 
         evaluate(*stage.view, script);
         QVERIFY(stage.pageAnswers());
-        QCOMPARE(stage.owner->selected, QList<qint64>{77});
         QCOMPARE(QGuiApplication::allWindows(), windows);
         QCOMPARE(stage.view->webView()->property("url"), page);
         QVERIFY(QDir(downloads.path()).isEmpty());
         QCOMPARE(opened, QList<QUrl>());
-        QVERIFY(stage.window.visibility() == QWindow::Windowed);
-        QCOMPARE(stage.window.activeFocusItem(), &stage.window.below);
-        QVERIFY(!stage.view->isHidden());
+        QVERIFY(stage.window.visibility() == QWindow::Windowed && stage.hostHasFocus() && !stage.view->isHidden());
     }
 };
 
