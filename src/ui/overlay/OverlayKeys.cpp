@@ -58,7 +58,7 @@ void OverlayKeys::followFocus()
 
 void OverlayKeys::giveFocusBack()
 {
-    if (!m_overlay->hasActiveFocus())
+    if (!m_overlay->hasFocus()) // Also in a window that is not active now.
         return;
     if (m_lastFocusOutside)
         m_lastFocusOutside->forceActiveFocus(Qt::OtherFocusReason);

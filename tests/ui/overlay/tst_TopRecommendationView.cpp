@@ -356,6 +356,15 @@ private Q_SLOTS:
         QCOMPARE(stage.window.below.keys, QList<int>{Qt::Key_Escape});
         stage.view->setHidden(false);
         stage.view->webView()->forceActiveFocus();
+        {
+            HostWindow another;
+            QVERIFY(another.appear());
+            stage.view->setHidden(true);
+        }
+        stage.window.requestActivate();
+        QVERIFY(waitUntil([&] { return stage.window.below.hasActiveFocus(); }));
+        stage.view->setHidden(false);
+        stage.view->webView()->forceActiveFocus();
         stage.view->setDelegate(nullptr);
         QVERIFY(stage.hostHasFocus());
         stage.view->setParentItem(nullptr);
