@@ -45,10 +45,8 @@ void Thumbnails::fetch(const Video &video, QSize cell, const std::function<void(
 
 void Thumbnails::show(const Video &video, QSize cell)
 {
-    auto &picture = m_pictures[video];
-    if (std::exchange(picture.isKept, false))
-        m_kept.erase(picture.place);
-    ++picture.cells;
+    std::erase(m_kept, video);
+    ++m_pictures[video].cells;
     resize(video, cell);
 }
 
@@ -94,17 +92,17 @@ void Thumbnails::hide(const Video &video)
 
 void Thumbnails::keep(const Video &video)
 {
-    auto &picture = m_pictures[video];
-    if (picture.key == 0 || video->image().cacheKey() != picture.key) { // The host's image, or none.
+    const auto key = m_pictures[video].key;
+    if (key == 0 || video->image().cacheKey() != key) { // The host's image, or none.
         m_pictures.erase(video);
         return;
     }
-    if (!std::exchange(picture.isKept, true))
-        picture.place = m_kept.insert(m_kept.end(), video);
+    std::erase(m_kept, video);
+    m_kept.push_back(video);
     if (m_kept.size() <= mostKept)
         return;
     const auto oldest = m_kept.front();
-    m_kept.pop_front();
+    m_kept.erase(m_kept.begin());
     if (oldest->image().cacheKey() == m_pictures[oldest].key)
         oldest->setImage({});
     m_pictures.erase(oldest);

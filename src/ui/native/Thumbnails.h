@@ -9,6 +9,7 @@
 #include <functional>
 #include <list>
 #include <unordered_map>
+#include <vector>
 
 class QQuickItem;
 
@@ -51,15 +52,13 @@ private:
         std::shared_ptr<void> request;
         qint64 key = 0; ///< Of the image that was set here.
         bool isLeftOut = false;
-        bool isKept = false;
-        std::list<Video>::iterator place; ///< In m_kept, while kept.
     };
 
     void imageDidArrive(const Video &video, QSize cell);
     void keep(const Video &video);
 
     std::unordered_map<Video, Picture> m_pictures;
-    std::list<Video> m_kept; ///< Pictures without cells, the oldest first.
+    std::vector<Video> m_kept; ///< Pictures without cells, the oldest first.
     std::list<std::shared_ptr<void>> m_fetches;
 };
 

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace zelvano {
 
@@ -28,19 +29,21 @@ constexpr auto longestWait = std::chrono::milliseconds(100); // Of the next port
 
 constexpr double leastPicture = 160; // Points; before the view has a width.
 
+/// Tells a null text from an empty one, unlike a QString.
+using Id = std::pair<bool, QString>;
+
+Id idOf(const ZVVideoParams &video)
+{
+    const auto id = video.videoId();
+    return {id.isNull(), id};
+}
+
 /// The videos of one recommendation on their way into the list.
 struct Filling
 {
     ZVVideoList videos;
     // Those with a cell when the recommendation came: two of one id in the same list both get a cell.
-    QSet<QString> knownIds;
-    bool knowsVideoWithoutId = false; ///< A set does not tell a null string from an empty one.
-
-    bool isKnown(const QString &videoId) const
-    {
-        return videoId.isNull() ? knowsVideoWithoutId : knownIds.contains(videoId);
-    }
-
+    QSet<Id> knownIds;
     std::size_t next = 0;
 };
 
@@ -56,7 +59,6 @@ struct ZVListView::Private : public ZVCollectionViewDataSource
     explicit Private(ZVListView *list);
     ~Private() override;
 
-    void remember(const QString &videoId);
     void fetchThumbnails(const std::shared_ptr<Filling> &filling, std::size_t count);
     void insert(const std::shared_ptr<ZVVideoParams> &video);
     void sortCells();
@@ -86,8 +88,6 @@ struct ZVListView::Private : public ZVCollectionViewDataSource
     std::shared_ptr<ZVRecommendation> recommendations;
     std::weak_ptr<ZVRecommendationViewDelegate> delegate;
     ZVVideoList videoCells;
-    QSet<QString> knownIds;
-    bool knowsVideoWithoutId = false;
 };
 
 ZVListView::Private::Private(ZVListView *list)
@@ -143,10 +143,13 @@ const ZVVideoList &ZVListView::videoCells() const
 void ZVListView::setRecommendations(const std::shared_ptr<ZVRecommendation> &recommendations)
 {
     d->recommendations = recommendations;
-    if (recommendations)
-        d->fetchThumbnails(
-            std::make_shared<Filling>(Filling{recommendations->videoList(), d->knownIds, d->knowsVideoWithoutId}),
-            fetchesAtFirst);
+    if (!recommendations)
+        return;
+    const auto filling = std::make_shared<Filling>();
+    filling->videos = recommendations->videoList();
+    for (const auto &video : d->videoCells)
+        filling->knownIds.insert(idOf(*video));
+    d->fetchThumbnails(filling, fetchesAtFirst);
 }
 
 /// Fetches a long list in portions, so that the first cells and the host do not wait for all of it. A portion waits for
@@ -165,7 +168,7 @@ void ZVListView::Private::fetchThumbnails(const std::shared_ptr<Filling> &fillin
     const auto awaited = std::make_shared<std::size_t>(0);
     for (; filling->next < videos.size() && *awaited < count; ++filling->next) {
         const auto &video = videos[filling->next];
-        if (!video || filling->isKnown(video->videoId()))
+        if (!video || filling->knownIds.contains(idOf(*video)))
             continue;
         // A record that is in the list twice keeps the index of its first place.
         const auto index = static_cast<std::size_t>(video->index());
@@ -197,9 +200,8 @@ void ZVListView::Private::insert(const std::shared_ptr<ZVVideoParams> &video)
     const double width = cellWidth();
     video->setSize({width, width * ratioOf(video->image())});
     videoCells.push_back(video);
-    remember(video->videoId());
     if (items)
-        items->insertItemAtEnd();
+        items->polish(); // The view asks for their number.
     if (recommendations && videoCells.size() == recommendations->videoCount())
         sortCells();
 }
@@ -226,14 +228,6 @@ void ZVListView::Private::fitCells()
         video->setSize({width, width * ratio});
     }
     items->reloadData();
-}
-
-void ZVListView::Private::remember(const QString &videoId)
-{
-    if (videoId.isNull())
-        knowsVideoWithoutId = true;
-    else
-        knownIds.insert(videoId);
 }
 
 // ZVCollectionViewDataSource
