@@ -14,6 +14,7 @@ ZVTableView {
     height: 480
     clip: true
     activeFocusOnTab: count > 0
+    badged: false
     mirrored: LayoutMirroring.enabled
     scroller: scroller
 

@@ -9,6 +9,7 @@ CategoryCell {
 
     width: 320
     height: 188
+    videosCollectionView: videos
 
     Accessible.role: Accessible.Grouping
     Accessible.name: categoryName
@@ -17,6 +18,7 @@ CategoryCell {
     Text {
         objectName: "categoryLabel"
         visible: false
+        text: categoryCell.category
         textFormat: Text.PlainText
         width: name.width
         height: name.height
@@ -51,6 +53,7 @@ CategoryCell {
         cellRadius: categoryCell.view?.cellRadius ?? -1
         cellColor: categoryCell.view?.cellColor ?? "#2c313d"
         titleColor: categoryCell.view?.titleColor ?? "#ffffff"
+        badged: categoryCell.view?.badged ?? false
         scroller: scroller
         blocked: toLeft.pressed || toRight.pressed
 
@@ -74,7 +77,6 @@ CategoryCell {
 
                 width: 232
                 height: 130
-                badged: categoryCell.showsBadges
                 view: videos
                 row: shown ? index : -1
                 z: index

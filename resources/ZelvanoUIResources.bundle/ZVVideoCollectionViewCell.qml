@@ -16,6 +16,7 @@ VideoCell {
     width: 160
     height: 160
     clip: true
+    iconImageView: icon
 
     Accessible.role: Accessible.ListItem
     Accessible.name: spokenName
@@ -49,13 +50,14 @@ VideoCell {
 
             objectName: "titleLable"
             anchors { left: parent.left; right: durationHolder.left; bottom: parent.bottom; margins: content.margin }
+            text: content.title
             horizontalAlignment: Text.AlignLeft // By layout direction, not by the title's language.
             textFormat: Text.PlainText
             wrapMode: Text.Wrap
             maximumLineCount: 2
             elide: Text.ElideRight
             color: content.view?.titleColor ?? "#ffffff"
-            font.weight: Font.DemiBold
+            font { pixelSize: Math.max(1, Math.round(5 * content.unit)); weight: Font.DemiBold }
         }
 
         Rectangle {
@@ -73,6 +75,7 @@ VideoCell {
 
                 objectName: "durationLabel"
                 anchors.centerIn: parent
+                text: content.duration
                 textFormat: Text.PlainText
                 color: "#ffffff"
                 font { pixelSize: content.smallText; weight: Font.Medium }
@@ -84,16 +87,17 @@ VideoCell {
 
             objectName: "valueHolderView"
             anchors { left: parent.left; top: parent.top; margins: content.margin }
-            visible: content.badged
+            visible: content.view?.badged ?? true
             width: Math.max(height, valueLabel.implicitWidth + height / 2)
             height: Math.round(8 * content.unit)
-            color: "transparent"
+            radius: 10
+            color: content.categoryColor
 
             // An unknown category has no colour.
             Rectangle {
                 visible: badge.color.a === 0
                 anchors.fill: parent
-                radius: 10
+                radius: badge.radius
                 color: "#8c000000"
             }
 
@@ -102,6 +106,7 @@ VideoCell {
 
                 objectName: "valueLabel"
                 anchors.centerIn: parent
+                text: content.value
                 textFormat: Text.PlainText
                 color: "#ffffff"
                 style: Text.Raised

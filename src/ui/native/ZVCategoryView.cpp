@@ -30,7 +30,6 @@ struct ZVCategoryView::Private : public ZVTableViewDataSource
     std::shared_ptr<ZVRecommendation> recommendations;
     std::weak_ptr<ZVRecommendationViewDelegate> delegate;
     bool loadsThumbnails = false;
-    bool showsBadges = false;
 };
 
 ZVCategoryView::Private::Private(ZVCategoryView *view)
@@ -101,14 +100,13 @@ void ZVCategoryView::setLoadsThumbnails(bool loads)
 
 bool ZVCategoryView::showsBadges() const
 {
-    return d->showsBadges;
+    return d->table && d->table->property("badged").toBool();
 }
 
 void ZVCategoryView::setShowsBadges(bool shows)
 {
-    d->showsBadges = shows;
     if (d->table)
-        d->table->reloadData();
+        d->table->setProperty("badged", shows);
 }
 
 // ZVTableViewDataSource
@@ -121,7 +119,6 @@ void ZVCategoryView::Private::cellForRowAtIndexPath(ZVTableView *view, const Ind
     const auto category = recommendations->categories().value(path.row);
     row->setDelegate(delegate.lock());
     row->setThumbnails(loadsThumbnails ? &thumbnails : nullptr);
-    row->setShowsBadges(showsBadges);
     row->setCategory(category);
     row->setRecommendations(recommendations->videosForCategory(category).value_or(ZVVideoList()));
     row->setWidth(view->width());

@@ -49,6 +49,7 @@ class ZELVANOUI_EXPORT ZVItemView : public QQuickItem
     Q_PROPERTY(double cellRadius MEMBER m_cellRadius NOTIFY lookChanged FINAL)
     Q_PROPERTY(QColor cellColor MEMBER m_cellColor NOTIFY lookChanged FINAL)
     Q_PROPERTY(QColor titleColor MEMBER m_titleColor NOTIFY lookChanged FINAL)
+    Q_PROPERTY(bool badged MEMBER m_isBadged NOTIFY lookChanged FINAL)
     Q_PROPERTY(int count READ itemCount NOTIFY countChanged FINAL)
     /// The marked cell; null for none.
     Q_PROPERTY(QQuickItem *currentCell READ currentCell NOTIFY currentCellChanged FINAL)
@@ -133,6 +134,7 @@ private:
     QColor m_cellColor = QColor(0x2c, 0x31, 0x3d);
     QColor m_titleColor = Qt::white;
     int m_columns = 1;
+    bool m_isBadged = true;
     bool m_isMirrored = false;
     bool m_isBlocked = false;
     bool m_isDataStale = false;

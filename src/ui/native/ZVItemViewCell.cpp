@@ -72,9 +72,4 @@ void ZVItemViewCell::choose()
         m_view->selectItem(m_row);
 }
 
-QQuickItem *ZVItemViewCell::outlet(const QString &objectName) const
-{
-    return findChild<QQuickItem *>(objectName);
-}
-
 } // namespace zelvano

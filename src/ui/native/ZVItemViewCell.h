@@ -51,7 +51,6 @@ public:
 protected:
     ZVItemViewCell();
 
-    QQuickItem *outlet(const QString &objectName) const;
     void componentComplete() override;
 
 private:

@@ -5,30 +5,18 @@
 
 namespace zelvano {
 
-using namespace Qt::StringLiterals;
-
-ZVRecommendationTableViewCell::ZVRecommendationTableViewCell() = default;
-
-ZVRecommendationTableViewCell::~ZVRecommendationTableViewCell()
+void ZVRecommendationTableViewCell::setVideosCollectionView(ZVCollectionView *view)
 {
     if (m_videosCollectionView)
         m_videosCollectionView->setDataSource(nullptr);
-}
-
-void ZVRecommendationTableViewCell::componentComplete()
-{
-    m_categoryLabel = outlet(u"categoryLabel"_s);
-    m_videosCollectionView = qobject_cast<ZVCollectionView *>(outlet(u"videosCollectionView"_s));
-    if (m_videosCollectionView)
-        m_videosCollectionView->setDataSource(this);
-    ZVItemViewCell::componentComplete(); // Fills the row.
+    m_videosCollectionView = view;
+    if (view)
+        view->setDataSource(this);
 }
 
 void ZVRecommendationTableViewCell::setCategory(const QString &category)
 {
     m_category = category;
-    if (m_categoryLabel)
-        m_categoryLabel->setProperty("text", category);
     Q_EMIT categoryChanged();
 }
 
@@ -37,12 +25,6 @@ void ZVRecommendationTableViewCell::setRecommendations(const ZVVideoList &videos
     m_recommendations = videos;
     if (m_videosCollectionView)
         m_videosCollectionView->reloadData();
-}
-
-void ZVRecommendationTableViewCell::setShowsBadges(bool shows)
-{
-    m_showsBadges = shows;
-    Q_EMIT badgesChanged();
 }
 
 void ZVRecommendationTableViewCell::setCurrent(bool current)
@@ -69,11 +51,6 @@ bool ZVRecommendationTableViewCell::handleKey(QKeyEvent *event)
 }
 
 // ZVCollectionViewDataSource
-
-qint64 ZVRecommendationTableViewCell::numberOfItemsInSection(ZVCollectionView *, qint64)
-{
-    return static_cast<qint64>(m_recommendations.size());
-}
 
 void ZVRecommendationTableViewCell::cellForItemAtIndexPath(ZVCollectionView *, const IndexPath &path,
                                                            ZVItemViewCell *cell)

@@ -13,17 +13,21 @@ namespace zelvano {
 class Thumbnails;
 
 /// A category's name over its videos, which scroll sideways. Main thread.
-class ZELVANOUI_EXPORT ZVRecommendationTableViewCell : public zelvano::ZVItemViewCell, public ZVCollectionViewDataSource
+class ZELVANOUI_EXPORT ZVRecommendationTableViewCell : public zelvano::ZVItemViewCell,
+                                                       public ZVCollectionViewDataSource
 {
     Q_OBJECT
     QML_NAMED_ELEMENT(CategoryCell)
+    /// The service's code, which the outlet categoryLabel shows.
+    Q_PROPERTY(QString category READ category NOTIFY categoryChanged FINAL)
     /// For users, in their language.
     Q_PROPERTY(QString categoryName READ categoryName NOTIFY categoryChanged FINAL)
-    Q_PROPERTY(bool showsBadges READ showsBadges NOTIFY badgesChanged FINAL)
+    /// An outlet. Set by the interface resource.
+    Q_PROPERTY(
+        zelvano::ZVCollectionView *videosCollectionView READ videosCollectionView WRITE setVideosCollectionView FINAL)
 
 public:
-    ZVRecommendationTableViewCell();
-    ~ZVRecommendationTableViewCell() override;
+    ~ZVRecommendationTableViewCell() override { setVideosCollectionView(nullptr); }
 
     QString category() const { return m_category; }
     QString categoryName() const { return nameOfCategory(m_category); }
@@ -34,15 +38,12 @@ public:
     std::shared_ptr<ZVRecommendationViewDelegate> delegate() const { return m_delegate.lock(); }
     /// Held weakly.
     void setDelegate(const std::shared_ptr<ZVRecommendationViewDelegate> &delegate) { m_delegate = delegate; }
-    bool showsBadges() const { return m_showsBadges; }
-    void setShowsBadges(bool shows);
-    Q_SIGNAL void badgesChanged();
     /// Not owned; null fetches no pictures.
     void setThumbnails(Thumbnails *thumbnails) { m_thumbnails = thumbnails; }
 
-    // The outlets; null when the interface resource lacks one.
-    QQuickItem *categoryLabel() const { return m_categoryLabel; }
+    /// Null when the interface resource has none.
     ZVCollectionView *videosCollectionView() const { return m_videosCollectionView; }
+    void setVideosCollectionView(ZVCollectionView *view);
 
     // ZVItemViewCell
     void setCurrent(bool current) override;
@@ -50,20 +51,15 @@ public:
     bool handleKey(QKeyEvent *event) override;
 
     // ZVCollectionViewDataSource
-    qint64 numberOfItemsInSection(ZVCollectionView *view, qint64 section) override;
+    qint64 numberOfItemsInSection(ZVCollectionView *, qint64) override { return qint64(m_recommendations.size()); }
     void cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path, ZVItemViewCell *cell) override;
     void didSelectItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
-
-protected:
-    void componentComplete() override;
 
 private:
     QString m_category;
     ZVVideoList m_recommendations;
     std::weak_ptr<ZVRecommendationViewDelegate> m_delegate;
     Thumbnails *m_thumbnails = nullptr;
-    bool m_showsBadges = false;
-    QPointer<QQuickItem> m_categoryLabel;
     QPointer<ZVCollectionView> m_videosCollectionView;
 };
 

@@ -7,7 +7,6 @@
 #include "Thumbnails.h"
 #include <ZelvanoUI/ZVVideoParams.h>
 
-#include <QFont>
 #include <QPropertyAnimation>
 
 #include <algorithm>
@@ -20,21 +19,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto fadeDuration = 500;  // Milliseconds.
-constexpr double titleShare = 0.05; // Of the cell's width.
-constexpr double badgeRadius = 10.0;
-
-void setText(QQuickItem *label, const QString &text)
-{
-    if (label)
-        label->setProperty("text", text);
-}
+constexpr auto fadeDuration = 500; // Milliseconds.
 
 } // namespace
 
 CellHost::~CellHost() = default;
 
-ZVVideoCollectionViewCell::ZVVideoCollectionViewCell() = default;
 ZVVideoCollectionViewCell::~ZVVideoCollectionViewCell()
 {
     leaveVideo();
@@ -42,17 +32,8 @@ ZVVideoCollectionViewCell::~ZVVideoCollectionViewCell()
 
 void ZVVideoCollectionViewCell::componentComplete()
 {
-    m_titleLable = outlet(u"titleLable"_s);
-    m_durationLabel = outlet(u"durationLabel"_s);
-    m_valueLabel = outlet(u"valueLabel"_s);
-    m_valueHolderView = outlet(u"valueHolderView"_s);
-    m_iconImageView = qobject_cast<ZVImageView *>(outlet(u"iconImageView"_s));
     m_shadowOffset = size() * double(shadowWidthPercent);
-    m_shadowRadius = width() * double(shadowWidthPercent);
-    m_shadowOpacity = 0.8;
     setClip(true); // Intended, and last: the cell's edge cuts off the shadow.
-    if (m_valueHolderView)
-        m_valueHolderView->setProperty("radius", badgeRadius);
     if (view())
         connect(view(), &ZVItemView::countChanged, this, &ZVVideoCollectionViewCell::spokenNameChanged);
     ZVItemViewCell::componentComplete(); // Fills the cell.
@@ -85,37 +66,53 @@ void ZVVideoCollectionViewCell::leaveVideo()
 void ZVVideoCollectionViewCell::prepareForReuse()
 {
     leaveVideo();
-    if (m_iconImageView)
-        m_iconImageView->setImage({});
+    setImage({});
 }
 
 void ZVVideoCollectionViewCell::imageDidChange(const std::shared_ptr<ZVVideoParams> &video)
 {
-    if (video != m_video || !m_thumbnails)
+    if (video != m_video)
         return;
-    setParams(video);
-    m_thumbnails->resize(video, Thumbnails::pixels(size(), this));
+    setImage(video->image());
+    fitThumbnail();
+    offerToHost(video);
+}
+
+void ZVVideoCollectionViewCell::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)
+{
+    ZVItemViewCell::geometryChange(newGeometry, oldGeometry);
+    fitThumbnail();
+}
+
+void ZVVideoCollectionViewCell::fitThumbnail()
+{
+    if (m_thumbnails && m_video)
+        m_thumbnails->resize(m_video, Thumbnails::pixels(size(), this));
+}
+
+void ZVVideoCollectionViewCell::setImage(const QImage &image)
+{
+    if (!m_iconImageView)
+        return;
+    m_iconImageView->setImage(image);
+    if (image.isNull() || m_iconImageView->opacity() != 0 || m_iconImageView->findChild<QPropertyAnimation *>())
+        return; // Nothing to fade in, or already started: its first frame is still to come.
+    auto *const fade = new QPropertyAnimation(m_iconImageView, "opacity", m_iconImageView);
+    fade->setDuration(fadeDuration);
+    fade->setEndValue(1.0);
+    fade->start(QAbstractAnimation::DeleteWhenStopped);
 }
 
 void ZVVideoCollectionViewCell::setParams(const std::shared_ptr<ZVVideoParams> &params)
 {
     if (!params)
         return;
-    const auto image = params->image();
-    if (m_iconImageView) {
-        m_iconImageView->setImage(image);
-        if (!image.isNull() && m_iconImageView->opacity() == 0)
-            fadeIn();
-    }
+    setImage(params->image());
     m_title = params->title();
     m_duration = secToTime(params->durationSec());
     m_category = params->category();
-    fitTitle();
-    setText(m_durationLabel, m_duration); // Before the title, whose lines depend on its width.
-    setText(m_titleLable, m_title);
-    if (m_valueHolderView)
-        m_valueHolderView->setProperty("color", colorForCategory(m_category));
-    setText(m_valueLabel, QString::number(params->index())); // Intended: the position in the list, not percentValue.
+    m_value = QString::number(params->index()); // Intended: the position in the list, not percentValue.
+    Q_EMIT paramsChanged();
     Q_EMIT spokenNameChanged();
     offerToHost(params);
 }
@@ -140,28 +137,6 @@ void ZVVideoCollectionViewCell::offerToHost(const std::shared_ptr<ZVVideoParams>
         Q_EMIT shownByHostChanged();
 }
 
-void ZVVideoCollectionViewCell::fadeIn()
-{
-    if (m_iconImageView->findChild<QPropertyAnimation *>())
-        return; // Already started; its first frame is still to come.
-    auto *const animation = new QPropertyAnimation(m_iconImageView, "opacity", m_iconImageView);
-    animation->setDuration(fadeDuration);
-    animation->setEndValue(1.0);
-    animation->start(QAbstractAnimation::DeleteWhenStopped);
-}
-
-void ZVVideoCollectionViewCell::fitTitle()
-{
-    if (!m_titleLable)
-        return;
-    auto font = m_titleLable->property("font").value<QFont>();
-    const int size = std::max(1, qRound(titleShare * width()));
-    if (font.pixelSize() == size)
-        return;
-    font.setPixelSize(size);
-    m_titleLable->setProperty("font", font);
-}
-
 QString ZVVideoCollectionViewCell::secToTime(const QJsonValue &seconds)
 {
     if (seconds.isNull()) {
@@ -183,14 +158,6 @@ QColor ZVVideoCollectionViewCell::colorForCategory(const QString &category)
     if (category == "MOSTRECENT"_L1)
         return QColor::fromRgbF(0.5F, 0.5F, 0.5F, alpha);
     return QColor(0, 0, 0, 0);
-}
-
-void ZVVideoCollectionViewCell::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)
-{
-    ZVItemViewCell::geometryChange(newGeometry, oldGeometry);
-    fitTitle();
-    if (m_thumbnails && m_video)
-        m_thumbnails->resize(m_video, Thumbnails::pixels(size(), this));
 }
 
 } // namespace zelvano

@@ -78,9 +78,10 @@ private Q_SLOTS:
         QCOMPARE(categories.size(), 3);
         for (qint64 i = 0; i < 3; ++i) {
             const auto *row = stage.row(i);
-            QCOMPARE(row->categoryLabel()->property("text").toString(), categories[i]);
+            const auto *label = outletOf(row, u"categoryLabel"_s);
+            QCOMPARE(label->property("text").toString(), categories[i]);
             QCOMPARE(row->recommendations(), *recommendation->videosForCategory(categories[i]));
-            QVERIFY(row->width() == 400 && row->categoryLabel()->width() <= 400 && row->categoryLabel()->height() < 40);
+            QVERIFY(row->width() == 400 && label->width() <= 400 && label->height() < 40);
             for (const auto *cell : stage.videosOf(i)->shownCells()) { // Nobody numbers these or fetches for them.
                 QCOMPARE(textOf(cell, u"valueLabel"_s), u"0"_s);
                 QVERIFY(!outletOf(cell, u"valueHolderView"_s)->isVisible());

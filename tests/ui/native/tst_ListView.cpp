@@ -30,6 +30,7 @@ struct Cell
     ZVVideoCollectionViewCell *const item = qobject_cast<ZVVideoCollectionViewCell *>(resource.root());
 
     ZVVideoCollectionViewCell *operator->() const { return item; }
+    QQuickItem *outlet(const QString &name) const { return resource.outlet(name); }
 };
 
 } // namespace
@@ -278,12 +279,12 @@ private Q_SLOTS:
             const auto size = [](const QQuickItem *label) {
                 return label->property("font").value<QFont>().pixelSize();
             };
-            QVERIFY(size(cell->durationLabel()) <= size(cell->titleLable()));
-            QVERIFY(cell->valueHolderView()->height() < width / 8);
+            QVERIFY(size(cell.outlet(u"durationLabel"_s)) <= size(cell.outlet(u"titleLable"_s)));
+            QVERIFY(cell.outlet(u"valueHolderView"_s)->height() < width / 8);
         }
-        QVERIFY(cell->valueHolderView()->childItems().first()->property("visible").toBool());
+        QVERIFY(cell.outlet(u"valueHolderView"_s)->childItems().first()->property("visible").toBool());
         cell->setParams(video({{"category"_L1, u"FORYOU"_s}}));
-        QVERIFY(!cell->valueHolderView()->childItems().first()->property("visible").toBool());
+        QVERIFY(!cell.outlet(u"valueHolderView"_s)->childItems().first()->property("visible").toBool());
     }
 
     void mirroredList()
@@ -440,11 +441,12 @@ private Q_SLOTS:
         for (const auto &outlet : {u"titleLable"_s, u"durationLabel"_s, u"valueLabel"_s})
             texts.append(textOf(cell.item, outlet));
         QCOMPARE(texts, (QStringList{u"<b>A title</b>"_s, u"1:01"_s, u"12"_s}));
-        QCOMPARE(cell->titleLable()->property("textFormat").toInt(), int(Qt::PlainText));
-        QCOMPARE(cell->valueHolderView()->property("color").value<QColor>(), QColor::fromRgbF(1, 0, 0, 0.55F));
+        QCOMPARE(cell.outlet(u"titleLable"_s)->property("textFormat").toInt(), int(Qt::PlainText));
+        QCOMPARE(cell.outlet(u"valueHolderView"_s)->property("color").value<QColor>(),
+                 QColor::fromRgbF(1, 0, 0, 0.55F));
         QCOMPARE(ZVVideoCollectionViewCell::colorForCategory(u"foryou"_s), QColor(0, 0, 0, 0));
         QVERIFY(!cell->params());
-        const auto fontSize = [&] { return cell->titleLable()->property("font").value<QFont>().pixelSize(); };
+        const auto fontSize = [&] { return cell.outlet(u"titleLable"_s)->property("font").value<QFont>().pixelSize(); };
         QCOMPARE(fontSize(), 20);
         cell->setWidth(200);
         QCOMPARE(fontSize(), 10);
@@ -489,11 +491,11 @@ private Q_SLOTS:
     {
         const Cell cell;
         delete cell->iconImageView();
-        delete cell->valueHolderView();
+        delete cell.outlet(u"valueHolderView"_s);
         cell->setParams(video({{"title"_L1, u"x"_s}}, true));
         cell->setParams(nullptr);
         cell->setSize({10, 10});
-        QVERIFY(!cell->iconImageView() && !cell->valueLabel());
+        QVERIFY(!cell->iconImageView() && !cell.outlet(u"valueLabel"_s));
     }
 
     /// The middle of the picture shows in the cell's shape, and in the pixels of the screen.
