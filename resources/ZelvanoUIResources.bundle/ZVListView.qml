@@ -48,6 +48,7 @@ ZVCollectionView {
 
             required property int index
             property bool shown: true
+            readonly property bool mirrored: list.LayoutMirroring.enabled
 
             width: scroller.width
             height: Math.max(first.height, second.visible ? second.height : 0)
@@ -59,7 +60,7 @@ ZVCollectionView {
             ZVVideoCollectionViewCell {
                 id: first
 
-                x: list.mirrored ? line.width - list.inset - width : list.inset
+                x: line.mirrored ? line.width - list.inset - width : list.inset
                 width: list.sizeOf(0).width
                 height: width
                 view: list
@@ -68,7 +69,7 @@ ZVCollectionView {
             ZVVideoCollectionViewCell {
                 id: second
 
-                x: list.mirrored ? first.x - list.itemSpacing - width : first.x + first.width + list.itemSpacing
+                x: line.mirrored ? first.x - list.itemSpacing - width : first.x + first.width + list.itemSpacing
                 width: first.width
                 height: width
                 view: list

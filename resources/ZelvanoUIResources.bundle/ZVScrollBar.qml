@@ -23,7 +23,6 @@ Item {
         const begin = flickable.originY - flickable.topMargin;
         const way = flickable.contentHeight + flickable.topMargin + flickable.bottomMargin - flickable.height;
         const share = Math.max(0, Math.min(1, (thumbY - 2) / (height - 4 - thumb.height)));
-        flickable.cancelFlick();
         flickable.contentY = begin + share * way;
     }
 

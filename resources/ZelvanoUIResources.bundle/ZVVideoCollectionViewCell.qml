@@ -21,8 +21,8 @@ VideoCell {
     Accessible.role: Accessible.ListItem
     Accessible.name: spokenName
     Accessible.focusable: true
-    Accessible.focused: current
-    Accessible.onPressAction: choose()
+    Accessible.focused: view?.currentCell === content
+    Accessible.onPressAction: content.view.choose(content.row)
 
     Item {
         anchors.fill: parent
@@ -129,7 +129,7 @@ VideoCell {
 
     TapHandler {
         id: tap
-        onPressedChanged: if (pressed) content.pressBegan()
-        onTapped: content.activate()
+        onPressedChanged: if (pressed) content.view.pressBegan()
+        onTapped: content.view.activate(content.row)
     }
 }

@@ -180,7 +180,7 @@ private Q_SLOTS:
                                          SLOT(act()))); // What SIGNAL() makes of it.
                 if (signal.startsWith("videoSelected")) {
                     QVERIFY(host.window() && host.waitForItems(u"list"_s, 4));
-                    host.viewIn(u"list"_s)->cellForRow(0)->activate();
+                    host.viewIn(u"list"_s)->activate(0);
                 } else if (signal.startsWith("sessionEnded")) {
                     QCoreApplication::processEvents();
                     host.run(u"recs.dismiss()"_s);
@@ -300,7 +300,7 @@ private Q_SLOTS:
         QVERIFY(host.waitForItems(u"list"_s, 4));
         host.service.settle();
         host.run(u"heard = []"_s);
-        host.viewIn(u"list"_s)->cellForRow(1)->activate();
+        host.viewIn(u"list"_s)->activate(1);
         QVERIFY(host.waitFor(u"heard[0] === 'selected ' + recs.videos[2].title"_s)); // The first is the overlay's.
         QCOMPARE(host.heard().filter(u"list"_s).size(), 1);
         QCOMPARE(host.run(u"recs.currentSource"_s), host.run(u"window.first"_s)); // The host's business.

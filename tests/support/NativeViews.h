@@ -137,6 +137,7 @@ public:
     }
     double offset() const { return items()->scroller()->property("contentY").toDouble(); }
     bool isAtRest() const { return !items()->scroller()->property("moving").toBool(); }
+    void activate(qint64 row) { items()->activate(row); }
     void key(Qt::Key key) { QTest::keyClick(&window, key); }
 
     LogCollector log;

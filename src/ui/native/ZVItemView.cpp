@@ -30,18 +30,13 @@ bool isByWindow(const QFocusEvent *event)
 
 void LineModel::setCount(int count)
 {
-    if (count > m_count) {
-        beginInsertRows({}, m_count, count - 1);
-        m_count = count;
-        endInsertRows();
-    } else if (count < m_count) {
-        beginRemoveRows({}, count, m_count - 1);
-        m_count = count;
-        endRemoveRows();
-    }
+    if (count == m_count)
+        return;
+    const bool grows = count > m_count;
+    grows ? beginInsertRows({}, m_count, count - 1) : beginRemoveRows({}, count, m_count - 1);
+    m_count = count;
+    grows ? endInsertRows() : endRemoveRows();
 }
-
-ZVItemView::ZVItemView() = default;
 
 ZVItemView::~ZVItemView()
 {
@@ -61,8 +56,7 @@ void ZVItemView::removeCell(ZVItemViewCell *cell)
 {
     if (cellForRow(cell->row()) == cell)
         m_cells.erase(cell->row());
-    if (cell->isCurrent())
-        Q_EMIT currentCellChanged();
+    markCurrent();
 }
 
 void ZVItemView::showCell(ZVItemViewCell *cell)
@@ -71,14 +65,7 @@ void ZVItemView::showCell(ZVItemViewCell *cell)
     cell->setVisible(exists);
     if (exists)
         fillCell(cell);
-    cell->setCurrent(m_showsCurrent && cell->row() == m_currentRow);
-    if (cell->isCurrent())
-        Q_EMIT currentCellChanged();
-}
-
-QQuickItem *ZVItemView::currentCell() const
-{
-    return m_showsCurrent ? cellForRow(m_currentRow) : nullptr;
+    markCurrent();
 }
 
 ZVItemViewCell *ZVItemView::cellForRow(qint64 row) const
@@ -105,23 +92,13 @@ void ZVItemView::reloadData()
     polish();
 }
 
-void ZVItemView::insertItemAtEnd()
-{
-    polish();
-}
-
-void ZVItemView::updatePolish()
-{
-    updateItems();
-}
-
 void ZVItemView::layoutIfNeeded()
 {
-    updateItems();
+    updatePolish();
     call("forceLayout");
 }
 
-void ZVItemView::updateItems()
+void ZVItemView::updatePolish()
 {
     if (m_isUpdating)
         return;
@@ -189,26 +166,22 @@ void ZVItemView::showLine(qint64 row, int mode) const
                                   Q_ARG(int, mode));
 }
 
-/// With the margin around the lines, which ListView leaves out.
-void ZVItemView::scrollToEdge(Edge edge)
+/// With the margin around the lines, which ListView leaves out. Few items stay at the start.
+void ZVItemView::scrollToEdge(bool isStart)
 {
     if (!m_scroller)
         return;
+    call(isStart ? "positionViewAtBeginning" : "positionViewAtEnd");
     const bool vertical = isVertical();
-    const auto value = [this](const char *name) { return m_scroller->property(name).toDouble(); };
-    call("cancelFlick");
-    call(edge == Edge::Start ? "positionViewAtBeginning" : "positionViewAtEnd");
-    const double margin = value(vertical ? "topMargin" : "leftMargin");
-    const double origin = value(vertical ? "originY" : "originX");
-    const double low = origin - margin;
-    const double high =
-        origin + value(vertical ? "contentHeight" : "contentWidth") + margin - (vertical ? height() : width());
-    const bool isLow = (edge == Edge::Start) != (m_isMirrored && !vertical);
-    // Few items stay at the start.
-    const double position = edge == Edge::Start ? (isLow ? low : high)
-                            : isLow             ? std::min(low, high)
-                                                : std::max(low, high);
-    m_scroller->setProperty(vertical ? "contentY" : "contentX", position);
+    const auto value = [&](const char *ofRows, const char *ofColumns) {
+        return m_scroller->property(vertical ? ofRows : ofColumns).toDouble();
+    };
+    const double margin = value("topMargin", "leftMargin");
+    const double low = value("originY", "originX") - margin;
+    const double high = low + value("contentHeight", "contentWidth") + 2 * margin - value("height", "width");
+    const bool isReversed = m_isMirrored && !vertical;
+    const double end = isReversed ? std::min(low, high) : std::max(low, high);
+    m_scroller->setProperty(vertical ? "contentY" : "contentX", !isStart ? end : isReversed ? high : low);
 }
 
 void ZVItemView::scrollToRow(qint64 row)
@@ -216,28 +189,26 @@ void ZVItemView::scrollToRow(qint64 row)
     layoutIfNeeded();
     if (row < 0 || row >= m_count)
         return;
-    if (row < m_columns) {
+    if (row < m_columns)
         scrollToStart();
-    } else if (row / m_columns == (m_count - 1) / m_columns) {
-        scrollToEdge(Edge::End);
-    } else {
-        call("cancelFlick");
+    else if (row / m_columns == (m_count - 1) / m_columns)
+        scrollToEdge(false);
+    else
         showLine(row, contained);
-    }
     call("forceLayout");
 }
 
 // Input
 
 /// A press that stops a movement chooses nothing. The view itself may move, or a view around it.
-void ZVItemView::pressDidBegin()
+void ZVItemView::pressBegan()
 {
     m_pressStopsMovement = m_isBlocked || (m_scroller && m_scroller->property("moving").toBool());
     for (const auto *item = parentItem(); item && !m_pressStopsMovement; item = item->parentItem())
         m_pressStopsMovement = item->property("moving").toBool();
 }
 
-void ZVItemView::cellWasTapped(qint64 row)
+void ZVItemView::activate(qint64 row)
 {
     if (std::exchange(m_pressStopsMovement, false))
         return;
@@ -245,7 +216,13 @@ void ZVItemView::cellWasTapped(qint64 row)
     setShowsCurrent(false);
     if (activeFocusOnTab())
         forceActiveFocus(Qt::MouseFocusReason);
-    selectItem(row);
+    choose(row);
+}
+
+void ZVItemView::choose(qint64 row)
+{
+    if (row >= 0 && row < m_count)
+        selectItem(row);
 }
 
 void ZVItemView::setCurrentRow(qint64 row)
@@ -262,49 +239,39 @@ void ZVItemView::setShowsCurrent(bool shows)
     markCurrent();
 }
 
+QQuickItem *ZVItemView::currentCell() const
+{
+    return m_currentCell;
+}
+
 void ZVItemView::markCurrent()
 {
-    for (const auto &[row, cell] : m_cells)
-        cell->setCurrent(m_showsCurrent && row == m_currentRow);
+    auto *const cell = m_showsCurrent ? cellForRow(m_currentRow) : nullptr;
+    const auto before = std::exchange(m_currentCell, cell);
+    if (before == cell)
+        return;
+    if (before)
+        before->setCurrent(false);
+    if (cell)
+        cell->setCurrent(true);
     Q_EMIT currentCellChanged();
 }
 
 /// At an end the current row.
 qint64 ZVItemView::rowForKey(int key) const
 {
-    const auto *cell = cellForRow(m_currentRow);
-    const double length = cell ? cell->height() : height();
-    const auto linesInPage = std::max<qint64>(1, static_cast<qint64>(height() / std::max(length, 1.0)));
     const auto last = m_count - 1;
-    const auto moved = [&](qint64 lines) {
-        const auto row = m_currentRow + lines * m_columns;
-        const auto lastLine = last / m_columns;
-        if (row < 0)
-            return lines == -1 ? m_currentRow : m_currentRow % m_columns;
-        return row / m_columns > lastLine && lines == 1 ? m_currentRow : std::min(row, last);
-    };
+    const auto is = [key](Qt::Key other) { return key == other ? 1 : 0; };
     const bool isVertical = this->isVertical();
-    switch (key) {
-    case Qt::Key_Left:
-    case Qt::Key_Right: {
-        const auto row = m_currentRow + ((key == Qt::Key_Right) != m_isMirrored ? 1 : -1);
-        return isVertical && m_columns == 1 ? m_currentRow : std::clamp<qint64>(row, 0, last);
-    }
-    case Qt::Key_Up:
-        return isVertical ? moved(-1) : m_currentRow;
-    case Qt::Key_Down:
-        return isVertical ? moved(1) : m_currentRow;
-    case Qt::Key_PageUp:
-        return isVertical ? moved(-linesInPage) : m_currentRow;
-    case Qt::Key_PageDown:
-        return isVertical ? moved(linesInPage) : m_currentRow;
-    case Qt::Key_Home:
-        return 0;
-    case Qt::Key_End:
-        return last;
-    default:
-        return m_currentRow;
-    }
+    if (const int aside = is(Qt::Key_Right) - is(Qt::Key_Left); aside != 0 && (!isVertical || m_columns > 1))
+        return std::clamp<qint64>(m_currentRow + (m_isMirrored ? -aside : aside), 0, last);
+    if (key == Qt::Key_Home || key == Qt::Key_End)
+        return key == Qt::Key_Home ? 0 : last;
+    const auto *cell = cellForRow(m_currentRow);
+    const auto linesInPage = std::max(1, static_cast<int>(height() / std::max(cell ? cell->height() : height(), 1.0)));
+    const auto lines = is(Qt::Key_Down) - is(Qt::Key_Up) + linesInPage * (is(Qt::Key_PageDown) - is(Qt::Key_PageUp));
+    const auto line = std::clamp<qint64>(m_currentRow / m_columns + (isVertical ? lines : 0), 0, last / m_columns);
+    return std::min(line * m_columns + m_currentRow % m_columns, last);
 }
 
 bool ZVItemView::handleKey(QKeyEvent *event)
@@ -315,8 +282,7 @@ bool ZVItemView::handleKey(QKeyEvent *event)
     // A key with a modifier is the host's.
     if (m_count == 0 || (event->modifiers() & ~Qt::KeypadModifier))
         return false;
-    m_showsCurrent = true;
-    markCurrent();
+    setShowsCurrent(true);
     if (chooses && !isInSight(m_currentRow)) {
         scrollToRow(m_currentRow);
         return true;
@@ -325,7 +291,7 @@ bool ZVItemView::handleKey(QKeyEvent *event)
         return true;
     if (chooses) {
         if (!event->isAutoRepeat())
-            selectItem(m_currentRow);
+            choose(m_currentRow);
         return true;
     }
     const auto row = rowForKey(key);

@@ -36,14 +36,14 @@ class ZELVANOUI_EXPORT ZVItemView : public QQuickItem
 {
     Q_OBJECT
     QML_ANONYMOUS
-    /// The ListView. Set by the interface resource, like the next two.
+    /// The ListView. Set by the interface resource, like the next three.
     Q_PROPERTY(QQuickItem *scroller READ scroller MEMBER m_scroller FINAL)
     /// Cells in a line.
     Q_PROPERTY(int columns MEMBER m_columns FINAL)
     /// From right to left, as the application or the host's item.
-    Q_PROPERTY(bool mirrored MEMBER m_isMirrored NOTIFY mirroredChanged FINAL)
+    Q_PROPERTY(bool mirrored MEMBER m_isMirrored FINAL)
     /// Whether a press is meant for something above the cells.
-    Q_PROPERTY(bool blocked MEMBER m_isBlocked NOTIFY blockedChanged FINAL)
+    Q_PROPERTY(bool blocked MEMBER m_isBlocked FINAL)
     Q_PROPERTY(QAbstractItemModel *lines READ lines CONSTANT FINAL)
     // The look of the cells. The radius is in points.
     Q_PROPERTY(double cellRadius MEMBER m_cellRadius NOTIFY lookChanged FINAL)
@@ -63,14 +63,10 @@ public:
     QQuickItem *currentCell() const;
     Q_SIGNAL void currentCellChanged();
     Q_SIGNAL void countChanged();
-    Q_SIGNAL void mirroredChanged();
-    Q_SIGNAL void blockedChanged();
     Q_SIGNAL void lookChanged();
 
-    /// Reads count, sizes and contents again before the next frame.
+    /// Reads count, sizes and contents again before the next frame. After polish() it reads the count alone.
     void reloadData();
-    /// Reads the count again before the next frame.
-    void insertItemAtEnd();
     /// Applies pending changes now instead of before the next frame.
     void layoutIfNeeded();
 
@@ -80,7 +76,7 @@ public:
 
     /// Scrolls until the whole row is visible.
     void scrollToRow(qint64 row);
-    void scrollToStart() { scrollToEdge(Edge::Start); }
+    void scrollToStart() { scrollToEdge(true); }
 
     /// The row that keys act on; 0 at first.
     qint64 currentRow() const { return m_currentRow; }
@@ -89,9 +85,14 @@ public:
     void setShowsCurrent(bool shows);
     bool handleKey(QKeyEvent *event);
 
-protected:
-    ZVItemView();
+    // Called by the interface resource.
+    Q_INVOKABLE void pressBegan();
+    /// The viewer tapped the cell of this row. A tap that stops a movement chooses nothing.
+    Q_INVOKABLE void activate(qint64 row);
+    /// The viewer chose the row without a pointer.
+    Q_INVOKABLE void choose(qint64 row);
 
+protected:
     virtual qint64 countItems() = 0;
     virtual void fillCell(ZVItemViewCell *cell) = 0;
     virtual void selectItem(qint64 row) = 0;
@@ -109,24 +110,21 @@ private:
     // Called by cells.
     void addCell(ZVItemViewCell *cell);
     void removeCell(ZVItemViewCell *cell);
-    void pressDidBegin();
-    void cellWasTapped(qint64 row);
 
     bool isVertical() const;
     bool isInSight(qint64 row) const;
     qint64 firstRowInSight() const;
-    void updateItems();
     void showCell(ZVItemViewCell *cell);
     void markCurrent();
     qint64 rowForKey(int key) const;
     void call(const char *function) const;
     void showLine(qint64 row, int mode) const;
-    enum class Edge { Start, End };
-    void scrollToEdge(Edge edge);
+    void scrollToEdge(bool isStart);
 
     LineModel m_lines;
     QPointer<QQuickItem> m_scroller;
     std::map<qint64, ZVItemViewCell *> m_cells; ///< By row.
+    QPointer<ZVItemViewCell> m_currentCell;
     qint64 m_count = 0;
     qint64 m_currentRow = 0;
     qint64 m_rowToKeep = -1; ///< The first row in sight before a change of the size.

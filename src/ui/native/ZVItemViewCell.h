@@ -17,39 +17,28 @@ class ZELVANOUI_EXPORT ZVItemViewCell : public QQuickItem
 {
     Q_OBJECT
     QML_ANONYMOUS
-    Q_PROPERTY(zelvano::ZVItemView *view READ view WRITE setView NOTIFY viewChanged FINAL)
+    Q_PROPERTY(zelvano::ZVItemView *view READ view MEMBER m_view NOTIFY viewChanged FINAL)
     /// The row shown; -1 for none. The view fills the cell with each new row.
     Q_PROPERTY(int row READ row WRITE setRow NOTIFY rowChanged FINAL)
-    /// Whether keys act on this cell.
-    Q_PROPERTY(bool current READ isCurrent NOTIFY currentChanged FINAL)
 
 public:
     ~ZVItemViewCell() override;
 
     ZVItemView *view() const { return m_view; }
-    void setView(ZVItemView *view);
     Q_SIGNAL void viewChanged();
     qint64 row() const { return m_row; }
     void setRow(qint64 row);
     Q_SIGNAL void rowChanged();
-    bool isCurrent() const { return m_isCurrent; }
-    Q_SIGNAL void currentChanged();
 
+    /// Whether keys act on this cell.
     virtual void setCurrent(bool current);
     /// Called when it stops showing its row.
     virtual void prepareForReuse() {}
     /// Handles a key while current; false for a key without a meaning here.
     virtual bool handleKey(QKeyEvent *) { return false; }
 
-    // Called by the interface resource.
-    Q_INVOKABLE void pressBegan();
-    /// The viewer tapped the cell. A tap that stops a movement chooses nothing.
-    Q_INVOKABLE void activate();
-    /// The viewer chose the cell without a pointer.
-    Q_INVOKABLE void choose();
-
 protected:
-    ZVItemViewCell();
+    ZVItemViewCell() = default;
 
     void componentComplete() override;
 
@@ -58,7 +47,6 @@ private:
 
     QPointer<ZVItemView> m_view;
     qint64 m_row = -1;
-    bool m_isCurrent = false;
 };
 
 } // namespace zelvano

@@ -13,8 +13,7 @@ namespace zelvano {
 class Thumbnails;
 
 /// A category's name over its videos, which scroll sideways. Main thread.
-class ZELVANOUI_EXPORT ZVRecommendationTableViewCell : public zelvano::ZVItemViewCell,
-                                                       public ZVCollectionViewDataSource
+class ZELVANOUI_EXPORT ZVRecommendationTableViewCell : public zelvano::ZVItemViewCell, public ZVCollectionViewDataSource
 {
     Q_OBJECT
     QML_NAMED_ELEMENT(CategoryCell)

@@ -295,10 +295,8 @@ private Q_SLOTS:
         const auto marked = [&] {
             QStringList found;
             for (const auto *row : stage.rows()) {
-                for (const auto *cell : row->videosCollectionView()->shownCells()) {
-                    if (cell->isCurrent())
-                        found.append(u"%1.%2"_s.arg(row->row()).arg(cell->row()));
-                }
+                if (const auto *cell = qobject_cast<ZVItemViewCell *>(row->videosCollectionView()->currentCell()))
+                    found.append(u"%1.%2"_s.arg(row->row()).arg(cell->row()));
             }
             return found;
         };
