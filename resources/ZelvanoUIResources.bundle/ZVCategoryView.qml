@@ -4,7 +4,7 @@ import QtQuick
 import ZelvanoUI.Interface
 
 // A table of categories that scrolls downwards, on the host's own background.
-ZVTableView {
+ZVItemView {
     id: table
 
     // The ZVCategoryView that fills this view.

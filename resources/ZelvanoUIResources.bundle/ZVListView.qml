@@ -4,7 +4,7 @@ import QtQuick
 import ZelvanoUI.Interface
 
 // Two columns of video cells that scroll downwards, on the host's own background.
-ZVCollectionView {
+ZVItemView {
     id: list
 
     // The ZVListView that fills this view.
@@ -36,7 +36,7 @@ ZVCollectionView {
         anchors.fill: parent
         topMargin: list.inset
         bottomMargin: list.inset
-        spacing: list.lineSpacing
+        spacing: list.spacing.height
         boundsBehavior: Flickable.DragOverBounds
         cacheBuffer: height / 2
         reuseItems: true
@@ -69,7 +69,7 @@ ZVCollectionView {
             ZVVideoCollectionViewCell {
                 id: second
 
-                x: line.mirrored ? first.x - list.itemSpacing - width : first.x + first.width + list.itemSpacing
+                x: line.mirrored ? first.x - list.spacing.width - width : first.x + first.width + list.spacing.width
                 width: first.width
                 height: width
                 view: list

@@ -41,7 +41,7 @@ CategoryCell {
         font { pixelSize: 15; weight: Font.DemiBold }
     }
 
-    ZVCollectionView {
+    ZVItemView {
         id: videos
 
         objectName: "videosCollectionView"

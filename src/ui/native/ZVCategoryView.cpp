@@ -3,7 +3,6 @@
 #include "InterfaceResource.h"
 #include "Thumbnails.h"
 #include "ZVRecommendationTableViewCell.h"
-#include "ZVTableView.h"
 #include <ZelvanoUI/MainThread.h>
 
 #include <QPointer>
@@ -18,22 +17,22 @@ struct ZVCategoryView::Private : public ZVTableViewDataSource
     ~Private() override;
 
     // ZVTableViewDataSource
-    qint64 numberOfRowsInSection(ZVTableView *, qint64) override
+    qint64 numberOfRowsInSection(ZVItemView *, qint64) override
     {
         return recommendations ? recommendations->categories().size() : 0;
     }
-    void cellForRowAtIndexPath(ZVTableView *view, const IndexPath &path, ZVItemViewCell *cell) override;
+    void cellForRowAtIndexPath(ZVItemView *view, const IndexPath &path, ZVItemViewCell *cell) override;
 
     Thumbnails thumbnails;
     InterfaceResource content;
-    const QPointer<ZVTableView> table;
+    const QPointer<ZVItemView> table;
     std::shared_ptr<ZVRecommendation> recommendations;
     std::weak_ptr<ZVRecommendationViewDelegate> delegate;
     bool loadsThumbnails = false;
 };
 
 ZVCategoryView::Private::Private(ZVCategoryView *view)
-    : content(u"ZVCategoryView"_s, view), table(qobject_cast<ZVTableView *>(content.root()))
+    : content(u"ZVCategoryView"_s, view), table(qobject_cast<ZVItemView *>(content.root()))
 {
     if (table)
         table->setDataSource(this);
@@ -111,7 +110,7 @@ void ZVCategoryView::setShowsBadges(bool shows)
 
 // ZVTableViewDataSource
 
-void ZVCategoryView::Private::cellForRowAtIndexPath(ZVTableView *view, const IndexPath &path, ZVItemViewCell *cell)
+void ZVCategoryView::Private::cellForRowAtIndexPath(ZVItemView *view, const IndexPath &path, ZVItemViewCell *cell)
 {
     auto *const row = qobject_cast<ZVRecommendationTableViewCell *>(cell);
     if (!row || !recommendations)

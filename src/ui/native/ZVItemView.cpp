@@ -3,9 +3,11 @@
 #include "ZVItemViewCell.h"
 
 #include <QKeyEvent>
+#include <QQuickWindow>
 #include <QScopedValueRollback>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 // Generated. The reference keeps the registration of the QML types in programs that link the library statically.
@@ -44,6 +46,44 @@ ZVItemView::~ZVItemView()
         cell->m_view = nullptr;
 }
 
+// The data source
+
+void ZVItemView::setDataSource(ZVCollectionViewDataSource *source)
+{
+    m_source = source;
+    reloadData();
+}
+
+qint64 ZVItemView::countItems()
+{
+    return m_source ? m_source->numberOfItemsInSection(this, 0) : 0;
+}
+
+double ZVItemView::snapped(double points) const
+{
+    const double pixels = window() ? window()->effectiveDevicePixelRatio() : 1;
+    return std::round(points * pixels) / pixels;
+}
+
+QSizeF ZVItemView::sizeOf(qint64 row)
+{
+    const auto size = m_source ? m_source->sizeForItemAtIndexPath(this, {row}) : QSizeF();
+    return {snapped(size.width()), snapped(size.height())};
+}
+
+QSizeF ZVItemView::spacing()
+{
+    if (!m_source)
+        return {};
+    return {snapped(m_source->minimumInteritemSpacingForSectionAtIndex(this, 0)),
+            snapped(m_source->minimumLineSpacingForSectionAtIndex(this, 0))};
+}
+
+double ZVItemView::inset()
+{
+    return m_source ? snapped(m_source->insetForSectionAtIndex(this, 0).left()) : 0;
+}
+
 // Cells
 
 void ZVItemView::addCell(ZVItemViewCell *cell)
@@ -63,8 +103,11 @@ void ZVItemView::showCell(ZVItemViewCell *cell)
 {
     const bool exists = cell->row() < countItems(); // The last line may have fewer cells.
     cell->setVisible(exists);
-    if (exists)
-        fillCell(cell);
+    if (exists) {
+        if (const auto size = sizeOf(cell->row()); size.isValid())
+            cell->setSize(size);
+        m_source->cellForItemAtIndexPath(this, {cell->row()}, cell);
+    }
     markCurrent();
 }
 
@@ -105,7 +148,7 @@ void ZVItemView::updatePolish()
     const QScopedValueRollback busy(m_isUpdating, true);
     const auto countBefore = std::exchange(m_count, countItems());
     const auto firstStale = std::exchange(m_isDataStale, false) ? 0 : std::min(countBefore, m_count);
-    updateMetrics();
+    Q_EMIT metricsChanged();
     const bool hasExtent = width() > 0 && height() > 0; // Without one all lines would be in the viewport.
     m_lines.setCount(hasExtent ? static_cast<int>((m_count + m_columns - 1) / m_columns) : 0);
     const auto cells = m_cells; // A filled cell may change the registered ones.
@@ -221,8 +264,8 @@ void ZVItemView::activate(qint64 row)
 
 void ZVItemView::choose(qint64 row)
 {
-    if (row >= 0 && row < m_count)
-        selectItem(row);
+    if (row >= 0 && row < m_count && m_source)
+        m_source->didSelectItemAtIndexPath(this, {row});
 }
 
 void ZVItemView::setCurrentRow(qint64 row)

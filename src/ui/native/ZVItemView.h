@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZVItemViewDataSource.h"
 #include <ZelvanoUI/zelvanoui_export.h>
 
 #include <QAbstractListModel>
@@ -12,8 +13,6 @@
 #include <vector>
 
 namespace zelvano {
-
-class ZVItemViewCell;
 
 /// The lines of an item view: a number of rows without data. Main thread.
 class LineModel : public QAbstractListModel
@@ -28,14 +27,15 @@ private:
     int m_count = 0;
 };
 
-/// A scrolling view of items. Its interface resource has a ListView of lines, which creates, reuses and places the
-/// cells. A cell registers itself with its row, and the view has it filled.
+/// A scrolling view of items: a collection view, or a table view with one item in a line. Its interface resource has a
+/// ListView of lines, which creates, reuses and places the cells. A cell registers itself with its row, and the data
+/// source fills it.
 ///
 /// The arrow keys, Home, End, Page Up and Page Down move between items, Return and Space choose one. Main thread.
 class ZELVANOUI_EXPORT ZVItemView : public QQuickItem
 {
     Q_OBJECT
-    QML_ANONYMOUS
+    QML_ELEMENT
     /// The ListView. Set by the interface resource, like the next three.
     Q_PROPERTY(QQuickItem *scroller READ scroller MEMBER m_scroller FINAL)
     /// Cells in a line.
@@ -45,6 +45,9 @@ class ZELVANOUI_EXPORT ZVItemView : public QQuickItem
     /// Whether a press is meant for something above the cells.
     Q_PROPERTY(bool blocked MEMBER m_isBlocked FINAL)
     Q_PROPERTY(QAbstractItemModel *lines READ lines CONSTANT FINAL)
+    // The data source's, in points and in whole pixels: other positions look blurred.
+    Q_PROPERTY(QSizeF spacing READ spacing NOTIFY metricsChanged FINAL) ///< Of items and of lines.
+    Q_PROPERTY(double inset READ inset NOTIFY metricsChanged FINAL)
     // The look of the cells. The radius is in points.
     Q_PROPERTY(double cellRadius MEMBER m_cellRadius NOTIFY lookChanged FINAL)
     Q_PROPERTY(QColor cellColor MEMBER m_cellColor NOTIFY lookChanged FINAL)
@@ -57,12 +60,18 @@ class ZELVANOUI_EXPORT ZVItemView : public QQuickItem
 public:
     ~ZVItemView() override;
 
+    /// Not owned; null for none.
+    void setDataSource(ZVCollectionViewDataSource *source);
+
     QQuickItem *scroller() const { return m_scroller; }
     QAbstractItemModel *lines() { return &m_lines; }
+    QSizeF spacing();
+    double inset();
     qint64 itemCount() const { return m_count; }
     QQuickItem *currentCell() const;
     Q_SIGNAL void currentCellChanged();
     Q_SIGNAL void countChanged();
+    Q_SIGNAL void metricsChanged();
     Q_SIGNAL void lookChanged();
 
     /// Reads count, sizes and contents again before the next frame. After polish() it reads the count alone.
@@ -86,6 +95,8 @@ public:
     bool handleKey(QKeyEvent *event);
 
     // Called by the interface resource.
+    /// The size of a cell, in points. A cell that is created with it is laid out once.
+    Q_INVOKABLE QSizeF sizeOf(qint64 row);
     Q_INVOKABLE void pressBegan();
     /// The viewer tapped the cell of this row. A tap that stops a movement chooses nothing.
     Q_INVOKABLE void activate(qint64 row);
@@ -93,11 +104,6 @@ public:
     Q_INVOKABLE void choose(qint64 row);
 
 protected:
-    virtual qint64 countItems() = 0;
-    virtual void fillCell(ZVItemViewCell *cell) = 0;
-    virtual void selectItem(qint64 row) = 0;
-    virtual void updateMetrics() {}
-
     void updatePolish() override;
     void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;
     void keyPressEvent(QKeyEvent *event) override;
@@ -111,6 +117,8 @@ private:
     void addCell(ZVItemViewCell *cell);
     void removeCell(ZVItemViewCell *cell);
 
+    qint64 countItems();
+    double snapped(double points) const;
     bool isVertical() const;
     bool isInSight(qint64 row) const;
     qint64 firstRowInSight() const;
@@ -121,6 +129,7 @@ private:
     void showLine(qint64 row, int mode) const;
     void scrollToEdge(bool isStart);
 
+    ZVCollectionViewDataSource *m_source = nullptr;
     LineModel m_lines;
     QPointer<QQuickItem> m_scroller;
     std::map<qint64, ZVItemViewCell *> m_cells; ///< By row.

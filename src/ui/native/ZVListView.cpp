@@ -5,7 +5,6 @@
 #include "Logging.h"
 #include "MainQueue.h"
 #include "Thumbnails.h"
-#include "ZVCollectionView.h"
 #include "ZVVideoCollectionViewCell.h"
 #include <ZelvanoUI/MainThread.h>
 
@@ -66,24 +65,21 @@ struct ZVListView::Private : public ZVCollectionViewDataSource
     double cellWidth() const { return items ? (items->width() - 3 * inset) / 2 : 0; }
 
     // ZVCollectionViewDataSource
-    qint64 numberOfItemsInSection(ZVCollectionView *, qint64) override
-    {
-        return static_cast<qint64>(videoCells.size());
-    }
-    void cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path, ZVItemViewCell *cell) override;
-    QSizeF sizeForItemAtIndexPath(ZVCollectionView *, const IndexPath &path) override
+    qint64 numberOfItemsInSection(ZVItemView *, qint64) override { return static_cast<qint64>(videoCells.size()); }
+    void cellForItemAtIndexPath(ZVItemView *view, const IndexPath &path, ZVItemViewCell *cell) override;
+    QSizeF sizeForItemAtIndexPath(ZVItemView *, const IndexPath &path) override
     {
         return videoCells[static_cast<std::size_t>(path.row)]->size();
     }
-    double minimumLineSpacingForSectionAtIndex(ZVCollectionView *, qint64) override { return inset; }
-    double minimumInteritemSpacingForSectionAtIndex(ZVCollectionView *, qint64) override { return inset; }
-    QMarginsF insetForSectionAtIndex(ZVCollectionView *, qint64) override { return {inset, inset, inset, inset}; }
-    void didSelectItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
+    double minimumLineSpacingForSectionAtIndex(ZVItemView *, qint64) override { return inset; }
+    double minimumInteritemSpacingForSectionAtIndex(ZVItemView *, qint64) override { return inset; }
+    QMarginsF insetForSectionAtIndex(ZVItemView *, qint64) override { return {inset, inset, inset, inset}; }
+    void didSelectItemAtIndexPath(ZVItemView *view, const IndexPath &path) override;
 
     ZVListView *const q;
     Thumbnails thumbnails;
     InterfaceResource content;
-    const QPointer<ZVCollectionView> items;
+    const QPointer<ZVItemView> items;
     double inset = 0; ///< Points between and around the cells.
     std::shared_ptr<ZVRecommendation> recommendations;
     std::weak_ptr<ZVRecommendationViewDelegate> delegate;
@@ -91,7 +87,7 @@ struct ZVListView::Private : public ZVCollectionViewDataSource
 };
 
 ZVListView::Private::Private(ZVListView *list)
-    : q(list), content(u"ZVListView"_s, list), items(qobject_cast<ZVCollectionView *>(content.root()))
+    : q(list), content(u"ZVListView"_s, list), items(qobject_cast<ZVItemView *>(content.root()))
 {
     if (!items)
         return;
@@ -232,13 +228,13 @@ void ZVListView::Private::fitCells()
 
 // ZVCollectionViewDataSource
 
-void ZVListView::Private::cellForItemAtIndexPath(ZVCollectionView *, const IndexPath &path, ZVItemViewCell *cell)
+void ZVListView::Private::cellForItemAtIndexPath(ZVItemView *, const IndexPath &path, ZVItemViewCell *cell)
 {
     if (auto *const videoCell = qobject_cast<ZVVideoCollectionViewCell *>(cell))
         videoCell->show(videoCells[static_cast<std::size_t>(path.row)], &thumbnails);
 }
 
-void ZVListView::Private::didSelectItemAtIndexPath(ZVCollectionView *, const IndexPath &path)
+void ZVListView::Private::didSelectItemAtIndexPath(ZVItemView *, const IndexPath &path)
 {
     const auto list = recommendations ? recommendations->videoList() : ZVVideoList();
     if (path.row < 0 || path.row >= static_cast<qint64>(list.size())) {

@@ -5,7 +5,7 @@
 
 namespace zelvano {
 
-void ZVRecommendationTableViewCell::setVideosCollectionView(ZVCollectionView *view)
+void ZVRecommendationTableViewCell::setVideosCollectionView(ZVItemView *view)
 {
     if (m_videosCollectionView)
         m_videosCollectionView->setDataSource(nullptr);
@@ -52,14 +52,13 @@ bool ZVRecommendationTableViewCell::handleKey(QKeyEvent *event)
 
 // ZVCollectionViewDataSource
 
-void ZVRecommendationTableViewCell::cellForItemAtIndexPath(ZVCollectionView *, const IndexPath &path,
-                                                           ZVItemViewCell *cell)
+void ZVRecommendationTableViewCell::cellForItemAtIndexPath(ZVItemView *, const IndexPath &path, ZVItemViewCell *cell)
 {
     if (auto *const videoCell = qobject_cast<ZVVideoCollectionViewCell *>(cell))
         videoCell->show(m_recommendations[static_cast<std::size_t>(path.row)], m_thumbnails);
 }
 
-void ZVRecommendationTableViewCell::didSelectItemAtIndexPath(ZVCollectionView *, const IndexPath &path)
+void ZVRecommendationTableViewCell::didSelectItemAtIndexPath(ZVItemView *, const IndexPath &path)
 {
     report(m_recommendations[static_cast<std::size_t>(path.row)], m_delegate, view());
 }

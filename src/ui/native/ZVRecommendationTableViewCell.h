@@ -1,7 +1,6 @@
 #pragma once
 
 #include "CategoryName.h"
-#include "ZVCollectionView.h"
 #include "ZVItemViewCell.h"
 #include <ZelvanoUI/ZVRecommendationView.h>
 #include <ZelvanoUI/zelvanoui_export.h>
@@ -22,8 +21,7 @@ class ZELVANOUI_EXPORT ZVRecommendationTableViewCell : public zelvano::ZVItemVie
     /// For users, in their language.
     Q_PROPERTY(QString categoryName READ categoryName NOTIFY categoryChanged FINAL)
     /// An outlet. Set by the interface resource.
-    Q_PROPERTY(
-        zelvano::ZVCollectionView *videosCollectionView READ videosCollectionView WRITE setVideosCollectionView FINAL)
+    Q_PROPERTY(zelvano::ZVItemView *videosCollectionView READ videosCollectionView WRITE setVideosCollectionView FINAL)
 
 public:
     ~ZVRecommendationTableViewCell() override { setVideosCollectionView(nullptr); }
@@ -41,8 +39,8 @@ public:
     void setThumbnails(Thumbnails *thumbnails) { m_thumbnails = thumbnails; }
 
     /// Null when the interface resource has none.
-    ZVCollectionView *videosCollectionView() const { return m_videosCollectionView; }
-    void setVideosCollectionView(ZVCollectionView *view);
+    ZVItemView *videosCollectionView() const { return m_videosCollectionView; }
+    void setVideosCollectionView(ZVItemView *view);
 
     // ZVItemViewCell
     void setCurrent(bool current) override;
@@ -50,16 +48,16 @@ public:
     bool handleKey(QKeyEvent *event) override;
 
     // ZVCollectionViewDataSource
-    qint64 numberOfItemsInSection(ZVCollectionView *, qint64) override { return qint64(m_recommendations.size()); }
-    void cellForItemAtIndexPath(ZVCollectionView *view, const IndexPath &path, ZVItemViewCell *cell) override;
-    void didSelectItemAtIndexPath(ZVCollectionView *view, const IndexPath &path) override;
+    qint64 numberOfItemsInSection(ZVItemView *, qint64) override { return qint64(m_recommendations.size()); }
+    void cellForItemAtIndexPath(ZVItemView *view, const IndexPath &path, ZVItemViewCell *cell) override;
+    void didSelectItemAtIndexPath(ZVItemView *view, const IndexPath &path) override;
 
 private:
     QString m_category;
     ZVVideoList m_recommendations;
     std::weak_ptr<ZVRecommendationViewDelegate> m_delegate;
     Thumbnails *m_thumbnails = nullptr;
-    QPointer<ZVCollectionView> m_videosCollectionView;
+    QPointer<ZVItemView> m_videosCollectionView;
 };
 
 } // namespace zelvano
