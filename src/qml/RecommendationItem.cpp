@@ -13,12 +13,12 @@ RecommendationItem::RecommendationItem(ZVRecommendationViewFactory::Type type) :
 {
     setFlag(ItemIsFocusScope);
     connect(this, &RecommendationItem::lookChanged, this, &RecommendationItem::applyLook);
+    connect(this, &RecommendationItem::delegateChanged, this, &RecommendationItem::begin); // With new cells.
 }
 
 RecommendationItem::~RecommendationItem()
 {
-    if (m_recommendations)
-        m_recommendations->removeItem(this);
+    leave();
 }
 
 void RecommendationItem::setRecommendations(Recommendations *recommendations)
@@ -26,7 +26,7 @@ void RecommendationItem::setRecommendations(Recommendations *recommendations)
     if (m_recommendations == recommendations)
         return;
     if (m_recommendations) {
-        m_recommendations->removeItem(this);
+        leave();
         disconnect(m_recommendations, nullptr, this, nullptr);
     }
     m_recommendations = recommendations;
@@ -35,13 +35,19 @@ void RecommendationItem::setRecommendations(Recommendations *recommendations)
         for (const auto change :
              {&Recommendations::statusChanged, &Recommendations::videosChanged, &Recommendations::runningChanged})
             connect(recommendations, change, this, &RecommendationItem::contentChanged);
-        recommendations->addItem(this);
+        connect(recommendations, &Recommendations::controllerChanged, this, &RecommendationItem::begin);
+        connect(recommendations, &Recommendations::activeChanged, this, &RecommendationItem::clear);
+        begin();
     }
     Q_EMIT recommendationsChanged();
 }
 
-void RecommendationItem::begin(const std::shared_ptr<ZelvanoViewController> &controller)
+/// Creates an empty view for the session.
+void RecommendationItem::begin()
 {
+    const auto controller = m_recommendations ? m_recommendations->controller() : nullptr;
+    if (!controller)
+        return;
     leave();
     m_controller = controller;
     const auto view = ZVRecommendationViewFactory::recommendationViewForType(m_type);
@@ -63,14 +69,18 @@ void RecommendationItem::begin(const std::shared_ptr<ZelvanoViewController> &con
     }
 }
 
+/// The view receives no more recommendations.
 void RecommendationItem::leave()
 {
     if (const auto controller = m_controller.lock())
         controller->removeRecommendationView(m_view);
 }
 
+/// Without the viewer's consent nothing is shown, nor another thumbnail requested.
 void RecommendationItem::clear()
 {
+    if (m_recommendations->isActive())
+        return;
     leave();
     m_controller.reset();
     m_view.reset();
@@ -123,16 +133,6 @@ void RecommendationItem::applyLook()
     m_items->setProperty("cellRadius", m_cellRadius);
     m_items->setProperty("cellColor", m_cellColor);
     m_items->setProperty("titleColor", m_titleColor);
-}
-
-void RecommendationItem::setDelegate(QQmlComponent *delegate)
-{
-    if (m_delegate == delegate)
-        return;
-    m_delegate = delegate;
-    if (const auto controller = m_controller.lock())
-        begin(controller); // With new cells.
-    Q_EMIT delegateChanged();
 }
 
 /// Cells are reused, and so are the host's items in them.

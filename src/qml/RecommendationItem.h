@@ -52,9 +52,7 @@ public:
 
     /// The host's own look of a video: an Item with a required property "video" of type recommendedVideo. It fills the
     /// cell, which handles the input. Null, the default, for the library's look.
-    Q_PROPERTY(QQmlComponent *delegate READ delegate WRITE setDelegate NOTIFY delegateChanged FINAL)
-    QQmlComponent *delegate() const { return m_delegate; }
-    void setDelegate(QQmlComponent *delegate);
+    Q_PROPERTY(QQmlComponent *delegate MEMBER m_delegate NOTIFY delegateChanged FINAL)
     Q_SIGNAL void delegateChanged();
     /// Radius of the cells, in points. Negative, the default, for one that follows the width of the cell.
     Q_PROPERTY(double cellRadius MEMBER m_cellRadius NOTIFY lookChanged FINAL)
@@ -67,13 +65,6 @@ public:
     /// The viewer chose a video here. The session's signal comes first. The player does not switch by itself.
     Q_SIGNAL void videoSelected(const zelvano::RecommendedVideo &video);
 
-    /// Creates an empty view for a new session.
-    void begin(const std::shared_ptr<ZelvanoViewController> &controller);
-    /// The view receives no more recommendations.
-    void leave();
-    /// Removes the view with its videos.
-    void clear();
-
 protected:
     explicit RecommendationItem(ZVRecommendationViewFactory::Type type);
 
@@ -82,6 +73,9 @@ protected:
 private:
     void didSelecteRecommendation(const std::shared_ptr<ZVVideoParams> &video) override;
     bool showInCell(QQuickItem *cell, const std::shared_ptr<ZVVideoParams> &video) override;
+    void begin();
+    void leave();
+    void clear();
     void fillWithView();
     void followView();
     void applyLook();

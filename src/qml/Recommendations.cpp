@@ -2,8 +2,6 @@
 
 #include "ClassName.h"
 #include "KalturaPlayer.h"
-#include "MainQueue.h"
-#include "RecommendationItem.h"
 #include "RecommendationService.h"
 #include "Utilities.h"
 #include "WatchedPlayer.h"
@@ -17,25 +15,11 @@
 #include <QMediaPlayer>
 #include <QQmlInfo>
 
-#include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace zelvano {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
-
-namespace {
-
-constexpr auto restDelay = 500ms; // After the last change of the video output's frame.
-
-bool isShown(const QQuickItem *item)
-{
-    return item && item->isVisible() && item->window() && !item->size().isEmpty();
-}
-
-} // namespace
 
 /// Passes on the calls of the current session. The engine may hold it longer than its owner lives.
 class Recommendations::Listener : public ZelvanoViewControllerDelegate, public ZelvanoPrivateDelegate
@@ -81,6 +65,13 @@ private:
 
 Recommendations::Recommendations(QObject *parent) : QObject(parent)
 {
+    connect(this, &Recommendations::activeChanged, this, &Recommendations::withdraw);
+    connect(this, &Recommendations::windowChanged, this, [this] {
+        if (m_controller)
+            m_controller->setWindow(m_window);
+    });
+    connect(&m_output, &VideoFrame::itemDestroyed, this, &Recommendations::followOutput);
+    connect(&m_output, &VideoFrame::cameToRest, this, &Recommendations::schedule);
     // Connected first: the handlers of a change see the session that is still to come.
     for (const auto change :
          {&Recommendations::activeChanged, &Recommendations::apiKeyChanged, &Recommendations::pageIdChanged,
@@ -102,18 +93,6 @@ Recommendations::~Recommendations()
 }
 
 // Properties
-
-void Recommendations::setActive(bool active)
-{
-    if (m_isActive == active)
-        return;
-    m_isActive = active;
-    const QPointer self(this);
-    if (!active)
-        withdraw();
-    if (self)
-        Q_EMIT activeChanged();
-}
 
 void Recommendations::setPlayer(QObject *player)
 {
@@ -142,16 +121,6 @@ void Recommendations::setVideoOutput(QQuickItem *videoOutput)
     followOutput();
 }
 
-void Recommendations::setWindow(QQuickWindow *window)
-{
-    if (m_window == window)
-        return;
-    m_window = window;
-    if (m_controller)
-        m_controller->setWindow(window);
-    Q_EMIT windowChanged();
-}
-
 QUrl Recommendations::currentSource() const
 {
     const auto *media = qobject_cast<QMediaPlayer *>(m_player);
@@ -167,17 +136,8 @@ void Recommendations::followPlayer()
 
 void Recommendations::followOutput()
 {
-    if (m_videoOutput)
-        disconnect(m_videoOutput, nullptr, this, nullptr);
     const bool isChoice = m_chosenOutput && (!m_player || qobject_cast<QMediaPlayer *>(m_player));
-    m_videoOutput = isChoice ? m_chosenOutput.data() : viewOf(m_player);
-    if (m_videoOutput) {
-        connect(m_videoOutput, &QObject::destroyed, this, &Recommendations::followOutput);
-        for (const auto move : {&QQuickItem::xChanged, &QQuickItem::yChanged, &QQuickItem::widthChanged,
-                                &QQuickItem::heightChanged, &QQuickItem::visibleChanged})
-            connect(m_videoOutput, move, this, &Recommendations::outputDidMove);
-        connect(m_videoOutput, &QQuickItem::windowChanged, this, &Recommendations::outputDidMove);
-    }
+    m_output.setItem(isChoice ? m_chosenOutput.data() : viewOf(m_player));
     Q_EMIT videoOutputChanged();
 }
 
@@ -231,7 +191,7 @@ std::shared_ptr<QObject> Recommendations::playerToWatch()
             qmlWarning(this) << "no recommendations without an apiKey";
         return nullptr;
     }
-    const auto watched = watchedPlayer(m_player, m_videoOutput, m_playerKind);
+    const auto watched = watchedPlayer(m_player, m_output.item(), m_playerKind);
     if (const auto *fault = std::get_if<QString>(&watched))
         m_wrongProperty = *fault;
     if (m_suggestionCount < 0)
@@ -277,21 +237,7 @@ void Recommendations::beginSession(const std::shared_ptr<QObject> &player)
     controller->zelvano()->addListener(m_listener);
     connect(controller->zelvano().get(), &Zelvano::progressChanged, this, &Recommendations::updateStatus);
     controller->setPlayer(player, m_pageId);
-    forEachItem([&](RecommendationItem &item) {
-        if (m_controller == controller)
-            item.begin(controller);
-    });
-}
-
-/// Survives what an item's new or removed view leads to: the host's bindings then add and remove items, or end the
-/// session.
-template<class Act> void Recommendations::forEachItem(Act act)
-{
-    const QPointer self(this);
-    for (const auto &item : QList<QPointer<RecommendationItem>>(m_items.begin(), m_items.end())) {
-        if (self && item && item->recommendations() == this)
-            act(*item);
-    }
+    Q_EMIT controllerChanged();
 }
 
 std::shared_ptr<Zelvano> Recommendations::engine() const
@@ -301,7 +247,7 @@ std::shared_ptr<Zelvano> Recommendations::engine() const
 
 void Recommendations::endQuietly()
 {
-    cancelRestart();
+    m_output.stopWaiting();
     if (m_listener)
         m_listener->leave();
     m_listener.reset();
@@ -311,24 +257,24 @@ void Recommendations::endQuietly()
 void Recommendations::dismiss()
 {
     m_isWanted = false;
-    cancelRestart();
+    m_output.stopWaiting();
     if (const auto controller = m_controller)
         controller->dismiss(); // Calls sessionDidEnd().
 }
 
-/// Neither the answers that are on their way nor the lists' thumbnails lead to another request.
+/// Once inactive. The answers that are on their way lead to no other request.
 void Recommendations::withdraw()
 {
+    if (m_isActive)
+        return;
     const QPointer self(this);
-    cancelRestart();
+    m_output.stopWaiting();
     if (const auto controller = m_controller) {
         controller->zelvano()->stopSending();
         controller->dismiss(); // Calls sessionDidEnd().
     }
     if (self && !m_isActive)
         endQuietly();
-    if (self && !m_isActive)
-        forEachItem([](RecommendationItem &item) { item.clear(); });
     if (self && !m_isActive && !std::exchange(m_videos, {}).isEmpty())
         Q_EMIT videosChanged();
 }
@@ -337,7 +283,7 @@ Recommendations::EndReason Recommendations::endReason() const
 {
     if (!m_isWanted || !m_isActive)
         return EndReason::Dismissed;
-    return m_endsWithFrame && isShown(m_videoOutput) ? EndReason::Resized : EndReason::Closed;
+    return m_endsWithFrame && m_output.isShown() ? EndReason::Resized : EndReason::Closed;
 }
 
 /// Keeps the listener: it still receives the event that ended the session.
@@ -346,7 +292,7 @@ void Recommendations::sessionDidEnd()
     const auto reason = endReason();
     m_controller.reset();
     if (reason != EndReason::Dismissed && m_endsWithFrame && m_automaticRestart)
-        restartLater();
+        m_output.awaitRest();
     else if (m_isActive)
         m_isWanted = false;
     const QPointer self(this);
@@ -355,28 +301,6 @@ void Recommendations::sessionDidEnd()
         updateStatus();
     if (self)
         Q_EMIT sessionEnded(reason);
-}
-
-void Recommendations::restartLater()
-{
-    cancelRestart();
-    m_waitsForRest = true;
-    MainQueue::shared().performAfterDelay(this, restDelay, [this] {
-        if (isShown(m_videoOutput))
-            schedule();
-    });
-}
-
-void Recommendations::cancelRestart()
-{
-    m_waitsForRest = false;
-    MainQueue::shared().cancelPreviousPerformRequests(this);
-}
-
-void Recommendations::outputDidMove()
-{
-    if (m_waitsForRest)
-        restartLater();
 }
 
 // Recommendations and choices
@@ -427,19 +351,6 @@ void Recommendations::feedPlugin()
         NotificationCenter::defaultCenter().post({SuggestionsDidFetchedNotification,
                                                   QVariant::fromValue(m_watched.data()),
                                                   {{ZelvanoDataKey, toJSON(*videos)}}});
-}
-
-void Recommendations::addItem(RecommendationItem *item)
-{
-    m_items.push_back(item);
-    if (m_controller)
-        item->begin(m_controller);
-}
-
-void Recommendations::removeItem(RecommendationItem *item)
-{
-    std::erase(m_items, item);
-    item->leave();
 }
 
 void Recommendations::playNext(const RecommendedVideo &video)

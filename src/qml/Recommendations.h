@@ -2,6 +2,7 @@
 
 #include "PlayerEnd.h"
 #include "RecommendedVideo.h"
+#include "VideoFrame.h"
 
 #include <QList>
 #include <QObject>
@@ -12,11 +13,9 @@
 #include <qqmlintegration.h>
 
 #include <memory>
-#include <vector>
 
 namespace zelvano {
 
-class RecommendationItem;
 class ZVRecommendation;
 class ZVTopRecommendationView;
 class Zelvano;
@@ -63,9 +62,8 @@ public:
     /// Whether there may be a session; true by default. For the viewer's consent: while it is false, nothing is sent
     /// and nothing is shown. At false the session ends at once and the lists become empty; a request that is on its way
     /// ends by itself. At true another session begins, unless dismiss() was called.
-    Q_PROPERTY(bool active READ isActive WRITE setActive NOTIFY activeChanged FINAL)
+    Q_PROPERTY(bool active READ isActive MEMBER m_isActive NOTIFY activeChanged FINAL)
     bool isActive() const { return m_isActive; }
-    void setActive(bool active);
     Q_SIGNAL void activeChanged();
 
     /// The host's key for the service; empty by default, which is no session. Restarts.
@@ -94,7 +92,7 @@ public:
     /// MediaPlayer can have another one. Without an item the overlay does not appear. Restarts.
     Q_PROPERTY(QQuickItem *videoOutput READ videoOutput WRITE setVideoOutput RESET resetVideoOutput NOTIFY
                    videoOutputChanged FINAL)
-    QQuickItem *videoOutput() const { return m_videoOutput; }
+    QQuickItem *videoOutput() const { return m_output.item(); }
     void setVideoOutput(QQuickItem *videoOutput);
     void resetVideoOutput() { setVideoOutput(nullptr); }
     Q_SIGNAL void videoOutputChanged();
@@ -105,9 +103,7 @@ public:
 
     /// The window for the overlay when the video output is in none, or in a hidden one. Null by default, for the window
     /// with the focus. A window that is set during a session counts from the next pause on.
-    Q_PROPERTY(QQuickWindow *window READ window WRITE setWindow NOTIFY windowChanged FINAL)
-    QQuickWindow *window() const { return m_window; }
-    void setWindow(QQuickWindow *window);
+    Q_PROPERTY(QQuickWindow *window MEMBER m_window NOTIFY windowChanged FINAL)
     Q_SIGNAL void windowChanged();
 
     /// Whether another session begins after a resize has ended the last one, 0.5 seconds after the frame's last change.
@@ -172,9 +168,9 @@ public:
     /// The session's engine; null without a session.
     std::shared_ptr<Zelvano> engine() const;
 
-    /// Each session gives the item a view, this one included.
-    void addItem(RecommendationItem *item);
-    void removeItem(RecommendationItem *item);
+    /// Null without a session. Each new session changes it. For the items of this module.
+    std::shared_ptr<ZelvanoViewController> controller() const { return m_controller; }
+    Q_SIGNAL void controllerChanged();
 
     // QQmlParserStatus
     void classBegin() override { m_isComplete = false; }
@@ -187,7 +183,6 @@ private:
     void begin();
     std::shared_ptr<QObject> playerToWatch();
     void beginSession(const std::shared_ptr<QObject> &player);
-    template<class Act> void forEachItem(Act act);
     void endQuietly();
     void withdraw();
     void updateStatus();
@@ -195,9 +190,6 @@ private:
     void followPlayer();
     void followOutput();
     void followOverlay();
-    void outputDidMove();
-    void restartLater();
-    void cancelRestart();
     void feedPlugin();
 
     // Called by the listener.
@@ -211,7 +203,7 @@ private:
     QPointer<QObject> m_player;
     PlayerEnd m_playerEnd;
     QPointer<QQuickItem> m_chosenOutput;
-    QPointer<QQuickItem> m_videoOutput;
+    VideoFrame m_output;
     QPointer<QQuickWindow> m_window;
     PlayerKind m_playerKind = PlayerKind::AVPlayerViewController;
     bool m_automaticRestart = true;
@@ -222,7 +214,6 @@ private:
     bool m_isComplete = true;
     bool m_isWanted = true; ///< Neither dismissed nor ended for good.
     bool m_isScheduled = false;
-    bool m_waitsForRest = false;
     bool m_hasReportedMissingKey = false;
     QString m_wrongProperty; ///< What keeps a session from beginning; null for nothing.
     std::shared_ptr<ZelvanoViewController> m_controller;
@@ -230,7 +221,6 @@ private:
     bool m_endsWithFrame = false; ///< A change of the output's frame ends the session, and the viewer cannot.
     std::shared_ptr<Listener> m_listener;
     QPointer<ZVTopRecommendationView> m_overlay;
-    std::vector<RecommendationItem *> m_items;
 };
 
 } // namespace zelvano
