@@ -64,6 +64,103 @@ struct Watched : QObject
     std::shared_ptr<RecordingSubscription> engine = std::make_shared<RecordingSubscription>();
 };
 
+/// A name, the steps, and what the AVPlayer and the movie player then report. "over" and backends, some with a version
+/// of Qt, end the name of a row where they differ; "qt" is both of Qt's. Over mpv there is no movie player.
+constexpr auto table = R"(
+a whole video | whole | whole | whole
+play while it loads over qt | load a.mp4, play, at 0.2 | begin | begin
+play twice while it loads | load a.mp4, av-play, play, at 0.2 | progress, start 0, play, (ready) | begin
+pause | begin, pause, hear pause, play, at 0.4 | begin, pause, play | begin, pause, play 0
+attached while it plays over qt | open, play, at 0.3, attach, hear (ready) | (ready), start 0, play | begin
+attached after the end over qt | whole, attach, hear (ready), stop | (ready) | (ready)
+replay | whole, play, back, at 0.2, hear play 2 | whole, play, seek 0, pause | whole, play 0
+seeks | begin, seek 3, hear seek, seek 0.2, hear seek 2
+  | begin, seek 3, seek 0 | begin, seek +3, play 3, seek -0, play 0
+seek while paused | begin, pause, hear pause, seek 3, hear seek | begin, pause, seek 3 | begin, pause, seek +3, pause
+seek at the start | open, play, seek 3, hear seek | begin, seek 3 | begin, seek +3, play 3
+item while it plays | begin, item b.mp4, hear (ready) 2, at 0.2
+  | begin, progress, start 0, play, (ready) | begin, progress, begin
+item while paused | begin, pause, hear pause, item b.mp4, hear (ready) 2
+  | begin, pause, open | begin, pause, progress, open
+content over qt | begin, content b.mp4, hear (ready) 2, play, at 0.2 | begin, begin, pause | begin, progress, begin
+the same content over qt | begin, stop, content a.mp4, hear (ready) 2, play, at 0.2
+  | begin, progress, begin, pause | begin, progress, (ready), play 0
+source that plays at once over qt | begin, load b.mp4, av-play, at 0.2, hear (ready) 2
+  | begin, progress, start 0, play, (ready) | begin, progress, begin
+exit over qt | begin, exit | begin | begin, end 0, done
+exit before it plays over qt | open, exit | open | open, end 0, done
+autoplay over qt | autoplay, content a.mp4, hear play | begin | begin
+media player that ends first over qt | begin, destroy, content b.mp4, av-play, exit
+  | begin, pause | begin, progress, end, done
+resource that does not exist | open, load qrc:/none.mp4, hear (failed) | open, progress, (failed) | open, (failed)
+stop over qt | begin, stop | begin | begin
+stop over mpv | begin, stop, hear pause | begin, pause | -
+rates | begin, rate 2, at 0.6, rate 0.5, at 0.8 | begin, play, play | begin
+rate 0 over ffmpeg 6.8 | begin, rate 0, stand | begin, pause | begin
+loops over ffmpeg 6.4 | open, loops 2, seek 3.6, play, turn, at 0.2 | whole | whole
+loops over gstreamer, ffmpeg 6.8 | open, loops 2, seek 3.6, play, turn, at 0.2
+  | begin, seek 4, seek 0 | open, start 4, play 4, seek -0, play 0
+loops over mpv | open, loops 2, seek 3.6, play, turn, hear seek 2 | begin, seek 4, seek 0 | -
+live over ffmpeg, mpv | load live/a.ts, hear (ready), play, hear end | begin, end | begin, end
+live over gstreamer | load live/a.ts, hear (ready), play, hear end | begin, end | open, start 1, play 1, end
+growing over ffmpeg, mpv | send 0.8, load live/growing.mp4, hear (ready), play, at 0.3, send 1, hear end
+  | begin, end | begin, end 1
+growing over gstreamer | send 0.8, load live/growing.mp4, hear (ready), play, at 0.3, send 1, hear end
+  | begin, end | begin, end
+late first timestamp over ffmpeg 6.4, mpv | load late.m3u8, hear (ready), play, hear end | begin, end | begin, end
+late first timestamp over ffmpeg 6.8 | load late.m3u8, hear (ready), play, hear end | begin, end | begin, end 2
+late first timestamp over gstreamer | load late.m3u8, hear (ready), play, hear end | begin, end | begin, end 4
+stall | stalled, send 1, at 1.1 | begin | begin
+attached in a stall over qt | send 0.3, open, play, stand, attach, send 1, hear (ready)
+  | (ready), start 0, play | open, start 1, play 1
+source while it loads over ffmpeg 6.4 | load a.mp4, load b.mp4, hear (ready) 2 | open, open | open, open
+source while it loads over gstreamer, ffmpeg 6.8, mpv | load a.mp4, load b.mp4, hear (ready) | progress, open | open
+source while it plays over qt | begin, load b.mp4, hear (ready) 2 | begin, open, pause | begin, progress, open
+source while paused | begin, pause, load b.mp4, hear (ready) 2 | begin, open, pause | begin, progress, open, pause
+source in a stall over qt | stalled, send 1, load b.mp4, hear (ready) 2 | begin, open, pause | begin, progress, open
+source in a stall over mpv | stalled, send 1, load b.mp4, hear (ready) 2 | begin, progress, start 0, play, (ready) | -
+source after the end | whole, load b.mp4, hear (ready) 2 | whole, open | whole, progress, open
+another load at the end over qt | next load, whole, hear (ready) 2 | whole, open | whole, progress, open
+another item at the end over qt | next item, whole, hear (ready) 2 | whole, open | whole, progress, open
+another content at the end over qt | next content, whole, hear (ready) 2 | whole, open | whole, progress, open
+another load at the end, set first over qt | next load, attach, whole, hear (ready) 2
+  | whole, open | whole, progress, open
+another item at the end, set first over qt | next item, attach, whole, hear (ready) 2
+  | whole, open | whole, progress, open
+another content at the end, set first over qt | next content, attach, whole, hear (ready) 2
+  | whole, open | whole, progress, open
+play at the end, set first over gstreamer, ffmpeg 6.8 | next play, attach, whole, back, at 0.2
+  | whole, seek 0 | whole, play 0
+av-play at the end, set first over gstreamer, ffmpeg 6.8 | next av-play, attach, whole, back, at 0.2
+  | whole, seek 0 | whole, play 0
+source after a failure over ffmpeg, mpv | load none.mp4, hear (failed), load b.mp4, hear (ready)
+  | progress, (failed), open | (failed), open
+error while it loads over qt | load none.mp4, play, hear (failed) | progress, (failed) | (failed)
+error while it is to play | load none.mp4, av-play, hear (failed) | progress, start 0, play, (failed), pause | (failed)
+failure that is played again over qt | load none.mp4, hear (failed), movie-play, stop | progress, (failed) | (failed)
+error while it plays | send 0.2, begin, break, hear (failed) | begin, (failed), pause | begin, (failed)
+error while paused | send 0.2, begin, pause, hear pause, break, play, hear (failed)
+  | begin, pause, play, (failed), pause | begin, pause, play 0, (failed)
+error in a stall | stalled, break, hear (failed) | begin, (failed), pause | begin, (failed)
+error at a seek over qt | send 0.2, begin, break, at 0.5, seek 2.5, hear (failed)
+  | begin, seek 3, (failed), pause | begin, seek +3, play 3, (failed)
+error at a seek over mpv | send 0.2, begin, break, at 0.5, seek 2.5, hear (failed), hear pause
+  | begin, (failed), pause | -
+error after the end over ffmpeg | whole, break, play, hear (failed) | whole, play, (failed) | whole, play 0, (failed)
+error after the end over gstreamer | whole, break, play, hear (failed)
+  | whole, play, seek 0, pause, (failed), pause | whole, play 0, (failed)
+error after a failure | load none.mp4, hear (failed), load no.mp4, hear (failed) 2
+  | progress, (failed), progress, (failed) | (failed), (failed)
+)";
+
+/// Words of the table, and their meanings in its columns. Those before "open" contain it.
+constexpr const char *words[][4] = {
+    {"stalled", "send 0.2, open, play, stand", "", ""},
+    {"begin", "open, play, at 0.2", "open, start 0, play", "open, start 0, play 0"},
+    {"whole", "open, seek 3.6, play, hear end", "open, start 0, play, seek 4, end", "open, start 4, play 4, end 4"},
+    {"open", "load a.mp4, hear (ready)", "progress, (ready)", "(ready)"},
+};
+
 } // namespace
 
 /// What the adapters report of the players over a QMediaPlayer, with each of Qt's media backends, and of an MpvPlayer.
@@ -238,148 +335,18 @@ private Q_SLOTS:
         addColumns<QString, QString, QString>({"steps", "avHeard", "movieHeard"});
         const QStringList here{backend, backend + (isOldQt ? u" 6.4"_s : u" 6.8"_s),
                                backend == "mpv"_L1 ? backend : u"qt"_s};
-        const auto expanded = [](const char *text, const QString &begin, const QString &whole) {
-            return QString::fromLatin1(text).replace(u"begin"_s, begin).replace(u"whole"_s, whole);
-        };
-        // "over" and backends, some with a version of Qt, end the name of a row where they differ; "qt" is both of
-        // Qt's. "begin" stands for a video that begins, and "whole" for one that is played to its end.
-        const auto row = [&](const char *name, const char *steps, const char *avHeard, const char *movieHeard) {
-            const auto only = QString::fromLatin1(name).section(u" over "_s, 1).split(u", "_s);
+        auto text = QString::fromLatin1(table).replace("\n  |"_L1, " |"_L1);
+        for (const auto &row : text.split(u'\n', Qt::SkipEmptyParts)) {
+            auto cells = row.split(u" |"_s);
+            const auto only = cells[0].section(u" over "_s, 1).split(u", "_s);
             if (!std::ranges::any_of(only, [&](const QString &one) { return one.isEmpty() || here.contains(one); }))
-                return;
-            QTest::addRow("%s", name) << expanded(steps, u"load a.mp4, hear (ready), play, at 0.2"_s,
-                                                  u"load a.mp4, hear (ready), seek 3.6, play, hear end"_s)
-                                      << expanded(avHeard, u"progress, (ready), start 0, play"_s,
-                                                  u"progress, (ready), start 0, play, seek 4, end"_s)
-                                      << expanded(movieHeard, u"(ready), start 0, play 0"_s,
-                                                  u"(ready), start 4, play 4, end 4"_s);
-        };
-        row("a whole video", "whole", "whole", "whole");
-        row("play while it loads over qt", "load a.mp4, play, at 0.2", "progress, (ready), start 0, play",
-            "(ready), start 0, play 0");
-        row("play twice while it loads", "load a.mp4, av-play, play, at 0.2", "progress, start 0, play, (ready)",
-            "(ready), start 0, play 0");
-        row("pause", "begin, pause, hear pause, play, at 0.4", "begin, pause, play", "begin, pause, play 0");
-        row("attached while it plays over qt", "load a.mp4, hear (ready), play, at 0.3, attach, hear (ready)",
-            "(ready), start 0, play", "(ready), start 0, play 0");
-        row("attached after the end over qt", "whole, attach, hear (ready), stop", "(ready)", "(ready)");
-        row("replay over qt", "whole, play, at 0.2, hear play 2", "whole, play, seek 0, pause", "whole, play 0");
-        row("seeks", "begin, seek 3, hear seek, seek 0.2, hear seek 2", "begin, seek 3, seek 0",
-            "begin, seek +3, play 3, seek -0, play 0");
-        row("seek while paused", "begin, pause, hear pause, seek 3, hear seek", "begin, pause, seek 3",
-            "begin, pause, seek +3, pause");
-        row("seek at the start", "load a.mp4, hear (ready), play, seek 3, hear seek",
-            "progress, (ready), start 0, play, seek 3", "(ready), start 0, play 0, seek +3, play 3");
-        row("item while it plays", "begin, item b.mp4, hear (ready) 2, at 0.2",
-            "begin, progress, start 0, play, (ready)", "begin, progress, (ready), start 0, play 0");
-        row("item while paused", "begin, pause, hear pause, item b.mp4, hear (ready) 2",
-            "begin, pause, progress, (ready)", "begin, pause, progress, (ready)");
-        row("content over qt", "begin, content b.mp4, hear (ready) 2, play, at 0.2",
-            "begin, progress, (ready), start 0, play, pause", "begin, progress, (ready), start 0, play 0");
-        row("the same content over qt", "begin, stop, content a.mp4, hear (ready) 2, play, at 0.2",
-            "begin, progress, progress, (ready), start 0, play, pause", "begin, progress, (ready), play 0");
-        row("source that plays at once over qt", "begin, load b.mp4, av-play, at 0.2, hear (ready) 2",
-            "begin, progress, start 0, play, (ready)", "begin, progress, (ready), start 0, play 0");
-        row("exit over qt", "begin, exit", "begin", "begin, end 0, done");
-        row("exit before it plays over qt", "load a.mp4, hear (ready), exit", "progress, (ready)",
-            "(ready), end 0, done");
-        row("autoplay over qt", "autoplay, content a.mp4, hear play", "progress, (ready), start 0, play",
-            "(ready), start 0, play 0");
-        row("media player that ends first over qt", "begin, destroy, content b.mp4, av-play, exit", "begin, pause",
-            "begin, progress, end, done");
-        row("resource that does not exist", "load a.mp4, hear (ready), load qrc:/none.mp4, hear (failed)",
-            "progress, (ready), progress, (failed)", "(ready), (failed)");
-        row("stop over qt", "begin, stop", "begin", "begin");
-        row("rates", "begin, rate 2, at 0.6, rate 0.5, at 0.8", "begin, play, play", "begin");
-        row("rate 0 over ffmpeg 6.8", "begin, rate 0, stand", "begin, pause", "begin");
-        row("loops over ffmpeg 6.4", "load a.mp4, hear (ready), loops 2, seek 3.6, play, turn, at 0.2",
-            "progress, (ready), start 0, play, seek 4, end", "(ready), start 4, play 4, end 4");
-        row("loops over gstreamer, ffmpeg 6.8", "load a.mp4, hear (ready), loops 2, seek 3.6, play, turn, at 0.2",
-            "progress, (ready), start 0, play, seek 4, seek 0", "(ready), start 4, play 4, seek -0, play 0");
-        row("live over ffmpeg", "load live/a.ts, hear (ready), play, hear end", "progress, (ready), start 0, play, end",
-            "(ready), start 0, play 0, end");
-        row("live over gstreamer", "load live/a.ts, hear (ready), play, hear end",
-            "progress, (ready), start 0, play, end", "(ready), start 1, play 1, end");
-        row("growing over ffmpeg", "send 0.8, load live/growing.mp4, hear (ready), play, at 0.3, send 1, hear end",
-            "progress, (ready), start 0, play, end", "(ready), start 0, play 0, end 1");
-        row("growing over gstreamer", "send 0.8, load live/growing.mp4, hear (ready), play, at 0.3, send 1, hear end",
-            "progress, (ready), start 0, play, end", "(ready), start 0, play 0, end");
-        row("late first timestamp over ffmpeg 6.4", "load late.m3u8, hear (ready), play, hear end",
-            "progress, (ready), start 0, play, end", "(ready), start 0, play 0, end");
-        row("late first timestamp over ffmpeg 6.8", "load late.m3u8, hear (ready), play, hear end",
-            "progress, (ready), start 0, play, end", "(ready), start 0, play 0, end 2");
-        row("late first timestamp over gstreamer", "load late.m3u8, hear (ready), play, hear end",
-            "progress, (ready), start 0, play, end", "(ready), start 0, play 0, end 4");
-        row("stall", "send 0.2, load a.mp4, hear (ready), play, stand, send 1, at 1.1",
-            "progress, (ready), start 0, play", "(ready), start 0, play 0");
-        row("attached in a stall over qt",
-            "send 0.3, load a.mp4, hear (ready), play, stand, attach, send 1, hear (ready)", "(ready), start 0, play",
-            "(ready), start 1, play 1");
-        row("source while it loads over ffmpeg 6.4", "load a.mp4, load b.mp4, hear (ready) 2",
-            "progress, (ready), progress, (ready)", "(ready), (ready)");
-        row("source while it loads over gstreamer, ffmpeg 6.8", "load a.mp4, load b.mp4, hear (ready)",
-            "progress, progress, (ready)", "(ready)");
-        row("source while it plays over qt", "begin, load b.mp4, hear (ready) 2", "begin, progress, (ready), pause",
-            "begin, progress, (ready)");
-        row("source while paused", "begin, pause, load b.mp4, hear (ready) 2", "begin, progress, (ready), pause",
-            "begin, progress, (ready), pause");
-        row("source in a stall over qt",
-            "send 0.2, load a.mp4, hear (ready), play, stand, send 1, load b.mp4, hear (ready) 2",
-            "progress, (ready), start 0, play, progress, (ready), pause",
-            "(ready), start 0, play 0, progress, (ready)");
-        row("source after the end", "whole, load b.mp4, hear (ready) 2", "whole, progress, (ready)",
-            "whole, progress, (ready)");
-        for (const char *how : {"load", "item", "content"}) {
-            for (const char *order : {"", "attach, "}) {
-                const auto name =
-                    "another "_ba + how + (*order ? " at the end, set first over qt" : " at the end over qt");
-                const auto steps = "next "_ba + how + ", " + order + "whole, hear (ready) 2";
-                row(name.constData(), steps.constData(), "whole, progress, (ready)", "whole, progress, (ready)");
+                continue;
+            for (const auto &meanings : words) {
+                for (int i = 1; i <= 3; ++i)
+                    cells[i].replace(QLatin1StringView(meanings[0]), QLatin1StringView(meanings[i]));
             }
+            QTest::addRow("%s", qPrintable(cells[0])) << cells[1].trimmed() << cells[2].trimmed() << cells[3].trimmed();
         }
-        for (const char *how : {"play", "av-play"}) {
-            const auto name = how + " at the end, set first over gstreamer, ffmpeg 6.8"_ba;
-            const auto steps = "next "_ba + how + ", attach, whole, back, at 0.2";
-            row(name.constData(), steps.constData(), "whole, seek 0", "whole, play 0");
-        }
-        row("source after a failure over ffmpeg, mpv", "load none.mp4, hear (failed), load b.mp4, hear (ready)",
-            "progress, (failed), progress, (ready)", "(failed), (ready)");
-        row("error while it loads over qt", "load none.mp4, play, hear (failed)", "progress, (failed)", "(failed)");
-        row("error while it is to play", "load none.mp4, av-play, hear (failed)",
-            "progress, start 0, play, (failed), pause", "(failed)");
-        row("failure that is played again over qt", "load none.mp4, hear (failed), movie-play, stop",
-            "progress, (failed)", "(failed)");
-        row("error while it plays", "send 0.2, begin, break, hear (failed)", "begin, (failed), pause",
-            "begin, (failed)");
-        row("error while paused", "send 0.2, begin, pause, hear pause, break, play, hear (failed)",
-            "begin, pause, play, (failed), pause", "begin, pause, play 0, (failed)");
-        row("error in a stall", "send 0.2, load a.mp4, hear (ready), play, stand, break, hear (failed)",
-            "progress, (ready), start 0, play, (failed), pause", "(ready), start 0, play 0, (failed)");
-        row("error at a seek over qt", "send 0.2, begin, break, at 0.5, seek 2.5, hear (failed)",
-            "begin, seek 3, (failed), pause", "begin, seek +3, play 3, (failed)");
-        row("error after the end over ffmpeg", "whole, break, play, hear (failed)", "whole, play, (failed)",
-            "whole, play 0, (failed)");
-        row("error after the end over gstreamer", "whole, break, play, hear (failed)",
-            "whole, play, seek 0, pause, (failed), pause", "whole, play 0, (failed)");
-        row("replay over mpv", "whole, play, hear seek 2", "whole, play, seek 0, pause", "");
-        row("stop over mpv", "begin, stop, hear pause", "begin, pause", "");
-        row("loops over mpv", "load a.mp4, hear (ready), loops 2, seek 3.6, play, turn, hear seek 2",
-            "progress, (ready), start 0, play, seek 4, seek 0", "");
-        row("live over mpv", "load live/a.ts, hear (ready), play, hear end", "progress, (ready), start 0, play, end",
-            "");
-        row("growing over mpv", "send 0.8, load live/growing.mp4, hear (ready), play, at 0.3, send 1, hear end",
-            "progress, (ready), start 0, play, end", "");
-        row("late first timestamp over mpv", "load late.m3u8, hear (ready), play, hear end",
-            "progress, (ready), start 0, play, end", "");
-        row("source while it loads over mpv", "load a.mp4, load b.mp4, hear (ready)", "progress, progress, (ready)",
-            "");
-        row("source in a stall over mpv",
-            "send 0.2, load a.mp4, hear (ready), play, stand, send 1, load b.mp4, hear (ready) 2",
-            "progress, (ready), start 0, play, progress, start 0, play, (ready)", "");
-        row("error at a seek over mpv", "send 0.2, begin, break, at 0.5, seek 2.5, hear (failed), hear pause",
-            "begin, (failed), pause", "");
-        row("error after a failure", "load none.mp4, hear (failed), load no.mp4, hear (failed) 2",
-            "progress, (failed), progress, (failed)", "(failed), (failed)");
     }
     void reports()
     {
