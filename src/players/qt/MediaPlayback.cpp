@@ -2,7 +2,9 @@
 
 #include "Logging.h"
 
+#include <QLibraryInfo>
 #include <QMediaTimeRange>
+#include <QVersionNumber>
 
 #include <algorithm>
 #include <cmath>
@@ -28,6 +30,14 @@ double seconds(qint64 milliseconds)
     return static_cast<double>(milliseconds) * millisecond;
 }
 
+/// Qt's GStreamer backend before 6.8 posts GStreamer's messages to the event loop. Those that wait there while the
+/// source changes are about the old source, and are reported for the new one.
+bool reportsLate(const QMediaPlayer &player)
+{
+    const auto isGStreamer = [](const QObject *child) { return child->inherits("QGstreamerMediaPlayer"); };
+    return QLibraryInfo::version() < QVersionNumber(6, 8) && std::ranges::any_of(player.children(), isGStreamer);
+}
+
 } // namespace
 
 MediaPlayback::MediaPlayback(QMediaPlayer *player)
@@ -41,6 +51,8 @@ MediaPlayback::MediaPlayback(QMediaPlayer *player)
     connect(player, &QMediaPlayer::playbackStateChanged, this, handleBy(&MediaPlayback::playbackStateDidChange));
     connect(player, &QMediaPlayer::playbackRateChanged, this, handleBy(&MediaPlayback::stateChanged));
     connect(player, &QMediaPlayer::mediaStatusChanged, this, [this](auto status) {
+        if (status == QMediaPlayer::InvalidMedia && m_lateReports > 0)
+            return;
         const bool isEnd = status == QMediaPlayer::EndOfMedia;
         if (isEnd && std::exchange(m_isEndAhead, false))
             return;
@@ -52,6 +64,8 @@ MediaPlayback::MediaPlayback(QMediaPlayer *player)
     connect(player, &QMediaPlayer::durationChanged, this, handleBy(&MediaPlayback::durationChanged));
     connect(player, &QMediaPlayer::positionChanged, this, handleBy(&MediaPlayback::positionDidChange));
     connect(player, &QMediaPlayer::sourceChanged, this, handleBy(&MediaPlayback::sourceDidChange));
+    if (reportsLate(*player))
+        ignoreLateErrors();
     // A medium that the player is still opening has no content yet.
     m_isOpen =
         m_now.hasContent() && m_now.status != QMediaPlayer::NoMedia && m_now.status != QMediaPlayer::LoadingMedia;
@@ -61,6 +75,21 @@ MediaPlayback::MediaPlayback(QMediaPlayer *player)
     m_standstill.setSingleShot(true);
     m_standstill.setInterval(longestStandstill);
     connect(&m_standstill, &QTimer::timeout, this, &MediaPlayback::didStandStill);
+}
+
+/// What waits in the event loop when the source changes is delivered before what is posted now. An error afterwards is
+/// the new source's. It changes no status when the old source's has done so.
+void MediaPlayback::ignoreLateErrors()
+{
+    connect(m_player, &QMediaPlayer::sourceChanged, this, [this] {
+        ++m_lateReports;
+        QMetaObject::invokeMethod(
+            this, [this] { --m_lateReports; }, Qt::QueuedConnection);
+    });
+    connect(m_player, &QMediaPlayer::errorOccurred, this, [this] {
+        if (m_lateReports == 0 && m_player->mediaStatus() == QMediaPlayer::InvalidMedia)
+            note(&MediaPlayback::mediaStatusDidChange);
+    });
 }
 
 MediaPlayback::Moment MediaPlayback::read() const

@@ -103,6 +103,7 @@ private:
         bool hasContent() const { return hasTracks || duration > 0; }
     };
 
+    void ignoreLateErrors();
     Moment read() const;
     void note(Handler handler);
     void noteOvertakenEnd();
@@ -125,6 +126,7 @@ private:
     std::deque<std::pair<Moment, Handler>> m_changes; ///< Not handled yet.
     Moment m_now;
     bool m_isLoading = false;
+    int m_lateReports = 0;     ///< Sources that were set in this turn of the event loop.
     bool m_isEndAhead = false; ///< The end is noted before its signal has come.
     bool m_playsWhenLoaded = false;
     bool m_isOpen = false;       ///< The source was loaded. Until another is set.

@@ -133,8 +133,12 @@ play at the end, set first over gstreamer, ffmpeg 6.8 | next play, attach, whole
   | whole, seek 0 | whole, play 0
 av-play at the end, set first over gstreamer, ffmpeg 6.8 | next av-play, attach, whole, back, at 0.2
   | whole, seek 0 | whole, play 0
-source after a failure over ffmpeg, mpv | load none.mp4, hear (failed), load b.mp4, hear (ready)
+source after a failure | load none.mp4, hear (failed), load b.mp4, hear (ready)
   | progress, (failed), open | (failed), open
+source before a late error over gstreamer | late b.mp4, load none.mp4, hear (ready)
+  | progress, (failed), open | (failed), open
+error before a late error over gstreamer | late no.mp4, load none.mp4, hear (failed) 2
+  | progress, (failed), progress, (failed) | (failed), (failed)
 error while it loads over qt | load none.mp4, play, hear (failed) | progress, (failed) | (failed)
 error while it is to play | load none.mp4, av-play, hear (failed) | progress, start 0, play, (failed), pause | (failed)
 failure that is played again over qt | load none.mp4, hear (failed), movie-play, stop | progress, (failed) | (failed)
@@ -176,6 +180,7 @@ class tst_MediaBackends : public QObject
     std::shared_ptr<AVPlayer> av;
     std::shared_ptr<QtMPMoviePlayerController> movie;
     std::unique_ptr<Watched> avWatched, movieWatched;
+    QString lateSource;
 
     /// The adapters' delays run with the event loop, so that the last ones need no waiting. On a busy machine they wait
     /// for it.
@@ -254,6 +259,17 @@ class tst_MediaBackends : public QObject
         });
     }
 
+    /// When an error of a source is reported and a further message about it waits, the host sets another source.
+    bool eventFilter(QObject *receiver, QEvent *event) override
+    {
+        const bool isMessage = event->type() == QEvent::MetaCall && receiver->inherits("QGstPipelinePrivate");
+        if (isMessage && media && media->qt()->error() != QMediaPlayer::NoError) {
+            qApp->removeEventFilter(this);
+            media->setSource(url(lateSource));
+        }
+        return false;
+    }
+
     QUrl url(const QString &name) const
     {
         return name.contains(u':') ? QUrl(name) : server->url(name);
@@ -284,6 +300,7 @@ class tst_MediaBackends : public QObject
             {u"rate"_s, [&] { return media->setPlaybackRate(how.toDouble()), true; }},
             {u"loops"_s, [&] { return media->setLoops(how.toInt()), true; }},
             {u"send"_s, [&] { return server->sendUpTo(how.toDouble()), true; }},
+            {u"late"_s, [&] { return lateSource = how, qApp->installEventFilter(this), true; }},
             {u"next"_s, [&] { return setAtEnd(how), true; }},
             {u"break"_s, [&] { return server->setBroken(true), true; }},
             {u"attach"_s, [&] { return attach(), true; }},
