@@ -157,7 +157,7 @@ void MediaPlayback::load(const QUrl &source)
     m_player->setSource(source);
     m_isLoading = false;
     m_now = read();
-    m_playsWhenLoaded = m_hasPlayed = m_isOpen = m_isBroken = false;
+    m_playsWhenLoaded = m_hasPlayed = m_isOpen = m_isBroken = m_hasError = false;
     readOpening();
     m_lastPosition = m_firstTimestamp = 0;
 }
@@ -291,6 +291,7 @@ void MediaPlayback::playbackStateDidChange()
     if (m_now.state == QMediaPlayer::PlayingState) {
         m_hasPlayed = true;
         m_isBroken = m_isBroken && !m_isOpen;
+        m_hasError = m_now.status == QMediaPlayer::InvalidMedia;
         m_lastProgress = m_now.time;
     }
     watchForStandstill();
@@ -301,6 +302,7 @@ void MediaPlayback::mediaStatusDidChange()
 {
     const bool wasOpen = m_isOpen;
     readOpening();
+    m_hasError = m_isOpen && (m_hasError || m_now.status == QMediaPlayer::InvalidMedia);
     if (m_now.status == QMediaPlayer::EndOfMedia && std::exchange(m_hasPlayed, false))
         m_isBroken = breaksOff();
     watchForStandstill();
@@ -314,10 +316,11 @@ void MediaPlayback::mediaStatusDidChange()
         later([this] { playLoaded(); });
 }
 
-/// After an error, Qt's GStreamer backend plays what is buffered, and then may neither end nor stop.
+/// After an error, Qt's GStreamer backend plays what is buffered, and then may neither end nor stop. It may also report
+/// the medium as buffered again.
 void MediaPlayback::watchForStandstill()
 {
-    if (m_isOpen && state() == QMediaPlayer::PlayingState && m_now.status == QMediaPlayer::InvalidMedia)
+    if (m_hasError && state() == QMediaPlayer::PlayingState)
         m_standstill.start();
     else
         m_standstill.stop();

@@ -131,6 +131,7 @@ private:
     bool m_playsWhenLoaded = false;
     bool m_isOpen = false;       ///< The source was loaded. Until another is set.
     bool m_isBroken = false;     ///< It failed to open or ended early. Until it plays again, or another source is set.
+    bool m_hasError = false;     ///< The open source had one, since it began to play or before.
     bool m_hasPlayed = false;    ///< Since the last end.
     double m_firstTimestamp = 0; ///< Of the stream, in seconds. Positions count from it.
     double m_lastPosition = 0;   ///< The last one that playing or a seek reached, in seconds.
