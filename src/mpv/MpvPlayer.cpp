@@ -149,7 +149,7 @@ struct MpvPlayer::Private
                 seekOrigin = currentTime;
             break;
         case MPV_EVENT_PLAYBACK_RESTART:
-            if (isCurrent && std::exchange(isSeeking, false)) {
+            if (isCurrent && std::exchange(isSeeking, false) && hasReceived(core->number("time-pos").value_or(0))) {
                 moveTo(core->number("time-pos").value_or(currentTime));
                 if (std::abs(currentTime - seekOrigin) > shortestJump) // A canvas seeks to where the video is.
                     q->timeJumped();
@@ -227,12 +227,19 @@ struct MpvPlayer::Private
         const auto item = q->currentItem();
         if (!item || std::exchange(hasEnded, true))
             return;
-        const bool isRemote = !item->asset().URL().isLocalFile();
-        if (isRemote && currentTime + breakTolerance < item->duration())
+        if (!hasReceived(item->duration()))
             return fail();
         setPaused(true);
         NotificationCenter::defaultCenter().post(
             {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(item.get()), {}});
+    }
+
+    /// The connection served the video up to this position. When it breaks at a seek, mpv goes to the end.
+    bool hasReceived(double seconds) const
+    {
+        const auto item = q->currentItem();
+        const bool isRemote = item && !item->asset().URL().isLocalFile();
+        return !isRemote || !(core->number("demuxer-cache-time").value_or(0) + breakTolerance < seconds);
     }
 
     void fail()
