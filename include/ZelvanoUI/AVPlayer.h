@@ -43,6 +43,10 @@ public:
     virtual void play() = 0;
     virtual void pause() = 0;
 
+    /// Whether an adapter that is new to the player learns its state: it then reports an item that is ready already,
+    /// and a player that plays already. By default it reports changes only.
+    virtual bool tellsStateToNewAdapters() const { return false; }
+
     /// Null when there is none. Any thread.
     std::shared_ptr<AVPlayerItem> currentItem() const;
     void replaceCurrentItemWithPlayerItem(const std::shared_ptr<AVPlayerItem> &item);

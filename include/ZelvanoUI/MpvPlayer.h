@@ -41,10 +41,10 @@ public:
     double currentTime() const override;
     void play() override;
     void pause() override;
+    bool tellsStateToNewAdapters() const override { return true; }
 
 protected:
     void loadItem(const std::shared_ptr<AVPlayerItem> &item) override;
-    void connectNotify(const QMetaMethod &signal) override;
 
 private:
     friend class MpvVideo;

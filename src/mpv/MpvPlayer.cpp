@@ -4,7 +4,6 @@
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/NotificationCenter.h>
 
-#include <QMetaMethod>
 #include <QPointer>
 #include <QQuickItem>
 
@@ -386,24 +385,6 @@ void MpvPlayer::pause()
 {
     d->setPaused(true);
     d->tellRate();
-}
-
-/// Adapters hear changes only. One that begins to watch hears one turn of the event loop later what it has missed.
-void MpvPlayer::connectNotify(const QMetaMethod &signal)
-{
-    const auto item = currentItem();
-    if (!item || signal != QMetaMethod::fromSignal(&AVPlayer::rateChanged))
-        return;
-    const bool hasStatus = item->status() != AVPlayerItemStatus::Unknown;
-    const bool hasRate = rate() != 0;
-    const auto tell = [this, item, hasStatus, hasRate] {
-        const auto self = weak_from_this().lock();
-        if (self && hasStatus && item == currentItem())
-            Q_EMIT item->statusChanged();
-        if (self && hasRate && rate() != 0 && item == currentItem())
-            Q_EMIT rateChanged();
-    };
-    QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
 }
 
 void MpvPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)

@@ -48,6 +48,7 @@ std::shared_ptr<ZVAVPlayerSubscribe> ZVAVPlayerSubscribe::create(const std::shar
     std::shared_ptr<ZVAVPlayerSubscribe> subscriber(new ZVAVPlayerSubscribe(player), MainThreadDeleter{});
     subscriber->registerForPlaybackNotification();
     subscriber->m_isLandscape = zelvano::isLandscape(Device::current().orientation());
+    subscriber->learnStateLater();
     return subscriber;
 }
 
@@ -69,6 +70,27 @@ void ZVAVPlayerSubscribe::registerForPlaybackNotification()
                                         weakly(&ZVAVPlayerSubscribe::currentItemDidChange));
     }
     attachTimeObserver();
+}
+
+/// Later: there is no observer yet.
+void ZVAVPlayerSubscribe::learnStateLater()
+{
+    const auto watched = player();
+    const auto item = currentItem();
+    if (!item || !watched->tellsStateToNewAdapters())
+        return;
+    const auto known = item->status() != AVPlayerItemStatus::Unknown ? item : nullptr;
+    MainQueue::shared().post([learn = weakly(&ZVAVPlayerSubscribe::learnState), known] { learn(known); });
+}
+
+/// What changed meanwhile is reported already.
+void ZVAVPlayerSubscribe::learnState(const std::shared_ptr<AVPlayerItem> &known)
+{
+    if (known && known == currentItem())
+        statusDidChange();
+    const auto watched = player();
+    if (watched && watched->rate() != 0 && !m_firstPlay)
+        rateDidChange();
 }
 
 void ZVAVPlayerSubscribe::dismissSubscriber()

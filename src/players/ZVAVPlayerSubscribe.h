@@ -53,6 +53,8 @@ private:
     std::shared_ptr<Player> screen() const;
 
     void registerForPlaybackNotification();
+    void learnStateLater();
+    void learnState(const std::shared_ptr<AVPlayerItem> &known);
     void attachTimeObserver();
     void positionDidReach(double seconds);
     void rateDidChange();

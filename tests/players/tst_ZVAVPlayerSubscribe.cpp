@@ -142,14 +142,28 @@ private Q_SLOTS:
         QCOMPARE(m_engine->take().join(u", "_s), u"(ready), end, done"_s);
     }
 
-    void itemThatIsReadyAlready()
+    /// An adapter that is new learns the state if the player wishes so. The former one hears changes only.
+    void stateBeforeTheAdapter()
     {
-        m_player->becomeReady();
-        watch(m_player);
-        perform(u"ready"_s);
-        QCOMPARE(m_engine->take(), QStringList());
-        perform(u"item x:2, ready"_s);
-        QCOMPARE(m_engine->take(), QStringList({u"progress"_s, u"(ready)"_s}));
+        const std::tuple<bool, const char *, const char *, const char *> cases[] = {
+            {false, "wait 0, ready, item x:2, ready", "progress, (ready)", "progress, (ready)"},
+            {true, "wait 0", "", "(ready), start, videoStart, play"},
+            {true, "pause, play, wait 0", "play", "start, videoStart, play, (ready)"},
+            {true, "item x:2, wait 0", "progress", "progress, start, videoStart, play"},
+            {true, "dismiss, wait 0", "", ""},
+        };
+        for (const auto &[tells, steps, formerHeard, heard] : cases) {
+            const Case current(steps);
+            create(false);
+            perform(u"ready, play"_s);
+            const auto former = std::pair(m_adapter, m_engine);
+            former.second->take();
+            m_player->tellsState = tells;
+            watch(m_player);
+            perform(QString::fromLatin1(steps));
+            QCOMPARE(former.second->take().join(u", "_s), QLatin1StringView(formerHeard));
+            QCOMPARE(m_engine->take().join(u", "_s), QLatin1StringView(heard));
+        }
     }
 
     void statusesThatAreOnlyLogged()

@@ -23,6 +23,7 @@ public:
     double currentTime() const override { return m_time; }
     void play() override { setRate(1); }
     void pause() override { setRate(0); }
+    bool tellsStateToNewAdapters() const override { return tellsState; }
 
     void setRate(float rate)
     {
@@ -50,6 +51,8 @@ public:
         zelvano::NotificationCenter::defaultCenter().post(
             {name, QVariant::fromValue<QObject *>(currentItem().get()), {}});
     }
+
+    bool tellsState = false;
 
     QString url() const { return currentItem() ? currentItem()->asset().absoluteString() : QString(); }
 
