@@ -36,6 +36,7 @@ public:
 
     QObject *view() const override;
     QRectF videoBounds() const override;
+    bool acceptsNextVideo(const QUrl &url) const override { return isMediaAddress(url); }
     float rate() const override;
     AVPlayerStatus status() const override;
     double currentTime() const override;

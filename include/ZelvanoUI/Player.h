@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <QRectF>
+#include <QUrl>
 
 #include <memory>
 
@@ -21,6 +22,13 @@ public:
     virtual QObject *view() const { return nullptr; }
     /// The rectangle of the picture inside the view, in points. Empty by default and until there is a picture.
     virtual QRectF videoBounds() const { return {}; }
+
+    /// Whether the player may open an address that the service sends as the next video. By default any. The library's
+    /// own players accept http(s), rtsp(s), rtmp(s), file and qrc: their media engines open commands and devices, too.
+    virtual bool acceptsNextVideo(const QUrl &url) const;
+
+protected:
+    static bool isMediaAddress(const QUrl &url);
 
 Q_SIGNALS:
     /// The view was moved or resized in its superview. Emit it once per change of layout.

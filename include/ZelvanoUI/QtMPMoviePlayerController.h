@@ -22,6 +22,7 @@ public:
 
     QObject *view() const override;
     QRectF videoBounds() const override;
+    bool acceptsNextVideo(const QUrl &url) const override { return isMediaAddress(url); }
 
     MPMoviePlaybackState playbackState() const override;
     MPMovieLoadStates loadState() const override;

@@ -1,5 +1,7 @@
 #include "PlatformPlayerSubscriber.h"
 
+#include "Logging.h"
+#include <ZelvanoUI/Player.h>
 #include <ZelvanoUI/PlayerEvents.h>
 #include <ZelvanoUI/PlayerSubscription.h>
 
@@ -46,6 +48,18 @@ void PlatformPlayerSubscriber::addRecommendationView()
     const auto receiver = m_isReleased ? nullptr : observer();
     if (receiver)
         receiver->addRecommendationView(shared_from_this());
+}
+
+bool PlatformPlayerSubscriber::mayOpen(const Player &player, const QString &url)
+{
+    const QUrl address(url, QUrl::StrictMode);
+    if (!address.isValid())
+        ZV_LOG("Error: the next video has no valid URL, the video stays");
+    else if (!player.acceptsNextVideo(address))
+        ZV_LOG("Error: the player does not accept the next video's address, the video stays");
+    else
+        return true;
+    return false;
 }
 
 void PlatformPlayerSubscriber::sendPlayedToEnd()

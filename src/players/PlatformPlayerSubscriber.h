@@ -9,6 +9,8 @@
 
 namespace zelvano {
 
+class Player;
+
 /// The base of the adapters for the platform's players. Holds the host's object, a player or the view controller of
 /// one, until release(), and sends nothing after it.
 class ZELVANOCORE_EXPORT PlatformPlayerSubscriber : public PlayerAdapter
@@ -32,6 +34,8 @@ protected:
     void addRecommendationView();
     /// The video played to its end: the next one is not the viewer's choice.
     void sendPlayedToEnd();
+    /// Whether the player may switch to the service's next video. If not, it logs why.
+    static bool mayOpen(const Player &player, const QString &url);
 
 private:
     bool m_isReleased = false;

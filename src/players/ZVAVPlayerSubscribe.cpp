@@ -249,10 +249,8 @@ void ZVAVPlayerSubscribe::setPlayerSource(const QString &url)
     const auto watched = player();
     if (!watched)
         return;
-    if (!QUrl(url, QUrl::StrictMode).isValid()) {
-        ZV_LOG("Error: the next video has no valid URL, the video stays");
+    if (!mayOpen(*watched, url))
         return;
-    }
     stopObservingStatus(watched->currentItem());
     if (std::exchange(m_hasPlayerObserver, false))
         m_timeObservers.pop_back();

@@ -231,10 +231,8 @@ void ZVMPMoviePlayerSubscribe::playNextVideo(const QString &url)
     watched->stop();
     if (!url.isNull()) {
         ZV_LOG("video-url: " << url);
-        if (QUrl(url, QUrl::StrictMode).isValid())
+        if (mayOpen(*watched, url))
             watched->setContentURL(url);
-        else
-            ZV_LOG("Error: the next video has no valid URL, the video stays");
     }
     watched->play();
 }

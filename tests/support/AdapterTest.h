@@ -93,8 +93,12 @@ protected:
         const auto good = QStringLiteral("http://CDN.Example.com/%7E2%20b.mp4?x=%C3%A4"), stays = QStringLiteral("x:1");
         const auto given = QStringLiteral("video-url: "), bad = QStringLiteral("http://[bad");
         const auto kept = QStringLiteral("Error: the next video has no valid URL, the video stays");
+        const auto refused = QStringLiteral("pipe:0");
+        const auto refusal =
+            QStringLiteral("Error: the player does not accept the next video's address, the video stays");
         const std::tuple<QString, QString, QStringList> cases[] = {
             {good, good, {given + good}},
+            {refused, stays, {given + refused, refusal}},
             {QString(), stays, {}},
             {QStringLiteral(""), stays, {given, kept}},
             {bad, stays, {given + bad, kept}},

@@ -20,6 +20,7 @@ public:
     void play() override { become(State::Playing); }
     void pause() override { become(State::Paused); }
     void stop() override { become(State::Stopped); }
+    bool acceptsNextVideo(const QUrl &url) const override { return url.scheme() != QStringLiteral("pipe"); }
 
     void become(State next)
     {

@@ -24,6 +24,7 @@ public:
     void play() override { setRate(1); }
     void pause() override { setRate(0); }
     bool tellsStateToNewAdapters() const override { return tellsState; }
+    bool acceptsNextVideo(const QUrl &url) const override { return url.scheme() != QStringLiteral("pipe"); }
 
     void setRate(float rate)
     {

@@ -87,6 +87,7 @@ the same content over qt | begin, stop, content a.mp4, hear (ready) 2, play, at 
   | begin, progress, begin, pause | begin, progress, (ready), play 0
 source that plays at once over qt | begin, load b.mp4, av-play, at 0.2, hear (ready) 2
   | begin, progress, start 0, play, (ready) | begin, progress, begin
+address of no medium | begin, service pipe:0 | begin | begin
 exit over qt | begin, exit | begin | begin, end 0, done
 exit before it plays over qt | open, exit | open | open, end 0, done
 autoplay over qt | autoplay, content a.mp4, hear play | begin | begin
@@ -288,6 +289,7 @@ class tst_MediaBackends : public QObject
             {u"item"_s,
              [&] { return av->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(url(how)))), true; }},
             {u"content"_s, [&] { return movie->setContentURL(url(how)), true; }},
+            {u"service"_s, [&] { return avWatched->adapter->setNextVideo(how), true; }},
             {u"autoplay"_s, [&] { return movie->setShouldAutoplay(true), true; }},
             {u"av-play"_s, [&] { return av->play(), true; }},
             {u"movie-play"_s, [&] { return movie->play(), true; }},
