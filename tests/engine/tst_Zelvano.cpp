@@ -320,18 +320,6 @@ private Q_SLOTS:
             QCOMPARE(m_service->log.count(u"events:: "_s + event), 1);
     }
 
-    void clickClosesTheView()
-    {
-        m_service->openView();
-        const auto viewOf = [this](const QString &event) { return sent(event, "viewUUID"_L1).toString(); };
-        const auto view = engine().state().viewUUID;
-        m_service->report({u"recommendationClick"_s, u"progress"_s});
-        m_service->sendReady();
-        QVERIFY(engine().state().viewUUID != view);
-        QCOMPARE(viewOf(u"recommendationClick"_s), view);
-        QCOMPARE(viewOf(u"progress"_s), engine().state().viewUUID);
-    }
-
     void positions()
     {
         m_service->openPage();

@@ -37,7 +37,6 @@ public:
         m_actions.insert({
             {u"load"_s, [this](auto &how) { m_player->tellLoadState(how.toInt()); }},
             {u"state"_s, [this](auto &how) { m_player->tellPlaybackState(how.toInt()); }},
-            {u"entry"_s, [this](auto &how) { m_player->entry = how; }},
         });
     }
 
@@ -60,17 +59,12 @@ private Q_SLOTS:
         constexpr auto none = "";
         row("load states", none, "load -1, load 0, load 1, load 2, load 3, load 4", "(ready)");
         row("states", none,
-            "state -1, state 0, state 1, state 2, state 3, state 4, state 5, state 6, state 7, state 8, state 9, state "
-            "10, "
-            "state 11, state 1000",
+            "state -1, state 0, state 1, state 2, state 3, state 4, state 5, state 6, state 7, state 8, state 9, "
+            "state 10, state 11, state 1000",
             "(page), (ready), play, pause, ended, seek, seek");
         row("next video", none, "next x:2, wait 0", none);
         row("dismissal", none, "dismiss, state 6, load 1", "pause, (ready)"); // Changes nothing.
         row("replaced adapter", none, "drop, state 6, load 1", none);         // Its end does.
-        row("flapping", none, QByteArray("state 5, state 6, ").repeated(1000), "1000 pause, 1000 play");
-        row("seeks in a storm", none, QByteArray("state 9, state 10, ").repeated(500), "1000 seek");
-        row("entries in a storm", none, QByteArray("entry a, state 3, entry b, state 3, ").repeated(500),
-            "1000 (ready)");
     }
     void states()
     {

@@ -103,11 +103,6 @@ private Q_SLOTS:
         row("time runs backwards", "play", "time -6, wait 500, pause, wait 100", "pause, (view)");
         row("impossible durations", none, "length nan, load 1, length inf, load 1, length -1, load 1",
             "(ready), (ready), (ready)");
-        row("flapping", none, QByteArray("play, pause, ").repeated(1000) + "wait 3600000",
-            "1000 (view), 1000 pause, 1000 play, 1 start, 1 videoStart");
-        row("seeks in a storm", none, QByteArray("state 4, state 5, ").repeated(500), "1000 seek");
-        row("videos in a storm", "play", QByteArray("content x:2, content x:3, ").repeated(500) + "play, stop",
-            "1 play, 1000 progress, 1 start, 1 videoStart");
     }
     void events() { performRow(); }
 
