@@ -61,8 +61,6 @@ ZVItemView {
                 id: first
 
                 x: line.mirrored ? line.width - list.inset - width : list.inset
-                width: list.sizeOf(0).width
-                height: width
                 view: list
                 row: line.shown ? 2 * line.index : -1
             }
@@ -70,8 +68,6 @@ ZVItemView {
                 id: second
 
                 x: line.mirrored ? first.x - list.spacing.width - width : first.x + first.width + list.spacing.width
-                width: first.width
-                height: width
                 view: list
                 row: line.shown ? 2 * line.index + 1 : -1
             }

@@ -65,12 +65,6 @@ double ZVItemView::snapped(double points) const
     return std::round(points * pixels) / pixels;
 }
 
-QSizeF ZVItemView::sizeOf(qint64 row)
-{
-    const auto size = m_source ? m_source->sizeForItemAtIndexPath(this, {row}) : QSizeF();
-    return {snapped(size.width()), snapped(size.height())};
-}
-
 QSizeF ZVItemView::spacing()
 {
     if (!m_source)
@@ -104,8 +98,8 @@ void ZVItemView::showCell(ZVItemViewCell *cell)
     const bool exists = cell->row() < countItems(); // The last line may have fewer cells.
     cell->setVisible(exists);
     if (exists) {
-        if (const auto size = sizeOf(cell->row()); size.isValid())
-            cell->setSize(size);
+        if (const auto size = m_source->sizeForItemAtIndexPath(this, {cell->row()}); size.isValid())
+            cell->setSize({snapped(size.width()), snapped(size.height())});
         m_source->cellForItemAtIndexPath(this, {cell->row()}, cell);
     }
     markCurrent();

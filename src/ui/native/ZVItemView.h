@@ -95,8 +95,6 @@ public:
     bool handleKey(QKeyEvent *event);
 
     // Called by the interface resource.
-    /// The size of a cell, in points. A cell that is created with it is laid out once.
-    Q_INVOKABLE QSizeF sizeOf(qint64 row);
     Q_INVOKABLE void pressBegan();
     /// The viewer tapped the cell of this row. A tap that stops a movement chooses nothing.
     Q_INVOKABLE void activate(qint64 row);

@@ -10,6 +10,13 @@ ZVItemViewCell::~ZVItemViewCell()
         m_view->removeCell(this);
 }
 
+void ZVItemViewCell::setView(ZVItemView *view)
+{
+    m_view = view;
+    Q_EMIT viewChanged();
+    enterRow();
+}
+
 void ZVItemViewCell::setRow(qint64 row)
 {
     if (m_row == row)
@@ -20,15 +27,13 @@ void ZVItemViewCell::setRow(qint64 row)
     if (row < 0) {
         setVisible(false);
         prepareForReuse();
-    } else if (m_view && isComponentComplete()) {
-        m_view->addCell(this);
     }
+    enterRow();
     Q_EMIT rowChanged();
 }
 
-void ZVItemViewCell::componentComplete()
+void ZVItemViewCell::enterRow()
 {
-    QQuickItem::componentComplete();
     if (m_view && m_row >= 0)
         m_view->addCell(this);
 }

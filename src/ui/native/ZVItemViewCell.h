@@ -17,14 +17,16 @@ class ZELVANOUI_EXPORT ZVItemViewCell : public QQuickItem
 {
     Q_OBJECT
     QML_ANONYMOUS
-    Q_PROPERTY(zelvano::ZVItemView *view READ view MEMBER m_view NOTIFY viewChanged FINAL)
-    /// The row shown; -1 for none. The view fills the cell with each new row.
+    Q_PROPERTY(zelvano::ZVItemView *view READ view WRITE setView NOTIFY viewChanged FINAL)
+    /// The row shown; -1 for none. The view fills the cell with each new row, with the first one before the bindings
+    /// inside the cell are evaluated.
     Q_PROPERTY(int row READ row WRITE setRow NOTIFY rowChanged FINAL)
 
 public:
     ~ZVItemViewCell() override;
 
     ZVItemView *view() const { return m_view; }
+    void setView(ZVItemView *view);
     Q_SIGNAL void viewChanged();
     qint64 row() const { return m_row; }
     void setRow(qint64 row);
@@ -40,10 +42,10 @@ public:
 protected:
     ZVItemViewCell() = default;
 
-    void componentComplete() override;
-
 private:
     friend class ZVItemView;
+
+    void enterRow();
 
     QPointer<ZVItemView> m_view;
     qint64 m_row = -1;

@@ -36,7 +36,7 @@ void ZVVideoCollectionViewCell::componentComplete()
     setClip(true); // Intended, and last: the cell's edge cuts off the shadow.
     if (view())
         connect(view(), &ZVItemView::countChanged, this, &ZVVideoCollectionViewCell::spokenNameChanged);
-    ZVItemViewCell::componentComplete(); // Fills the cell.
+    ZVItemViewCell::componentComplete();
 }
 
 // The thumbnail
@@ -66,14 +66,16 @@ void ZVVideoCollectionViewCell::leaveVideo()
 void ZVVideoCollectionViewCell::prepareForReuse()
 {
     leaveVideo();
-    setImage({});
+    m_image = {};
+    showImage();
 }
 
 void ZVVideoCollectionViewCell::imageDidChange(const std::shared_ptr<ZVVideoParams> &video)
 {
     if (video != m_video)
         return;
-    setImage(video->image());
+    m_image = video->image();
+    showImage();
     fitThumbnail();
     offerToHost(video);
 }
@@ -90,12 +92,18 @@ void ZVVideoCollectionViewCell::fitThumbnail()
         m_thumbnails->resize(m_video, Thumbnails::pixels(size(), this));
 }
 
-void ZVVideoCollectionViewCell::setImage(const QImage &image)
+void ZVVideoCollectionViewCell::setIconImageView(ZVImageView *view)
+{
+    m_iconImageView = view;
+    showImage();
+}
+
+void ZVVideoCollectionViewCell::showImage()
 {
     if (!m_iconImageView)
         return;
-    m_iconImageView->setImage(image);
-    if (image.isNull() || m_iconImageView->opacity() != 0 || m_iconImageView->findChild<QPropertyAnimation *>())
+    m_iconImageView->setImage(m_image);
+    if (m_image.isNull() || m_iconImageView->opacity() != 0 || m_iconImageView->findChild<QPropertyAnimation *>())
         return; // Nothing to fade in, or already started: its first frame is still to come.
     auto *const fade = new QPropertyAnimation(m_iconImageView, "opacity", m_iconImageView);
     fade->setDuration(fadeDuration);
@@ -107,7 +115,8 @@ void ZVVideoCollectionViewCell::setParams(const std::shared_ptr<ZVVideoParams> &
 {
     if (!params)
         return;
-    setImage(params->image());
+    m_image = params->image();
+    showImage();
     m_title = params->title();
     m_duration = secToTime(params->durationSec());
     m_category = params->category();

@@ -51,7 +51,7 @@ public:
     QColor categoryColor() const { return colorForCategory(m_category); }
     /// Null when the interface resource has none.
     ZVImageView *iconImageView() const { return m_iconImageView; }
-    void setIconImageView(ZVImageView *view) { m_iconImageView = view; }
+    void setIconImageView(ZVImageView *view);
     QString spokenName() const;
     Q_SIGNAL void spokenNameChanged();
     bool isShownByHost() const { return m_isShownByHost; }
@@ -79,9 +79,10 @@ private:
     void leaveVideo();
     void imageDidChange(const std::shared_ptr<ZVVideoParams> &video);
     void fitThumbnail();
-    void setImage(const QImage &image);
+    void showImage();
     void offerToHost(const std::shared_ptr<ZVVideoParams> &video);
 
+    QImage m_image;
     QString m_title;
     QString m_duration;
     QString m_category; ///< The service's code.
