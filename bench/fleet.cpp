@@ -7,6 +7,7 @@
 #include "Resources.h"
 #include "Session.h"
 #include "SilentListener.h"
+#include "SkippedTime.h"
 #include "Traffic.h"
 #include "Waiting.h"
 #include <ZelvanoUI/PlayerEvents.h>
@@ -26,27 +27,8 @@
 #include <mutex>
 #include <random>
 
-#include <sys/syscall.h>
-#include <time.h>
-#include <unistd.h>
-
 using namespace zelvano;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-/// By how many seconds the clocks of this process are ahead.
-std::atomic<time_t> skipped = 0;
-
-} // namespace
-
-/// Replaces the system's, for Qt and libcurl as well.
-extern "C" Q_DECL_EXPORT int clock_gettime(clockid_t clock, timespec *time) noexcept
-{
-    const auto result = static_cast<int>(syscall(SYS_clock_gettime, clock, time));
-    time->tv_sec += skipped;
-    return result;
-}
 
 namespace {
 
@@ -295,7 +277,7 @@ Cost run(bench::AnswerServer &server, Kinds &kinds, int viewers, int seconds, in
     qint64 open = 0;
     for (int second = 0; second < seconds; ++second) {
         server.setFails(second >= failsFrom && second < failsUntil);
-        ++skipped;
+        ++skippedTime;
         QCoreApplication::processEvents();
         for (const auto &viewer : fleet)
             viewer->passSecond();

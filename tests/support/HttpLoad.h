@@ -123,20 +123,25 @@ inline RawServer::Script silence()
     };
 }
 
+/// Sends the first bytes of an answer at once and the others one by one.
+inline RawServer::Script drip(const QByteArray &quick, const QByteArray &slow, std::chrono::milliseconds gap)
+{
+    return [=](RawServer::Connection &connection) {
+        connection.readRequest();
+        bool isOpen = connection.write(quick);
+        for (qsizetype at = 0; isOpen && at < slow.size() && !connection.pause(gap); ++at)
+            isOpen = connection.write(slow.mid(at, 1));
+    };
+}
+
 /// Networks that keep a request waiting forever.
 inline void addBadNetworks()
 {
+    using namespace std::chrono_literals;
+    const QByteArray ok = "HTTP/1.1 200 OK\r\n";
     addColumns<RawServer::Script, bool>({"script", "isSecure"});
     QTest::newRow("silent") << silence() << false;
-    QTest::newRow("half an answer") << RawServer::Script([](RawServer::Connection &connection) {
-        connection.readRequest();
-        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n{");
-        connection.awaitClose();
-    }) << false;
-    QTest::newRow("dripping") << RawServer::Script([](RawServer::Connection &connection) {
-        bool isOpen = connection.write("HTTP/1.1 200 OK\r\n");
-        while (isOpen && !connection.pause(std::chrono::milliseconds(1)))
-            isOpen = connection.write("X: y\r\n");
-    }) << false;
+    QTest::newRow("half an answer") << drip(ok + "Content-Length: 100\r\n\r\n{", "x", 1h) << false;
+    QTest::newRow("dripping") << drip(ok, QByteArray("X: y\r\n").repeated(10000), 1ms) << false;
     QTest::newRow("stalling handshake") << silence() << true;
 }
