@@ -7,13 +7,10 @@ from datetime import timedelta
 from pathlib import Path
 
 import charts
+from charts import number
 
 found = json.loads(Path(sys.argv[1]).read_text())
 target = Path(sys.argv[2])
-
-
-def number(value):
-    return f"{value:,.0f}" if value >= 100 else f"{value:.3g}"
 
 
 def table(head, rows):
