@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RawServer.h"
+#include "HttpLoad.h"
 #include "TestAuthority.h"
 #include <ZelvanoUI/Sandbox.h>
 
@@ -8,8 +8,8 @@
 
 #include <sys/un.h>
 
-/// nginx before a sandbox: https over TLS 1.3, and http that redirects to it. A relay on a loopback port stands before
-/// each of its sockets and counts what passes.
+/// nginx before a sandbox, https over TLS 1.3. A relay on a loopback port stands before its socket and counts what
+/// passes. Another port redirects http to https.
 class Front
 {
 public:
@@ -31,9 +31,11 @@ public:
     };
 
     Front(const zelvano::sandbox::Sandbox &service, const TestAuthority &authority, Settings settings)
-        : m_authority(authority)
-        , m_secure([this](auto &client) { relay(client, "tls.sock", true); })
-        , m_plain([this](auto &client) { relay(client, "plain.sock", false); })
+        : m_authority(authority), m_secure([this](auto &client) { relay(client); }), m_plain([](auto &client) {
+            for (QByteArray request; !(request = client.readRequest()).isEmpty();)
+                client.write(httpRedirect("308", "https://" + QUrl(zelvano::API_URL_PROD).host().toLatin1() +
+                                                     request.split(' ').at(1)));
+        })
     {
         configure(service.url().authority(), settings);
     }
@@ -49,15 +51,16 @@ public:
     {
         m_nginx.setWorkingDirectory(m_authority.folder());
         m_nginx.start(QStringLiteral("/usr/sbin/nginx"), arguments());
-        return waitUntil([this] { return isListening(); });
+        return waitUntil([this] { return close(connectToNginx()) == 0; });
     }
-    /// New workers take new connections. The old ones close theirs as soon as they are idle.
+    /// New workers take new connections. The old ones close theirs as soon as they are idle, except one that the
+    /// browser keeps in reserve.
     void reload()
     {
         const auto before = workers();
         QProcess::execute(QStringLiteral("/usr/sbin/nginx"), arguments()
                                                                  << QStringLiteral("-s") << QStringLiteral("reload"));
-        waitUntil([&] { return !workers().contains(before.constFirst()) && m_open == 0; });
+        waitUntil([&] { return !workers().contains(before.constFirst()) && m_open == 0; }, std::chrono::seconds(2));
     }
 
     /// "host:port" of http, for useService().
@@ -108,10 +111,6 @@ http {
     scgi_temp_path temp;
     upstream service { server %1; keepalive 4; }
     server {
-        listen unix:plain.sock;
-        return 308 https://$host$request_uri;
-    }
-    server {
         listen unix:tls.sock ssl %2;
         ssl_protocols TLSv1.3;
         ssl_certificate cert.pem;
@@ -146,19 +145,12 @@ http {
         return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().split(' ') : QList<QByteArray>{{}};
     }
 
-    bool isListening() const
-    {
-        const int nginx = connectTo("tls.sock");
-        close(nginx);
-        return nginx >= 0;
-    }
-
     /// A socket; -1 on failure.
-    int connectTo(const char *name) const
+    int connectToNginx() const
     {
         sockaddr_un address = {};
         address.sun_family = AF_UNIX;
-        const QByteArray path = m_authority.folder().toLocal8Bit() + '/' + name;
+        const QByteArray path = m_authority.folder().toLocal8Bit() + "/tls.sock";
         qstrncpy(address.sun_path, path.constData(), sizeof(address.sun_path));
         const int nginx = socket(AF_UNIX, SOCK_STREAM, 0);
         if (connect(nginx, reinterpret_cast<sockaddr *>(&address), sizeof(address)) == 0)
@@ -167,13 +159,13 @@ http {
         return -1;
     }
 
-    void relay(RawServer::Connection &client, const char *socketName, bool isSecure)
+    void relay(RawServer::Connection &client)
     {
-        const int nginx = connectTo(socketName);
+        const int nginx = connectToNginx();
         if (nginx < 0)
             return;
         std::size_t place = 0;
-        if (isSecure) {
+        {
             const std::lock_guard lock(m_mutex);
             place = m_connections.size();
             m_connections.emplace_back();
@@ -181,8 +173,6 @@ http {
         }
         bool clientSpoke = false;
         client.relay(nginx, latency, [&](bool isFromClient, qsizetype size) {
-            if (!isSecure)
-                return;
             const std::lock_guard lock(m_mutex);
             Carried &carried = m_connections[place];
             (isFromClient ? carried.up : carried.down) += size;
@@ -190,8 +180,7 @@ http {
                 ++carried.roundTrips;
         });
         close(nginx);
-        if (isSecure)
-            --m_open;
+        --m_open;
     }
 
     static constexpr std::chrono::milliseconds latency{5};
@@ -199,6 +188,6 @@ http {
     QProcess m_nginx;
     mutable std::mutex m_mutex;
     std::vector<Carried> m_connections;
-    std::atomic<int> m_open = 0; ///< https connections.
+    std::atomic<int> m_open = 0;
     RawServer m_secure, m_plain;
 };

@@ -1,12 +1,9 @@
 #include "ControllerSession.h"
 #include "Front.h"
 #include "Routes.h"
-#include <ZelvanoUI/Protocol.h>
 #include <ZelvanoUI/ZVListView.h>
 
 #include <QCryptographicHash>
-
-#include <climits>
 
 using namespace Qt::StringLiterals;
 using namespace zelvano;
@@ -139,26 +136,18 @@ private Q_SLOTS:
         }
     }
 
-    void session_data()
-    {
-        addColumns<bool, int>({"isHttp2", "requestsPerConnection"});
-        QTest::newRow("HTTP/2") << true << 1000;
-        QTest::newRow("HTTP/1.1") << false << 1000;
-        QTest::newRow("HTTP/2, few requests a connection") << true << 3;
-        QTest::newRow("HTTP/1.1, few requests a connection") << false << 3;
-    }
-
     /// Each call arrives once, also when nginx ends connections by its limit or for a new configuration.
     void session()
     {
-        QFETCH(const bool, isHttp2);
-        QFETCH(const int, requestsPerConnection);
-        FrontSession session(*authority, {isHttp2, requestsPerConnection});
-        QVERIFY2(session.isShown(), qPrintable(session.front.requests().join(u'\n')));
-        session.report(u"seek"_s, 30);
-        session.front.reload();
-        session.report(u"pause"_s, 30);
-        QCOMPARE(session.arrived(), session.sent());
+        for (const auto &[isHttp2, requestsPerConnection] : {std::pair(true, 1000), {false, 1000}, {true, 3}}) {
+            const Case current(QByteArray::number(requestsPerConnection));
+            FrontSession session(*authority, {isHttp2, requestsPerConnection});
+            QVERIFY2(session.isShown(), qPrintable(session.front.requests().join(u'\n')));
+            session.report(u"seek"_s, 30);
+            session.front.reload();
+            session.report(u"pause"_s, 30);
+            QCOMPARE(session.arrived(), session.sent());
+        }
     }
 
     /// The calls of that time are lost, the next ones arrive.
@@ -187,44 +176,36 @@ private Q_SLOTS:
         QVERIFY(proxy.log().contains("CONNECT localhost:"));
     }
 
-    void roundTrips_data()
-    {
-        addColumns<long>({"version"});
-        QTest::newRow("HTTP/1.1") << long(CURL_HTTP_VERSION_1_1);
-        QTest::newRow("HTTP/2") << long(CURL_HTTP_VERSION_2TLS);
-    }
-
     /// A connection costs a round trip of TCP, which the relay does not see, and one of TLS. The certificate is sent
     /// once.
     void roundTrips()
     {
-        QFETCH(const long, version);
         TestAuthority::trusted = authority->file();
-        TestAuthority::httpVersion = version;
         sandbox::Sandbox service;
         QVERIFY(service.start());
-        Front front(service, *authority, {.requestsPerConnection = 2});
-        QVERIFY(front.start());
-        // What crosses on the way can look like another round trip, so the best of some connections counts.
-        int first = INT_MAX, second = INT_MAX;
-        for (int connection = 1; connection <= 5; ++connection) {
-            std::vector<Front::Carried> carried;
-            for (int request = 0; request < 2; ++request) {
-                QCOMPARE(HttpLoad(httpPost(front.url(u"keepalive"_s), "{}")).resume().result().status, 200);
-                carried.push_back(front.connections().back());
+        for (const long version : {CURL_HTTP_VERSION_1_1, CURL_HTTP_VERSION_2TLS}) {
+            TestAuthority::httpVersion = version;
+            Front front(service, *authority, {.requestsPerConnection = 2});
+            QVERIFY(front.start());
+            std::vector<Front::Carried> fresh, reused; // Of the first and the second request of each connection.
+            for (std::size_t connection = 1; connection <= 5; ++connection) {
+                for (auto *carried : {&fresh, &reused}) {
+                    QCOMPARE(HttpLoad(httpPost(front.url(u"keepalive"_s), "{}")).resume().result().status, 200);
+                    carried->push_back(front.connections().back());
+                }
+                QCOMPARE(front.connections().size(), connection);
+                reused.back() = reused.back() - fresh.back();
             }
-            QCOMPARE(front.connections().size(), std::size_t(connection));
-            const auto reused = carried[1] - carried[0];
-            first = std::min(first, carried[0].roundTrips);
-            second = std::min(second, reused.roundTrips);
-            for (const auto &[name, of] : {std::pair("first", carried[0]), {"second", reused}})
-                qInfo("%s request: %d round trips, %lld bytes up, %lld down", name, of.roundTrips, of.up, of.down);
-        }
-        QCOMPARE(second, 1);
-        // nginx resumes no session of HTTP/2 here, and its first flights may overlap.
-        if (version == CURL_HTTP_VERSION_1_1) {
-            QCOMPARE(first, 2);
-            QVERIFY(front.connections().back().down < front.connections().front().down * 2 / 3); // No certificate.
+            // What crosses on the way can look like another round trip, so the best connection counts.
+            const auto best = [](const auto &all) { return std::ranges::min(all, {}, &Front::Carried::roundTrips); };
+            for (const auto &of : {fresh.front(), fresh.back(), best(reused)})
+                qInfo("version %ld: %d round trips, %lld bytes up, %lld down", version, of.roundTrips, of.up, of.down);
+            QCOMPARE(best(reused).roundTrips, 1);
+            // nginx resumes no session of HTTP/2 here, and its first flights may overlap.
+            if (version == CURL_HTTP_VERSION_1_1) {
+                QCOMPARE(best(fresh).roundTrips, 2);
+                QVERIFY(fresh.back().down < fresh.front().down * 2 / 3); // No certificate.
+            }
         }
         TestAuthority::httpVersion = 0;
         TestAuthority::trusted.clear();
