@@ -44,33 +44,12 @@ private Q_SLOTS:
     /// Plain URLs are told from their text. The answer is always that of QUrl's parser.
     void urls()
     {
-        const auto longName = QString(64, u'a');
+        const auto hosts =
+            u",a,a.example,a-1.b2.example,A.example,a..b,a.,-a,a-,a--b,xn--a,xn--,xn--mnchen-3ya,1.2.3.4,"
+            "1.2.3.999,a:80,a:x,a:99999,u@a,a b,a_b,ä,[::1],[a,"_s +
+            QString(64, u'a');
         for (const auto &scheme : {u""_s, u"http://"_s, u"https://"_s, u"HTTPS://"_s, u"ftp://"_s, u"http:/"_s}) {
-            for (const auto &host : {u""_s,
-                                     u"a"_s,
-                                     u"a.example"_s,
-                                     u"a-1.b2.example"_s,
-                                     u"A.example"_s,
-                                     u"a..b"_s,
-                                     u"a."_s,
-                                     u"-a"_s,
-                                     u"a-"_s,
-                                     u"a--b"_s,
-                                     u"xn--a"_s,
-                                     u"xn--"_s,
-                                     u"xn--mnchen-3ya"_s,
-                                     u"1.2.3.4"_s,
-                                     u"1.2.3.999"_s,
-                                     u"a:80"_s,
-                                     u"a:x"_s,
-                                     u"a:99999"_s,
-                                     u"u@a"_s,
-                                     u"a b"_s,
-                                     u"a_b"_s,
-                                     u"ä"_s,
-                                     u"[::1]"_s,
-                                     u"[a"_s,
-                                     longName}) {
+            for (const auto &host : hosts.split(u',')) {
                 for (const auto &rest : {u""_s, u"/"_s, u"/a_B-1.mp4?w=1&h=2"_s, u"//"_s, u"/ "_s, u"/%41"_s, u"/%"_s,
                                          u"/\""_s, u"/ä"_s, u"/\\"_s, u"/:"_s, u"?a"_s, u"#a"_s, u"/#"_s, u"/#[#"_s}) {
                     const auto text = scheme + host + rest;
