@@ -6,7 +6,6 @@
 #include <ZelvanoUI/EventLog.h>
 
 #include <QDir>
-#include <QHash>
 #include <QQmlEngine>
 
 #include <algorithm>
@@ -43,6 +42,68 @@ int takePatience(QStringList &words)
 
 } // namespace
 
+/// A command's name in the script.
+struct ScriptRunner::Verb
+{
+    int least; ///< Arguments.
+    int most;
+    std::function<void(ScriptRunner &, const QStringList &words)> run; ///< Ends with nextAfter() or fail().
+    bool isActing = true;
+};
+
+const QHash<QString, ScriptRunner::Verb> &ScriptRunner::verbs()
+{
+    const auto atOnce = [](auto act) {
+        return [act](ScriptRunner &self, const QStringList &words) {
+            act(self.m_host, words);
+            self.nextAfter(0);
+        };
+    };
+    static const QHash<QString, Verb> table{
+        {u"play"_s, {0, 0, atOnce([](auto &host, auto &) { host.deck()->play(); })}},
+        {u"pause"_s, {0, 0, atOnce([](auto &host, auto &) { host.deck()->pause(); })}},
+        {u"seek"_s, {1, 1, atOnce([](auto &host, auto &words) { host.deck()->seek(words[0].toDouble()); })}},
+        {u"wait"_s, {1, 1, [](auto &self, auto &words) { self.nextAfter(words[0].toInt()); }, false}},
+        {u"wait-for"_s, {1, 5, &ScriptRunner::waitFor, false}},
+        {u"tap"_s, {1, 1, &ScriptRunner::tap}},
+        {u"tap-cell"_s, {1, 1, &ScriptRunner::tapCell}},
+        {u"swipe"_s, {1, 1, &ScriptRunner::swipe}},
+        {u"dismiss-overlay"_s, {0, 0, &ScriptRunner::dismissOverlay}},
+        {u"notify-click"_s, {1, 1, atOnce([](auto &host, auto &words) { host.announceChoice(words[0]); })}},
+        {u"rotate"_s, {1, 1, atOnce([](auto &host, auto &words) { host.rotate(words[0] == "portrait"_L1); })}},
+        {u"resize"_s,
+         {2, 2, atOnce([](auto &host, auto &words) { host.window()->resize(words[0].toInt(), words[1].toInt()); })}},
+        {u"fullscreen"_s,
+         {1, 1, atOnce([](auto &host, auto &words) { host.deck()->setFullscreen(words[0] == "on"_L1); })}},
+        {u"exit"_s, {0, 0, atOnce([](auto &host, auto &) { host.deck()->exit(); })}},
+        {u"screenshot"_s, {1, 1, &ScriptRunner::screenshot, false}},
+        {u"dismiss"_s, {0, 0, atOnce([](auto &host, auto &) { host.dismiss(); })}},
+        {u"restart"_s, {0, 0, atOnce([](auto &host, auto &) { host.restart(); })}},
+        {u"quit"_s, {0, 0, [](auto &self, auto &) { Q_EMIT self.finished(0); }}},
+    };
+    return table;
+}
+
+std::optional<std::vector<ScriptRunner::Command>> ScriptRunner::parse(const QString &text, QString &error)
+{
+    std::vector<Command> commands;
+    const auto lines = text.split(u'\n');
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        auto words = lines[i].simplified().split(u' ', Qt::SkipEmptyParts);
+        if (words.isEmpty() || words.front().startsWith(u'#'))
+            continue;
+        const Command command{static_cast<int>(i + 1), words.takeFirst(), words};
+        const auto verb = verbs().constFind(command.name);
+        if (verb == verbs().cend() || words.size() < verb->least || words.size() > verb->most) {
+            const auto reason = verb == verbs().cend() ? u"unknown command"_s : u"wrong number of arguments"_s;
+            error = u"line %1: %2: %3"_s.arg(command.line).arg(reason, lines[i].trimmed());
+            return std::nullopt;
+        }
+        commands.push_back(command);
+    }
+    return commands;
+}
+
 ScriptRunner::ScriptRunner(Host &host, zelvano::EventLog &log, std::vector<Command> commands,
                            const QString &screenshots)
     : m_host(host), m_log(log), m_commands(std::move(commands)), m_screenshots(screenshots)
@@ -72,37 +133,18 @@ void ScriptRunner::fail(const QString &why)
 
 void ScriptRunner::next()
 {
-    static const QHash<QString, Action> actions{
-        {u"play"_s, &ScriptRunner::play},
-        {u"pause"_s, &ScriptRunner::pause},
-        {u"seek"_s, &ScriptRunner::seek},
-        {u"wait"_s, &ScriptRunner::wait},
-        {u"wait-for"_s, &ScriptRunner::waitFor},
-        {u"tap"_s, &ScriptRunner::tap},
-        {u"tap-cell"_s, &ScriptRunner::tapCell},
-        {u"swipe"_s, &ScriptRunner::swipe},
-        {u"dismiss-overlay"_s, &ScriptRunner::dismissOverlay},
-        {u"notify-click"_s, &ScriptRunner::notifyClick},
-        {u"rotate"_s, &ScriptRunner::rotate},
-        {u"resize"_s, &ScriptRunner::resize},
-        {u"fullscreen"_s, &ScriptRunner::fullscreen},
-        {u"exit"_s, &ScriptRunner::exit},
-        {u"screenshot"_s, &ScriptRunner::screenshot},
-        {u"dismiss"_s, &ScriptRunner::dismiss},
-        {u"restart"_s, &ScriptRunner::restart},
-        {u"quit"_s, &ScriptRunner::quit},
-    };
     if (m_next == m_commands.size()) {
         Q_EMIT finished(0);
         return;
     }
     const auto &command = m_commands[m_next++];
-    if (command.isActing()) {
+    const auto &verb = *verbs().constFind(command.name);
+    if (verb.isActing) {
         m_sinceActing.clear();
         m_before = m_log.total();
     }
     m_log.add(u"script"_s, {{"what"_L1, command.name}, {"value"_L1, command.arguments.join(u' ')}});
-    (this->*actions.value(command.name))(command.arguments);
+    verb.run(*this, command.arguments);
 }
 
 void ScriptRunner::occurred(const QJsonObject &entry)
@@ -119,29 +161,6 @@ void ScriptRunner::occurred(const QJsonObject &entry)
 bool ScriptRunner::expectationIsMet() const
 {
     return std::any_of(m_sinceActing.begin(), m_sinceActing.end(), m_expected);
-}
-
-void ScriptRunner::play(const QStringList &)
-{
-    m_host.deck()->play();
-    nextAfter(0);
-}
-
-void ScriptRunner::pause(const QStringList &)
-{
-    m_host.deck()->pause();
-    nextAfter(0);
-}
-
-void ScriptRunner::seek(const QStringList &words)
-{
-    m_host.deck()->seek(words[0].toDouble());
-    nextAfter(0);
-}
-
-void ScriptRunner::wait(const QStringList &words)
-{
-    nextAfter(words[0].toInt());
 }
 
 void ScriptRunner::waitFor(const QStringList &givenWords)
@@ -237,68 +256,20 @@ void ScriptRunner::dismissOverlay(const QStringList &)
 {
     const auto *content = m_host.overlay() ? m_host.overlay()->contentView() : nullptr;
     const auto *control = content ? content->findChild<QQuickItem *>(u"dismiss"_s) : nullptr;
-    if (!control) {
+    if (control)
+        tapAt(m_host.window(), control->mapToScene({control->width() / 2, control->height() / 2}),
+              [this] { nextAfter(0); });
+    else
         fail(u"there is no overlay to dismiss"_s);
-        return;
-    }
-    tapAt(m_host.window(), control->mapToScene({control->width() / 2, control->height() / 2}),
-          [this] { nextAfter(0); });
-}
-
-void ScriptRunner::notifyClick(const QStringList &words)
-{
-    m_host.announceChoice(words[0]);
-    nextAfter(0);
-}
-
-void ScriptRunner::rotate(const QStringList &words)
-{
-    m_host.rotate(words[0] == "portrait"_L1);
-    nextAfter(0);
-}
-
-void ScriptRunner::resize(const QStringList &words)
-{
-    m_host.window()->resize(words[0].toInt(), words[1].toInt());
-    nextAfter(0);
-}
-
-void ScriptRunner::fullscreen(const QStringList &words)
-{
-    m_host.deck()->setFullscreen(words[0] == "on"_L1);
-    nextAfter(0);
-}
-
-void ScriptRunner::exit(const QStringList &)
-{
-    m_host.deck()->exit();
-    nextAfter(0);
 }
 
 void ScriptRunner::screenshot(const QStringList &words)
 {
     const QDir folder(m_screenshots);
-    if (!folder.mkpath(u"."_s) || !m_host.window()->grabWindow().save(folder.filePath(words[0] + ".png"_L1)))
-        fail(u"cannot write to "_s + folder.path());
-    else
+    if (folder.mkpath(u"."_s) && m_host.window()->grabWindow().save(folder.filePath(words[0] + ".png"_L1)))
         nextAfter(0);
-}
-
-void ScriptRunner::dismiss(const QStringList &)
-{
-    m_host.dismiss();
-    nextAfter(0);
-}
-
-void ScriptRunner::restart(const QStringList &)
-{
-    m_host.restart();
-    nextAfter(0);
-}
-
-void ScriptRunner::quit(const QStringList &)
-{
-    Q_EMIT finished(0);
+    else
+        fail(u"cannot write to "_s + folder.path());
 }
 
 } // namespace demo

@@ -1,15 +1,14 @@
 #pragma once
 
-#include "Script.h"
-
+#include <QHash>
 #include <QJsonObject>
 #include <QObject>
 #include <QTimer>
 
 #include <functional>
+#include <optional>
 #include <vector>
 
-class QPointF;
 class QQuickItem;
 
 namespace zelvano {
@@ -26,6 +25,18 @@ class ScriptRunner : public QObject
     Q_OBJECT
 
 public:
+    /// One line of a script.
+    struct Command
+    {
+        int line = 0;
+        QString name;
+        QStringList arguments;
+    };
+
+    /// The commands of a script, without blank lines and lines that begin with "#". Nothing, with `error` set, for an
+    /// unknown command or a wrong number of arguments.
+    static std::optional<std::vector<Command>> parse(const QString &text, QString &error);
+
     ScriptRunner(Host &host, zelvano::EventLog &log, std::vector<Command> commands, const QString &screenshots);
 
     void start();
@@ -37,33 +48,23 @@ Q_SIGNALS:
     void finished(int exitStatus);
 
 private:
-    QQuickItem *pageOfVideos() const;
-    using Action = void (ScriptRunner::*)(const QStringList &);
+    struct Verb;
+    static const QHash<QString, Verb> &verbs();
 
+    QQuickItem *pageOfVideos() const;
     void next();
     void nextAfter(int milliseconds);
     void fail(const QString &why);
     void occurred(const QJsonObject &entry);
     bool expectationIsMet() const;
 
-    void play(const QStringList &);
-    void pause(const QStringList &);
-    void seek(const QStringList &words);
-    void wait(const QStringList &words);
+    // The commands that take time or can fail.
     void waitFor(const QStringList &words);
     void tap(const QStringList &words);
     void tapCell(const QStringList &words);
     void swipe(const QStringList &words);
-    void dismissOverlay(const QStringList &);
-    void notifyClick(const QStringList &words);
-    void rotate(const QStringList &words);
-    void resize(const QStringList &words);
-    void fullscreen(const QStringList &words);
-    void exit(const QStringList &words);
+    void dismissOverlay(const QStringList &words);
     void screenshot(const QStringList &words);
-    void dismiss(const QStringList &);
-    void restart(const QStringList &);
-    void quit(const QStringList &);
 
     Host &m_host;
     zelvano::EventLog &m_log;

@@ -32,16 +32,56 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
         defaultMessageHandler(type, context, message);
 }
 
-std::optional<std::vector<demo::Command>> readScript(const QString &path)
+std::optional<std::vector<demo::ScriptRunner::Command>> readScript(const QString &path)
 {
     QFile file(path);
     QString error;
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         error = file.errorString();
-    else if (auto commands = demo::parseScript(QString::fromUtf8(file.readAll()), error))
+    else if (auto commands = demo::ScriptRunner::parse(QString::fromUtf8(file.readAll()), error))
         return commands;
     std::fprintf(stderr, "zelvano-demo: script %s: %s\n", qPrintable(path), qPrintable(error));
     return std::nullopt;
+}
+
+/// One session, from the window to its end. Returns the exit status.
+int run(demo::StallProbe &application, const demo::Options &options, zelvano::EventLog &log,
+        std::vector<demo::ScriptRunner::Command> commands)
+{
+    const auto host = std::make_shared<demo::Host>(options, log);
+    if (!host->reachService())
+        return 1;
+    demo::registerTimelineTypes();
+    QQmlApplicationEngine engine;
+    engine.setInitialProperties({{u"host"_s, QVariant::fromValue(host.get())}});
+    engine.load(QUrl(u"qrc:/demo/Main.qml"_s));
+    auto *window =
+        engine.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
+    if (!window)
+        return 1;
+    if (!host->prepareVideos())
+        return 1;
+    if (!window->isVisible()) // The viewer has closed it meanwhile.
+        return 0;
+    host->attach(window);
+    application.setExcuse([&host] { return host->hasRecommendations(); });
+    application.reset();
+
+    std::unique_ptr<demo::ScriptRunner> runner;
+    if (!options.script.isEmpty()) {
+        runner = std::make_unique<demo::ScriptRunner>(*host, log, std::move(commands), options.screenshots);
+        QObject::connect(runner.get(), &demo::ScriptRunner::finished, &application,
+                         [](int exitStatus) { QCoreApplication::exit(exitStatus); });
+        runner->start();
+    }
+    const int status = application.exec();
+    auto summary = application.summary();
+    log.add(u"summary"_s, summary);
+    if (options.stalls) {
+        summary.insert("longerThanAFrame"_L1, application.longerThanAFrame());
+        std::printf("%s\n", QJsonDocument(summary).toJson(QJsonDocument::Compact).constData());
+    }
+    return status;
 }
 
 } // namespace
@@ -60,7 +100,7 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "zelvano-demo: trace %s: %s\n", qPrintable(options->trace), qPrintable(log.errorString()));
         return 1;
     }
-    std::vector<demo::Command> commands;
+    std::vector<demo::ScriptRunner::Command> commands;
     if (!options->script.isEmpty()) {
         auto read = readScript(options->script);
         if (!read)
@@ -76,41 +116,5 @@ int main(int argc, char **argv)
 
     if (options->colors != "system"_L1)
         QGuiApplication::setPalette(QPalette(QColor(options->colors == "dark"_L1 ? Qt::black : Qt::white)));
-    int status = 0;
-    {
-        const auto host = std::make_shared<demo::Host>(*options, log);
-        if (!host->reachService())
-            return 1;
-        demo::registerTimelineTypes();
-        QQmlApplicationEngine engine;
-        engine.setInitialProperties({{u"host"_s, QVariant::fromValue(host.get())}});
-        engine.load(QUrl(u"qrc:/demo/Main.qml"_s));
-        auto *window =
-            engine.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
-        if (!window)
-            return 1;
-        if (!host->prepareVideos())
-            return 1;
-        if (!window->isVisible()) // The viewer has closed it meanwhile.
-            return 0;
-        host->attach(window);
-        application.setExcuse([&host] { return host->hasRecommendations(); });
-        application.reset();
-
-        std::unique_ptr<demo::ScriptRunner> runner;
-        if (!options->script.isEmpty()) {
-            runner = std::make_unique<demo::ScriptRunner>(*host, log, std::move(commands), options->screenshots);
-            QObject::connect(runner.get(), &demo::ScriptRunner::finished, &application,
-                             [](int exitStatus) { QCoreApplication::exit(exitStatus); });
-            runner->start();
-        }
-        status = application.exec();
-        auto summary = application.summary();
-        log.add(u"summary"_s, summary);
-        if (options->stalls) {
-            summary.insert("longerThanAFrame"_L1, application.longerThanAFrame());
-            std::printf("%s\n", QJsonDocument(summary).toJson(QJsonDocument::Compact).constData());
-        }
-    }
-    return status;
+    return run(application, *options, log, std::move(commands));
 }
