@@ -172,16 +172,12 @@ bool isVideoPath(const QString &path)
 
 Delivery deliveryOf(const Fault &fault)
 {
-    Delivery delivery{Delivery::Kind::Whole, fault.delay};
-    if (fault.kind == Fault::Kind::CutBeforeAnswer)
-        delivery.kind = Delivery::Kind::Nothing;
-    else if (fault.kind == Fault::Kind::CutWithinAnswer)
-        delivery.kind = Delivery::Kind::Half;
-    else if (fault.kind == Fault::Kind::Silence)
-        delivery.kind = Delivery::Kind::Never;
-    else if (fault.kind == Fault::Kind::Drip)
-        delivery.kind = Delivery::Kind::Drip;
-    return delivery;
+    static const std::map<Fault::Kind, Delivery::Kind> kinds{{Fault::Kind::CutBeforeAnswer, Delivery::Kind::Nothing},
+                                                             {Fault::Kind::CutWithinAnswer, Delivery::Kind::Half},
+                                                             {Fault::Kind::Silence, Delivery::Kind::Never},
+                                                             {Fault::Kind::Drip, Delivery::Kind::Drip}};
+    const auto kind = kinds.find(fault.kind);
+    return {kind == kinds.end() ? Delivery::Kind::Whole : kind->second, fault.delay};
 }
 
 void replaceAnswer(const Fault &fault, HttpAnswer &answer)
