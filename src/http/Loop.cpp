@@ -125,14 +125,14 @@ void Loop::collectFinished()
         const CURLcode code = message->data.result;
         Transfer &transfer = *Transfer::of(message->easy_handle);
         curl_multi_remove_handle(m_multi.get(), transfer.easy());
-        if (transfer.canConnectAgain(code))
+        if (transfer.beginsAgain(code))
             curl_multi_add_handle(m_multi.get(), transfer.easy());
         else
             finish(transfer, transfer.end(code));
     }
 }
 
-/// Libcurl counts the bytes anyway. A callback for each step of a transfer took a twentieth of this thread's time.
+/// libcurl counts the bytes anyway. A callback for each step of a transfer took a twentieth of this thread's time.
 void Loop::lookAtIdle()
 {
     const auto now = Clock::now();

@@ -117,8 +117,8 @@ Clock::time_point Transfer::nextLook() const
 std::optional<ErrorCode> Transfer::look(Clock::time_point now)
 {
     const auto previousLook = std::exchange(m_lastLook, now);
-    const auto received = figure(CURLINFO_SIZE_DOWNLOAD_T);
-    const auto moved = received + figure(CURLINFO_SIZE_UPLOAD_T);
+    const auto received = bytes(CURLINFO_SIZE_DOWNLOAD_T);
+    const auto moved = received + bytes(CURLINFO_SIZE_UPLOAD_T);
     if (std::exchange(m_answer.moved, moved) != moved)
         m_lastMove = std::max(m_lastMove, previousLook); // Not now, or a request without answer would last longer.
     if (received > LargestAnswer) // The body of a redirect is not handed out, but its size is limited as well.
@@ -135,7 +135,7 @@ std::chrono::milliseconds Transfer::sinceBegin(Clock::time_point time) const
     return std::chrono::floor<std::chrono::milliseconds>(time - m_begin);
 }
 
-qint64 Transfer::figure(CURLINFO info) const
+qint64 Transfer::bytes(CURLINFO info) const
 {
     curl_off_t value = 0;
     curl_easy_getinfo(m_easy.get(), info, &value);
@@ -197,7 +197,7 @@ void Transfer::setHeaders(bool isForeignHost)
 }
 
 // libcurl sets no timeout of its own here, so its timeout is the kernel's ETIMEDOUT.
-bool Transfer::canConnectAgain(CURLcode code)
+bool Transfer::beginsAgain(CURLcode code)
 {
     const bool wasOver = std::exchange(m_answer.isConnectionOver, false);
     return wasOver || (code == CURLE_OPERATION_TIMEDOUT && m_answer.headSize == 0 && !m_answer.isUnanswered);

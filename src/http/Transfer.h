@@ -33,12 +33,12 @@ public:
 
     /// Takes a job without a problem() and starts its timeout.
     void begin(std::shared_ptr<Job> job);
+    /// Prepares the job for another attempt and returns true if nothing was sent: no address of the host answered an
+    /// attempt to connect, or a reused connection was over.
+    bool beginsAgain(CURLcode code);
     /// Returns the outcome and leaves the transfer free for another job. The caller has removed the easy handle from
     /// its multi.
     Outcome end(CURLcode code);
-    /// True if nothing was sent and the job may begin again: no address of the host answered an attempt to connect, or
-    /// a reused connection was over.
-    bool canConnectAgain(CURLcode code);
     Outcome end(ErrorCode error, const char *description);
 
     /// When the loop looks at the transfer next: several times within its timeout, and when its total timeout is over.
@@ -65,7 +65,7 @@ private:
     bool takeBody(QByteArrayView bytes);
 
     std::chrono::milliseconds sinceBegin(Clock::time_point time) const;
-    qint64 figure(CURLINFO info) const;
+    qint64 bytes(CURLINFO info) const;
 
     EasyHandle m_easy;
     Sockets &m_sockets;
