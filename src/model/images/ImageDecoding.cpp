@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <deque>
 #include <mutex>
 #include <utility>
 
@@ -71,39 +70,24 @@ public:
     {
         const std::lock_guard lock(m_mutex);
         // The networking ends later, and its last pictures must not decode while static objects are destroyed.
-        if (m_hasEnded)
-            return;
-        m_jobs.push_back(std::move(job));
-        m_pool.start([this] { takeNext()(); });
+        if (!m_hasEnded)
+            m_pool.start(std::move(job));
     }
 
 private:
     /// Called when the application ends.
     void end()
     {
-        std::deque<std::function<void()>> dropped;
         {
             const std::lock_guard lock(m_mutex);
-            m_jobs.swap(dropped);
             m_hasEnded = true;
         }
         m_pool.clear();
         m_pool.waitForDone();
     }
 
-    std::function<void()> takeNext()
-    {
-        const std::lock_guard lock(m_mutex);
-        if (m_jobs.empty())
-            return [] {};
-        auto job = std::move(m_jobs.front());
-        m_jobs.pop_front();
-        return job;
-    }
-
     std::mutex m_mutex;
     bool m_hasEnded = false;
-    std::deque<std::function<void()>> m_jobs; ///< One per waiting runnable of the pool, until end().
     QThreadPool m_pool;
 };
 
