@@ -136,6 +136,7 @@ private:
             m_values.remove(QString(field.key));
         field = {value, !isAbsent(value)};
     }
+    /// Leaves the body as it is when the field loses its value.
     template<class Field> void moveToValues(const Field &field)
     {
         if (field.isInBody)

@@ -48,7 +48,7 @@ struct ZVRecommendation::Private
 {
     const QJsonObject answer;
     QMutex mutex{};
-    std::optional<QJsonArray> answersVideos{};
+    std::optional<QJsonArray> sentVideos{};
     std::optional<QJsonArray> videosArray{};
     std::optional<ZVVideoList> videoList{};
     std::optional<QStringList> categories{};
@@ -56,11 +56,11 @@ struct ZVRecommendation::Private
 
     const std::optional<QJsonArray> &serviceVideos()
     {
-        if (!answersVideos) {
+        if (!sentVideos) {
             if (const auto sent = videos(data(answer)))
-                answersVideos = onlyObjects(*sent);
+                sentVideos = onlyObjects(*sent);
         }
-        return answersVideos;
+        return sentVideos;
     }
 
     ZVVideoList newRecords()
