@@ -144,13 +144,11 @@ private Q_SLOTS:
             url.setHost(QString::fromLatin1(host));
             return HttpLoad(httpGet(url, timeout));
         };
-        const auto start = std::chrono::steady_clock::now();
-        HttpLoad alone = load(Dead, 5s), second = load("dead-first.test", 20s);
+        HttpLoad alone = load(Dead, 6s), second = load("dead-first.test", 20s);
         alone.resume();
         QCOMPARE(second.resume().result().status, 200);
-        QVERIFY(std::chrono::steady_clock::now() - start < 8s);
+        QVERIFY(!alone.isFinished());
         QCOMPARE(alone.result().errorCode(), int(ErrorCode::TimedOut));
-        QVERIFY(std::chrono::steady_clock::now() - start >= 5s);
         QCOMPARE(server.requests().size(), 1u);
     }
 

@@ -117,10 +117,6 @@ const std::vector<RoadFault> &roadFaults()
 {
     static const QByteArray ok = "HTTP/1.1 200 OK\r\n";
     static const QByteArray answer = R"({"status":200,"data":{"pageUUID":"p","viewUUID":"v","userId":"u"}})";
-    static const auto bomb = [] {
-        const QByteArray zlib = qCompress(QByteArray(65 << 20, ' '), 9).sliced(4); // Without Qt's four-byte header.
-        return httpAnswer(zlib, "HTTP/1.1 200 OK\r\nContent-Encoding: deflate");
-    }();
     static const std::vector<RoadFault> faults{
         {},                                                             // Refused.
         [](RawServer::Connection &connection) { connection.reset(); },  // Reset at once.
@@ -131,7 +127,6 @@ const std::vector<RoadFault> &roadFaults()
         once("HTTP/1.1 000 None\r\nContent-Length: 0\r\n\r\n"),         // Status 0.
         once("HTTP/1.1 099 None\r\nContent-Length: 0\r\n\r\n"),         // Status 99.
         once(QByteArray("HTTP/1.1 100 Continue\r\n\r\n").repeated(50)), // Endless interim answers.
-        always(bomb),                                                   // Too large, compressed.
     };
     return faults;
 }
@@ -412,11 +407,8 @@ private:
             addFault(call, randomServiceFault(random, call != ZVRetrieveInit || m_model->rules.state.isKeepAliveRuns));
         }
         const bool isBroken = random.bounded(8) == 0;
-        if (isBroken) {
-            // The last one takes 0.1 s.
-            const auto last = random.bounded(20) == 0 ? roadFaults().size() : roadFaults().size() - 1;
-            breakRoad(roadFaults()[std::size_t(random.bounded(int(last)))]);
-        }
+        if (isBroken)
+            breakRoad(oneOf(roadFaults(), random));
         const int which = random.bounded(100);
         step(which < 40   ? oneOf(events, random)
              : which < 45 ? u"expire"_s
