@@ -79,7 +79,8 @@ private Q_SLOTS:
         const auto call = filled();
         call->setUserUUID(u"uuid"_s);
         call->setApiType(u"page"_s);
-        call->setVideoId(u"x:1?a=b"_s);
+        call->setVideoId(u"replaced"_s);
+        call->addValue(u"x:1?a=b"_s, u"videoId"_s);
         call->setPlayerId(u"avplayer"_s);
         call->setViewUUID(u"view"_s);
         call->setPageUUID(u""_s);
@@ -106,6 +107,7 @@ private Q_SLOTS:
                             .object();
         expected.insert("userAgent"_L1, call->userAgent());
         QCOMPARE(last().body, expected);
+        QCOMPARE(last().rawBody.count("videoId"), 1);
         QCOMPARE(m_service->log.count(QString::fromUtf8(last().rawBody)), 2); // The log has the body that is sent.
 
         const auto sent = call->params();
