@@ -87,6 +87,17 @@ std::shared_ptr<http::Task> loadThumbnail(const std::shared_ptr<ZVVideoParams> &
     });
 }
 
+/// Without a completion it still fills the cache. `run` decodes a cached image.
+void fetch(const QString &url, ZVImagesFetcher::Completion completion, void (*run)(std::function<void()> decode))
+{
+    if (!completion)
+        completion = [](auto &&...) {};
+    if (const auto bytes = ImagesCache::shared().bytes(url); !bytes.isEmpty())
+        run([=] { completion(decodedImage(bytes), std::nullopt); });
+    else
+        download(url, wholeImage, completion);
+}
+
 /// Cancels at its end.
 struct Request
 {
@@ -103,22 +114,12 @@ struct Request
 
 void ZVImagesFetcher::fetchImageAtURL(const QString &url, Completion completion)
 {
-    if (!completion)
-        completion = [](auto &&...) {};
-    if (const auto bytes = ImagesCache::shared().bytes(url); !bytes.isEmpty())
-        completion(decodedImage(bytes), std::nullopt);
-    else
-        download(url, wholeImage, completion);
+    fetch(url, std::move(completion), [](std::function<void()> decode) { decode(); });
 }
 
 void ZVImagesFetcher::fetchImageInBackground(const QString &url, Completion completion)
 {
-    if (!completion)
-        completion = [](auto &&...) {};
-    if (const auto bytes = ImagesCache::shared().bytes(url); !bytes.isEmpty())
-        decodeLater([=] { completion(decodedImage(bytes), std::nullopt); });
-    else
-        download(url, wholeImage, completion);
+    fetch(url, std::move(completion), decodeLater);
 }
 
 void ZVImagesFetcher::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video, Callback stored, Callback fetched)
