@@ -27,11 +27,9 @@ struct ZVTopRecommendationView::Private
 {
     explicit Private(ZVTopRecommendationView *overlay) : q(overlay), keys(overlay) {}
 
-    void loadContent();
     QQuickItem *root() const { return content ? content->root() : nullptr; }
     void pushSuggestions();
     void carryOut(const LayoutCommand &command);
-    void select(const LayoutCommand &command);
     void tearContentDown();
     void comeToFront();
 
@@ -56,22 +54,18 @@ ZVTopRecommendationView::ZVTopRecommendationView(const QRectF &frame) : d(std::m
     setFrame(frame);
     setHidden(true);
     setClip(true);
-    if (canShowWebPages())
-        d->loadContent();
+    if (!canShowWebPages())
+        return;
+    d->content = std::make_unique<InterfaceResource>(u"ZVTopRecommendationView"_s, this);
+    d->webView = d->content->outlet(u"webView"_s);
+    protectHost(d->webView);
+    if (auto *root = d->root()) {
+        root->setParentItem(this);
+        root->setSize(size());
+    }
 }
 
 ZVTopRecommendationView::~ZVTopRecommendationView() = default;
-
-void ZVTopRecommendationView::Private::loadContent()
-{
-    content = std::make_unique<InterfaceResource>(u"ZVTopRecommendationView"_s, q);
-    webView = content->outlet(u"webView"_s);
-    protectHost(webView);
-    if (root()) {
-        root()->setParentItem(q);
-        root()->setSize(q->size());
-    }
-}
 
 bool ZVTopRecommendationView::isReady() const
 {
@@ -238,20 +232,13 @@ void ZVTopRecommendationView::Private::carryOut(const LayoutCommand &command)
     if (command.kind == LayoutCommand::Kind::Ready) {
         isReady = true;
         pushSuggestions();
+    } else if (command.position) {
+        if (const auto owner = delegate.lock())
+            owner->didSelecteRecommendation(q, *command.position);
+        isFirstLoad = true;
     } else if (command.kind == LayoutCommand::Kind::Index) {
-        select(command);
-    }
-}
-
-void ZVTopRecommendationView::Private::select(const LayoutCommand &command)
-{
-    if (!command.position) {
         ZV_LOG("Error: the layout page sent " << command.text.left(100) << " without a position");
-        return;
     }
-    if (const auto owner = delegate.lock())
-        owner->didSelecteRecommendation(q, *command.position);
-    isFirstLoad = true;
 }
 
 void ZVTopRecommendationView::pageDidFail(int code, const QString &reason)
