@@ -29,7 +29,7 @@ stalls() {
   for i in $(seq "$2"); do # The media backend for the same reason as in scripts/demo.sh.
     env -u QT_QPA_PLATFORM -u QT_QUICK_BACKEND QT_MEDIA_BACKEND=ffmpeg timeout 120 \
       xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' "$build/demo/zelvano-demo" --stalls \
-      --script "$results/session.script" --defaults "$results/defaults-$i.ini" 2>"$results/demo.log" |
+      --script "$results/session.script" --defaults "$results/defaults-$i.json" 2>"$results/demo.log" |
       tee -a "$results/stalls.jsonl"
   done
 }

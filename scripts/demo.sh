@@ -27,7 +27,7 @@ echo "Playing $script under Xvfb, in about a minute; screenshots go to $out/"
 # The web and media engines write much to stderr. The demo's own error comes last.
 XDG_RUNTIME_DIR=$runtime xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' \
   "$demo" --script "$script" --screenshots "$out" --trace "$out/trace.jsonl" \
-  --defaults "$out/defaults.ini" "$@" 2>"$out/stderr.log" || status=$?
+  --defaults "$out/defaults.json" "$@" 2>"$out/stderr.log" || status=$?
 if [ "$status" -ne 0 ]; then
   tail -n 5 "$out/stderr.log" >&2
   exit "$status"

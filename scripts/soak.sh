@@ -62,7 +62,7 @@ until address=$(grep -om1 '127.0.0.1:[0-9]*' "$work/service.log"); do sleep 0.1;
 # xvfb-run does not pass signals on, so the shell notes its id before it becomes the demo.
 xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' sh -c 'echo $$ >"$0"; exec "$@"' "$work/demo.pid" \
   build/release/demo/zelvano-demo --script "$work/rounds.script" --service "$address" --view list \
-  --defaults "$work/defaults.ini" 2>"$work/stderr.log" &
+  --defaults "$work/defaults.json" 2>"$work/stderr.log" &
 runner=$!
 until [ -s "$work/demo.pid" ]; do
   kill -0 "$runner" 2>/dev/null || { tail -n 5 "$work/stderr.log" >&2; exit 1; }

@@ -9,7 +9,6 @@
 #include <QJsonDocument>
 #include <QMutex>
 #include <QSaveFile>
-#include <QSettings>
 #include <QStandardPaths>
 
 namespace zelvano {
@@ -23,32 +22,17 @@ struct UserDefaults::Private
     bool failureLogged = false;
 
     /// Looked up on each use: the host may set its application name late.
-    QString file(QLatin1StringView defaultName = "zelvano.json"_L1) const
+    QString file() const
     {
         const QDir folder(QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation));
-        return path.isNull() ? folder.filePath(defaultName) : path;
+        return path.isNull() ? folder.filePath(u"zelvano.json"_s) : path;
     }
 
     QJsonObject read() const
     {
+        constexpr auto mostBytes = qint64{1024} * 1024; // A path to a device may have no end.
         QFile json(file());
-        if (json.open(QIODevice::ReadOnly)) {
-            constexpr auto mostBytes = qint64{1024} * 1024; // A path to a device may have no end.
-            const auto document = QJsonDocument::fromJson(json.read(mostBytes));
-            if (document.isObject())
-                return document.object();
-        }
-        return readIni();
-    }
-
-    /// Earlier versions wrote an INI file. The first write replaces it, so that an update keeps the user's identity.
-    QJsonObject readIni() const
-    {
-        const QSettings ini(file("zelvano.ini"_L1), QSettings::IniFormat);
-        QJsonObject entries;
-        for (const auto &key : ini.allKeys())
-            entries.insert(key, ini.value(key).toString());
-        return entries;
+        return json.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(json.read(mostBytes)).object() : QJsonObject();
     }
 
     bool write(const QJsonObject &entries) const

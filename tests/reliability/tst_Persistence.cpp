@@ -7,7 +7,6 @@
 #include <QCoreApplication>
 #include <QProcess>
 #include <QRandomGenerator>
-#include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
@@ -128,23 +127,15 @@ private Q_SLOTS:
               qint64(left));
     }
 
-    /// A file of an earlier version, at a host's path and at the default one.
-    void iniFileOfAnEarlierVersion()
+    void defaultPath()
     {
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_folder->path()));
-        const auto standard = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
-        QVERIFY(standard.startsWith(m_folder->path()));
-        QVERIFY(QFile::remove(m_file));
-        for (const auto &path : {m_file, QString()}) {
-            const auto ini = path.isNull() ? standard + "/zelvano.ini"_L1 : path;
-            for (const auto key : {ZVUserIdKey, ZVUserUUIDKey})
-                QSettings(ini, QSettings::IniFormat).setValue(key, u"a, b;c"_s);
-            UserDefaults::standard().setFilePath(path);
-            QCOMPARE(stored(ZVUserIdKey), u"a, b;c"_s);
-            UserDefaults::standard().setString(valueOf(1), ZVUserIdKey);
-            QCOMPARE(stored(ZVUserIdKey), valueOf(1));
-            QCOMPARE(stored(ZVUserUUIDKey), u"a, b;c"_s);
-        }
+        UserDefaults::standard().setFilePath({});
+        UserDefaults::standard().setString(valueOf(1), ZVUserIdKey);
+        const auto folder = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+        QVERIFY(folder.startsWith(m_folder->path()));
+        QVERIFY(QFile::exists(folder + "/zelvano.json"_L1));
+        QCOMPARE(stored(ZVUserIdKey), valueOf(1));
     }
 
     void useless()
