@@ -90,10 +90,15 @@ QUrl Bundle::resource(const QString &name, const QString &extension) const
 
 namespace {
 
+std::optional<Bundle> findBundle()
+{
+    return Bundle::inMainBundle(u"ZelvanoUIResources"_s, u"bundle"_s);
+}
+
 /// The library's bundle in the main bundle. Searched for once: each request needs it.
 struct MainBundles
 {
-    std::optional<Bundle> zelvano = Bundle::inMainBundle(u"ZelvanoUIResources"_s, u"bundle"_s);
+    std::optional<Bundle> zelvano = findBundle();
 
     MainBundles()
     {
@@ -110,7 +115,8 @@ std::optional<Bundle> zelvanoBundle()
 {
     if (auto loaded = Bundle::withIdentifier(u"ZelvanoUI"_s))
         return loaded;
-    return immortal<MainBundles>().zelvano;
+    // Without the application object the executable's folder is not known yet.
+    return QCoreApplication::instance() ? immortal<MainBundles>().zelvano : findBundle();
 }
 
 } // namespace zelvano
