@@ -52,15 +52,3 @@ inline bool waitForPicture(const zelvano::ZVTopRecommendationView &overlay)
              QStringLiteral("window.drawn = 0; (function draw() { ++drawn; requestAnimationFrame(draw); })()"));
     return waitForPage(overlay, QStringLiteral("drawn > 3"));
 }
-
-/// The centre of a video's element in the page, in window coordinates.
-inline QPoint centreOfVideo(const zelvano::ZVTopRecommendationView &overlay, int index)
-{
-    const auto place =
-        evaluate(overlay, QStringLiteral("(() => { const r = document.querySelector('[data-index=\"%1\"]')"
-                                         ".getBoundingClientRect();"
-                                         "return [r.x + r.width / 2, r.y + r.height / 2]; })()")
-                              .arg(index))
-            .toList();
-    return place.size() == 2 ? overlay.mapToScene({place[0].toDouble(), place[1].toDouble()}).toPoint() : QPoint();
-}
