@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""api.py XML QMLTYPES: prints the public interface, headers and QML module, one declaration on each line.
+"""api.py XML QMLTYPES...: prints the public interface, headers and QML modules, one declaration on each line.
 
-XML is the folder that Doxygen wrote. QMLTYPES is the description of the QML module, in the module's folder. Fails if a
+XML is the folder that Doxygen wrote. QMLTYPES is the description of a QML module, in the module's folder. Fails if a
 class or a free function has no doc comment.
 """
 import pathlib
@@ -158,7 +158,7 @@ def qml_callable(word, fields, blocks):
 
 def qml_member(kind, fields, blocks):
     if kind == "Property":
-        read_only = "readonly " if fields.get("isReadonly") == "true" or "write" not in fields else ""
+        read_only = "readonly " if fields.get("isReadonly") == "true" else ""
         listed = f"list<{fields['type']}>" if fields.get("isList") == "true" else fields["type"]
         return f"{read_only}property {listed} {fields['name']}"
     if kind in ("Signal", "Method"):
@@ -190,17 +190,19 @@ def qml_file(path):
 
 
 def main():
-    folder, description = (pathlib.Path(argument) for argument in sys.argv[1:])
+    folder, *descriptions = (pathlib.Path(argument) for argument in sys.argv[1:])
     headers, bare = cpp(folder)
     print("The public interface of each header, then the QML types. scripts/docs.sh writes this list.")
     for header in sorted(headers):
         print(f"\n{header}")
         for _, lines in sorted(headers[header]):
             print("\n".join(lines))
-    print("\nQML: import ZelvanoUI")
-    print("\n".join(qml(description.read_text())))
-    for path in sorted(description.parent.glob("*.qml")):
-        print("\n".join(qml_file(path)))
+    for description in descriptions:
+        module = description.with_name("qmldir").read_text().split()[1]
+        print(f"\nQML: import {module}")
+        print("\n".join(qml(description.read_text())))
+        for path in sorted(description.parent.glob("*.qml")):
+            print("\n".join(qml_file(path)))
     for place in bare:
         print(f"{place} has no doc comment", file=sys.stderr)
     return 1 if bare else 0

@@ -13,7 +13,7 @@ scripts/build.sh check dev ZelvanoQml ZelvanoMpvQml # Writes the description of 
 rm -rf build/docs
 mkdir -p build/docs
 ZELVANO_DOCS_OUTPUT=build/docs ZELVANO_DOCS_INPUT="docs/reference.md include/ZelvanoUI src/qml" doxygen docs/Doxyfile
-scripts/api.py build/docs/xml build/dev/qml/ZelvanoUI/zelvanoui.qmltypes >build/docs/api.txt
+scripts/api.py build/docs/xml build/dev/qml/ZelvanoUI/zelvanoui.qmltypes build/dev/qml/ZelvanoUI/Mpv/zelvanouimpv.qmltypes >build/docs/api.txt
 if [ "${1:-}" != --check ]; then
   cp build/docs/api.txt docs/api.txt
 else
