@@ -56,6 +56,22 @@ function(zelvano_install_exported library)
     endif()
 endfunction()
 
+# zelvano_install_qml_module(<plugin> <folder> <component> <types>)
+#
+# Installs a QML module, the plugin and what describes it, from `folder` below the build's qml/ to the same one below
+# ZELVANO_INSTALL_QMLDIR.
+function(zelvano_install_qml_module plugin folder component types)
+    zelvano_install_rpath(${plugin} "${ZELVANO_INSTALL_QMLDIR}/${folder}")
+    if(ZELVANO_INSTALL)
+        install(TARGETS ${plugin}
+            LIBRARY DESTINATION "${ZELVANO_INSTALL_QMLDIR}/${folder}" COMPONENT ${component}
+            ARCHIVE DESTINATION "${ZELVANO_INSTALL_QMLDIR}/${folder}" COMPONENT ${component})
+        set(built "${PROJECT_BINARY_DIR}/qml/${folder}")
+        install(FILES "${built}/qmldir" "${built}/${types}"
+            DESTINATION "${ZELVANO_INSTALL_QMLDIR}/${folder}" COMPONENT ${component})
+    endif()
+endfunction()
+
 # zelvano-core.pc and so on, for shared libraries only: pkg-config cannot name the object files of resources.
 function(zelvano_install_pkgconfig target)
     set(library ${target})

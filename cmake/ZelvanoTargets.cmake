@@ -51,23 +51,19 @@ endfunction()
 
 # zelvano_folder(<target> <library> [KIND <OBJECT or STATIC>] [HEADERS <public header>...]
 #                LINKS <targets this folder may include from>... [PRIVATE_LINKS <targets only this folder may include
-#                from>...] [FILES <file>...] [EXCEPT <file>...])
+#                from>...] [EXCEPT <file>...])
 #
-# Builds all sources of the calling folder, or FILES, as one library of KIND, OBJECT by default; <library> takes its
+# Builds all sources of the calling folder but EXCEPT as one library of KIND, OBJECT by default; <library> takes its
 # objects. HEADERS are its headers in include/ZelvanoUI. Only the linked folders are on the include path, so that a wrong
 # include of a private header does not compile. A wrong include of a public header fails the configure step.
 function(zelvano_folder target library)
-    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "KIND" "HEADERS;LINKS;PRIVATE_LINKS;FILES;EXCEPT")
+    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "KIND" "HEADERS;LINKS;PRIVATE_LINKS;EXCEPT")
     if(NOT ARG_KIND)
         set(ARG_KIND OBJECT)
     endif()
-    if(ARG_FILES)
-        list(TRANSFORM ARG_FILES PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/" OUTPUT_VARIABLE files)
-    else()
-        file(GLOB files CONFIGURE_DEPENDS *.cpp *.h)
-        list(TRANSFORM ARG_EXCEPT PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
-        list(REMOVE_ITEM files ${ARG_EXCEPT})
-    endif()
+    file(GLOB files CONFIGURE_DEPENDS *.cpp *.h)
+    list(TRANSFORM ARG_EXCEPT PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+    list(REMOVE_ITEM files ${ARG_EXCEPT})
     list(TRANSFORM ARG_HEADERS PREPEND "${ZELVANO_HEADER_DIR}/ZelvanoUI/" OUTPUT_VARIABLE headers)
     add_library(${target} ${ARG_KIND} ${files} ${headers})
     zelvano_compile_options(${target})
