@@ -24,7 +24,7 @@ echo "cppcheck"
 cppcheck --quiet --error-exitcode=1 --inline-suppr --language=c++ --std=c++20 \
   --enable=warning,performance,portability --library=qt \
   --suppress=missingInclude --suppress=missingIncludeSystem --suppress=CastIntegerToAddressAtReturn \
-  -DZELVANOCORE_EXPORT= -DZELVANOUI_EXPORT= -DZELVANOSANDBOX_EXPORT= \
+  -DZELVANOCORE_EXPORT= -DZELVANOUI_EXPORT= -DZELVANOMPV_EXPORT= -DZELVANOSANDBOX_EXPORT= \
   '-DQ_DISABLE_COPY_MOVE(x)=' '-DZV_LOG(...)=' \
   -I include src demo sandbox examples
 

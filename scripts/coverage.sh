@@ -4,7 +4,6 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
-export QTWEBENGINE_DISABLE_SANDBOX=1 # Chromium refuses to run as root with its sandbox on.
 scripts/build.sh check coverage
 rm -rf build/coverage/profiles
 ctest --preset coverage "$@"

@@ -207,6 +207,7 @@ check_declared() {
   check_qml_declared libzelvanoui resources/ZelvanoUIResources.bundle
   check_qml_declared zelvanoui-demo demo
   check_qml_declared qml6-module-zelvanoui build/package/qml/ZelvanoUI
+  check_qml_declared libzelvanoui-mpv build/package/qml/ZelvanoUI/Mpv
 }
 
 check_qml_declared() {

@@ -6,5 +6,4 @@ cd "$(dirname "$0")/.."
 preset=dev
 [[ ${1:-} =~ ^(dev|release|asan|tsan)$ ]] && { preset=$1; shift; }
 scripts/build.sh test "$preset"
-export QTWEBENGINE_DISABLE_SANDBOX=1 # Chromium refuses to run as root with its sandbox on.
 ctest --preset "$preset" "$@"

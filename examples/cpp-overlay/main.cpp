@@ -31,11 +31,9 @@ int main(int argc, char **argv)
     QQmlApplicationEngine engine(QUrl(u"qrc:/Main.qml"_s));
     if (engine.rootObjects().isEmpty())
         return 1;
-    // [find]
     const QObject *window = engine.rootObjects().constFirst();
     auto *player = window->findChild<QMediaPlayer *>(u"mediaPlayer"_s);
     auto *output = window->findChild<QQuickItem *>(u"videoOutput"_s);
-    // [find]
 
     player->setSource(QUrl(u"http://%1/media/1.mp4"_s.arg(service)));
     player->play();
