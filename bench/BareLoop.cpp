@@ -11,6 +11,38 @@ size_t discard(char *, size_t, size_t size, void *)
 
 } // namespace
 
+void runTransfers(CURLM *multi, const std::vector<http::EasyHandle> &handles, int count,
+                  const std::function<void(CURL *, int)> &prepare, const std::function<void(CURL *)> &end)
+{
+    int started = 0;
+    int ended = 0;
+    const auto start = [&](CURL *easy) {
+        if (started == count)
+            return;
+        prepare(easy, started++);
+        curl_multi_add_handle(multi, easy);
+    };
+    for (const auto &easy : handles)
+        start(easy.get());
+    while (ended < count) {
+        const int before = ended;
+        int running = 0;
+        int left = 0;
+        curl_multi_perform(multi, &running);
+        while (const CURLMsg *message = curl_multi_info_read(multi, &left)) {
+            CURL *const easy = message->easy_handle;
+            if (message->data.result != CURLE_OK)
+                qFatal("a bare request failed: %s", curl_easy_strerror(message->data.result));
+            end(easy);
+            curl_multi_remove_handle(multi, easy);
+            ++ended;
+            start(easy);
+        }
+        if (ended == before)
+            curl_multi_poll(multi, nullptr, 0, 1000, nullptr);
+    }
+}
+
 BareLoop::BareLoop(const http::Request &request, quint16 port, int connections)
     : m_request(request), m_multi(curl_multi_init())
 {
@@ -34,32 +66,8 @@ BareLoop::BareLoop(const http::Request &request, quint16 port, int connections)
 
 void BareLoop::post(int count)
 {
-    int started = 0;
-    int ended = 0;
-    const auto start = [&](CURL *easy) {
-        if (started == count)
-            return;
-        ++started;
-        curl_multi_add_handle(m_multi.get(), easy);
-    };
-    for (const auto &easy : m_handles)
-        start(easy.get());
-    while (ended < count) {
-        const int before = ended;
-        int running = 0;
-        int left = 0;
-        curl_multi_perform(m_multi.get(), &running);
-        while (const CURLMsg *message = curl_multi_info_read(m_multi.get(), &left)) {
-            CURL *const easy = message->easy_handle;
-            if (message->data.result != CURLE_OK)
-                qFatal("a bare request failed: %s", curl_easy_strerror(message->data.result));
-            curl_multi_remove_handle(m_multi.get(), easy);
-            ++ended;
-            start(easy);
-        }
-        if (ended == before)
-            curl_multi_poll(m_multi.get(), nullptr, 0, 1000, nullptr);
-    }
+    runTransfers(
+        m_multi.get(), m_handles, count, [](CURL *, int) {}, [](CURL *) {});
 }
 
 } // namespace zelvano::bench

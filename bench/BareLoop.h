@@ -3,9 +3,16 @@
 #include "Curl.h"
 #include "Request.h"
 
+#include <functional>
 #include <vector>
 
 namespace zelvano::bench {
+
+/// Runs `count` transfers on the calling thread, as many at a time as there are handles. `prepare` gets the handle and
+/// the number of the transfer that begins on it, `end` the handle of each that has succeeded.
+void runTransfers(CURLM *multi, const std::vector<http::EasyHandle> &handles, int count,
+                  const std::function<void(CURL *easy, int number)> &prepare,
+                  const std::function<void(CURL *easy)> &end);
 
 /// The floor for the library's HTTP: one libcurl multi loop on the calling thread that only posts one request
 /// repeatedly. Its connections stay open between calls.

@@ -3,7 +3,7 @@
 // all cores.
 
 #include "AnswerServer.h"
-#include "Curl.h"
+#include "BareLoop.h"
 #include "Resources.h"
 #include "Window.h"
 #include <ZelvanoUI/ZVImagesFetcher.h>
@@ -132,44 +132,25 @@ public:
 
     void fetch()
     {
-        int started = 0;
         std::vector<QImage> images(thumbnails);
-        const auto start = [&](CURL *easy) {
-            if (started == thumbnails)
-                return;
-            auto &file = m_files[std::size_t(started)];
+        const auto prepare = [&](CURL *easy, int number) {
+            auto &file = m_files[std::size_t(number)];
             file.clear();
-            curl_easy_setopt(easy, CURLOPT_URL, qPrintable(urlOf(started, m_port)));
+            curl_easy_setopt(easy, CURLOPT_URL, qPrintable(urlOf(number, m_port)));
             curl_easy_setopt(easy, CURLOPT_PROXY, "");
             curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
             curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, keep);
             curl_easy_setopt(easy, CURLOPT_WRITEDATA, &file);
             curl_easy_setopt(easy, CURLOPT_PRIVATE, &file);
-            curl_multi_add_handle(m_multi.get(), easy);
-            ++started;
         };
-        for (const auto &easy : m_handles)
-            start(easy.get());
-        int ended = 0;
-        while (ended < thumbnails) {
-            const int before = ended;
-            int running = 0;
-            int left = 0;
-            curl_multi_perform(m_multi.get(), &running);
-            while (const CURLMsg *message = curl_multi_info_read(m_multi.get(), &left)) {
-                CURL *const easy = message->easy_handle;
-                QByteArray *file = nullptr;
-                curl_easy_getinfo(easy, CURLINFO_PRIVATE, &file);
-                m_pool.start([file, &image = images[std::size_t(file - m_files.data())]] {
-                    image = QImage::fromData(*file, "JPG");
-                });
-                curl_multi_remove_handle(m_multi.get(), easy);
-                ++ended;
-                start(easy);
-            }
-            if (ended == before)
-                curl_multi_poll(m_multi.get(), nullptr, 0, 1000, nullptr);
-        }
+        const auto decode = [&](CURL *easy) {
+            QByteArray *file = nullptr;
+            curl_easy_getinfo(easy, CURLINFO_PRIVATE, &file);
+            m_pool.start([file, &image = images[std::size_t(file - m_files.data())]] {
+                image = QImage::fromData(*file, "JPG");
+            });
+        };
+        runTransfers(m_multi.get(), m_handles, thumbnails, prepare, decode);
         m_pool.waitForDone();
         check(images);
     }
@@ -211,18 +192,14 @@ int main(int argc, char **argv)
             window.waitForFrame();
             const auto shown = costOf([&] { show(*list, window, recommendation); });
             state.SetIterationTime(shown.seconds);
-            state.counters["floor_ms"] = floor.seconds * 1e3;
-            state.counters["fetched_ms"] = fetched.seconds * 1e3;
-            state.counters["shown_ms"] = shown.seconds * 1e3;
-            state.counters["floor_cpu_ms"] = floor.cpu * 1e3;
-            state.counters["fetched_cpu_ms"] = fetched.cpu * 1e3;
-            state.counters["shown_cpu_ms"] = shown.cpu * 1e3;
-            state.counters["fetched_main_ms"] = fetched.mainCpu * 1e3;
-            state.counters["shown_main_ms"] = shown.mainCpu * 1e3;
-            state.counters["fetched_ratio"] = fetched.seconds / floor.seconds;
-            state.counters["shown_ratio"] = shown.seconds / floor.seconds;
-            state.counters["fetched_cpu_ratio"] = fetched.cpu / floor.cpu;
-            state.counters["shown_cpu_ratio"] = shown.cpu / floor.cpu;
+            for (const auto &[name, cost] : {std::pair("floor", floor), {"fetched", fetched}, {"shown", shown}}) {
+                const std::string prefix(name);
+                state.counters[prefix + "_ms"] = cost.seconds * 1e3;
+                state.counters[prefix + "_cpu_ms"] = cost.cpu * 1e3;
+                state.counters[prefix + "_main_ms"] = cost.mainCpu * 1e3;
+                state.counters[prefix + "_ratio"] = cost.seconds / floor.seconds;
+                state.counters[prefix + "_cpu_ratio"] = cost.cpu / floor.cpu;
+            }
         }
     };
     benchmark::RegisterBenchmark("thumbnails", load)->UseManualTime()->Iterations(1);
