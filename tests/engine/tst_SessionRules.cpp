@@ -1,3 +1,4 @@
+#include "Columns.h"
 #include "SessionRules.h"
 #include <ZelvanoUI/ZVRecommendation.h>
 
@@ -177,9 +178,86 @@ Rules::Actions when(Rules &rules, const QString &step, const Rules::Channel &cha
     return rules.playerEvent(what, how == u"nan" ? std::numeric_limits<double>::quiet_NaN() : 12.25);
 }
 
+/// Each rule is a row: a name, the state before, what happens, the actions in order, the state after.
+constexpr auto table = R"(
+# Identity, channel and keep-alives.
+no user |  | initialize key | users/id key |
+a UUID alone is no identity | uuid | initialize key | users/id key | uuid
+a user alone is one | user | initialize key | init key,user,- | user
+an empty key is sent, and logged | user uuid | initialize 
+  | log Error: the API key is empty; the service refuses every call; init ,user,uuid | user uuid
+identity |  | identity ok
+  | log events:: initialize; store new-user new-uuid; init key,new-user,new-uuid | new-user new-uuid
+an identity without ids clears the store | user uuid | identity bare
+  | log events:: initialize; store nothing nothing; init key,-,- |
+identity failed |  | identity failed | log Error fetching userId reason | failed("users/id": reason)
+identity refused |  | identity refused |  | failed("users/id": status 500)
+channel | user | channel ok | log events:: channelsInit; start keepalive key,user,- | user runs
+channel with an owed page | user page-owed-1 | channel ok
+  | log events:: channelsInit; page key,user,- url shown; start keepalive key,user,- | user runs
+an owed page without a user is lost | page-owed-1 runs | channel ok | log events:: channelsInit | runs
+keep-alives start once | user runs failed | channel ok | log events:: channelsInit | user runs
+channel failed | user page-owed-1 | channel failed
+  | log Error fetching init reason | user page-owed-1 failed("channels/init/zelvano": reason)
+channel refused | user page-owed-1 | channel refused |  | user page-owed-1 failed("channels/init/zelvano": status 500)
+channel gone | user | channel gone |  | user failed("channels/init/zelvano": status 406)
+keep-alive | user | keepalive | keepalive key,user,- 30 | user
+keep-alive again | runs | keepalive ok | wait 30 | runs
+keep-alive failed | runs | keepalive failed | log Keep alive failed reason | runs
+keep-alive refused | runs | keepalive refused | log Keep alive failed status 500 | runs
+keep-alive gone | runs | keepalive gone | log Keep alive failed status 406 | runs
+# Page and ready events.
+player | user | setPlayer here | page key,user,- here shown | user
+player before the user |  | setPlayer here |  | page-owed-1
+player before the channel | user | setPlayer here closed |  | user page-owed-1
+page | user | page ok | log events:: page | user new-page
+page with an owed ready event | user ready-owed-old | page ok
+  | log events:: page; ready key,user,- kind video 60 url new-page 8 | user new-page
+an owed ready event without a page is lost | ready-owed-old | page bare | log events:: page |
+page failed | ready-owed-old | page failed
+  | log Zelvano page event failed reason | ready-owed-old failed("page": reason)
+page refused | page ready-owed-old | page refused |  | page ready-owed-old failed("page": status 500)
+page after a failure | user failed | page ok | log events:: page | user new-page
+page gone; the owed ready event stays | user page ready-owed-old | page gone
+  | init key,user,- | user page page-owed-1 ready-owed-old
+ready before the page | ready-owed-old | readyEvent |  | ready-owed-video
+ready | page ready-owed-old | readyEvent | ready key,-,- kind video 60 url page 8 | page
+ready of an unknown player | page | readyEvent unknown | ready key,-,-   - url page 8 | page
+view | page | ready ok | log events:: ready; suggestions | page new-view ready
+view after a failure | page failed | ready ok | log events:: ready; suggestions | page new-view ready
+page of a ready session | page ready | page ok | log events:: page | new-page ready
+view that shows nothing | page | ready ok hidden | log events:: ready | page new-view ready
+view without an id stays closed | +play@1 | ready bare | log events:: ready; state play; suggestions | ready
+ready failed | view ready +play@1 | ready failed
+  | log Zelvano ready event failed reason | view failed("ready": reason) +play@1
+ready refused | view +play@1 | ready refused |  | view failed("ready": status 500) +play@1
+ready gone | user page view | ready gone | init key,user,- | user page view page-owed-2 ready-owed-before
+# The replay reports where the player is now, by the flag as it is now.
+replay | +play@1 +pause@2 | ready ok hidden
+  | log events:: ready; autoPlay as autoPlay at 12.25 in new-view; state autoPlay;
+    pause as pause at 12.25 in new-view; state pause | new-view chosen ready
+what a replayed click queues is lost | chosen +recommendationClick@1 +play@2 | ready ok
+  | log events:: ready; recommendationClick as recommendationClick at 12.25 in new-view; state recommendationClick;
+    state play; suggestions | chosen ready
+# Player events.
+no view |  | play | state play | +play@12.25
+no view, and an end |  | end | state end | +end@12.25
+automatic play | view | play | autoPlay as autoPlay at 12.25 in view; state autoPlay | view chosen
+chosen play | view chosen | play | play as play at 12.25 in view; state play | view chosen
+done is progress for the service | view | done | done as progress at 12.25 in view; state done | view
+end | view kept | end | next; end as end at 12.25 in view; state end | view
+end without recommendations | view | end | next null; end as end at 12.25 in view; state end | view
+ended is no end | view kept | ended | ended as ended at 12.25 in view; state ended | view
+click | view | recommendationClick
+  | recommendationClick as recommendationClick at 12.25 in view; state recommendationClick |
+no position | view | seek nan | seek as seek at 0 in view; state seek | view
+any other name | view | impression | impression as impression at 12.25 in view; state impression | view
+overlay | view | overlay | overlay | view
+overlay that is not to be shown | view | overlay hidden |  | view
+)";
+
 } // namespace
 
-/// Each rule is a row: the state before, what happens, the actions in order, the state after.
 class tst_SessionRules : public QObject
 {
     Q_OBJECT
@@ -187,112 +265,9 @@ class tst_SessionRules : public QObject
 private Q_SLOTS:
     void rules_data()
     {
-        QTest::addColumn<QString>("before");
-        QTest::addColumn<QString>("step");
-        QTest::addColumn<QString>("actions");
-        QTest::addColumn<QString>("after");
-        const auto row = [](const char *name, const QString &before, const QString &step, const QString &actions,
-                            const QString &after) { QTest::newRow(name) << before << step << actions << after; };
-
-        // Identity, channel and keep-alives.
-        row("no user", u""_s, u"initialize key"_s, u"users/id key"_s, u""_s);
-        row("a UUID alone is no identity", u"uuid"_s, u"initialize key"_s, u"users/id key"_s, u"uuid"_s);
-        row("a user alone is one", u"user"_s, u"initialize key"_s, u"init key,user,-"_s, u"user"_s);
-        row("an empty key is sent, and logged", u"user uuid"_s, u"initialize "_s,
-            u"log Error: the API key is empty; the service refuses every call; init ,user,uuid"_s, u"user uuid"_s);
-        row("identity", u""_s, u"identity ok"_s,
-            u"log events:: initialize; store new-user new-uuid; init key,new-user,new-uuid"_s, u"new-user new-uuid"_s);
-        row("an identity without ids clears the store", u"user uuid"_s, u"identity bare"_s,
-            u"log events:: initialize; store nothing nothing; init key,-,-"_s, u""_s);
-        row("identity failed", u""_s, u"identity failed"_s, u"log Error fetching userId reason"_s,
-            u"failed(\"users/id\": reason)"_s);
-        row("identity refused", u""_s, u"identity refused"_s, u""_s, u"failed(\"users/id\": status 500)"_s);
-        row("channel", u"user"_s, u"channel ok"_s, u"log events:: channelsInit; start keepalive key,user,-"_s,
-            u"user runs"_s);
-        row("channel with an owed page", u"user page-owed-1"_s, u"channel ok"_s,
-            u"log events:: channelsInit; page key,user,- url shown; start keepalive key,user,-"_s, u"user runs"_s);
-        row("an owed page without a user is lost", u"page-owed-1 runs"_s, u"channel ok"_s,
-            u"log events:: channelsInit"_s, u"runs"_s);
-        row("keep-alives start once", u"user runs failed"_s, u"channel ok"_s, u"log events:: channelsInit"_s,
-            u"user runs"_s);
-        row("channel failed", u"user page-owed-1"_s, u"channel failed"_s, u"log Error fetching init reason"_s,
-            u"user page-owed-1 failed(\"channels/init/zelvano\": reason)"_s);
-        row("channel refused", u"user page-owed-1"_s, u"channel refused"_s, u""_s,
-            u"user page-owed-1 failed(\"channels/init/zelvano\": status 500)"_s);
-        row("channel gone", u"user"_s, u"channel gone"_s, u""_s,
-            u"user failed(\"channels/init/zelvano\": status 406)"_s);
-        row("keep-alive", u"user"_s, u"keepalive"_s, u"keepalive key,user,- 30"_s, u"user"_s);
-        row("keep-alive again", u"runs"_s, u"keepalive ok"_s, u"wait 30"_s, u"runs"_s);
-        row("keep-alive failed", u"runs"_s, u"keepalive failed"_s, u"log Keep alive failed reason"_s, u"runs"_s);
-        row("keep-alive refused", u"runs"_s, u"keepalive refused"_s, u"log Keep alive failed status 500"_s, u"runs"_s);
-        row("keep-alive gone", u"runs"_s, u"keepalive gone"_s, u"log Keep alive failed status 406"_s, u"runs"_s);
-
-        // Page and ready events.
-        row("player", u"user"_s, u"setPlayer here"_s, u"page key,user,- here shown"_s, u"user"_s);
-        row("player before the user", u""_s, u"setPlayer here"_s, u""_s, u"page-owed-1"_s);
-        row("player before the channel", u"user"_s, u"setPlayer here closed"_s, u""_s, u"user page-owed-1"_s);
-        row("page", u"user"_s, u"page ok"_s, u"log events:: page"_s, u"user new-page"_s);
-        row("page with an owed ready event", u"user ready-owed-old"_s, u"page ok"_s,
-            u"log events:: page; ready key,user,- kind video 60 url new-page 8"_s, u"user new-page"_s);
-        row("an owed ready event without a page is lost", u"ready-owed-old"_s, u"page bare"_s, u"log events:: page"_s,
-            u""_s);
-        row("page failed", u"ready-owed-old"_s, u"page failed"_s, u"log Zelvano page event failed reason"_s,
-            u"ready-owed-old failed(\"page\": reason)"_s);
-        row("page refused", u"page ready-owed-old"_s, u"page refused"_s, u""_s,
-            u"page ready-owed-old failed(\"page\": status 500)"_s);
-        row("page after a failure", u"user failed"_s, u"page ok"_s, u"log events:: page"_s, u"user new-page"_s);
-        row("page gone; the owed ready event stays", u"user page ready-owed-old"_s, u"page gone"_s,
-            u"init key,user,-"_s, u"user page page-owed-1 ready-owed-old"_s);
-        row("ready before the page", u"ready-owed-old"_s, u"readyEvent"_s, u""_s, u"ready-owed-video"_s);
-        row("ready", u"page ready-owed-old"_s, u"readyEvent"_s, u"ready key,-,- kind video 60 url page 8"_s, u"page"_s);
-        row("ready of an unknown player", u"page"_s, u"readyEvent unknown"_s, u"ready key,-,-   - url page 8"_s,
-            u"page"_s);
-        row("view", u"page"_s, u"ready ok"_s, u"log events:: ready; suggestions"_s, u"page new-view ready"_s);
-        row("view after a failure", u"page failed"_s, u"ready ok"_s, u"log events:: ready; suggestions"_s,
-            u"page new-view ready"_s);
-        row("page of a ready session", u"page ready"_s, u"page ok"_s, u"log events:: page"_s, u"new-page ready"_s);
-        row("view that shows nothing", u"page"_s, u"ready ok hidden"_s, u"log events:: ready"_s,
-            u"page new-view ready"_s);
-        row("view without an id stays closed", u"+play@1"_s, u"ready bare"_s,
-            u"log events:: ready; state play; suggestions"_s, u"ready"_s);
-        row("ready failed", u"view ready +play@1"_s, u"ready failed"_s, u"log Zelvano ready event failed reason"_s,
-            u"view failed(\"ready\": reason) +play@1"_s);
-        row("ready refused", u"view +play@1"_s, u"ready refused"_s, u""_s,
-            u"view failed(\"ready\": status 500) +play@1"_s);
-        row("ready gone", u"user page view"_s, u"ready gone"_s, u"init key,user,-"_s,
-            u"user page view page-owed-2 ready-owed-before"_s);
-
-        // The replay reports where the player is now, by the flag as it is now.
-        row("replay", u"+play@1 +pause@2"_s, u"ready ok hidden"_s,
-            u"log events:: ready; autoPlay as autoPlay at 12.25 in new-view; state autoPlay; "
-            "pause as pause at 12.25 in new-view; state pause"_s,
-            u"new-view chosen ready"_s);
-        row("what a replayed click queues is lost", u"chosen +recommendationClick@1 +play@2"_s, u"ready ok"_s,
-            u"log events:: ready; recommendationClick as recommendationClick at 12.25 in new-view; "
-            "state recommendationClick; state play; suggestions"_s,
-            u"chosen ready"_s);
-
-        // Player events.
-        row("no view", u""_s, u"play"_s, u"state play"_s, u"+play@12.25"_s);
-        row("no view, and an end", u""_s, u"end"_s, u"state end"_s, u"+end@12.25"_s);
-        row("automatic play", u"view"_s, u"play"_s, u"autoPlay as autoPlay at 12.25 in view; state autoPlay"_s,
-            u"view chosen"_s);
-        row("chosen play", u"view chosen"_s, u"play"_s, u"play as play at 12.25 in view; state play"_s,
-            u"view chosen"_s);
-        row("done is progress for the service", u"view"_s, u"done"_s,
-            u"done as progress at 12.25 in view; state done"_s, u"view"_s);
-        row("end", u"view kept"_s, u"end"_s, u"next; end as end at 12.25 in view; state end"_s, u"view"_s);
-        row("end without recommendations", u"view"_s, u"end"_s, u"next null; end as end at 12.25 in view; state end"_s,
-            u"view"_s);
-        row("ended is no end", u"view kept"_s, u"ended"_s, u"ended as ended at 12.25 in view; state ended"_s,
-            u"view"_s);
-        row("click", u"view"_s, u"recommendationClick"_s,
-            u"recommendationClick as recommendationClick at 12.25 in view; state recommendationClick"_s, u""_s);
-        row("no position", u"view"_s, u"seek nan"_s, u"seek as seek at 0 in view; state seek"_s, u"view"_s);
-        row("any other name", u"view"_s, u"impression"_s,
-            u"impression as impression at 12.25 in view; state impression"_s, u"view"_s);
-        row("overlay", u"view"_s, u"overlay"_s, u"overlay"_s, u"view"_s);
-        row("overlay that is not to be shown", u"view"_s, u"overlay hidden"_s, u""_s, u"view"_s);
+        addColumns<QString, QString, QString, QString>({"before", "step", "actions", "after"});
+        for (const auto &row : rowsOf(table))
+            QTest::newRow(qPrintable(row[0])) << row[1] << row[2] << row[3] << row[4];
     }
     void rules()
     {

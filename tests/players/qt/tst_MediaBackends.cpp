@@ -354,9 +354,7 @@ private Q_SLOTS:
         addColumns<QString, QString, QString>({"steps", "avHeard", "movieHeard"});
         const QStringList here{backend, backend + (isOldQt ? u" 6.4"_s : u" 6.8"_s),
                                backend == "mpv"_L1 ? backend : u"qt"_s};
-        auto text = QString::fromLatin1(table).replace("\n  |"_L1, " |"_L1);
-        for (const auto &row : text.split(u'\n', Qt::SkipEmptyParts)) {
-            auto cells = row.split(u" |"_s);
+        for (auto cells : rowsOf(table)) {
             const auto only = cells[0].section(u" over "_s, 1).split(u", "_s);
             if (!std::ranges::any_of(only, [&](const QString &one) { return one.isEmpty() || here.contains(one); }))
                 continue;
@@ -364,7 +362,7 @@ private Q_SLOTS:
                 for (int i = 1; i <= 3; ++i)
                     cells[i].replace(QLatin1StringView(meanings[0]), QLatin1StringView(meanings[i]));
             }
-            QTest::addRow("%s", qPrintable(cells[0])) << cells[1].trimmed() << cells[2].trimmed() << cells[3].trimmed();
+            QTest::newRow(qPrintable(cells[0])) << cells[1] << cells[2] << cells[3];
         }
     }
     void reports()
