@@ -130,6 +130,7 @@ another item at the end, set first over qt | next item, attach, whole, hear (rea
   | whole, open | whole, progress, open
 another content at the end, set first over qt | next content, attach, whole, hear (ready) 2
   | whole, open | whole, progress, open
+stop at the end over qt | next stop, whole | whole | whole
 play at the end, set first over gstreamer, ffmpeg 6.8 | next play, attach, whole, back, at 0.2
   | whole, seek 0 | whole, play 0
 av-play at the end, set first over gstreamer, ffmpeg 6.8 | next av-play, attach, whole, back, at 0.2
