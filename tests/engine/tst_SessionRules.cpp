@@ -208,6 +208,7 @@ keep-alive refused | runs | keepalive refused | log Keep alive failed status 500
 keep-alive gone | runs | keepalive gone | log Keep alive failed status 406 | runs
 # Page and ready events.
 player | user | setPlayer here | page key,user,- here shown | user
+player without an overlay | user | setPlayer here hidden | page key,user,- here | user
 player before the user |  | setPlayer here |  | page-owed-1
 player before the channel | user | setPlayer here closed |  | user page-owed-1
 page | user | page ok | log events:: page | user new-page

@@ -122,10 +122,8 @@ const std::vector<RoadFault> &roadFaults()
         [](RawServer::Connection &connection) { connection.reset(); },  // Reset at once.
         resetAfter({}),                                                 // Reset before the answer.
         resetAfter(httpAnswer(answer).chopped(10)),                     // Reset within the answer.
-        once(ok + "Content-Length: 30\r\n\r\n" + answer),               // Length too short.
         always(httpRedirect("307", "http://127.0.0.2:1/events")),       // Redirect to another host.
         once("HTTP/1.1 000 None\r\nContent-Length: 0\r\n\r\n"),         // Status 0.
-        once("HTTP/1.1 099 None\r\nContent-Length: 0\r\n\r\n"),         // Status 99.
         once(QByteArray("HTTP/1.1 100 Continue\r\n\r\n").repeated(50)), // Endless interim answers.
     };
     return faults;
