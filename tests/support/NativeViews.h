@@ -137,6 +137,36 @@ public:
     }
     double offset() const { return items()->scroller()->property("contentY").toDouble(); }
     bool isAtRest() const { return !items()->scroller()->property("moving").toBool(); }
+    bool flick()
+    {
+        QMetaObject::invokeMethod(items()->scroller(), "flick", Q_ARG(qreal, 0), Q_ARG(qreal, -1500));
+        return waitUntil([&] { return offset() > 50; });
+    }
+    /// The places of all marked videos: their row, in a table after the row of their category.
+    QString marked() const
+    {
+        QStringList places;
+        for (const auto *cell : items()->shownCells()) {
+            auto *const inner = cell->template findChild<zelvano::ZVItemView *>();
+            if (inner)
+                inner->layoutIfNeeded();
+            const auto *marked = qobject_cast<zelvano::ZVItemViewCell *>((inner ? inner : items())->currentCell());
+            if (inner && marked)
+                places.append(QStringLiteral("%1.%2").arg(cell->row()).arg(marked->row()));
+            else if (marked == cell)
+                places.append(QString::number(cell->row()));
+        }
+        return places.join(u' ');
+    }
+    /// Presses keys. Each step is a key, and the marked place after it.
+    void walk(const QString &steps)
+    {
+        for (const auto &step : steps.split(QStringLiteral(", "))) {
+            const auto name = step.section(u' ', 0, 0);
+            key(QKeySequence::fromString(name)[0].key());
+            QCOMPARE(name + u' ' + marked(), step);
+        }
+    }
     void activate(qint64 row) { items()->activate(row); }
     void key(Qt::Key key) { QTest::keyClick(&window, key); }
 

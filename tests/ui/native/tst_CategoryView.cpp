@@ -3,8 +3,6 @@
 #include "Traffic.h"
 #include "ZVRecommendationTableViewCell.h"
 #include <ZelvanoUI/ZVCategoryView.h>
-#include <ZelvanoUI/ZVListView.h>
-#include <ZelvanoUI/ZVRecommendationViewFactory.h>
 
 #include <atomic>
 
@@ -61,14 +59,6 @@ class tst_CategoryView : public QObject
 
 private Q_SLOTS:
     void cleanup() { QGuiApplication::setLayoutDirection(Qt::LayoutDirectionAuto); }
-    void factory()
-    {
-        const auto view = [](qint64 type) { return ZVRecommendationViewFactory::recommendationViewForType(type); };
-        QVERIFY(std::dynamic_pointer_cast<ZVListView>(view(0)));
-        QVERIFY(std::dynamic_pointer_cast<ZVCategoryView>(view(1)));
-        QVERIFY(!view(2) && !view(-1));
-    }
-
     void rows()
     {
         Stage stage;
@@ -228,8 +218,7 @@ private Q_SLOTS:
     {
         Stage stage;
         QVERIFY(stage.fill(5, manyCategories(40)));
-        QMetaObject::invokeMethod(stage.items()->scroller(), "flick", Q_ARG(qreal, 0), Q_ARG(qreal, -1500));
-        QVERIFY(waitUntil([&] { return stage.offset() > 50; }));
+        QVERIFY(stage.flick());
         const QPoint at(100, 240);
         tap(stage.window, Pointer::Touch, at);
         QVERIFY(waitUntil([&] { return stage.isAtRest(); }) && flushMainQueue());
@@ -292,31 +281,12 @@ private Q_SLOTS:
     {
         Stage stage;
         QVERIFY(stage.fill(6, manyCategories(10)));
-        const auto marked = [&] {
-            QStringList found;
-            for (const auto *row : stage.rows()) {
-                if (const auto *cell = qobject_cast<ZVItemViewCell *>(row->videosCollectionView()->currentCell()))
-                    found.append(u"%1.%2"_s.arg(row->row()).arg(cell->row()));
-            }
-            return found;
-        };
         stage.window.below.setFocus(false);
         stage.key(Qt::Key_Tab);
         QVERIFY(stage.items()->hasActiveFocus() && stage.rowsAreLaidOut());
-        QCOMPARE(marked(), QStringList{u"0.0"_s});
-        const std::pair<Qt::Key, QString> steps[] =
-            {
-                {Qt::Key_Right, u"0.1"_s},  {Qt::Key_Right, u"0.2"_s}, {Qt::Key_Down, u"1.0"_s},
-                {Qt::Key_End, u"1.5"_s},    {Qt::Key_Up, u"0.2"_s},    {Qt::Key_Home, u"0.0"_s},
-                {Qt::Key_Left, u"0.0"_s},   {Qt::Key_Up, u"0.0"_s},    {Qt::Key_PageDown, u"2.0"_s},
-                {Qt::Key_PageUp, u"0.0"_s}, {Qt::Key_Down, u"1.5"_s}, // Each row keeps its place.
-                {Qt::Key_Down, u"2.0"_s},   {Qt::Key_Down, u"3.0"_s},  {Qt::Key_Down, u"4.0"_s},
-            };
-        for (const auto &[key, place] : steps) {
-            stage.key(key);
-            QVERIFY(stage.rowsAreLaidOut());
-            QCOMPARE(marked(), QStringList{place});
-        }
+        QCOMPARE(stage.marked(), u"0.0"_s);
+        stage.walk(u"Right 0.1, Right 0.2, Down 1.0, End 1.5, Up 0.2, Home 0.0, Left 0.0, Up 0.0, PgDown 2.0"_s);
+        stage.walk(u"PgUp 0.0, Down 1.5, Down 2.0, Down 3.0, Down 4.0"_s); // Each row keeps its place.
         QVERIFY(stage.offset() > 0);
         stage.key(Qt::Key_Return);
         QVERIFY(stage.waitForPicks(1));

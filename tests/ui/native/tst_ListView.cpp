@@ -1,6 +1,7 @@
 #include "InterfaceResource.h"
 #include "NativeViews.h"
 #include "ZVVideoCollectionViewCell.h"
+#include <ZelvanoUI/ZVCategoryView.h>
 #include <ZelvanoUI/ZVListView.h>
 #include <ZelvanoUI/ZVRecommendationViewFactory.h>
 
@@ -210,6 +211,12 @@ private Q_SLOTS:
             drag(stage.window, pointer, centreOf(stage.cell(2)), {0, -120}); // Scrolls, and picks nothing.
             QVERIFY(waitUntil([&] { return stage.offset() > 0 && stage.isAtRest(); }));
             QCOMPARE(stage.picks->videos.size(), 1U);
+
+            const auto chosen = stage.view->recommendations()->videoList()[2];
+            stage.activate(2);
+            stage.view->setRecommendations(recommendationOf(videosJson(5))); // Not what it shows when it reports.
+            QVERIFY(stage.waitForPicks(2));
+            QCOMPARE(stage.picks->videos[1], chosen);
         }
     }
 
@@ -219,16 +226,14 @@ private Q_SLOTS:
         QVERIFY(stage.fill(300)); // More than are asked for at once; cells are reused.
         QVERIFY(cellCount(stage.items(), stage.items()) <=
                 3 * 2 * 4); // Screenfuls, columns, and lines of 154 in a screen of 480.
-        QMetaObject::invokeMethod(stage.items()->scroller(), "flick", Q_ARG(qreal, 0), Q_ARG(qreal, -1500));
-        QVERIFY(waitUntil([&] { return stage.offset() > 50; }));
+        QVERIFY(stage.flick());
         const auto tapInTheMiddle = [&] {
             const auto isBelowTheTop = [](auto *cell) { return centreOf(cell).y() > 100; }; // Others stand outside.
             const auto cells = stage.items()->shownCells();
             tap(stage.window, Pointer::Touch, centreOf(*std::ranges::find_if(cells, isBelowTheTop)));
         };
         tapInTheMiddle();
-        QVERIFY(waitUntil([&] { return stage.isAtRest(); }));
-        QVERIFY(flushMainQueue());
+        QVERIFY(waitUntil([&] { return stage.isAtRest(); }) && flushMainQueue());
         QVERIFY(stage.picks->videos.empty());
         pressByScreenReader(stage.items()->shownCells().front());
         QVERIFY(stage.waitForPicks(1));
@@ -268,24 +273,6 @@ private Q_SLOTS:
         QVERIFY(flushMainQueue() && stage.picks->videos.empty());
     }
 
-    /// Nothing is larger than the title, at any width. An unknown category's badge has a background.
-    void sizesFollowTheWidth()
-    {
-        const Cell cell;
-        cell->setParams(video({{"title"_L1, u"x"_s}, {"category"_L1, u"Cats"_s}}));
-        for (const double width : {144, 166, 374, 890}) {
-            cell->setWidth(width);
-            const auto size = [](const QQuickItem *label) {
-                return label->property("font").value<QFont>().pixelSize();
-            };
-            QVERIFY(size(cell.outlet(u"durationLabel"_s)) <= size(cell.outlet(u"titleLable"_s)));
-            QVERIFY(cell.outlet(u"valueHolderView"_s)->height() < width / 8);
-        }
-        QVERIFY(cell.outlet(u"valueHolderView"_s)->childItems().first()->property("visible").toBool());
-        cell->setParams(video({{"category"_L1, u"FORYOU"_s}}));
-        QVERIFY(!cell.outlet(u"valueHolderView"_s)->childItems().first()->property("visible").toBool());
-    }
-
     void mirroredList()
     {
         for (const bool byApplication : {true, false}) {
@@ -307,10 +294,7 @@ private Q_SLOTS:
             QCOMPARE(title->property("effectiveHorizontalAlignment").toInt(), int(Qt::AlignRight));
 
             stage.items()->forceActiveFocus(Qt::TabFocusReason);
-            stage.key(Qt::Key_Left);
-            QCOMPARE(stage.items()->currentRow(), 1);
-            stage.key(Qt::Key_Right);
-            QCOMPARE(stage.items()->currentRow(), 0);
+            stage.walk(u"Left 1, Right 0"_s);
         }
     }
 
@@ -318,27 +302,16 @@ private Q_SLOTS:
     {
         Stage stage;
         QVERIFY(stage.fill(40));
-        const auto marked = [&] {
-            const auto *cell = qobject_cast<ZVItemViewCell *>(stage.items()->currentCell());
-            return cell ? cell->row() : -1;
-        };
         stage.window.below.setFocus(false);
         stage.key(Qt::Key_Tab);
         QVERIFY(stage.items()->hasActiveFocus());
-        QCOMPARE(marked(), 0);
-        const std::vector<std::pair<Qt::Key, qint64>> steps{
-            {Qt::Key_Right, 1}, {Qt::Key_Down, 3},  {Qt::Key_Left, 2}, {Qt::Key_Up, 0},       {Qt::Key_Up, 0},
-            {Qt::Key_End, 39},  {Qt::Key_Down, 39}, {Qt::Key_Home, 0}, {Qt::Key_PageDown, 6}, {Qt::Key_PageUp, 0},
-        };
-        for (const auto &[key, row] : steps) {
-            stage.key(key);
-            QCOMPARE(marked(), row);
-        }
+        QCOMPARE(stage.marked(), u"0"_s);
+        stage.walk(u"Right 1, Down 3, Left 2, Up 0, Up 0, End 39, Down 39, Home 0, PgDown 6, PgUp 0"_s);
         for (const auto key : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Enter})
             stage.key(key);
         QVERIFY(stage.waitForPicks(3));
         stage.window.below.forceActiveFocus();
-        QCOMPARE(marked(), -1);
+        QCOMPARE(stage.marked(), QString());
     }
 
     void keysThatChooseNothing()
@@ -393,18 +366,6 @@ private Q_SLOTS:
         }
     }
 
-    /// Not what the list shows when it is reported.
-    void choiceKeepsItsVideo()
-    {
-        Stage stage;
-        QVERIFY(stage.fill(3));
-        const auto chosen = stage.view->recommendations()->videoList()[2];
-        stage.activate(2);
-        stage.view->setRecommendations(recommendationOf(videosJson(5)));
-        QVERIFY(stage.waitForPicks(1));
-        QCOMPARE(stage.picks->videos[0], chosen);
-    }
-
     void secToTime()
     {
         const std::pair<QJsonValue, const char *> cases[] = {
@@ -430,21 +391,28 @@ private Q_SLOTS:
         const auto params =
             video({{"title"_L1, u"<b>A title</b>"_s}, {"durationSec"_L1, 61}, {"category"_L1, u"FORYOU"_s}});
         params->setIndex(12);
-        cell->setSize({400, 300});
         cell->setParams(params);
-        QStringList texts;
-        for (const auto &outlet : {u"titleLable"_s, u"durationLabel"_s, u"valueLabel"_s})
-            texts.append(textOf(cell.item, outlet));
-        QCOMPARE(texts, (QStringList{u"<b>A title</b>"_s, u"1:01"_s, u"12"_s}));
-        QCOMPARE(cell.outlet(u"titleLable"_s)->property("textFormat").toInt(), int(Qt::PlainText));
-        QCOMPARE(cell.outlet(u"valueHolderView"_s)->property("color").value<QColor>(),
-                 QColor::fromRgbF(1, 0, 0, 0.55F));
-        QCOMPARE(ZVVideoCollectionViewCell::colorForCategory(u"foryou"_s), QColor(0, 0, 0, 0));
-        QVERIFY(!cell->params());
-        const auto fontSize = [&] { return cell.outlet(u"titleLable"_s)->property("font").value<QFont>().pixelSize(); };
-        QCOMPARE(fontSize(), 20);
-        cell->setWidth(200);
-        QCOMPARE(fontSize(), 10);
+        const std::pair<QString, QString> texts[] = {
+            {u"titleLable"_s, u"<b>A title</b>"_s}, {u"durationLabel"_s, u"1:01"_s}, {u"valueLabel"_s, u"12"_s}};
+        for (const auto &[outlet, text] : texts) {
+            QCOMPARE(textOf(cell.item, outlet), text);
+            QCOMPARE(cell.outlet(outlet)->property("textFormat").toInt(), int(Qt::PlainText));
+        }
+        auto *const badge = cell.outlet(u"valueHolderView"_s);
+        const auto hasBackground = [&] { return badge->childItems().first()->property("visible").toBool(); };
+        QCOMPARE(badge->property("color").value<QColor>(), QColor::fromRgbF(1, 0, 0, 0.55F));
+        QVERIFY(!hasBackground() && !cell->params());
+        cell->setParams(video({{"category"_L1, u"foryou"_s}})); // An unknown category.
+        QCOMPARE(badge->property("color").value<QColor>(), QColor(0, 0, 0, 0));
+        QVERIFY(hasBackground());
+        const auto fontSize = [&](const QString &outlet) {
+            return cell.outlet(outlet)->property("font").value<QFont>().pixelSize();
+        };
+        for (const int width : {140, 200, 380, 900}) { // Nothing is larger than the title.
+            cell->setWidth(width);
+            QCOMPARE(fontSize(u"titleLable"_s), width / 20);
+            QVERIFY(fontSize(u"durationLabel"_s) <= width / 20 && badge->height() < width / 8.0);
+        }
     }
 
     void fadesInOnce()
@@ -468,29 +436,25 @@ private Q_SLOTS:
         cell->setParams(video({}, true));
         QCOMPARE(picture->opacity(), 1.0);
         QVERIFY(!picture->findChild<QAbstractAnimation *>());
+        delete picture; // An interface resource may lack it.
+        cell->setParams(video({}, true));
+        cell->setParams(nullptr);
+        QVERIFY(!cell->iconImageView());
     }
 
     void hostDeletesTheItem()
     {
-        for (const auto type : {ZVRecommendationViewFactory::List, ZVRecommendationViewFactory::Category}) {
-            const auto view = ZVRecommendationViewFactory::recommendationViewForType(type);
+        const auto viewFor = &ZVRecommendationViewFactory::recommendationViewForType;
+        QVERIFY(std::dynamic_pointer_cast<ZVListView>(viewFor(0)));
+        QVERIFY(std::dynamic_pointer_cast<ZVCategoryView>(viewFor(1)));
+        QVERIFY(!viewFor(2) && !viewFor(-1));
+        for (const auto &view : {viewFor(0), viewFor(1)}) {
             auto host = std::make_unique<QObject>();
             view->view()->setParent(host.get());
             host.reset();
             QVERIFY(!view->view());
             view->setRecommendations(recommendationOf({videoJson(0, {})}));
         }
-    }
-
-    void missingOutlets()
-    {
-        const Cell cell;
-        delete cell->iconImageView();
-        delete cell.outlet(u"valueHolderView"_s);
-        cell->setParams(video({{"title"_L1, u"x"_s}}, true));
-        cell->setParams(nullptr);
-        cell->setSize({10, 10});
-        QVERIFY(!cell->iconImageView() && !cell.outlet(u"valueLabel"_s));
     }
 
     /// The middle of the picture shows in the cell's shape, and in the pixels of the screen.
