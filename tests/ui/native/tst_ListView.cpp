@@ -23,6 +23,19 @@ std::shared_ptr<ZVVideoParams> video(const QJsonObject &params, bool hasImage = 
     return video;
 }
 
+/// Counts its paintings, each of which scales.
+class Picture : public ZVImageView
+{
+public:
+    void paint(QPainter *painter) override
+    {
+        ++paintings;
+        ZVImageView::paint(painter);
+    }
+
+    int paintings = 0;
+};
+
 /// A cell alone.
 struct Cell
 {
@@ -465,7 +478,7 @@ private Q_SLOTS:
         QImage image(300, 100, QImage::Format_RGB32);
         image.fill(Qt::red);
         QPainter(&image).fillRect(100, 0, 100, 100, Qt::blue);
-        ZVImageView view;
+        Picture view;
         view.setParentItem(window.contentItem());
         view.setSize({100, 100});
         view.setProperty("radius", 20);
@@ -474,6 +487,20 @@ private Q_SLOTS:
         for (const auto &at : {QPoint(50, 50), QPoint(2, 50), QPoint(97, 50), QPoint(50, 2)})
             QCOMPARE(shot.pixelColor(at), QColor(Qt::blue));
         QCOMPARE(shot.pixelColor(1, 1), window.color()); // Round corners.
+        view.setImage(image);
+        view.setOpacity(0.5);
+        view.setX(1);
+        QVERIFY(window.grabWindow() != shot);
+        QCOMPARE(view.paintings, 1); // Although the window was drawn again.
+        const auto scaled = [&] {
+            QImage canvas(100, 100, QImage::Format_ARGB32_Premultiplied);
+            QPainter painter(&canvas);
+            painter.scale(0.4, 0.4);
+            view.paint(&painter);
+            return painter.brush().textureImage();
+        };
+        QCOMPARE(scaled().size(), QSize(40, 40));
+        QCOMPARE(scaled().cacheKey(), scaled().cacheKey()); // Nor does a painting scale a large picture again.
         view.setImage({});
         QCOMPARE(window.grabWindow().pixelColor(50, 50), window.color());
     }
