@@ -43,10 +43,8 @@ struct ZelvanoViewController::Private
     Private(ZelvanoViewController *controller, const QString &key) : q(controller), apiKey(key) {}
 
     void fillNativeViews(const std::shared_ptr<ZVRecommendation> &recommendation);
-    void rotation();
     ZVTopRecommendationView *overlayOfSession();
-    std::optional<QString> pluginText() const;
-    void postSuggestions(const QString &text) const;
+    void postSuggestions() const;
 
     ZelvanoViewController *const q;
     const QString apiKey;
@@ -81,7 +79,10 @@ std::shared_ptr<ZelvanoViewController> ZelvanoViewController::create(const QStri
     std::shared_ptr<ZelvanoViewController> self(new ZelvanoViewController(apiKey), MainThreadDeleter{});
     auto *const controller = self.get();
     NotificationCenter::defaultCenter().addObserver(controller, UIDeviceOrientationDidChangeNotification,
-                                                    [controller](const Notification &) { controller->d->rotation(); });
+                                                    [d = controller->d.get()](const Notification &) {
+                                                        d->overlay.followPlayer();
+                                                        d->postSuggestions();
+                                                    });
     return {controller, [self = std::move(self)](ZelvanoViewController *) mutable {
                 self->d->delegate.reset();
                 self->dismiss();
@@ -258,9 +259,8 @@ void ZelvanoViewController::suggestionsDidFetched(const std::shared_ptr<Zelvano>
                 QString::fromUtf8(QJsonDocument(*d->jsonArray).toJson(QJsonDocument::Indented)));
         d->overlay.load(ZVConfig::shared().UITagUrl());
     }
-    const auto text = d->pluginText();
-    if (player && player == d->player && text)
-        d->postSuggestions(*text);
+    if (player && player == d->player)
+        d->postSuggestions();
     // Only the overlay and the plug-in show the first video.
     if (d->videoList.size() > 1)
         recommendation->setVideoList(ZVVideoList(d->videoList.begin() + 1, d->videoList.end()));
@@ -303,24 +303,15 @@ void ZelvanoViewController::addRecommendationToView(const std::shared_ptr<Zelvan
     d->overlay.showOver(qobject_cast<QQuickItem *>(view), videoSize);
 }
 
-void ZelvanoViewController::Private::rotation()
-{
-    const auto text = pluginText();
-    overlay.followPlayer();
-    if (text)
-        postSuggestions(*text);
-}
-
-std::optional<QString> ZelvanoViewController::Private::pluginText() const
+/// For the players' plug-ins. Too few videos post nothing.
+void ZelvanoViewController::Private::postSuggestions() const
 {
     const auto part = subArrayToIndex(jsonArray.value_or(QJsonArray()), q->index());
-    return part ? std::optional(toJSON(*part)) : std::nullopt;
-}
-
-void ZelvanoViewController::Private::postSuggestions(const QString &text) const
-{
+    if (!part)
+        return;
     const auto object = player ? QVariant::fromValue(player.get()) : QVariant();
-    NotificationCenter::defaultCenter().post({SuggestionsDidFetchedNotification, object, {{ZelvanoDataKey, text}}});
+    NotificationCenter::defaultCenter().post(
+        {SuggestionsDidFetchedNotification, object, {{ZelvanoDataKey, toJSON(*part)}}});
 }
 
 // Calls of the views
