@@ -27,7 +27,7 @@ bool isShown(QQuickWindow *window)
 
 void SessionOverlay::create(const std::shared_ptr<ZVTopRecommendationViewDelegate> &delegate)
 {
-    m_view.reset(new ZVTopRecommendationView(firstFrame));
+    m_view.reset(new ZVTopRecommendationView(firstFrame), [](auto *overlay) { overlay->end(); });
     m_view->setZ(topmost);
     m_view->setDelegate(delegate);
 }
@@ -41,8 +41,11 @@ void SessionOverlay::load(const QUrl &url)
 
 void SessionOverlay::showOver(QQuickItem *playerView, QSizeF videoSize)
 {
+    const auto overlay = m_view;
     // First: the impression is sent before the overlay has its place.
-    m_view->setHidden(false);
+    overlay->setHidden(false);
+    if (!m_view) // The host dismissed.
+        return;
     m_proportion = videoSize.height() / videoSize.width();
     m_playerView = std::make_unique<VideoView>(playerView);
     // A turned or resized window lays out the player's view later, under the shown overlay.
@@ -51,15 +54,21 @@ void SessionOverlay::showOver(QQuickItem *playerView, QSizeF videoSize)
             followPlayer();
     });
     followPlayer();
-    m_view->setParentItem(windowContent());
-    if (!m_view->parentItem())
+    overlay->setParentItem(windowContent());
+    if (m_view && !overlay->parentItem())
         ZV_LOG("Error: no window is visible, so the overlay is not");
+}
+
+void SessionOverlay::hide()
+{
+    if (const auto overlay = m_view)
+        overlay->setHidden(true);
 }
 
 void SessionOverlay::followPlayer()
 {
-    if (m_view)
-        m_view->setFrame(frame());
+    if (const auto overlay = m_view)
+        overlay->setFrame(frame());
 }
 
 void SessionOverlay::drop()

@@ -17,6 +17,7 @@ public:
     void create(const std::shared_ptr<ZVTopRecommendationViewDelegate> &delegate);
     void load(const QUrl &url);
     void showOver(QQuickItem *playerView, QSizeF videoSize);
+    void hide();
     /// Gives an existing overlay the frame that belongs to the player's view as it is now.
     void followPlayer();
     void drop();
@@ -31,14 +32,10 @@ public:
     QPointer<QQuickWindow> window;
 
 private:
-    struct End
-    {
-        void operator()(ZVTopRecommendationView *overlay) const { overlay->end(); }
-    };
-
     QQuickItem *windowContent() const;
 
-    std::unique_ptr<ZVTopRecommendationView, End> m_view;
+    /// Shared with a function that makes it emit signals: the host may dismiss inside them.
+    std::shared_ptr<ZVTopRecommendationView> m_view;
     std::unique_ptr<VideoView> m_playerView;
     double m_proportion = 0; ///< The video's height divided by its width.
 };

@@ -281,8 +281,7 @@ void ZelvanoViewController::stateDidChanged(const std::shared_ptr<Zelvano> &, co
     d->isSeeking = false;
     // Intended: a seek does not set the flag, so that a pause after it shows the overlay.
     if (state == PlayerEvent::Play || state == PlayerEvent::AutoPlay) {
-        if (auto *overlay = d->overlay.view())
-            overlay->setHidden(true);
+        d->overlay.hide();
     } else if (state == PlayerEvent::Done) {
         dismiss();
     }

@@ -157,7 +157,7 @@ private Q_SLOTS:
         addColumns<QString, bool>({"call", "drops"}); // Or dismisses.
         for (const auto *call : {"selection", "selection by the page", "selection by the page, without event loop",
                                  "selection in the list", "selection in the categories", "done", "focus", "native list",
-                                 "plug-in", "rotation"}) {
+                                 "plug-in", "rotation", "showing"}) {
             for (const bool drops : {false, true})
                 QTest::addRow("%s, %s", call, drops ? "drop" : "dismiss") << QString::fromLatin1(call) << drops;
         }
@@ -205,6 +205,10 @@ private Q_SLOTS:
             scene.overlay()->forceActiveFocus();
             focus = connect(&scene.window->below, &QQuickItem::activeFocusChanged, scene.window.get(), endIt);
             scene.controller->dismiss();
+        } else if (call == "showing"_L1) {
+            QVERIFY(waitUntil([&] { return !scene.overlay()->isVisible(); }));
+            connect(scene.overlay(), &QQuickItem::visibleChanged, scene.window.get(), endIt, Qt::SingleShotConnection);
+            scene.show();
         } else if (call == "native list"_L1) {
             scene.controller->setRecommendationView(std::make_shared<OwnView>(endIt));
             scene.recommend(3);

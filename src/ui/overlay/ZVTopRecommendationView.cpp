@@ -171,6 +171,8 @@ void ZVTopRecommendationView::setHidden(bool hidden)
         owner->recommendationViewDidLoad();
     d->isHidden = hidden;
     setVisible(!hidden);
+    if (d->isHidden != hidden) // A handler of visibleChanged hid the overlay again.
+        return;
     setEnabled(!hidden);
     if (!hidden)
         d->comeToFront();
