@@ -32,10 +32,12 @@ constexpr std::array playerMakers{
     make<QtMPMoviePlayerController>,
 };
 
-/// An item such as MpvVideo shows a player and offers it as its property "player". Any other object is its own.
+/// An item such as MpvVideo shows a player and offers it as its property "player". A player may have such a property too.
 QObject *playerIn(QObject *object)
 {
-    auto *inner = object ? object->property("player").value<QObject *>() : nullptr;
+    if (!object || qobject_cast<Player *>(object))
+        return object;
+    auto *inner = object->property("player").value<QObject *>();
     return qobject_cast<Player *>(inner) ? inner : object;
 }
 

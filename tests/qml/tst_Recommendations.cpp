@@ -483,6 +483,7 @@ private Q_SLOTS:
         const auto video = makeMainThreadShared<FakePlayer>(u"http://videos.example/1.mp4"_s);
         const auto view = makeMainThreadShared<FakeViewController>(video); // In no window.
         view->bounds = {0, 0, 320, 180};
+        view->setProperty("player", QVariant::fromValue<QObject *>(video.get())); // The host's own property.
         QmlHost host(QString(session).replace(u"player: media"_s, u"window: other"_s) +
                      u"Window { id: other; visible: true; width: 200; height: 200 }\n"_s);
         host.object(u"recs"_s)->setProperty("player", QVariant::fromValue<QObject *>(view.get()));
