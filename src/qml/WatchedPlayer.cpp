@@ -32,7 +32,7 @@ constexpr std::array playerMakers{
     make<QtMPMoviePlayerController>,
 };
 
-/// An item such as MpvVideo shows a player and offers it as its property "player". A player may have such a property too.
+/// An item such as MpvVideo offers the player that it shows as its property "player". A player may have one too.
 QObject *playerIn(QObject *object)
 {
     if (!object || qobject_cast<Player *>(object))
