@@ -130,7 +130,7 @@ another item at the end, set first over qt | next item, attach, whole, hear (rea
   | whole, open | whole, progress, open
 another content at the end, set first over qt | next content, attach, whole, hear (ready) 2
   | whole, open | whole, progress, open
-stop at the end over qt | next stop, whole | whole | whole
+the end reported again over qt | whole, again | whole | whole
 play at the end, set first over gstreamer, ffmpeg 6.8 | next play, attach, whole, back, at 0.2
   | whole, seek 0 | whole, play 0
 av-play at the end, set first over gstreamer, ffmpeg 6.8 | next av-play, attach, whole, back, at 0.2
@@ -305,6 +305,8 @@ class tst_MediaBackends : public QObject
             {u"send"_s, [&] { return server->sendUpTo(how.toDouble()), true; }},
             {u"late"_s, [&] { return lateSource = how, qApp->installEventFilter(this), true; }},
             {u"next"_s, [&] { return setAtEnd(how), true; }},
+            // Qt's FFmpeg backend does so now and then, when the host stops or seeks at the end.
+            {u"again"_s, [&] { return media->qt()->mediaStatusChanged(QMediaPlayer::EndOfMedia), true; }},
             {u"break"_s, [&] { return server->setBroken(true), true; }},
             {u"attach"_s, [&] { return attach(), true; }},
             {u"at"_s, [&] { return wait([&] { return media->position() >= milliseconds; }); }},
