@@ -58,6 +58,8 @@ MediaPlayback::MediaPlayback(QMediaPlayer *player)
             return;
         if (isEnd && (m_player->mediaStatus() != status || m_player->playbackState() == QMediaPlayer::PlayingState))
             noteOvertakenEnd();
+        else if (status == QMediaPlayer::LoadedMedia && m_player->mediaStatus() != status)
+            noteOvertakenOpening();
         else
             note(&MediaPlayback::mediaStatusDidChange);
     });
@@ -110,6 +112,23 @@ void MediaPlayback::note(Handler handler)
     if (m_isLoading)
         return;
     m_changes.emplace_back(read(), handler);
+    QMetaObject::invokeMethod(this, &MediaPlayback::catchUp, Qt::QueuedConnection);
+}
+
+/// A receiver of mediaStatusChanged() before this one plays the medium already. The opening comes first.
+void MediaPlayback::noteOvertakenOpening()
+{
+    const auto isOpen = [source = m_player->source()](const Moment &moment) {
+        return moment.source == source && moment.status != QMediaPlayer::NoMedia &&
+               moment.status != QMediaPlayer::LoadingMedia;
+    };
+    const auto next = std::ranges::find_if(m_changes, [&](const auto &change) { return isOpen(change.first); });
+    auto opening = read();
+    if (isOpen(opening)) {
+        opening.status = QMediaPlayer::LoadedMedia;
+        opening.state = next == m_changes.begin() ? m_now.state : std::prev(next)->first.state;
+    }
+    m_changes.emplace(next, opening, &MediaPlayback::mediaStatusDidChange);
     QMetaObject::invokeMethod(this, &MediaPlayback::catchUp, Qt::QueuedConnection);
 }
 

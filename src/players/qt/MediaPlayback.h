@@ -106,6 +106,7 @@ private:
     void ignoreLateErrors();
     Moment read() const;
     void note(Handler handler);
+    void noteOvertakenOpening();
     void noteOvertakenEnd();
     template<class Call> void act(Call call);
 

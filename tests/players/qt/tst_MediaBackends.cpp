@@ -135,6 +135,7 @@ play at the end, set first over gstreamer, ffmpeg 6.8 | next play, attach, whole
   | whole, seek 0 | whole, play 0
 av-play at the end, set first over gstreamer, ffmpeg 6.8 | next av-play, attach, whole, back, at 0.2
   | whole, seek 0 | whole, play 0
+play when it is loaded, set first over qt | loaded play, attach, load a.mp4, at 0.2, hear (ready) | begin | begin
 source after a failure | load none.mp4, hear (failed), load b.mp4, hear (ready)
   | progress, (failed), open | (failed), open
 source before a late error over gstreamer | late b.mp4, load none.mp4, hear (ready)
@@ -252,13 +253,14 @@ class tst_MediaBackends : public QObject
         });
     }
 
-    /// The host sets the next video as soon as the QMediaPlayer reports the end.
-    void setAtEnd(const QString &how)
+    /// The host acts as soon as the QMediaPlayer reports the status.
+    void actAt(QMediaPlayer::MediaStatus awaited, const QString &step)
     {
-        connect(media->qt(), &QMediaPlayer::mediaStatusChanged, this, [this, how, times = 0](auto status) mutable {
-            if (status == QMediaPlayer::EndOfMedia && ++times == 1)
-                perform(how + u" b.mp4"_s);
-        });
+        connect(media->qt(), &QMediaPlayer::mediaStatusChanged, this,
+                [this, awaited, step, times = 0](auto status) mutable {
+                    if (status == awaited && ++times == 1)
+                        perform(step + u" b.mp4"_s);
+                });
     }
 
     /// When an error of a source is reported and a further message about it waits, the host sets another source.
@@ -304,7 +306,8 @@ class tst_MediaBackends : public QObject
             {u"loops"_s, [&] { return media->setLoops(how.toInt()), true; }},
             {u"send"_s, [&] { return server->sendUpTo(how.toDouble()), true; }},
             {u"late"_s, [&] { return lateSource = how, qApp->installEventFilter(this), true; }},
-            {u"next"_s, [&] { return setAtEnd(how), true; }},
+            {u"next"_s, [&] { return actAt(QMediaPlayer::EndOfMedia, how), true; }},
+            {u"loaded"_s, [&] { return actAt(QMediaPlayer::LoadedMedia, how), true; }},
             // Qt's FFmpeg backend does so now and then, when the host stops or seeks at the end.
             {u"again"_s, [&] { return media->qt()->mediaStatusChanged(QMediaPlayer::EndOfMedia), true; }},
             {u"break"_s, [&] { return server->setBroken(true), true; }},
