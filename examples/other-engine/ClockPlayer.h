@@ -8,8 +8,8 @@
 
 #include <atomic>
 
-/// A player over an engine of the host's own. This engine is a clock: every medium takes some seconds, and nothing is
-/// to be seen. What a real one tells by callbacks stands where the clock changes here.
+/// A player over a host's own engine, here a clock: every medium lasts four seconds and has no picture. The callbacks
+/// of a real engine go where the clock changes.
 class ClockPlayer : public zelvano::AVPlayer
 {
 public:

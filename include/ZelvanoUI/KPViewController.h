@@ -43,7 +43,7 @@ class ZELVANOCORE_EXPORT KPViewController : public Player
     Q_PROPERTY(double duration READ duration NOTIFY mediaChanged FINAL)
     /// Seconds.
     Q_PROPERTY(double currentPlaybackTime READ currentPlaybackTime NOTIFY mediaChanged FINAL)
-    /// Lets an adapter that ends see whether it is still the delegate, and only then remove itself.
+    /// The current adapter. One that ends removes itself only if it is still the delegate.
     Q_PROPERTY(QObject *delegate READ delegate WRITE setDelegate FINAL)
 
 public:

@@ -10,8 +10,8 @@ namespace zelvano {
 
 class MpvCore;
 
-/// An AVPlayer over an mpv of its own. A session that begins later hears that the player is ready, and that it plays.
-/// Without an MpvVideo it plays the sound only. Main thread, but for what AVPlayer marks otherwise.
+/// An AVPlayer over an mpv of its own. A session that begins later learns that the player is ready and
+/// that it plays. Without an MpvVideo it plays the sound only. Main thread, but for what AVPlayer marks otherwise.
 class ZELVANOMPV_EXPORT MpvPlayer : public AVPlayer
 {
     Q_OBJECT
@@ -27,7 +27,7 @@ public:
     /// callback and the options "vo" and "keep-open" to the player. Null when libmpv cannot start.
     mpv_handle *handle() const;
 
-    /// Seconds from the beginning, before an item is ready without effect.
+    /// Seconds from the beginning. Does nothing until an item is ready.
     void seek(double seconds);
     Q_SIGNAL void currentTimeChanged();
     /// Seconds; 0 while unknown. The current item's duration() is NaN then.

@@ -6,19 +6,26 @@ namespace zelvano {
 
 /// The player events, as adapters report them and as the service and the listeners receive them.
 namespace PlayerEvent {
+/// A video plays for the first time. "videoStart" follows it.
 inline constexpr QLatin1StringView Start{"start"};
 inline constexpr QLatin1StringView VideoStart{"videoStart"};
+/// The player begins to play, for the first time or again.
 inline constexpr QLatin1StringView Play{"play"};
 /// A "play" that the viewer did not ask for.
 inline constexpr QLatin1StringView AutoPlay{"autoPlay"};
 inline constexpr QLatin1StringView Pause{"pause"};
 inline constexpr QLatin1StringView Seek{"seek"};
+/// Another video takes the place of the current one.
 inline constexpr QLatin1StringView Progress{"progress"};
+/// The video played to its end, or the viewer left the player. In the second case "done" follows.
 inline constexpr QLatin1StringView End{"end"};
 /// The end of a video in a Kaltura player. The engine does not treat it as "end".
 inline constexpr QLatin1StringView Ended{"ended"};
+/// The viewer left the player. A session of a ZelvanoViewController ends.
 inline constexpr QLatin1StringView Done{"done"};
+/// The viewer picked a recommended video.
 inline constexpr QLatin1StringView RecommendationClick{"recommendationClick"};
+/// The overlay was shown.
 inline constexpr QLatin1StringView Impression{"impression"};
 } // namespace PlayerEvent
 

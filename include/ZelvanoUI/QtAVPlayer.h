@@ -15,7 +15,7 @@ class ZELVANOUI_EXPORT QtAVPlayer : public AVPlayer
     Q_OBJECT
 
 public:
-    /// Main thread. Without a video output no recommendations are laid over the video.
+    /// Main thread. Both may be null. Without a video output no recommendations are laid over the video.
     static std::shared_ptr<QtAVPlayer> create(QMediaPlayer *player, QQuickItem *videoOutput);
     ~QtAVPlayer() override;
 

@@ -16,7 +16,7 @@ class ZELVANOUI_EXPORT QtMPMoviePlayerController : public MPMoviePlayerControlle
     Q_PROPERTY(bool fullscreen READ isFullscreen WRITE setFullscreen NOTIFY fullscreenChanged FINAL)
 
 public:
-    /// Main thread. Without a video output no recommendations are laid over the video.
+    /// Main thread. Both may be null. Without a video output no recommendations are laid over the video.
     static std::shared_ptr<QtMPMoviePlayerController> create(QMediaPlayer *player, QQuickItem *videoOutput);
     ~QtMPMoviePlayerController() override;
 

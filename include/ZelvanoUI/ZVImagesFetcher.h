@@ -32,7 +32,7 @@ public:
     ZVImagesFetcher() = delete;
 
     /// Fetches the video's imageUrl() in the background and stores the image in the video, with at most a megapixel.
-    /// For hosts that draw their own list.
+    /// For hosts that draw their own list. Does nothing for null.
     ///
     /// Both callbacks run on the main thread and may be null: `fetched` when the fetch ends, with an image or an error,
     /// and before the video has the image; `stored` in a later task, once the video has it. An error is logged.

@@ -11,6 +11,10 @@ namespace zelvano {
 
 /// Space between and around the list's cells, as a share of the list's width.
 inline constexpr float insetProportion = 0.035F;
+/// Size of a cell's shadow, as a share of the cell's size.
+inline constexpr float shadowWidthPercent = 0.03F;
+/// For hosts; the library does not use it.
+inline constexpr float textHeightPercent = 0.15F;
 
 /// Recommended videos in two columns of cells. Main thread.
 ///

@@ -32,7 +32,7 @@ public:
     std::shared_ptr<PlayerSubscriber> currentSubscriber() const;
     void setCurrentSubscriber(const std::shared_ptr<PlayerSubscriber> &subscriber);
 
-    /// For hosts. setPlayer() does not use it.
+    /// Null. The library does not use it.
     std::shared_ptr<ZVKalturaSubscribe> kalturaEvents() const;
     void setKalturaEvents(const std::shared_ptr<ZVKalturaSubscribe> &subscriber);
 

@@ -89,6 +89,7 @@ public:
     double proportion() const;
     /// The overlay's frame over the player view.
     QRectF webviewFrame() const;
+    /// The URL of a file on a media server. The library does not use it.
     QString getMediaSrcWithDomain(const QString &path) const;
 
     // For the host's own use; the library does not read them.

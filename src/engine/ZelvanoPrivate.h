@@ -74,7 +74,7 @@ struct Zelvano::Private
     QPointer<QObject> playerView; ///< Main thread; not guarded.
 };
 
-/// What the rules ask of a subscriber. All absent for null.
+/// What the rules ask of a subscriber. For null no texts, and 0 for duration and position.
 SessionRules::Media mediaOf(const SessionRules::Subscriber &subscriber);
 /// What the rules ask of the configuration.
 SessionRules::Channel channelOf(const ZVConfig &config);

@@ -124,6 +124,8 @@ void ZVImagesFetcher::fetchImageInBackground(const QString &url, Completion comp
 
 void ZVImagesFetcher::fetchThumbnail(const std::shared_ptr<ZVVideoParams> &video, Callback stored, Callback fetched)
 {
+    if (!video)
+        return;
     loadThumbnail(
         video, QSize(), [] { return true; }, [=](bool) { fetched ? fetched() : void(); },
         [=] { stored ? stored() : void(); });

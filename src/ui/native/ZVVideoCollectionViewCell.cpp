@@ -5,6 +5,7 @@
 #include "JsonReading.h"
 #include "Logging.h"
 #include "Thumbnails.h"
+#include <ZelvanoUI/ZVListView.h>
 #include <ZelvanoUI/ZVVideoParams.h>
 
 #include <QPropertyAnimation>

@@ -15,11 +15,6 @@ namespace zelvano {
 class Thumbnails;
 class ZVVideoParams;
 
-/// Size of the cell's shadow, as a share of the cell's size.
-inline constexpr float shadowWidthPercent = 0.03F;
-/// For hosts; the library does not use it.
-inline constexpr float textHeightPercent = 0.15F;
-
 /// One recommended video: thumbnail, title, length and a badge in its category's colour. The interface resource has the
 /// outlets titleLable, durationLabel, valueLabel, valueHolderView and iconImageView. Main thread.
 class ZELVANOUI_EXPORT ZVVideoCollectionViewCell : public zelvano::ZVItemViewCell
