@@ -29,7 +29,7 @@ OpenEngine::OpenEngine(quint16 port) : m_event(PlayerEvent::Progress)
 {
     QLoggingCategory::setFilterRules(QStringLiteral("zelvano=false"));
     auto &defaults = UserDefaults::standard();
-    defaults.setFilePath(m_folder.filePath(QStringLiteral("defaults.ini")));
+    defaults.setFilePath(m_folder.filePath(QStringLiteral("defaults.json")));
     defaults.setString(QStringLiteral("user-1"), ZVUserIdKey);
     defaults.setString(QStringLiteral("uuid-1"), ZVUserUUIDKey);
     useService(QStringLiteral("127.0.0.1:%1").arg(port));

@@ -94,7 +94,7 @@ int main(int argc, char **argv)
     if (!service.start())
         qFatal("no port for the service");
     const QTemporaryDir folder;
-    UserDefaults::standard().setFilePath(folder.filePath(u"defaults.ini"_s));
+    UserDefaults::standard().setFilePath(folder.filePath(u"defaults.json"_s));
     useService(service.url().authority());
 
     Window window;

@@ -116,7 +116,7 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     QLoggingCategory::setFilterRules(QStringLiteral("zelvano*=false"));
     const QTemporaryDir folder;
-    UserDefaults::standard().setFilePath(folder.filePath(QStringLiteral("defaults.ini")));
+    UserDefaults::standard().setFilePath(folder.filePath(QStringLiteral("defaults.json")));
     useService(QStringLiteral("127.0.0.1:%1").arg(server.port()));
     const auto subscriber = std::make_shared<FakeSubscriber>();
 

@@ -317,7 +317,7 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     QLoggingCategory::setFilterRules(u"zelvano*=false"_s);
     const QTemporaryDir folder;
-    UserDefaults::standard().setFilePath(folder.filePath(u"defaults.ini"_s));
+    UserDefaults::standard().setFilePath(folder.filePath(u"defaults.json"_s));
     UserDefaults::standard().setString(u"user-1"_s, ZVUserIdKey);
     UserDefaults::standard().setString(u"uuid-1"_s, ZVUserUUIDKey);
     const auto kinds = std::make_shared<Kinds>();

@@ -114,7 +114,7 @@ int main(int argc, char **argv)
     QLoggingCategory::setFilterRules(QStringLiteral("zelvano*=false"));
     const int viewings = std::max(samples, argc > 1 ? QByteArray(argv[1]).toInt() : 1000);
     const QTemporaryDir folder;
-    UserDefaults::standard().setFilePath(folder.filePath(QStringLiteral("defaults.ini")));
+    UserDefaults::standard().setFilePath(folder.filePath(QStringLiteral("defaults.json")));
     useService(QStringLiteral("127.0.0.1:%1").arg(server.port()));
     MainQueueTestClock::start();
 

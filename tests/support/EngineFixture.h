@@ -149,7 +149,7 @@ public:
         zelvano::http::Traffic::addObserver(traffic);
         zelvano::useService(sandbox.url().authority());
         zelvano::ZVConfigTestAccess::reset();
-        defaults().setFilePath(m_folder.filePath(QStringLiteral("defaults.ini")));
+        defaults().setFilePath(m_folder.filePath(QStringLiteral("defaults.json")));
         zelvano::MainQueueTestClock::start();
         engine = zelvano::Zelvano::create();
         engine->addListener(listener);
