@@ -86,10 +86,10 @@ void MainQueue::cancelPreviousPerformRequests(const void *target)
     std::vector<Task> dropped; // Destroyed after the lock is released: a task may own an object that calls the queue.
     const QMutexLocker lock(&m_mutex);
     std::erase_if(m_delayed, [&](auto &entry) {
-        const bool isTargets = entry.second.target == target;
-        if (isTargets)
+        const bool matches = entry.second.target == target;
+        if (matches)
             dropped.push_back(std::move(entry.second.task));
-        return isTargets;
+        return matches;
     });
 }
 

@@ -36,12 +36,12 @@ void NotificationCenter::removeObserver(const void *observer, const QString &nam
 {
     std::vector<std::shared_ptr<Entry>> removed; // Destroyed last: a handler may own an object that calls the centre.
     std::erase_if(m_entries, [&](const auto &entry) {
-        const bool isIts = entry->observer == observer && (name.isNull() || name == entry->name);
-        if (isIts) {
+        const bool matches = entry->observer == observer && (name.isNull() || name == entry->name);
+        if (matches) {
             entry->isRemoved = true; // For a post() that iterates over a copy.
             removed.push_back(entry);
         }
-        return isIts;
+        return matches;
     });
 }
 

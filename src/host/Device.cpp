@@ -51,9 +51,9 @@ struct Device::Private
 {
     mutable QMutex mutex;
     QPointer<QScreen> followedScreen;
-    bool isOrientationHosts = false;
-    std::optional<UIUserInterfaceIdiom> hostsIdiom;
-    UIUserInterfaceIdiom screensIdiom = UIUserInterfaceIdiom::Unspecified;
+    bool hostSetsOrientation = false;
+    std::optional<UIUserInterfaceIdiom> idiomOfHost;
+    UIUserInterfaceIdiom idiomOfScreen = UIUserInterfaceIdiom::Unspecified;
     QString systemVersion = QSysInfo::productVersion();
     UIDeviceOrientation orientation = UIDeviceOrientation::Unknown;
 
@@ -87,21 +87,21 @@ void Device::followScreen()
         return;
     d->followedScreen = screen;
     const auto follow = [this, screen] {
-        if (!d->isOrientationHosts)
+        if (!d->hostSetsOrientation)
             d->changeOrientation(orientationOf(*screen));
     };
     QObject::connect(screen, &QScreen::orientationChanged, screen, follow);
     QObject::connect(screen, &QScreen::primaryOrientationChanged, screen, follow);
     const QMutexLocker lock(&d->mutex);
-    d->screensIdiom = idiomOf(*screen);
-    if (!d->isOrientationHosts)
+    d->idiomOfScreen = idiomOf(*screen);
+    if (!d->hostSetsOrientation)
         d->orientation = orientationOf(*screen);
 }
 
 UIUserInterfaceIdiom Device::userInterfaceIdiom() const
 {
     const QMutexLocker lock(&d->mutex);
-    return d->hostsIdiom.value_or(d->screensIdiom);
+    return d->idiomOfHost.value_or(d->idiomOfScreen);
 }
 
 QString Device::systemVersion() const
@@ -119,7 +119,7 @@ UIDeviceOrientation Device::orientation() const
 void Device::setUserInterfaceIdiom(UIUserInterfaceIdiom idiom)
 {
     const QMutexLocker lock(&d->mutex);
-    d->hostsIdiom = idiom;
+    d->idiomOfHost = idiom;
 }
 
 void Device::setSystemVersion(const QString &version)
@@ -130,7 +130,7 @@ void Device::setSystemVersion(const QString &version)
 
 void Device::setOrientation(UIDeviceOrientation orientation)
 {
-    d->isOrientationHosts = true;
+    d->hostSetsOrientation = true;
     d->changeOrientation(orientation);
 }
 
