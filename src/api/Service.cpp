@@ -1,6 +1,6 @@
 #include <ZelvanoUI/Service.h>
 
-#include "Host.h"
+#include "Origin.h"
 #include "Routes.h"
 #include <ZelvanoUI/Protocol.h>
 

@@ -9,7 +9,7 @@
 namespace zelvano::http {
 
 class Transfer;
-struct Host;
+struct Queue;
 
 /// The task behind the handle. The handle owns it, and so does the loop from resume() to the completion. Request and
 /// completion are released when the completion has run, even if the handle lives on.
@@ -32,9 +32,9 @@ public:
     /// Where the loop keeps the job. Networking thread only.
     struct Place
     {
-        Host *host = nullptr;
+        Queue *queue = nullptr;
         Transfer *transfer = nullptr;                                     ///< Null without a slot.
-        std::optional<std::list<std::shared_ptr<Job>>::iterator> waiting; ///< In the host's list.
+        std::optional<std::list<std::shared_ptr<Job>>::iterator> waiting; ///< In the queue's list.
     } place;
 
 private:

@@ -1,5 +1,7 @@
 #include "Queues.h"
 
+#include "Origin.h"
+
 namespace zelvano::http {
 
 void Queues::enqueue(const std::shared_ptr<Job> &job)
@@ -11,36 +13,36 @@ void Queues::enqueue(const std::shared_ptr<Job> &job)
         m_lastKey =
             QByteArray::number(int(request.purpose)) + request.url.scheme().toLatin1() + ' ' + hostAndPort(request.url);
     }
-    Host &host = m_hosts[m_lastKey];
-    host.key = m_lastKey;
-    job->place.host = &host;
-    job->place.waiting = host.waiting.insert(host.waiting.end(), job);
-    fillSlots(host);
+    Queue &queue = m_queues[m_lastKey];
+    queue.key = m_lastKey;
+    job->place.queue = &queue;
+    job->place.waiting = queue.waiting.insert(queue.waiting.end(), job);
+    fillSlots(queue);
 }
 
 bool Queues::withdraw(Job &job)
 {
     if (!job.place.waiting)
         return false;
-    // The host stays: a job only waits while others run.
-    job.place.host->waiting.erase(*std::exchange(job.place.waiting, {}));
+    // The queue stays: a job only waits while others run.
+    job.place.queue->waiting.erase(*std::exchange(job.place.waiting, {}));
     return true;
 }
 
 void Queues::release(Job &job)
 {
-    Host &host = *std::exchange(job.place.host, nullptr);
-    --host.active;
-    fillSlots(host);
-    if (host.active == 0)
-        m_hosts.erase(QByteArray(host.key));
+    Queue &queue = *std::exchange(job.place.queue, nullptr);
+    --queue.active;
+    fillSlots(queue);
+    if (queue.active == 0)
+        m_queues.erase(QByteArray(queue.key));
 }
 
 std::vector<std::shared_ptr<Job>> Queues::takeAll()
 {
     std::vector<std::shared_ptr<Job>> all = takeReady();
-    for (auto &[key, host] : m_hosts) {
-        for (const auto &job : std::exchange(host.waiting, {})) {
+    for (auto &[key, queue] : m_queues) {
+        for (const auto &job : std::exchange(queue.waiting, {})) {
             job->place.waiting.reset();
             all.push_back(job);
         }
@@ -48,13 +50,13 @@ std::vector<std::shared_ptr<Job>> Queues::takeAll()
     return all;
 }
 
-void Queues::fillSlots(Host &host)
+void Queues::fillSlots(Queue &queue)
 {
-    while (host.active < SlotsPerHost && !host.waiting.empty()) {
-        host.waiting.front()->place.waiting.reset();
-        m_ready.push_back(std::move(host.waiting.front()));
-        host.waiting.pop_front();
-        ++host.active;
+    while (queue.active < SlotsPerHost && !queue.waiting.empty()) {
+        queue.waiting.front()->place.waiting.reset();
+        m_ready.push_back(std::move(queue.waiting.front()));
+        queue.waiting.pop_front();
+        ++queue.active;
     }
 }
 

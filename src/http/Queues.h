@@ -1,12 +1,20 @@
 #pragma once
 
-#include "Host.h"
 #include "Job.h"
 
+#include <list>
 #include <unordered_map>
 #include <vector>
 
 namespace zelvano::http {
+
+/// The jobs of one purpose, scheme, host and port.
+struct Queue
+{
+    QByteArray key;
+    std::list<std::shared_ptr<Job>> waiting;
+    int active = 0; ///< Jobs that have a slot.
+};
 
 /// Limits concurrent transfers per host and purpose. The rest wait in FIFO order.
 /// Pure bookkeeping, without clock or I/O. Networking thread only.
@@ -28,10 +36,10 @@ public:
     std::vector<std::shared_ptr<Job>> takeAll();
 
 private:
-    void fillSlots(Host &host);
+    void fillSlots(Queue &queue);
 
-    /// Hosts with at least one job. Its elements keep their address.
-    std::unordered_map<QByteArray, Host> m_hosts;
+    /// Those with at least one job. The elements keep their address.
+    std::unordered_map<QByteArray, Queue> m_queues;
     std::vector<std::shared_ptr<Job>> m_ready;
     /// The key of the last request. Events go to one URL, one after another.
     QUrl m_lastUrl;

@@ -2,7 +2,7 @@
 
 #include "Errors.h"
 #include "Headers.h"
-#include "Host.h"
+#include "Origin.h"
 #include "Routes.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-#include "Host.h"
 #include "HttpLoad.h"
+#include "Origin.h"
 #include "Process.h"
 #include "Routes.h"
 #include "SkippedTime.h"

@@ -1,4 +1,4 @@
-#include "Host.h"
+#include "Origin.h"
 
 namespace zelvano::http {
 
