@@ -44,7 +44,7 @@ void SessionOverlay::showOver(QQuickItem *playerView, QSizeF videoSize)
     const auto overlay = m_view;
     // First: the impression is sent before the overlay has its place.
     overlay->setHidden(false);
-    if (!m_view) // The host dismissed.
+    if (overlay != m_view) // The host dismissed.
         return;
     m_proportion = videoSize.height() / videoSize.width();
     m_playerView = std::make_unique<VideoView>(playerView);
@@ -55,7 +55,7 @@ void SessionOverlay::showOver(QQuickItem *playerView, QSizeF videoSize)
     });
     followPlayer();
     overlay->setParentItem(windowContent());
-    if (m_view && !overlay->parentItem())
+    if (overlay == m_view && !overlay->parentItem())
         ZV_LOG("Error: no window is visible, so the overlay is not");
 }
 
