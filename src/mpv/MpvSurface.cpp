@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QOpenGLContext>
 #include <QOpenGLFramebufferObject>
+#include <QOpenGLFunctions>
 #include <QQuickOpenGLUtils>
 #include <QQuickWindow>
 #include <QSGSimpleTextureNode>
@@ -54,8 +55,17 @@ private:
         QQuickOpenGLUtils::resetOpenGLState();
     }
 
+    /// Over OpenGL without a GPU, a video that mpv 0.40 draws in several passes now and then stays black.
+    void avoidPasses() const
+    {
+        const auto *const renderer = QOpenGLContext::currentContext()->functions()->glGetString(GL_RENDERER);
+        if (QByteArrayView(reinterpret_cast<const char *>(renderer)).contains("llvmpipe"))
+            m_core->command({"set", "gpu-dumb-mode", "yes"});
+    }
+
     std::unique_ptr<MpvCanvas> createCanvas() const
     {
+        avoidPasses();
         mpv_opengl_init_params functions{&findFunction, nullptr};
         std::array parameters{apiOf(MPV_RENDER_API_TYPE_OPENGL),
                               mpv_render_param{MPV_RENDER_PARAM_OPENGL_INIT_PARAMS, &functions},
