@@ -225,16 +225,16 @@ void ZVMPMoviePlayerSubscribe::setNextVideo(const QString &url)
 
 void ZVMPMoviePlayerSubscribe::playNextVideo(const QString &url)
 {
-    const auto watched = player();
-    if (!watched)
-        return;
-    watched->stop();
+    const auto watched = player(); // Null after the dismissal.
+    if (watched)
+        watched->stop();
     if (!url.isNull()) {
         ZV_LOG("video-url: " << url);
-        if (mayOpen(*watched, url))
+        if (watched && mayOpen(*watched, url))
             watched->setContentURL(url);
     }
-    watched->play();
+    if (watched)
+        watched->play();
 }
 
 std::shared_ptr<MPMoviePlayerController> ZVMPMoviePlayerSubscribe::player() const
