@@ -60,7 +60,9 @@ void ZVRecommendationTableViewCell::cellForItemAtIndexPath(ZVItemView *, const I
 
 void ZVRecommendationTableViewCell::didSelectItemAtIndexPath(ZVItemView *, const IndexPath &path)
 {
-    report(m_recommendations[static_cast<std::size_t>(path.row)], m_delegate, view());
+    const auto row = static_cast<std::size_t>(path.row);
+    if (row < m_recommendations.size()) // The row's cells may still be those of longer recommendations.
+        report(m_recommendations[row], m_delegate, view());
 }
 
 } // namespace zelvano
