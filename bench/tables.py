@@ -23,7 +23,7 @@ def runs(program):
 
 
 def number(value):
-    return f"{value:,.0f}" if value >= 1000 else f"{value:.3g}"
+    return f"{value:,.0f}" if abs(value) >= 1000 else f"{value:.3g}"
 
 
 def median(values):
