@@ -151,8 +151,6 @@ error while paused | send 0.2, begin, pause, hear pause, break, play, hear (fail
 error in a stall | stalled, break, hear (failed) | begin, (failed), pause | begin, (failed)
 error at a seek over qt | send 0.2, begin, pause, hear pause, break, seek 2.5, play, hear (failed)
   | begin, pause, seek 3, play, (failed), pause | begin, pause, seek +3, play 3, (failed)
-error at a seek over mpv | send 0.2, begin, pause, hear pause, break, seek 2.5, hear (failed)
-  | begin, pause, (failed) | -
 error after the end over ffmpeg | whole, break, play, hear (failed) | whole, play, (failed) | whole, play 0, (failed)
 error after the end over gstreamer | whole, break, play, hear (failed)
   | whole, play, seek 0, pause, (failed), pause | whole, play 0, (failed)
