@@ -79,9 +79,11 @@ std::shared_ptr<ZelvanoViewController> ZelvanoViewController::create(const QStri
     std::shared_ptr<ZelvanoViewController> self(new ZelvanoViewController(apiKey), MainThreadDeleter{});
     auto *const controller = self.get();
     NotificationCenter::defaultCenter().addObserver(controller, UIDeviceOrientationDidChangeNotification,
-                                                    [d = controller->d.get()](const Notification &) {
-                                                        d->overlay.followPlayer();
-                                                        d->postSuggestions();
+                                                    [controller](const Notification &) {
+                                                        // The host may drop it when the overlay moves.
+                                                        const auto keepAlive = controller->weak_from_this().lock();
+                                                        controller->d->overlay.followPlayer();
+                                                        controller->d->postSuggestions();
                                                     });
     return {controller, [self = std::move(self)](ZelvanoViewController *) mutable {
                 self->d->delegate.reset();

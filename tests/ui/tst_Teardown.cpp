@@ -157,7 +157,7 @@ private Q_SLOTS:
         addColumns<QString, bool>({"call", "drops"}); // Or dismisses.
         for (const auto *call : {"selection", "selection by the page", "selection by the page, without event loop",
                                  "selection in the list", "selection in the categories", "done", "focus", "native list",
-                                 "plug-in", "rotation", "showing"}) {
+                                 "plug-in", "rotation", "frame at a rotation", "frame at a layout", "showing"}) {
             for (const bool drops : {false, true})
                 QTest::addRow("%s, %s", call, drops ? "drop" : "dismiss") << QString::fromLatin1(call) << drops;
         }
@@ -209,6 +209,15 @@ private Q_SLOTS:
             QVERIFY(waitUntil([&] { return !scene.overlay()->isVisible(); }));
             connect(scene.overlay(), &QQuickItem::visibleChanged, scene.window.get(), endIt, Qt::SingleShotConnection);
             scene.show();
+        } else if (call.startsWith("frame"_L1)) {
+            scene.service.settle(); // A call on its way keeps the controller.
+            scene.show();
+            connect(scene.overlay(), &QQuickItem::widthChanged, scene.window.get(), endIt);
+            if (call == "frame at a rotation"_L1)
+                scene.overlay()->setHidden(true); // Else it follows the layout first.
+            scene.playerView.setSize({200, 150});
+            if (call == "frame at a rotation"_L1)
+                Device::current().setOrientation(UIDeviceOrientation::PortraitUpsideDown);
         } else if (call == "native list"_L1) {
             scene.controller->setRecommendationView(std::make_shared<OwnView>(endIt));
             scene.recommend(3);
