@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZelvanoUI/PlayerSubscription.h>
+#include <ZelvanoUI/PlayerSubscriber.h>
 #include <ZelvanoUI/Protocol.h>
 #include <ZelvanoUI/SessionState.h>
 #include <ZelvanoUI/ZVConfig.h>

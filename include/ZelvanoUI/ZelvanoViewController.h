@@ -4,7 +4,6 @@
 #include <ZelvanoUI/ZVRecommendationView.h>
 #include <ZelvanoUI/ZVTopRecommendationView.h>
 #include <ZelvanoUI/Zelvano.h>
-#include <ZelvanoUI/ZelvanoViewControllerDelegate.h>
 #include <ZelvanoUI/zelvanoui_export.h>
 
 #include <QJsonArray>
@@ -14,6 +13,23 @@
 #include <optional>
 
 namespace zelvano {
+
+class ZelvanoViewController;
+
+/// Receives what a controller reports to its host. All functions are optional. Main thread.
+class ZELVANOUI_EXPORT ZelvanoViewControllerDelegate
+{
+public:
+    virtual ~ZelvanoViewControllerDelegate() = default;
+
+    /// The viewer chose a recommendation, in the overlay or in a native view.
+    virtual void didSelectVideo(ZelvanoViewController * /*controller*/,
+                                const std::shared_ptr<ZVVideoParams> & /*video*/)
+    {
+    }
+    /// The host dismissed the controller, or the viewer closed the player.
+    virtual void didSelectDone(ZelvanoViewController * /*controller*/) {}
+};
 
 /// The one object that most hosts need. It owns the engine and the overlay, shows the overlay over the paused player
 /// and makes the player switch to the video that the viewer chooses there. Main thread.

@@ -3,7 +3,6 @@
 #include "Logging.h"
 #include <ZelvanoUI/Player.h>
 #include <ZelvanoUI/PlayerEvents.h>
-#include <ZelvanoUI/PlayerSubscription.h>
 
 #include <utility>
 

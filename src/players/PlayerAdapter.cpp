@@ -1,7 +1,5 @@
 #include "PlayerAdapter.h"
 
-#include <ZelvanoUI/PlayerSubscription.h>
-
 namespace zelvano {
 
 void PlayerAdapter::sendPage()

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <ZelvanoUI/PlayerSubscriber.h>
-#include <ZelvanoUI/PlayerSubscription.h>
 
 #include <QStringList>
 
