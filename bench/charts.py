@@ -2,12 +2,10 @@
 
 from html import escape
 
+from figures import number
+
 WIDTH, LABELS, MARGIN, ROW = 760, 210, 16, 30
 COLOURS = ["#2a6fb0", "#e08a1e", "#4c9a4c", "#8a63a8", "#8c8c8c"]
-
-
-def number(value):
-    return f"{value:,.0f}" if value >= 100 else f"{value:.3g}"
 
 
 def text(x, y, content, size=14, weight="normal", anchor="start", colour="#222"):

@@ -7,14 +7,10 @@ from datetime import timedelta
 from pathlib import Path
 
 import charts
-from charts import number
+from figures import number, table
 
 found = json.loads(Path(sys.argv[1]).read_text())
 target = Path(sys.argv[2])
-
-
-def table(head, rows):
-    return "\n".join("| " + " | ".join(row) + " |" for row in [head, ["---"] * len(head), *rows])
 
 
 def costs():

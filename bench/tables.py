@@ -3,12 +3,13 @@
 and the highest value of all repetitions. Usage: tables.py FOLDER MACHINE-LINE CHARTS-FOLDER"""
 
 import json
-import statistics
 import sys
 from pathlib import Path
+from statistics import median
 
 import charts
 import costs
+from figures import number, table
 
 folder = Path(sys.argv[1])
 
@@ -22,14 +23,6 @@ def runs(program):
     return {name.split("/iterations:")[0]: repetitions for name, repetitions in found.items()}
 
 
-def number(value):
-    return f"{value:,.0f}" if abs(value) >= 1000 else f"{value:.3g}"
-
-
-def median(values):
-    return statistics.median(list(values))
-
-
 def cell(values):
     values = list(values)
     return f"{number(median(values))} ({number(min(values))}–{number(max(values))})"
@@ -37,10 +30,6 @@ def cell(values):
 
 def column(repetitions, counter):
     return [run[counter] for run in repetitions]
-
-
-def table(head, rows):
-    return "\n".join("| " + " | ".join(row) + " |" for row in [head, ["---"] * len(head), *rows])
 
 
 def player_event():
@@ -143,11 +132,14 @@ def thumbnails():
     return table(["100 thumbnails", "library", "by hand", "ratio", "wanted"], rows), len(found)
 
 
+def lines(program):
+    """The runs of a program that measures once and prints one line of JSON."""
+    return [json.loads(line) for line in (folder / f"{program}.jsonl").read_text().splitlines()]
+
+
 def processes(program, head, figures):
-    """A program of which each run is a process of its own, and one line."""
-    found = [json.loads(line) for line in (folder / f"{program}.jsonl").read_text().splitlines()]
-    rows = [[label, cell(column(found, figure)), wanted]
-            for figure, (label, wanted) in figures.items()]
+    found = lines(program)
+    rows = [[label, cell(column(found, figure)), wanted] for figure, (label, wanted) in figures.items()]
     return table([head, "measured", "wanted"], rows), len(found)
 
 
@@ -213,7 +205,7 @@ def chart_of_list(path):
 
 
 def chart_of_start(path):
-    found = [json.loads(line) for line in (folder / "bench_session.jsonl").read_text().splitlines()]
+    found = lines("bench_session")
     names = [name for name, _, _ in found[0]["calls"]]
     times = {name: [median(call[i] for run in found for call in run["calls"] if call[0] == name) for i in (1, 2)]
              for name in names}
