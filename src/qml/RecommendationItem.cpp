@@ -32,10 +32,10 @@ void RecommendationItem::setRecommendations(Recommendations *recommendations)
     m_recommendations = recommendations;
     if (recommendations) {
         connect(recommendations, &QObject::destroyed, this, &RecommendationItem::recommendationsChanged);
-        for (const auto change :
-             {&Recommendations::statusChanged, &Recommendations::videosChanged, &Recommendations::runningChanged})
+        connect(recommendations, &Recommendations::sessionBegan, this, &RecommendationItem::begin);
+        for (const auto change : {&Recommendations::sessionBegan, &Recommendations::statusChanged,
+                                  &Recommendations::videosChanged, &Recommendations::runningChanged})
             connect(recommendations, change, this, &RecommendationItem::contentChanged);
-        connect(recommendations, &Recommendations::controllerChanged, this, &RecommendationItem::begin);
         connect(recommendations, &Recommendations::activeChanged, this, &RecommendationItem::clear);
         begin();
     }

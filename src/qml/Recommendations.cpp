@@ -237,7 +237,6 @@ void Recommendations::beginSession(const std::shared_ptr<QObject> &player)
     controller->zelvano()->addListener(m_listener);
     connect(controller->zelvano().get(), &Zelvano::progressChanged, this, &Recommendations::updateStatus);
     controller->setPlayer(player, m_pageId);
-    Q_EMIT controllerChanged();
 }
 
 std::shared_ptr<Zelvano> Recommendations::engine() const

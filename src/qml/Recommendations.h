@@ -168,9 +168,8 @@ public:
     /// The session's engine; null without a session.
     std::shared_ptr<Zelvano> engine() const;
 
-    /// Null without a session. Each new session changes it. For the items of this module.
+    /// Null without a session. For the items of this module.
     std::shared_ptr<ZelvanoViewController> controller() const { return m_controller; }
-    Q_SIGNAL void controllerChanged();
 
     // QQmlParserStatus
     void classBegin() override { m_isComplete = false; }
