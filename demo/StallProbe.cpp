@@ -13,109 +13,105 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 frame = 16'000'000; // Nanoseconds.
+constexpr std::chrono::milliseconds frame(16);
 
-double milliseconds(qint64 nanoseconds)
+double milliseconds(std::chrono::nanoseconds time)
 {
-    return std::round(static_cast<double>(nanoseconds) / 1e4) / 100;
+    return std::round(static_cast<double>(time.count()) / 1e4) / 100;
 }
 
-/// CPU time of the calling thread, in nanoseconds.
-qint64 threadCpu()
+/// CPU time of the calling thread.
+std::chrono::nanoseconds threadCpu()
 {
     timespec time = {};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return qint64{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+QString nameOf(QEvent::Type event)
+{
+    const auto *const name = QMetaEnum::fromType<QEvent::Type>().valueToKey(event);
+    return name ? QString::fromLatin1(name) : QString::number(event);
 }
 
 } // namespace
-
-QElapsedTimer StallProbe::startedClock()
-{
-    QElapsedTimer clock;
-    clock.start();
-    return clock;
-}
 
 void StallProbe::reset()
 {
     m_longest.clear();
     m_long.clear();
-    m_clock.start();
+    m_start = Clock::now();
 }
 
 QJsonObject StallProbe::summary() const
 {
-    const auto longest = [this](Whose whose) {
-        const auto found = m_longest.find(whose);
+    const auto longest = [this](Cause cause) {
+        const auto found = m_longest.find(cause);
         return found == m_longest.end() ? Stall() : found->second;
     };
-    return {{"longestStallMs"_L1, milliseconds(longest(Whose::Librarys).nanoseconds)},
-            {"longestStallCpuMs"_L1, milliseconds(longest(Whose::Librarys).cpu)},
-            {"webEngineStartMs"_L1, milliseconds(longest(Whose::WebEngines).nanoseconds)},
-            {"longestDrawingMs"_L1, milliseconds(longest(Whose::Drawing).nanoseconds)},
-            {"longestOtherMs"_L1, milliseconds(longest(Whose::Others).nanoseconds)},
-            {"longestOther"_L1, longest(Whose::Others).receiver}};
+    return {{"longestStallMs"_L1, milliseconds(longest(Cause::Library).duration)},
+            {"longestStallCpuMs"_L1, milliseconds(longest(Cause::Library).cpu)},
+            {"webEngineStartMs"_L1, milliseconds(longest(Cause::WebEngineStart).duration)},
+            {"longestDrawingMs"_L1, milliseconds(longest(Cause::Drawing).duration)},
+            {"longestOtherMs"_L1, milliseconds(longest(Cause::Other).duration)},
+            {"longestOther"_L1, longest(Cause::Other).receiver}};
 }
 
 QJsonArray StallProbe::longerThanAFrame() const
 {
-    static const std::map<Whose, QString> names{
-        {Whose::Librarys, u"library"_s}, {Whose::WebEngines, u"web engine's start"_s}, {Whose::Others, u"others"_s}};
+    static const std::map<Cause, QString> causes{{Cause::Library, u"library"_s},
+                                                 {Cause::WebEngineStart, u"start of the web engine"_s},
+                                                 {Cause::Other, u"other"_s}};
     QJsonArray list;
     for (const auto &stall : m_long)
-        list.append(QJsonObject{{"ms"_L1, milliseconds(stall.nanoseconds)},
+        list.append(QJsonObject{{"ms"_L1, milliseconds(stall.duration)},
                                 {"cpuMs"_L1, milliseconds(stall.cpu)},
                                 {"beganMs"_L1, milliseconds(stall.begin)},
-                                {"whose"_L1, names.at(stall.whose)},
+                                {"cause"_L1, causes.at(stall.cause)},
                                 {"receiver"_L1, stall.receiver},
-                                {"event"_L1, stall.event}});
+                                {"event"_L1, nameOf(stall.event)}});
     return list;
 }
 
-StallProbe::Whose StallProbe::whoseIs(const QObject *receiver, QEvent::Type type) const
+StallProbe::Cause StallProbe::causeOf(const QObject *receiver, QEvent::Type event)
 {
-    const bool draws = type == QEvent::Expose || type == QEvent::UpdateRequest || type == QEvent::Timer;
+    const bool draws = event == QEvent::Expose || event == QEvent::UpdateRequest || event == QEvent::Timer;
     if (receiver->isWindowType() && draws)
-        return Whose::Drawing;
-    const bool isLibrarys = receiver->objectName() == "zelvano::MainQueue"_L1 ||
-                            qstrncmp(receiver->metaObject()->className(), "zelvano::", 9) == 0;
-    return isLibrarys ? Whose::Librarys : Whose::Others;
+        return Cause::Drawing;
+    const bool isOfLibrary = receiver->objectName() == "zelvano::MainQueue"_L1 ||
+                             qstrncmp(receiver->metaObject()->className(), "zelvano::", 9) == 0;
+    return isOfLibrary ? Cause::Library : Cause::Other;
 }
 
 bool StallProbe::notify(QObject *receiver, QEvent *event)
 {
-    if (m_depth > 0 || QThread::currentThread() != thread())
+    if (QThread::currentThread() != thread() || m_isMeasuring)
         return QGuiApplication::notify(receiver, event);
-    const bool hadStarted = hasStarted();
-    // Read now: the event may delete the receiver.
-    const auto *className = receiver->metaObject()->className();
     const auto type = event->type();
-    auto whose = whoseIs(receiver, type);
+    // Read now: the event may delete the receiver.
+    Stall stall{causeOf(receiver, type), QString::fromLatin1(receiver->metaObject()->className()), type};
+    const bool hadStarted = m_webEngineHasStarted();
     const auto cpu = threadCpu();
-    const auto begin = m_clock.nsecsElapsed();
-    ++m_depth;
+    const auto begin = Clock::now();
+    m_isMeasuring = true;
     const bool result = QGuiApplication::notify(receiver, event);
-    --m_depth;
-    const auto elapsed = m_clock.nsecsElapsed() - begin;
-    if (hadStarted != hasStarted())
-        whose = Whose::WebEngines;
-    auto &longest = m_longest[whose];
-    const bool isLong = elapsed > frame && whose != Whose::Drawing;
-    if (elapsed <= longest.nanoseconds && !isLong)
-        return result;
-    const auto *const typeName = QMetaEnum::fromType<QEvent::Type>().valueToKey(type);
-    const Stall stall{elapsed,
-                      threadCpu() - cpu,
-                      begin,
-                      whose,
-                      QString::fromLatin1(className),
-                      typeName ? QString::fromLatin1(typeName) : QString::number(type)};
-    if (elapsed > longest.nanoseconds)
-        longest = stall;
-    if (isLong)
-        m_long.push_back(stall);
+    m_isMeasuring = false;
+    stall.begin = begin - m_start;
+    stall.duration = Clock::now() - begin;
+    stall.cpu = threadCpu() - cpu;
+    if (hadStarted != m_webEngineHasStarted())
+        stall.cause = Cause::WebEngineStart;
+    record(stall);
     return result;
+}
+
+void StallProbe::record(const Stall &stall)
+{
+    auto &longest = m_longest[stall.cause];
+    if (stall.duration > longest.duration)
+        longest = stall;
+    if (stall.duration > frame && stall.cause != Cause::Drawing)
+        m_long.push_back(stall);
 }
 
 } // namespace demo

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QElapsedTimer>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QJsonArray>
 #include <QJsonObject>
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <vector>
@@ -22,8 +22,8 @@ public:
 
     /// Starts the measurement again.
     void reset();
-    /// Counts the event during which this becomes true apart from the others: the web engine starts only once.
-    void setExcuse(std::function<bool()> hasStarted) { m_hasStarted = std::move(hasStarted); }
+    /// Counts the event in which the web engine starts apart from the others, since that happens only once.
+    void watchWebEngine(std::function<bool()> hasStarted) { m_webEngineHasStarted = std::move(hasStarted); }
 
     /// In milliseconds, the longest event of: the library (its main queue and its own objects), with its CPU time on
     /// this thread; the web engine's start; drawing a window; all others, with the receiver. The others include the
@@ -35,26 +35,26 @@ public:
     bool notify(QObject *receiver, QEvent *event) override;
 
 private:
-    enum class Whose { Librarys, WebEngines, Drawing, Others };
+    using Clock = std::chrono::steady_clock;
+    enum class Cause { Library, WebEngineStart, Drawing, Other };
     struct Stall
     {
-        qint64 nanoseconds = 0;
-        qint64 cpu = 0;
-        qint64 begin = 0;
-        Whose whose = Whose::Others;
+        Cause cause = Cause::Other;
         QString receiver;
-        QString event;
+        QEvent::Type event = QEvent::None;
+        std::chrono::nanoseconds begin{0}; ///< Since the reset.
+        std::chrono::nanoseconds duration{0};
+        std::chrono::nanoseconds cpu{0};
     };
 
-    static QElapsedTimer startedClock();
-    Whose whoseIs(const QObject *receiver, QEvent::Type type) const;
-    bool hasStarted() const { return !m_hasStarted || m_hasStarted(); }
+    static Cause causeOf(const QObject *receiver, QEvent::Type event);
+    void record(const Stall &stall);
 
-    int m_depth = 0;
-    QElapsedTimer m_clock = startedClock();
-    std::map<Whose, Stall> m_longest;
+    bool m_isMeasuring = false;
+    Clock::time_point m_start = Clock::now();
+    std::map<Cause, Stall> m_longest;
     std::vector<Stall> m_long;
-    std::function<bool()> m_hasStarted;
+    std::function<bool()> m_webEngineHasStarted = [] { return true; };
 };
 
 } // namespace demo

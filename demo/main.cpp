@@ -64,7 +64,7 @@ int run(demo::StallProbe &application, const demo::Options &options, zelvano::Ev
     if (!window->isVisible()) // The viewer has closed it meanwhile.
         return 0;
     host->attach(window);
-    application.setExcuse([&host] { return host->hasRecommendations(); });
+    application.watchWebEngine([&host] { return host->hasRecommendations(); });
     application.reset();
 
     std::unique_ptr<demo::ScriptRunner> runner;
