@@ -1,7 +1,7 @@
 #include <ZelvanoUI/Sandbox.h>
 
+#include "Calls.h"
 #include "HttpServer.h"
-#include "Service.h"
 #include "VideoFolder.h"
 
 #include <QFile>
@@ -225,7 +225,7 @@ struct Sandbox::Private
     QString baseUrl(const Request &request) const;
 
     mutable std::mutex mutex;
-    Service service;
+    Calls calls;
     std::vector<FaultEntry> faults;
     std::deque<Request> requests;
     quint64 lastNumber = 0;
@@ -249,7 +249,7 @@ QString Sandbox::Private::baseUrl(const Request &request) const
 Delivery Sandbox::Private::handle(const HttpRequest &httpRequest, HttpAnswer &answer)
 {
     const Request request = readRequest(httpRequest);
-    const QString call = Service::callOf(request.path);
+    const QString call = Calls::callOf(request.path);
     serve(call, request, httpRequest, answer);
 
     const std::optional<Fault> fault = takeFault(call.isNull() ? request.path : call, request.type());
@@ -267,10 +267,10 @@ void Sandbox::Private::serve(const QString &call, const Request &request, const 
     std::shared_ptr<const VideoFolder> folder;
     {
         const std::lock_guard lock(mutex);
-        folder = service.folder;
+        folder = calls.folder;
         ++hits[request.path];
         if (!call.isNull()) {
-            setBody(answer, compact(service.answer(call, request, baseUrl(request))), jsonType);
+            setBody(answer, compact(calls.answer(call, request, baseUrl(request))), jsonType);
             return;
         }
     }
@@ -375,7 +375,7 @@ QUrl Sandbox::url(const QString &path) const
 void Sandbox::setSettings(const Settings &settings)
 {
     const std::lock_guard lock(d->mutex);
-    d->service.settings = settings;
+    d->calls.settings = settings;
 }
 
 QString Sandbox::setVideos(const QString &folder, const std::function<void(const VideoProgress &)> &progress)
@@ -385,14 +385,14 @@ QString Sandbox::setVideos(const QString &folder, const std::function<void(const
         return error;
     std::shared_ptr<const VideoFolder> previous = read; // Ends without the lock.
     const std::lock_guard lock(d->mutex);
-    previous.swap(d->service.folder);
+    previous.swap(d->calls.folder);
     return {};
 }
 
 QJsonArray Sandbox::videos() const
 {
     const std::lock_guard lock(d->mutex);
-    return d->service.videos(d->baseUrl());
+    return d->calls.videos(d->baseUrl());
 }
 
 void Sandbox::addFault(const QString &path, const QString &type, const Fault &fault)
@@ -410,7 +410,7 @@ void Sandbox::clearFaults()
 void Sandbox::expireChannels()
 {
     const std::lock_guard lock(d->mutex);
-    d->service.expireChannels();
+    d->calls.expireChannels();
 }
 
 std::vector<Request> Sandbox::requests() const

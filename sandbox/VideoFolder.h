@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Library.h"
+#include "Videos.h"
 #include <ZelvanoUI/Sandbox.h>
 
 #include <QThreadPool>

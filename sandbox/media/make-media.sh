@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Draws the sample videos into OUTDIR: media/N.mp4, thumbnails/N.jpg and strips/N.jpg (eight stills side by side).
-# Needs only ffmpeg and the DejaVu fonts. Library.cpp repeats titles and lengths, and the tests compare the lengths.
+# Needs only ffmpeg and the DejaVu fonts. Videos.cpp repeats titles and lengths, and the tests compare the lengths.
 set -euo pipefail
 out=${1:?usage: make-media.sh OUTDIR}
 mkdir -p "$out"/{media,thumbnails,strips}

@@ -1,4 +1,4 @@
-#include "Library.h"
+#include "Videos.h"
 
 #include <QJsonObject>
 

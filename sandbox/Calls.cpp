@@ -1,6 +1,6 @@
-#include "Service.h"
+#include "Calls.h"
 
-#include "Library.h"
+#include "Videos.h"
 
 #include <QUuid>
 
@@ -39,7 +39,7 @@ QJsonObject newIdentity()
 
 } // namespace
 
-QString Service::callOf(const QString &path)
+QString Calls::callOf(const QString &path)
 {
     for (const auto call : {"users/id"_L1, "channels/init/zelvano"_L1, "events"_L1, "keepalive"_L1}) {
         if (path.endsWith(u'/' + call))
@@ -48,7 +48,7 @@ QString Service::callOf(const QString &path)
     return {};
 }
 
-QJsonObject Service::answer(const QString &call, const Request &request, const QString &baseUrl)
+QJsonObject Calls::answer(const QString &call, const Request &request, const QString &baseUrl)
 {
     if (request.headers.count("x-api-key") == 0)
         return withStatus(401);
@@ -61,7 +61,7 @@ QJsonObject Service::answer(const QString &call, const Request &request, const Q
     return withStatus(200);
 }
 
-QJsonObject Service::channel(const Request &request, const QString &baseUrl)
+QJsonObject Calls::channel(const Request &request, const QString &baseUrl)
 {
     m_openChannels.insert(userOf(request));
     QString apiUrl = settings.apiUrl;
@@ -79,7 +79,7 @@ QJsonObject Service::channel(const Request &request, const QString &baseUrl)
     return answer;
 }
 
-QJsonObject Service::event(const Request &request, const QString &baseUrl) const
+QJsonObject Calls::event(const Request &request, const QString &baseUrl) const
 {
     const QString type = request.type();
     if (type != "page"_L1 && type != "ready"_L1)
@@ -89,7 +89,7 @@ QJsonObject Service::event(const Request &request, const QString &baseUrl) const
     return type == "page"_L1 ? withData({{u"pageUUID"_s, newId()}}) : recommendation(request, baseUrl);
 }
 
-QJsonArray Service::edited(QJsonArray videos) const
+QJsonArray Calls::edited(QJsonArray videos) const
 {
     for (qsizetype position = 0; settings.editVideo && position < videos.size(); ++position) {
         QJsonObject video = videos[position].toObject();
@@ -99,14 +99,14 @@ QJsonArray Service::edited(QJsonArray videos) const
     return videos;
 }
 
-QJsonArray Service::videos(const QString &baseUrl) const
+QJsonArray Calls::videos(const QString &baseUrl) const
 {
     const auto all = folder ? folder->videos() : sampleVideos();
     return recommendedVideos(all, baseUrl, {}, static_cast<int>(all.size()));
 }
 
 // Samples are repeated until there are `count`, the videos of a folder are not.
-QJsonArray Service::recommended(const QString &baseUrl, const QString &playing, int count) const
+QJsonArray Calls::recommended(const QString &baseUrl, const QString &playing, int count) const
 {
     if (!folder)
         return recommendedVideos(sampleVideos(), baseUrl, playing, count);
@@ -114,7 +114,7 @@ QJsonArray Service::recommended(const QString &baseUrl, const QString &playing, 
     return recommendedVideos(own, baseUrl, playing, std::min(count, static_cast<int>(own.size())));
 }
 
-QJsonObject Service::recommendation(const Request &request, const QString &baseUrl) const
+QJsonObject Calls::recommendation(const Request &request, const QString &baseUrl) const
 {
     const int wanted = request.body.value("size"_L1).toVariant().toInt();
     const int count = settings.alwaysVideos.value_or(wanted > 0 ? std::min(wanted, maximumVideos) : settings.videos);

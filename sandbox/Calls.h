@@ -9,8 +9,8 @@
 
 namespace zelvano::sandbox {
 
-// The answers to the service's calls. Not thread-safe.
-class Service
+// Answers the service's calls. Not thread-safe.
+class Calls
 {
 public:
     // The call at the end of a path, such as "events"; null for another path.
