@@ -79,6 +79,12 @@ std::string headOf(const HttpAnswer &answer, bool keepsOpen)
 
 } // namespace
 
+void HttpAnswer::setBody(const QByteArray &bytes, const QByteArray &contentType)
+{
+    body = bytes;
+    headers = "Content-Type: " + contentType + "\r\n";
+}
+
 class HttpServer::Connection
 {
 public:

@@ -26,6 +26,10 @@ struct HttpRequest
 
 struct HttpAnswer
 {
+    static constexpr auto json = "application/json; charset=utf-8";
+
+    void setBody(const QByteArray &bytes, const QByteArray &contentType);
+
     int status = 200;
     QByteArray headers; // Each with "\r\n" at its end. The server adds Content-Length and Connection.
     QByteArray body;

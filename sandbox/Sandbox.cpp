@@ -1,13 +1,13 @@
 #include <ZelvanoUI/Sandbox.h>
 
 #include "Calls.h"
+#include "Faults.h"
+#include "Files.h"
 #include "HttpServer.h"
 #include "VideoFolder.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QRegularExpression>
 #include <QUrlQuery>
 
 #include <algorithm>
@@ -27,25 +27,11 @@ namespace zelvano::sandbox {
 
 namespace {
 
-constexpr size_t maximumLog = 10000;
-constexpr const char *jsonType = "application/json; charset=utf-8";
-
-struct FaultEntry
-{
-    QString path;
-    QString type;
-    Fault fault;
-};
+constexpr size_t maximumRequests = 10000;
 
 QByteArray compact(const QJsonObject &object)
 {
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
-}
-
-void setBody(HttpAnswer &answer, const QByteArray &body, const QByteArray &contentType)
-{
-    answer.body = body;
-    answer.headers = "Content-Type: " + contentType + "\r\n";
 }
 
 QString withoutLeadingSlash(const QString &path)
@@ -55,14 +41,14 @@ QString withoutLeadingSlash(const QString &path)
 
 Request readRequest(const HttpRequest &request)
 {
-    Request result;
-    result.time = QDateTime::currentDateTimeUtc();
-    result.method = QString::fromLatin1(request.method);
-    result.path = QUrl::fromPercentEncoding(request.target.split('?').constFirst());
-    result.headers = request.headers;
-    result.rawBody = request.body;
-    result.body = QJsonDocument::fromJson(request.body).object();
-    return result;
+    return {
+        .time = QDateTime::currentDateTimeUtc(),
+        .method = QString::fromLatin1(request.method),
+        .path = QUrl::fromPercentEncoding(request.target.split('?').constFirst()),
+        .headers = request.headers,
+        .rawBody = request.body,
+        .body = QJsonDocument::fromJson(request.body).object(),
+    };
 }
 
 QJsonObject toJson(const Request &request)
@@ -80,133 +66,6 @@ QJsonObject toJson(const Request &request)
     };
 }
 
-const char *contentTypeOf(const QString &path)
-{
-    static const std::map<QString, const char *> types{
-        {u"html"_s, "text/html; charset=utf-8"},
-        {u"css"_s, "text/css; charset=utf-8"},
-        {u"js"_s, "text/javascript; charset=utf-8"},
-        {u"mp4"_s, "video/mp4"},
-        {u"webm"_s, "video/webm"},
-        {u"mkv"_s, "video/x-matroska"},
-        {u"jpg"_s, "image/jpeg"},
-    };
-    const auto type = types.find(path.section(u'.', -1));
-    return type == types.end() ? "application/octet-stream" : type->second;
-}
-
-void refuse(HttpAnswer &answer, int status, const QByteArray &reason)
-{
-    answer.status = status;
-    setBody(answer, reason + '\n', "text/plain");
-}
-
-// Narrows `first` and `count`, the whole file, to a range such as "bytes=0-99", "bytes=100-" or "bytes=-100". False
-// when the file ends before the range. Other ranges mean the whole file.
-bool applyRange(const QByteArray &range, qint64 &first, qint64 &count)
-{
-    static const QRegularExpression form(u"^bytes=(?:(\\d+)-(\\d*)|-(\\d+))$"_s);
-    const auto match = form.match(QString::fromLatin1(range));
-    if (!match.hasMatch())
-        return true;
-    const qint64 size = count;
-    const bool isAtEnd = match.hasCaptured(3);
-    first = isAtEnd ? std::max<qint64>(size - match.captured(3).toLongLong(), 0) : match.captured(1).toLongLong();
-    const qint64 last = isAtEnd || match.captured(2).isEmpty() ? size - 1 : match.captured(2).toLongLong();
-    count = std::min(last, size - 1) - first + 1;
-    return count > 0;
-}
-
-void serveFile(const std::shared_ptr<QFile> &file, const QByteArray &range, HttpAnswer &answer)
-{
-    if (file->fileName().isEmpty() || !file->open(QIODevice::ReadOnly))
-        return refuse(answer, 404, "not found");
-    const qint64 size = file->size();
-    qint64 first = 0;
-    qint64 count = size;
-    if (!applyRange(range, first, count))
-        return refuse(answer, 416, "no such range");
-    // A film is larger than the memory. A compressed resource cannot be mapped.
-    if (const uchar *bytes = file->map(first, count)) {
-        setBody(answer, QByteArray::fromRawData(reinterpret_cast<const char *>(bytes), count),
-                contentTypeOf(file->fileName()));
-        answer.file = file;
-    } else {
-        file->seek(first);
-        setBody(answer, file->read(count), contentTypeOf(file->fileName()));
-    }
-    answer.headers += "Accept-Ranges: bytes\r\n";
-    if (count < size || !range.isEmpty()) {
-        answer.status = 206;
-        answer.headers += "Content-Range: bytes " + QByteArray::number(first) + '-' +
-                          QByteArray::number(first + count - 1) + '/' + QByteArray::number(size) + "\r\n";
-    }
-}
-
-void serveResource(const QString &path, const QByteArray &range, HttpAnswer &answer)
-{
-    QString name = path == "/"_L1 ? u"/console/"_s : path;
-    if (name.endsWith(u'/'))
-        name += "index.html"_L1;
-    if (name.contains(".."_L1))
-        return refuse(answer, 404, "not found");
-    serveFile(std::make_shared<QFile>(u":/sandbox"_s + name), range, answer);
-}
-
-// Its paths hold a number and no name, so that no path leads out of the folder.
-void serveFromFolder(const VideoFolder &folder, const QString &path, const QByteArray &range, HttpAnswer &answer)
-{
-    const int number = path.section(u'/', 2).section(u'.', 0, 0).toInt();
-    if (path.startsWith("/media/"_L1))
-        return serveFile(std::make_shared<QFile>(folder.file(number)), range, answer);
-    const auto thumbnail = path.startsWith("/thumbnails/"_L1) ? folder.thumbnail(number) : QByteArray();
-    if (thumbnail.isEmpty())
-        return refuse(answer, 404, "not found");
-    setBody(answer, thumbnail, "image/jpeg");
-}
-
-bool isVideoPath(const QString &path)
-{
-    return path.startsWith("/media/"_L1) || path.startsWith("/thumbnails/"_L1) || path.startsWith("/strips/"_L1);
-}
-
-Delivery deliveryOf(const Fault &fault)
-{
-    static const std::map<Fault::Kind, Delivery::Kind> kinds{{Fault::Kind::CutBeforeAnswer, Delivery::Kind::Nothing},
-                                                             {Fault::Kind::CutWithinAnswer, Delivery::Kind::Half},
-                                                             {Fault::Kind::Silence, Delivery::Kind::Never},
-                                                             {Fault::Kind::Drip, Delivery::Kind::Drip}};
-    const auto kind = kinds.find(fault.kind);
-    return {kind == kinds.end() ? Delivery::Kind::Whole : kind->second, fault.delay};
-}
-
-void replaceAnswer(const Fault &fault, HttpAnswer &answer)
-{
-    const auto replaceBody = [&answer](const QByteArray &body) {
-        answer.status = 200;
-        setBody(answer, body, jsonType);
-    };
-    switch (fault.kind) {
-    case Fault::Kind::HttpStatus:
-        answer.status = fault.status;
-        break;
-    case Fault::Kind::ServiceStatus:
-        replaceBody(compact({{u"status"_s, fault.status}}));
-        break;
-    case Fault::Kind::Body:
-        replaceBody(fault.body);
-        break;
-    case Fault::Kind::Garbage:
-        replaceBody(QByteArray("\x00\xff{\"status\":200,,\xc3\x28]\x80", 20));
-        break;
-    case Fault::Kind::Empty:
-        replaceBody({});
-        break;
-    default:
-        break;
-    }
-}
-
 int serviceStatusOf(const HttpAnswer &answer)
 {
     return QJsonDocument::fromJson(answer.body)["status"_L1].toInt();
@@ -218,7 +77,7 @@ struct Sandbox::Private
 {
     Delivery handle(const HttpRequest &httpRequest, HttpAnswer &answer);
     void serve(const QString &call, const Request &request, const HttpRequest &httpRequest, HttpAnswer &answer);
-    std::optional<Fault> takeFault(const QString &path, const QString &type);
+    std::optional<Fault> takeFault(const QString &call, const Request &request);
     void log(Request request, const Delivery &delivery, const HttpAnswer &answer);
     QByteArray logAfter(quint64 number) const;
     QString baseUrl() const { return u"http://127.0.0.1:%1"_s.arg(port.load()); }
@@ -226,7 +85,7 @@ struct Sandbox::Private
 
     mutable std::mutex mutex;
     Calls calls;
-    std::vector<FaultEntry> faults;
+    Faults faults;
     std::deque<Request> requests;
     quint64 lastNumber = 0;
     std::map<QString, int> hits;
@@ -236,7 +95,7 @@ struct Sandbox::Private
     std::unique_ptr<HttpServer> server;
 };
 
-/// A front end such as nginx says under which address its clients reach it.
+// A front end such as nginx says under which address its clients reach it.
 QString Sandbox::Private::baseUrl(const Request &request) const
 {
     const auto host = request.headers.find("x-forwarded-host");
@@ -252,10 +111,8 @@ Delivery Sandbox::Private::handle(const HttpRequest &httpRequest, HttpAnswer &an
     const QString call = Calls::callOf(request.path);
     serve(call, request, httpRequest, answer);
 
-    const std::optional<Fault> fault = takeFault(call.isNull() ? request.path : call, request.type());
-    const Delivery delivery = fault ? deliveryOf(*fault) : Delivery{};
-    if (fault)
-        replaceAnswer(*fault, answer);
+    const auto fault = takeFault(call, request);
+    const Delivery delivery = fault ? apply(*fault, answer) : Delivery{};
     if (!call.isNull())
         log(request, delivery, answer);
     return delivery;
@@ -270,38 +127,22 @@ void Sandbox::Private::serve(const QString &call, const Request &request, const 
         folder = calls.folder;
         ++hits[request.path];
         if (!call.isNull()) {
-            setBody(answer, compact(calls.answer(call, request, baseUrl(request))), jsonType);
+            answer.setBody(compact(calls.answer(call, request, baseUrl(request))), HttpAnswer::json);
             return;
         }
     }
     if (request.path == "/console/requests"_L1) {
         const QUrlQuery query(QUrl::fromEncoded(httpRequest.target));
-        setBody(answer, logAfter(query.queryItemValue(u"after"_s).toULongLong()), jsonType);
+        answer.setBody(logAfter(query.queryItemValue(u"after"_s).toULongLong()), HttpAnswer::json);
     } else {
-        const auto found = httpRequest.headers.find("range");
-        const auto range = found == httpRequest.headers.end() ? QByteArray() : found->second;
-        if (folder && isVideoPath(request.path))
-            serveFromFolder(*folder, request.path, range, answer);
-        else
-            serveResource(request.path, range, answer);
+        serveFile(request, folder.get(), answer);
     }
 }
 
-std::optional<Fault> Sandbox::Private::takeFault(const QString &path, const QString &type)
+std::optional<Fault> Sandbox::Private::takeFault(const QString &call, const Request &request)
 {
     const std::lock_guard lock(mutex);
-    const auto fits = [&](const FaultEntry &entry) {
-        const auto asked = withoutLeadingSlash(path);
-        const bool isThere = entry.path == asked || (entry.path.endsWith(u'/') && asked.startsWith(entry.path));
-        return isThere && (entry.type.isNull() || entry.type == type);
-    };
-    const auto entry = std::find_if(faults.begin(), faults.end(), fits);
-    if (entry == faults.end())
-        return std::nullopt;
-    const Fault fault = entry->fault;
-    if (fault.times > 0 && --entry->fault.times == 0)
-        faults.erase(entry);
-    return fault;
+    return faults.take(call.isNull() ? withoutLeadingSlash(request.path) : call, request.type());
 }
 
 void Sandbox::Private::log(Request request, const Delivery &delivery, const HttpAnswer &answer)
@@ -314,7 +155,7 @@ void Sandbox::Private::log(Request request, const Delivery &delivery, const Http
         const std::lock_guard lock(mutex);
         request.number = ++lastNumber;
         requests.push_back(request);
-        if (requests.size() > maximumLog)
+        if (requests.size() > maximumRequests)
             requests.pop_front();
     }
     if (listener)
@@ -398,7 +239,7 @@ QJsonArray Sandbox::videos() const
 void Sandbox::addFault(const QString &path, const QString &type, const Fault &fault)
 {
     const std::lock_guard lock(d->mutex);
-    d->faults.push_back({withoutLeadingSlash(path), type, fault});
+    d->faults.add(withoutLeadingSlash(path), type, fault);
 }
 
 void Sandbox::clearFaults()
