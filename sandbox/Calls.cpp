@@ -41,7 +41,7 @@ QJsonObject newIdentity()
 
 QString Calls::callOf(const QString &path)
 {
-    for (const auto call : {"users/id"_L1, "channels/init/zelvano"_L1, "events"_L1, "keepalive"_L1}) {
+    for (const auto call : allCalls) {
         if (path.endsWith(u'/' + call))
             return call;
     }
@@ -52,11 +52,11 @@ QJsonObject Calls::answer(const QString &call, const Request &request, const QSt
 {
     if (request.headers.count("x-api-key") == 0)
         return withStatus(401);
-    if (call == "users/id"_L1)
+    if (call == identityCall)
         return newIdentity();
-    if (call == "channels/init/zelvano"_L1)
+    if (call == channelCall)
         return channel(request, baseUrl);
-    if (call == "events"_L1)
+    if (call == eventCall)
         return event(request, baseUrl);
     return withStatus(200);
 }
@@ -99,19 +99,22 @@ QJsonArray Calls::edited(QJsonArray videos) const
     return videos;
 }
 
+std::vector<Video> Calls::known() const
+{
+    return folder ? folder->videos() : sampleVideos();
+}
+
 QJsonArray Calls::videos(const QString &baseUrl) const
 {
-    const auto all = folder ? folder->videos() : sampleVideos();
+    const auto all = known();
     return recommendedVideos(all, baseUrl, {}, static_cast<int>(all.size()));
 }
 
 // Samples are repeated until there are `count`, the videos of a folder are not.
 QJsonArray Calls::recommended(const QString &baseUrl, const QString &playing, int count) const
 {
-    if (!folder)
-        return recommendedVideos(sampleVideos(), baseUrl, playing, count);
-    const auto own = folder->videos();
-    return recommendedVideos(own, baseUrl, playing, std::min(count, static_cast<int>(own.size())));
+    const auto all = known();
+    return recommendedVideos(all, baseUrl, playing, folder ? std::min(count, static_cast<int>(all.size())) : count);
 }
 
 QJsonObject Calls::recommendation(const Request &request, const QString &baseUrl) const

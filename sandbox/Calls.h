@@ -5,15 +5,23 @@
 
 #include <QJsonArray>
 
+#include <array>
 #include <set>
 
 namespace zelvano::sandbox {
+
+// The calls, by the ends of their paths.
+inline constexpr QLatin1StringView identityCall{"users/id"};
+inline constexpr QLatin1StringView channelCall{"channels/init/zelvano"};
+inline constexpr QLatin1StringView eventCall{"events"};
+inline constexpr QLatin1StringView keepAliveCall{"keepalive"};
+inline constexpr std::array allCalls{identityCall, channelCall, eventCall, keepAliveCall};
 
 // Answers the service's calls. Not thread-safe.
 class Calls
 {
 public:
-    // The call at the end of a path, such as "events"; null for another path.
+    // Null for another path.
     static QString callOf(const QString &path);
 
     QJsonObject answer(const QString &call, const Request &request, const QString &baseUrl);
@@ -25,6 +33,7 @@ public:
     std::shared_ptr<const VideoFolder> folder; // Null for the sample videos.
 
 private:
+    std::vector<Video> known() const;
     QJsonObject channel(const Request &request, const QString &baseUrl);
     QJsonObject event(const Request &request, const QString &baseUrl) const;
     QJsonArray edited(QJsonArray videos) const;

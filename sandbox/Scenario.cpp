@@ -1,4 +1,4 @@
-#include <ZelvanoUI/Sandbox.h>
+#include "Calls.h"
 
 #include <algorithm>
 
@@ -26,19 +26,11 @@ struct Row
     std::vector<FaultOfPath> faults;
 };
 
-const std::vector<QString> &calls()
+std::vector<FaultOfPath> inAllCalls(const Fault &fault, std::vector<FaultOfPath> others = {})
 {
-    static const std::vector<QString> paths{u"users/id"_s, u"channels/init/zelvano"_s, u"events"_s, u"keepalive"_s};
-    return paths;
-}
-
-std::vector<FaultOfPath> everywhere(const std::vector<QString> &paths, const Fault &fault)
-{
-    std::vector<FaultOfPath> faults;
-    faults.reserve(paths.size());
-    for (const QString &path : paths)
-        faults.push_back({path, {}, fault});
-    return faults;
+    for (const auto call : allCalls)
+        others.push_back({call, {}, fault});
+    return others;
 }
 
 Fault serviceStatus(int status, int times = -1)
@@ -47,7 +39,7 @@ Fault serviceStatus(int status, int times = -1)
 }
 
 // In turn: a missing picture, no picture, an empty address, and an intact picture.
-void loosePicture(QJsonObject &video, int position)
+void spoilPicture(QJsonObject &video, int position)
 {
     const int way = position % 4;
     for (const auto &key : {u"imageUrl"_s, u"stripUrl"_s}) {
@@ -73,7 +65,7 @@ void lengthenTitle(QJsonObject &video, int position)
 }
 
 // Hebrew and Arabic, alone and mixed with left-to-right text.
-void turnTitle(QJsonObject &video, int position)
+void replaceTitle(QJsonObject &video, int position)
 {
     static const QStringList titles{u"אורות הצפון"_s, u"الغوص العميق"_s, u"גן הפטרי: פרק 3 (2024)"_s,
                                     u"سجادة من ورق — Paper Carpet"_s};
@@ -83,31 +75,29 @@ void turnTitle(QJsonObject &video, int position)
 // The changes of each scenario, by its name on the command line.
 const std::vector<Row> &table()
 {
-    const std::vector<QString> slowPaths{calls()[0], calls()[1],       calls()[2],
-                                         calls()[3], u"thumbnails/"_s, u"strips/"_s};
     const Fault late{.kind = Kind::Delay, .delay = 1s, .times = -1};
     static const std::vector<Row> rows{
         {Scenario::Ordinary, u"ordinary"_s, {}, {}},
         {Scenario::Empty, u"empty"_s, {.alwaysVideos = 0}, {}},
         {Scenario::OneVideo, u"one-video"_s, {.alwaysVideos = 1}, {}},
         {Scenario::ThousandVideos, u"thousand-videos"_s, {.alwaysVideos = 1000}, {}},
-        {Scenario::Slow, u"slow"_s, {}, everywhere(slowPaths, late)},
+        {Scenario::Slow, u"slow"_s, {}, inAllCalls(late, {{u"thumbnails/"_s, {}, late}, {u"strips/"_s, {}, late}})},
         {Scenario::ErrorStatuses,
          u"error-statuses"_s,
          {},
-         {{calls()[0], {}, serviceStatus(503)},
-          {calls()[1], {}, serviceStatus(500)},
-          {calls()[2], {}, serviceStatus(404)},
-          {calls()[3], {}, serviceStatus(401)}}},
+         {{identityCall, {}, serviceStatus(503)},
+          {channelCall, {}, serviceStatus(500)},
+          {eventCall, {}, serviceStatus(404)},
+          {keepAliveCall, {}, serviceStatus(401)}}},
         // Once for each event: the library repeats an event after each 406.
         {Scenario::ChannelLost,
          u"channel-lost"_s,
          {},
-         {{calls()[2], u"page"_s, serviceStatus(406, 1)}, {calls()[2], u"ready"_s, serviceStatus(406, 1)}}},
-        {Scenario::Garbage, u"garbage"_s, {}, everywhere(calls(), {.kind = Kind::Garbage, .times = -1})},
-        {Scenario::MissingPictures, u"missing-pictures"_s, {.editVideo = loosePicture}, {}},
+         {{eventCall, u"page"_s, serviceStatus(406, 1)}, {eventCall, u"ready"_s, serviceStatus(406, 1)}}},
+        {Scenario::Garbage, u"garbage"_s, {}, inAllCalls({.kind = Kind::Garbage, .times = -1})},
+        {Scenario::MissingPictures, u"missing-pictures"_s, {.editVideo = spoilPicture}, {}},
         {Scenario::LongTitles, u"long-titles"_s, {.editVideo = lengthenTitle}, {}},
-        {Scenario::RightToLeftTitles, u"right-to-left-titles"_s, {.editVideo = turnTitle}, {}},
+        {Scenario::RightToLeftTitles, u"right-to-left-titles"_s, {.editVideo = replaceTitle}, {}},
     };
     return rows;
 }
