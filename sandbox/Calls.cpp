@@ -110,7 +110,7 @@ QJsonArray Calls::videos(const QString &baseUrl) const
     return recommendedVideos(all, baseUrl, {}, static_cast<int>(all.size()));
 }
 
-// Samples are repeated until there are `count`, the videos of a folder are not.
+/// Samples are repeated until there are `count`, the videos of a folder are not.
 QJsonArray Calls::recommended(const QString &baseUrl, const QString &playing, int count) const
 {
     const auto all = known();

@@ -17,11 +17,11 @@ inline constexpr QLatin1StringView eventCall{"events"};
 inline constexpr QLatin1StringView keepAliveCall{"keepalive"};
 inline constexpr std::array allCalls{identityCall, channelCall, eventCall, keepAliveCall};
 
-// Answers the service's calls. Not thread-safe.
+/// Answers the service's calls. Not thread-safe.
 class Calls
 {
 public:
-    // Null for another path.
+    /// Null for another path.
     static QString callOf(const QString &path);
 
     QJsonObject answer(const QString &call, const Request &request, const QString &baseUrl);
@@ -30,7 +30,7 @@ public:
     QJsonArray videos(const QString &baseUrl) const;
 
     Settings settings;
-    std::shared_ptr<const VideoFolder> folder; // Null for the sample videos.
+    std::shared_ptr<const VideoFolder> folder; ///< Null for the sample videos.
 
 private:
     std::vector<Video> known() const;
@@ -40,7 +40,7 @@ private:
     QJsonObject recommendation(const Request &request, const QString &baseUrl) const;
     QJsonArray recommended(const QString &baseUrl, const QString &playing, int count) const;
 
-    std::set<QString> m_openChannels; // By user.
+    std::set<QString> m_openChannels; ///< By user.
 };
 
 } // namespace zelvano::sandbox

@@ -32,8 +32,8 @@ void refuse(HttpAnswer &answer, int status, const QByteArray &reason)
     answer.setBody(reason + '\n', "text/plain");
 }
 
-// Narrows `first` and `count`, the whole file, to a range such as "bytes=0-99", "bytes=100-" or "bytes=-100". False
-// when the file ends before the range. Other ranges mean the whole file.
+/// Narrows `first` and `count`, the whole file, to a range such as "bytes=0-99", "bytes=100-" or "bytes=-100". False
+/// when the file ends before the range. Other ranges mean the whole file.
 bool applyRange(const QByteArray &range, qint64 &first, qint64 &count)
 {
     static const QRegularExpression form(u"^bytes=(?:(\\d+)-(\\d*)|-(\\d+))$"_s);
@@ -84,7 +84,7 @@ void serveResource(const QString &path, const QByteArray &range, HttpAnswer &ans
     serve(std::make_shared<QFile>(u":/sandbox"_s + name), range, answer);
 }
 
-// Its paths hold a number and no name, so that no path leads out of the folder.
+/// A path holds a number and no name, so none leads out of the folder.
 void serveFromFolder(const VideoFolder &folder, const QString &path, const QByteArray &range, HttpAnswer &answer)
 {
     const int number = path.section(u'/', 2).section(u'.', 0, 0).toInt();

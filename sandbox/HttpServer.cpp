@@ -92,7 +92,7 @@ public:
 
     void waitForClose() const { waitFor(m_socket, POLLRDHUP, -1); }
 
-    // Sends both in one write, as far as the socket takes them.
+    /// Sends both in one write, as far as the socket takes them.
     bool send(std::string_view head, std::string_view body = {}) const
     {
         while (!head.empty() || !body.empty()) {
@@ -110,7 +110,7 @@ public:
         return true;
     }
 
-    // False when the connection ends first, or what arrives is not HTTP.
+    /// False when the connection ends first, or what arrives is not HTTP.
     bool read(Parser &parser)
     {
         bool isContinued = false;
@@ -128,7 +128,7 @@ public:
     }
 
 private:
-    // Parses the input. False when it is not HTTP.
+    /// Parses the input. False when it is not HTTP.
     bool parse(Parser &parser)
     {
         if (m_input.empty())

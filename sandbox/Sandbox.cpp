@@ -14,7 +14,7 @@
 #include <atomic>
 #include <deque>
 
-// Links the resources of a static library. Q_INIT_RESOURCE does not compile inside a namespace.
+/// Links the resources of a static library. Q_INIT_RESOURCE does not compile inside a namespace.
 static void initResources()
 {
     Q_INIT_RESOURCE(zelvano_sandbox_pages);
@@ -95,7 +95,7 @@ struct Sandbox::Private
     std::unique_ptr<HttpServer> server;
 };
 
-// A front end such as nginx says under which address its clients reach it.
+/// A front end such as nginx says under which address its clients reach it.
 QString Sandbox::Private::baseUrl(const Request &request) const
 {
     const auto host = request.headers.find("x-forwarded-host");

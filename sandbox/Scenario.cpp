@@ -38,7 +38,7 @@ Fault serviceStatus(int status, int times = -1)
     return {.kind = Kind::ServiceStatus, .status = status, .times = times};
 }
 
-// In turn: a missing picture, no picture, an empty address, and an intact picture.
+/// In turn: a missing picture, no picture, an empty address, and an intact picture.
 void spoilPicture(QJsonObject &video, int position)
 {
     const int way = position % 4;
@@ -52,7 +52,7 @@ void spoilPicture(QJsonObject &video, int position)
     }
 }
 
-// In turn: a long title of many words, and a long title of one word.
+/// In turn: a long title of many words, and a long title of one word.
 void lengthenTitle(QJsonObject &video, int position)
 {
     const QString title = video["title"_L1].toString();
@@ -64,7 +64,7 @@ void lengthenTitle(QJsonObject &video, int position)
             : title + u"Donaudampfschifffahrtselektrizitätenhauptbetriebswerkbauunterbeamtengesellschaft"_s;
 }
 
-// Hebrew and Arabic, alone and mixed with left-to-right text.
+/// Hebrew and Arabic, alone and mixed with left-to-right text.
 void replaceTitle(QJsonObject &video, int position)
 {
     static const QStringList titles{u"אורות הצפון"_s, u"الغوص العميق"_s, u"גן הפטרי: פרק 3 (2024)"_s,
@@ -72,7 +72,7 @@ void replaceTitle(QJsonObject &video, int position)
     video["title"_L1] = titles[position % titles.size()];
 }
 
-// The changes of each scenario, by its name on the command line.
+/// The changes of each scenario, by its name on the command line.
 const std::vector<Row> &table()
 {
     const Fault late{.kind = Kind::Delay, .delay = 1s, .times = -1};

@@ -38,7 +38,7 @@ QString cacheFileOf(const QFileInfo &file)
            QString::fromLatin1(hash.result().toHex());
 }
 
-// False for a file that is missing or damaged.
+/// False for a file that is missing or damaged.
 bool readCached(const QString &path, double &seconds, QByteArray *thumbnail = nullptr)
 {
     QFile file(path);
@@ -99,7 +99,7 @@ QString VideoFolder::open(const QString &path)
     return m_ready > 0 ? QString() : u"no video in %1 can be played"_s.arg(path);
 }
 
-// Finds the videos, by name.
+/// Finds the videos, by name.
 QString VideoFolder::list(const QString &path)
 {
     const QFileInfo folder(QFileInfo(path).canonicalFilePath()); // Empty for a path that leads nowhere.
@@ -184,8 +184,8 @@ void VideoFolder::prepare(size_t index)
     m_changed.notify_all();
 }
 
-// Fills the cache. Returns an error, null when it works. A file could be a playlist that names other files or hosts, so
-// ffmpeg gets only these containers and no network.
+/// Fills the cache. Returns an error, null when it works. A file could be a playlist that names other files or hosts,
+/// so ffmpeg gets only these containers and no network.
 QString VideoFolder::read(const Entry &entry, double &seconds) const
 {
     const QString url = u"file:"_s + entry.file;
@@ -211,7 +211,7 @@ QString VideoFolder::read(const Entry &entry, double &seconds) const
     return writeCached(entry.cacheFile, seconds, thumbnail) ? QString() : u"cannot write "_s + entry.cacheFile;
 }
 
-// Returns what the program prints; nothing when it fails, takes too long or the folder is closed.
+/// Returns what the program prints; nothing when it fails, takes too long or the folder is closed.
 QByteArray VideoFolder::run(const QString &program, const QStringList &arguments) const
 {
     QProcess process;

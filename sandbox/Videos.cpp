@@ -39,7 +39,7 @@ QJsonObject toJson(const Video &video, const QString &baseUrl, size_t round)
     return json;
 }
 
-// The index after the current video, which may be a URL or an identifier; 0 for an unknown one.
+/// The index after the current video, which may be a URL or an identifier; 0 for an unknown one.
 size_t firstIndex(const std::vector<Video> &videos, const QString &baseUrl, const QString &playing)
 {
     for (size_t index = 0; index < videos.size(); ++index) {

@@ -38,7 +38,7 @@ void printRequest(const Request &request)
     std::fflush(stdout);
 }
 
-// One line, which the next replaces; a line of its own for a file that is left out.
+/// One line, which the next replaces; a line of its own for a file that is left out.
 void printProgress(const VideoProgress &progress)
 {
     if (!progress.skipped.isNull())
