@@ -2,8 +2,8 @@
 
 #include "ClassName.h"
 #include "KalturaPlayer.h"
+#include "PluginSuggestions.h"
 #include "RecommendationService.h"
-#include "Utilities.h"
 #include "WatchedPlayer.h"
 #include <ZelvanoUI/AVPlayerViewController.h>
 #include <ZelvanoUI/Device.h>
@@ -343,13 +343,8 @@ void Recommendations::hideOverlay()
 /// controller does not post them.
 void Recommendations::feedPlugin()
 {
-    if (!m_controller || !isKindOfClassNamed(m_watched, "KPViewController"))
-        return;
-    const auto videos = subArrayToIndex(m_controller->jsonArray().value_or(QJsonArray()), m_controller->index());
-    if (videos)
-        NotificationCenter::defaultCenter().post({SuggestionsDidFetchedNotification,
-                                                  QVariant::fromValue(m_watched.data()),
-                                                  {{ZelvanoDataKey, toJSON(*videos)}}});
+    if (m_controller && isKindOfClassNamed(m_watched, "KPViewController"))
+        postSuggestions(*m_controller, m_watched);
 }
 
 void Recommendations::playNext(const RecommendedVideo &video)

@@ -2,17 +2,16 @@
 
 #include "Logging.h"
 #include "MainQueue.h"
+#include "PluginSuggestions.h"
 #include "SessionOverlay.h"
-#include "Utilities.h"
+#include "SessionViews.h"
 #include <ZelvanoUI/Device.h>
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/NotificationCenter.h>
 
 #include <QJsonDocument>
 
-#include <algorithm>
 #include <utility>
-#include <vector>
 
 namespace zelvano {
 
@@ -25,26 +24,13 @@ constexpr auto customerMediaUrl = "http://media.customer.example/videos/"_L1;
 // An adapter looks for this class by its name, and expects suggestions where it exists.
 const int registeredType = qRegisterMetaType<ZelvanoViewController *>();
 
-/// Native views store sizes and positions in the records: each gets its own.
-std::shared_ptr<ZVRecommendation> copyOf(const ZVRecommendation &recommendation)
-{
-    ZVVideoList videos;
-    for (const auto &video : recommendation.videoList())
-        videos.push_back(std::make_shared<ZVVideoParams>(video->params()));
-    auto copy = ZVRecommendation::create(recommendation.recommendation());
-    copy->setVideoList(videos);
-    return copy;
-}
-
 } // namespace
 
 struct ZelvanoViewController::Private
 {
     Private(ZelvanoViewController *controller, const QString &key) : q(controller), apiKey(key) {}
 
-    void fillNativeViews(const std::shared_ptr<ZVRecommendation> &recommendation);
     ZVTopRecommendationView *overlayOfSession();
-    void postSuggestions() const;
 
     ZelvanoViewController *const q;
     const QString apiKey;
@@ -56,8 +42,7 @@ struct ZelvanoViewController::Private
     qint64 suggestionsSize = 0;
     std::weak_ptr<ZelvanoViewControllerDelegate> delegate;
     std::shared_ptr<Zelvano> zelvano;
-    std::vector<std::shared_ptr<ZVRecommendationView>> nativeViews{nullptr}; ///< First: recommendationView().
-    std::shared_ptr<ZVRecommendation> shown; ///< The last one that the native views received.
+    SessionViews nativeViews;
     ZVVideoList videoList;
     std::shared_ptr<QObject> player;
     std::optional<QJsonArray> jsonArray;
@@ -83,7 +68,7 @@ std::shared_ptr<ZelvanoViewController> ZelvanoViewController::create(const QStri
                                                         // The host may drop it when the overlay moves.
                                                         const auto keepAlive = controller->weak_from_this().lock();
                                                         controller->d->overlay.followPlayer();
-                                                        controller->d->postSuggestions();
+                                                        postSuggestions(*controller, controller->d->player.get());
                                                     });
     return {controller, [self = std::move(self)](ZelvanoViewController *) mutable {
                 self->d->delegate.reset();
@@ -136,12 +121,22 @@ std::shared_ptr<QObject> ZelvanoViewController::player() const
 
 std::shared_ptr<ZVRecommendationView> ZelvanoViewController::recommendationView() const
 {
-    return d->nativeViews.front();
+    return d->nativeViews.first;
 }
 
 void ZelvanoViewController::setRecommendationView(const std::shared_ptr<ZVRecommendationView> &view)
 {
-    d->nativeViews.front() = view;
+    d->nativeViews.first = view;
+}
+
+void ZelvanoViewController::addRecommendationView(const std::shared_ptr<ZVRecommendationView> &view)
+{
+    d->nativeViews.add(view);
+}
+
+void ZelvanoViewController::removeRecommendationView(const std::shared_ptr<ZVRecommendationView> &view)
+{
+    d->nativeViews.remove(view);
 }
 
 ZVVideoList ZelvanoViewController::videoList() const
@@ -222,31 +217,6 @@ void ZelvanoViewController::addPlayer(const std::shared_ptr<QObject> &player)
     QMetaObject::invokeMethod(zelvano().get(), "addPlayer", Q_ARG(QObject *, player.get()));
 }
 
-// Native views
-
-void ZelvanoViewController::addRecommendationView(const std::shared_ptr<ZVRecommendationView> &view)
-{
-    d->nativeViews.push_back(view);
-    if (view && d->shown)
-        view->setRecommendations(copyOf(*d->shown));
-}
-
-void ZelvanoViewController::removeRecommendationView(const std::shared_ptr<ZVRecommendationView> &view)
-{
-    auto &views = d->nativeViews;
-    views.erase(std::remove(views.begin() + 1, views.end(), view), views.end());
-}
-
-void ZelvanoViewController::Private::fillNativeViews(const std::shared_ptr<ZVRecommendation> &recommendation)
-{
-    shown = recommendation;
-    const auto views = nativeViews; // The host may change them in a call.
-    for (std::size_t i = 0; i < views.size(); ++i) {
-        if (views[i])
-            views[i]->setRecommendations(i == 0 ? recommendation : copyOf(*recommendation));
-    }
-}
-
 // Calls of the engine
 
 void ZelvanoViewController::suggestionsDidFetched(const std::shared_ptr<Zelvano> &,
@@ -262,7 +232,7 @@ void ZelvanoViewController::suggestionsDidFetched(const std::shared_ptr<Zelvano>
         d->overlay.load(ZVConfig::shared().UITagUrl());
     }
     if (player && player == d->player)
-        d->postSuggestions();
+        postSuggestions(*this, d->player.get());
     // Only the overlay and the plug-in show the first video.
     if (d->videoList.size() > 1)
         recommendation->setVideoList(ZVVideoList(d->videoList.begin() + 1, d->videoList.end()));
@@ -270,7 +240,7 @@ void ZelvanoViewController::suggestionsDidFetched(const std::shared_ptr<Zelvano>
         recommendation->setVideoList(std::nullopt);
     MainQueue::shared().post([weak = weak_from_this(), recommendation] {
         if (const auto self = weak.lock())
-            self->d->fillNativeViews(recommendation);
+            self->d->nativeViews.show(recommendation);
     });
     d->shouldSendImpression = true;
 }
@@ -302,17 +272,6 @@ void ZelvanoViewController::addRecommendationToView(const std::shared_ptr<Zelvan
         return;
     }
     d->overlay.showOver(qobject_cast<QQuickItem *>(view), videoSize);
-}
-
-/// For the players' plug-ins. Too few videos post nothing.
-void ZelvanoViewController::Private::postSuggestions() const
-{
-    const auto part = subArrayToIndex(jsonArray.value_or(QJsonArray()), q->index());
-    if (!part)
-        return;
-    const auto object = player ? QVariant::fromValue(player.get()) : QVariant();
-    NotificationCenter::defaultCenter().post(
-        {SuggestionsDidFetchedNotification, object, {{ZelvanoDataKey, toJSON(*part)}}});
 }
 
 // Calls of the views
@@ -383,13 +342,7 @@ void ZelvanoViewController::removeZelvanoRecommendations()
         d->zelvano->stop();
     if (auto *overlay = d->overlay.view())
         overlay->setParentItem(nullptr);
-    for (const auto &native : std::vector(d->nativeViews)) {
-        if (!native)
-            continue;
-        if (auto *view = native->view())
-            view->setParentItem(nullptr);
-        native->setDelegate(nullptr);
-    }
+    d->nativeViews.takeDown();
     NotificationCenter::defaultCenter().removeObserver(this);
 }
 
