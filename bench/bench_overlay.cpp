@@ -78,6 +78,51 @@ double median(std::vector<double> values)
     return values[showings / 2];
 }
 
+/// A window with the view of a player, and with a plain item that is not visible yet.
+struct Scene
+{
+    Scene()
+    {
+        screen.setParentItem(window.contentItem());
+        screen.setSize(videoSize);
+        QImage colour(1, 1, QImage::Format_RGB32);
+        colour.fill(Qt::red);
+        plain.setParentItem(window.contentItem());
+        plain.setSize(videoSize);
+        plain.setVisible(false);
+        plain.setImage(colour);
+    }
+
+    Window window;
+    QQuickItem screen;
+    ZVImageView plain;
+};
+
+/// Milliseconds from the end of the pause's half second to the overlay.
+double showOverlay(Scene &scene, ScreenPlayer &player)
+{
+    player.play();
+    waitFor(rest);
+    const auto before = picture(scene.window);
+    const auto pause = Clock::now();
+    player.pause();
+    const double milliseconds = waitForChange(scene.window, before, pause + pauseDelay);
+    player.play();
+    waitFor(rest);
+    return milliseconds;
+}
+
+double showPlainItem(Scene &scene)
+{
+    const auto before = picture(scene.window);
+    const auto begin = Clock::now();
+    scene.plain.setVisible(true);
+    const double milliseconds = waitForChange(scene.window, before, begin);
+    scene.plain.setVisible(false);
+    waitFor(rest);
+    return milliseconds;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -97,50 +142,20 @@ int main(int argc, char **argv)
     UserDefaults::standard().setFilePath(folder.filePath(u"defaults.json"_s));
     useService(service.url().authority());
 
-    Window window;
-    QQuickItem screen;
-    screen.setParentItem(window.contentItem());
-    screen.setSize(videoSize);
-    QImage colour(1, 1, QImage::Format_RGB32);
-    colour.fill(Qt::red);
-    ZVImageView plain;
-    plain.setParentItem(window.contentItem());
-    plain.setSize(videoSize);
-    plain.setVisible(false);
-    plain.setImage(colour);
-    Application::shared().setKeyWindow(&window);
-    const auto player = std::make_shared<ScreenPlayer>(&screen);
+    Scene scene;
+    Application::shared().setKeyWindow(&scene.window);
+    const auto player = std::make_shared<ScreenPlayer>(&scene.screen);
     auto controller = ZelvanoViewController::create(u"benchmark-key"_s);
     controller->setPlayer(player, u"page"_s);
     player->becomeReady();
     Window::waitUntil([&] { return !controller->videoList().empty(); });
     Window::waitUntil([&] { return controller->webView()->isReady(); });
 
-    const auto measure = [&] {
-        player->play();
-        waitFor(rest);
-        const auto before = picture(window);
-        const auto pause = Clock::now();
-        player->pause();
-        const double milliseconds = waitForChange(window, before, pause + pauseDelay);
-        player->play();
-        waitFor(rest);
-        return milliseconds;
-    };
-    const auto measureFloor = [&] {
-        const auto before = picture(window);
-        const auto begin = Clock::now();
-        plain.setVisible(true);
-        const double milliseconds = waitForChange(window, before, begin);
-        plain.setVisible(false);
-        waitFor(rest);
-        return milliseconds;
-    };
-    const double first = measure();
+    const double first = showOverlay(scene, *player);
     std::vector<double> further, floor;
     for (int i = 0; i < showings; ++i) {
-        further.push_back(measure());
-        floor.push_back(measureFloor());
+        further.push_back(showOverlay(scene, *player));
+        floor.push_back(showPlainItem(scene));
     }
     std::printf("{\"first_ms\": %g, \"further_ms\": %g, \"frame_ms\": %g}\n", first, median(further), median(floor));
     controller->dismiss();

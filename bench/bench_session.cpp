@@ -27,6 +27,7 @@
 
 using namespace zelvano;
 using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -46,7 +47,7 @@ double millisecondsSince(Clock::time_point begin)
 
 QStringList threads()
 {
-    return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    return QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
 }
 
 /// The number of voluntary context switches of this process's threads.
@@ -54,7 +55,7 @@ qint64 sleeps()
 {
     qint64 sum = 0;
     for (const auto &thread : threads()) {
-        QFile status(QStringLiteral("/proc/self/task/%1/status").arg(thread));
+        QFile status(u"/proc/self/task/%1/status"_s.arg(thread));
         if (!status.open(QIODevice::ReadOnly))
             continue;
         const auto text = status.readAll();
@@ -80,13 +81,13 @@ public:
         m_calls[id].end = millisecondsSince(m_start);
     }
 
-    /// Call when it observes no longer. JSON: name, begin and end, in milliseconds.
-    QByteArray json() const
+    /// Name, begin and end of each call, in milliseconds. Use it when it observes no longer.
+    QJsonArray json() const
     {
         QJsonArray all;
         for (const auto &[id, call] : m_calls)
             all.append(QJsonArray{call.name, call.begin, call.end});
-        return QJsonDocument(all).toJson(QJsonDocument::Compact);
+        return all;
     }
 
 private:
@@ -100,12 +101,96 @@ private:
     std::map<quint64, Call> m_calls;
 };
 
-std::shared_ptr<Zelvano> begin(const std::shared_ptr<FakeSubscriber> &subscriber)
+using Subscriber = std::shared_ptr<FakeSubscriber>;
+
+std::shared_ptr<Zelvano> begin(const Subscriber &subscriber)
 {
     auto engine = Zelvano::create();
     engine->playerEventsHandler()->setCurrentSubscriber(subscriber);
-    engine->initializeWithAPIKey(QStringLiteral("benchmark-key"));
+    engine->initializeWithAPIKey(u"benchmark-key"_s);
     return engine;
+}
+
+/// From the start without an identity to the answer with the recommendations. Returns the engine.
+std::shared_ptr<Zelvano> measureFirstEngine(QJsonObject &found, const Subscriber &subscriber,
+                                            const bench::AnswerServer &server)
+{
+    const double memoryBefore = bench::allocated();
+    const auto start = Clock::now();
+    const auto timeline = std::make_shared<Timeline>(start);
+    http::Traffic::addObserver(timeline);
+    const auto engine = begin(subscriber);
+    const double began = millisecondsSince(start);
+    engine->setPlayer(std::make_shared<QObject>(), u"page"_s);
+    engine->readyEvent(subscriber);
+    bench::wait("a view", [&] { return !engine->state().viewUUID.isNull(); });
+    const double answered = millisecondsSince(start);
+    const double memory = bench::allocated() - memoryBefore;
+    const int connections = server.connections();
+
+    QThread::msleep(200); // The keep-alive's answer arrives meanwhile.
+    http::Traffic::removeObserver(timeline);
+    found["first_engine_ms"_L1] = began;
+    found["round_trips"_L1] = answered / double(delay.count());
+    found["first_kb"_L1] = memory / 1024;
+    found["connections"_L1] = connections;
+    found["calls"_L1] = timeline->json();
+    return engine;
+}
+
+void measureIdling(QJsonObject &found)
+{
+    QCoreApplication::processEvents();
+    const auto before = sleeps();
+    QThread::sleep(static_cast<unsigned long>(idleTime.count()));
+    found["wake_ups"_L1] = double(sleeps() - before - 1) / double(idleTime.count());
+}
+
+void measureFurtherEngines(QJsonObject &found)
+{
+    const auto threadsBefore = threads().size();
+    const double memoryBefore = bench::allocated();
+    const auto start = Clock::now();
+    std::vector<std::shared_ptr<Zelvano>> all;
+    for (int i = 0; i < engines; ++i)
+        all.push_back(Zelvano::create());
+    const double memory = bench::allocated() - memoryBefore;
+    for (const auto &engine : all)
+        engine->initializeWithAPIKey(u"benchmark-key"_s);
+    found["each_engine_ms"_L1] = millisecondsSince(start) / engines;
+    found["each_kb"_L1] = memory / 1024 / engines;
+    found["threads"_L1] = threadsBefore;
+    found["threads_of_more"_L1] = threads().size() - threadsBefore;
+    bench::wait("the engines' answers", bench::allCallsEnded);
+}
+
+/// Events that wait for a view.
+void measureWaitingEvents(QJsonObject &found, const Subscriber &subscriber)
+{
+    const auto engine = Zelvano::create();
+    const double before = bench::allocated();
+    for (int i = 0; i < waitingEvents; ++i)
+        engine->playerEvent(u"pause"_s, subscriber);
+    found["event_bytes"_L1] = (bench::allocated() - before) / waitingEvents;
+}
+
+/// Calls that wait for the network, and what stays of them afterwards.
+void measureCalls(QJsonObject &found, const Subscriber &subscriber, Zelvano &engine)
+{
+    const double before = bench::allocated();
+    const double waiting = [&] {
+        const bench::HeldConnections held(connectionsOfAHost); // So that all calls wait.
+        QThread::msleep(20); // The networking thread takes the held ones meanwhile, then the calls.
+        const double beforeWaiting = bench::allocated();
+        for (int i = 0; i < calls; ++i)
+            engine.playerEvent(u"pause"_s, subscriber);
+        QThread::msleep(20);
+        return bench::allocated() - beforeWaiting;
+    }();
+    bench::wait("the answers", bench::allCallsEnded);
+    const double after = bench::allocated();
+    found["call_bytes"_L1] = waiting / calls;
+    found["handle_bytes"_L1] = (after - before) / calls;
 }
 
 } // namespace
@@ -114,72 +199,19 @@ int main(int argc, char **argv)
 {
     const bench::AnswerServer server(delay);
     QCoreApplication application(argc, argv);
-    QLoggingCategory::setFilterRules(QStringLiteral("zelvano*=false"));
+    QLoggingCategory::setFilterRules(u"zelvano*=false"_s);
     const QTemporaryDir folder;
-    UserDefaults::standard().setFilePath(folder.filePath(QStringLiteral("defaults.json")));
-    useService(QStringLiteral("127.0.0.1:%1").arg(server.port()));
+    UserDefaults::standard().setFilePath(folder.filePath(u"defaults.json"_s));
+    useService(u"127.0.0.1:%1"_s.arg(server.port()));
+
+    QJsonObject found;
     const auto subscriber = std::make_shared<FakeSubscriber>();
-
-    // From the start without an identity to the answer with the recommendations.
-    const double before = bench::allocated();
-    const auto start = Clock::now();
-    const auto timeline = std::make_shared<Timeline>(start);
-    http::Traffic::addObserver(timeline);
-    const auto engine = begin(subscriber);
-    const double firstEngine = millisecondsSince(start);
-    engine->setPlayer(std::make_shared<QObject>(), QStringLiteral("page"));
-    engine->readyEvent(subscriber);
-    bench::wait("a view", [&] { return !engine->state().viewUUID.isNull(); });
-    const double roundTrips = millisecondsSince(start) / static_cast<double>(delay.count());
-    const double firstMemory = bench::allocated() - before;
-    const int connections = server.connections();
-
-    QThread::msleep(200); // The keep-alive's answer arrives meanwhile.
-    http::Traffic::removeObserver(timeline);
-    QCoreApplication::processEvents();
-    const auto sleepsBefore = sleeps();
-    QThread::sleep(static_cast<unsigned long>(idleTime.count()));
-    const double wakeUps = static_cast<double>(sleeps() - sleepsBefore - 1) / static_cast<double>(idleTime.count());
-
-    const auto threadsBefore = threads().size();
-    const double beforeMore = bench::allocated();
-    const auto startMore = Clock::now();
-    std::vector<std::shared_ptr<Zelvano>> more;
-    for (int i = 0; i < engines; ++i)
-        more.push_back(Zelvano::create());
-    const double eachMemory = (bench::allocated() - beforeMore) / engines;
-    for (const auto &another : more)
-        another->initializeWithAPIKey(QStringLiteral("benchmark-key"));
-    const double eachEngine = millisecondsSince(startMore) / engines;
-    const auto threadsAfter = threads().size();
-
-    const auto waiting = Zelvano::create();
-    const double beforeEvents = bench::allocated();
-    for (int i = 0; i < waitingEvents; ++i)
-        waiting->playerEvent(QStringLiteral("pause"), subscriber);
-    const double eachEvent = (bench::allocated() - beforeEvents) / waitingEvents;
-
-    bench::wait("the engines' answers", bench::allCallsEnded);
-    const double beforeCalls = bench::allocated();
-    const double eachCall = [&] {
-        const bench::HeldConnections held(connectionsOfAHost); // So that all calls wait.
-        QThread::msleep(20); // The networking thread takes the held ones meanwhile, then the calls.
-        const double beforeWaiting = bench::allocated();
-        for (int i = 0; i < calls; ++i)
-            engine->playerEvent(QStringLiteral("pause"), subscriber);
-        QThread::msleep(20);
-        return (bench::allocated() - beforeWaiting) / calls;
-    }();
-    bench::wait("the answers", bench::allCallsEnded);
-    const double eachHandle = (bench::allocated() - beforeCalls) / calls;
-
-    std::printf("{\"first_engine_ms\": %g, \"each_engine_ms\": %g, \"round_trips\": %g, \"connections\": %d, "
-                "\"first_kb\": %g, \"each_kb\": %g, \"event_bytes\": %g, \"call_bytes\": %g, "
-                "\"handle_bytes\": %g, \"threads\": %lld, \"threads_of_more\": %lld, \"wake_ups\": %g, "
-                "\"calls\": %s}\n",
-                firstEngine, eachEngine, roundTrips, connections, firstMemory / 1024, eachMemory / 1024, eachEvent,
-                eachCall, eachHandle, static_cast<long long>(threadsBefore),
-                static_cast<long long>(threadsAfter - threadsBefore), wakeUps, timeline->json().constData());
+    const auto engine = measureFirstEngine(found, subscriber, server);
+    measureIdling(found);
+    measureFurtherEngines(found);
+    measureWaitingEvents(found, subscriber);
+    measureCalls(found, subscriber, *engine);
+    std::printf("%s\n", QJsonDocument(found).toJson(QJsonDocument::Compact).constData());
     ZVAPIObject::stopAllSessions();
     return 0;
 }
