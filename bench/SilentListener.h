@@ -4,7 +4,7 @@
 
 namespace zelvano::bench {
 
-/// Hears all that an engine tells, and does nothing.
+/// Receives all calls of an engine and does nothing.
 class SilentListener : public ZelvanoPrivateDelegate
 {
 public:

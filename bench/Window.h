@@ -55,13 +55,6 @@ public:
     }
 };
 
-using Clock = std::chrono::steady_clock;
-
-inline double secondsSince(Clock::time_point begin)
-{
-    return std::chrono::duration<double>(Clock::now() - begin).count();
-}
-
 /// Call before the application object exists: draws into memory, without a delay before a frame.
 inline void drawIntoMemory()
 {

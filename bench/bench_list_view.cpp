@@ -21,8 +21,6 @@
 #include <QQmlComponent>
 #include <QQmlEngine>
 
-#include <malloc.h>
-
 #include <algorithm>
 #include <array>
 
@@ -108,13 +106,6 @@ void fillCategories(benchmark::State &state)
 }
 
 // Against the bare view
-
-/// Allocated bytes of all threads.
-double allocated()
-{
-    const auto info = mallinfo2();
-    return double(info.uordblks) + double(info.hblkhd);
-}
 
 /// Waits until the earlier view is deleted.
 double allocatedAfterClearing(Window &window)

@@ -4,6 +4,7 @@
 // scripts/bench.sh runs it several times to measure the page's first showing.
 
 #include "FakePlayer.h"
+#include "Resources.h"
 #include "Window.h"
 #include "ZVAPIObject.h"
 #include "ZVImageView.h"

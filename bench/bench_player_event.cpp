@@ -29,14 +29,12 @@ constexpr int burstsInRun = 40;
 constexpr int pacedEvents = 400;
 constexpr auto pace = std::chrono::milliseconds(5);
 
-using Clock = std::chrono::steady_clock;
-
 /// Includes two readings of the clock.
 template<class Call> double microsecondsOf(Call call)
 {
     const auto before = Clock::now();
     call();
-    return std::chrono::duration<double, std::micro>(Clock::now() - before).count();
+    return secondsSince(before) * 1e6;
 }
 
 void report(benchmark::State &state, std::vector<double> times)
@@ -60,7 +58,7 @@ template<class Call, class Drain> void measureBursts(benchmark::State &state, Ca
         const auto begin = Clock::now();
         for (int i = 0; i < eventsInBurst; ++i)
             times.push_back(microsecondsOf(call));
-        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
+        state.SetIterationTime(secondsSince(begin));
         cpu += threadCpu() - cpuBefore;
         drain();
     }

@@ -64,22 +64,6 @@ QString urlOf(int number, quint16 port)
     return u"http://127.0.0.1:%1/%2"_s.arg(port).arg(number);
 }
 
-struct Cost
-{
-    double seconds;
-    double mainCpu;
-    double cpu;
-};
-
-template<class Run> Cost costOf(Run run)
-{
-    const double mainCpu = threadCpu();
-    const double cpu = processCpu();
-    const auto begin = Clock::now();
-    run();
-    return {secondsSince(begin), threadCpu() - mainCpu, processCpu() - cpu};
-}
-
 void check(const std::vector<QImage> &images)
 {
     if (std::any_of(images.begin(), images.end(), [](auto &image) { return image.size() != thumbnailSize; }))
@@ -191,13 +175,13 @@ int main(int argc, char **argv)
             list->view()->setSize(windowSize);
             window.waitForFrame();
             const auto shown = costOf([&] { show(*list, window, recommendation); });
-            state.SetIterationTime(shown.seconds);
+            state.SetIterationTime(shown.time);
             for (const auto &[name, cost] : {std::pair("floor", floor), {"fetched", fetched}, {"shown", shown}}) {
                 const std::string prefix(name);
-                state.counters[prefix + "_ms"] = cost.seconds * 1e3;
+                state.counters[prefix + "_ms"] = cost.time * 1e3;
                 state.counters[prefix + "_cpu_ms"] = cost.cpu * 1e3;
-                state.counters[prefix + "_main_ms"] = cost.mainCpu * 1e3;
-                state.counters[prefix + "_ratio"] = cost.seconds / floor.seconds;
+                state.counters[prefix + "_main_ms"] = cost.callerCpu * 1e3;
+                state.counters[prefix + "_ratio"] = cost.time / floor.time;
                 state.counters[prefix + "_cpu_ratio"] = cost.cpu / floor.cpu;
             }
         }
