@@ -24,8 +24,6 @@ ZVImageView::ZVImageView()
     connect(this, &ZVImageView::shapeChanged, this, [this] { update(); });
 }
 
-ZVImageView::~ZVImageView() = default;
-
 void ZVImageView::setImage(const QImage &image)
 {
     if (m_image.cacheKey() == image.cacheKey())

@@ -24,7 +24,6 @@ class ZELVANOUI_EXPORT ZVImageView : public QQuickPaintedItem
 
 public:
     ZVImageView();
-    ~ZVImageView() override;
 
     QImage image() const { return m_image; }
     void setImage(const QImage &image);

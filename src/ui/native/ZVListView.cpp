@@ -62,7 +62,10 @@ struct ZVListView::Private : public ZVCollectionViewDataSource
     void insert(const std::shared_ptr<ZVVideoParams> &video);
     void sortCells();
     void fitCells();
-    double cellWidth() const { return items ? (items->width() - 3 * inset) / 2 : 0; }
+    /// Points between and around the cells.
+    double inset() const { return items ? double(insetProportion) * items->width() : 0; }
+    double cellWidth() const { return items ? (items->width() - 3 * inset()) / 2 : 0; }
+    void setRatio(ZVVideoParams &video, double ratio) const { video.setSize({cellWidth(), cellWidth() * ratio}); }
 
     // ZVCollectionViewDataSource
     qint64 numberOfItemsInSection(ZVItemView *, qint64) override { return static_cast<qint64>(videoCells.size()); }
@@ -71,16 +74,15 @@ struct ZVListView::Private : public ZVCollectionViewDataSource
     {
         return videoCells[static_cast<std::size_t>(path.row)]->size();
     }
-    double minimumLineSpacingForSectionAtIndex(ZVItemView *, qint64) override { return inset; }
-    double minimumInteritemSpacingForSectionAtIndex(ZVItemView *, qint64) override { return inset; }
-    QMarginsF insetForSectionAtIndex(ZVItemView *, qint64) override { return {inset, inset, inset, inset}; }
+    double minimumLineSpacingForSectionAtIndex(ZVItemView *, qint64) override { return inset(); }
+    double minimumInteritemSpacingForSectionAtIndex(ZVItemView *, qint64) override { return inset(); }
+    QMarginsF insetForSectionAtIndex(ZVItemView *, qint64) override { return QMarginsF() + inset(); }
     void didSelectItemAtIndexPath(ZVItemView *view, const IndexPath &path) override;
 
     ZVListView *const q;
     Thumbnails thumbnails;
     InterfaceResource content;
     const QPointer<ZVItemView> items;
-    double inset = 0; ///< Points between and around the cells.
     std::shared_ptr<ZVRecommendation> recommendations;
     std::weak_ptr<ZVRecommendationViewDelegate> delegate;
     ZVVideoList videoCells;
@@ -192,9 +194,7 @@ void ZVListView::insertNewRecommendation(const std::shared_ptr<ZVVideoParams> &v
 
 void ZVListView::Private::insert(const std::shared_ptr<ZVVideoParams> &video)
 {
-    inset = double(insetProportion) * (items ? items->width() : 0);
-    const double width = cellWidth();
-    video->setSize({width, width * ratioOf(video->image())});
+    setRatio(*video, ratioOf(video->image()));
     videoCells.push_back(video);
     if (items)
         items->polish(); // The view asks for their number.
@@ -216,12 +216,9 @@ void ZVListView::Private::fitCells()
 {
     if (videoCells.empty() || items->width() <= 0)
         return;
-    inset = double(insetProportion) * items->width();
-    const double width = cellWidth();
     for (const auto &video : videoCells) {
         const auto size = video->size();
-        const double ratio = size.width() > 0 ? size.height() / size.width() : 1.0;
-        video->setSize({width, width * ratio});
+        setRatio(*video, size.width() > 0 ? size.height() / size.width() : 1.0);
     }
     items->reloadData();
 }
