@@ -43,7 +43,8 @@ def million():
 
 def keep_alives():
     intervals = sorted(((int(seconds), run) for seconds, run in found["keep_alive"].items()), reverse=True)
-    rows = [[str(timedelta(seconds=seconds)), *(number(run[figure]) for figure in ["requests", "received_kb", "handshakes"]),
+    figures = ["requests", "received_kb", "handshakes"]
+    rows = [[str(timedelta(seconds=seconds)), *(number(run[figure]) for figure in figures),
              number(run["kinds"]["keep-alives"])] for seconds, run in intervals]
     usual, shortest = intervals[0][1]["requests"], intervals[-1][1]["requests"]
     charts.bars(target / "fleet-keep-alive.svg",
@@ -51,7 +52,8 @@ def keep_alives():
                 "Requests of a viewer in an hour, by the service's keepALiveInterval.", "",
                 [(f"each {seconds} s", [run["requests"] - run["kinds"]["keep-alives"], run["kinds"]["keep-alives"]])
                  for seconds, run in intervals], ["the session", "keep-alives"])
-    return table(["`keepALiveInterval`", "requests", "kB received", "new connections", "of the requests, keep-alives"], rows)
+    return table(["`keepALiveInterval`", "requests", "kB received", "new connections", "of the requests, keep-alives"],
+                 rows)
 
 
 def outage():
@@ -62,7 +64,8 @@ def outage():
     mean = sum(before) / len(before)
     charts.columns(target / "fleet-outage.svg",
                    f"After an outage there is no storm: {max(after) / mean:.2f} times the usual minute at most",
-                   f"Requests of {found['viewers']} viewers, minute by minute. In the orange minutes the service answers none.",
+                   f"Requests of {found['viewers']} viewers, minute by minute. In the orange minutes the service answers "
+                   "none.",
                    minutes[first:], first, [(begin, end)])
     return table(["requests in a minute", "mean", "most"],
                  [[name, number(sum(part) / len(part)), number(max(part))]
@@ -70,8 +73,8 @@ def outage():
 
 
 def main():
-    print("### A million viewers", million(), "### A viewer-hour", costs(), "### The keep-alive interval", keep_alives(), "### An outage", outage(),
-          sep="\n\n")
+    print("### A million viewers", million(), "### A viewer-hour", costs(), "### The keep-alive interval", keep_alives(),
+          "### An outage", outage(), sep="\n\n")
 
 
 main()

@@ -114,7 +114,8 @@ Item {
     }
 
     Text {
-        anchors { left: button.visible ? button.right : parent.left; leftMargin: button.visible ? 16 : 24; right: time.left; rightMargin: 16; verticalCenter: button.verticalCenter }
+        anchors { left: button.visible ? button.right : parent.left; leftMargin: button.visible ? 16 : 24 }
+        anchors { right: time.left; rightMargin: 16; verticalCenter: button.verticalCenter }
         horizontalAlignment: Text.AlignLeft
         text: controls.caption
         textFormat: Text.PlainText

@@ -40,10 +40,6 @@ std::unique_ptr<Deck> Deck::create(const QString &kind, [[maybe_unused]] const Q
     return std::make_unique<MediaDeck>(kind, mediaPlayer, videoOutput);
 }
 
-void Deck::setFullscreen(bool) {}
-
-void Deck::exit() {}
-
 void fillPlace(QQuickItem *item, QQuickItem *place)
 {
     if (!item || !place)

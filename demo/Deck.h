@@ -42,8 +42,8 @@ public:
     Q_INVOKABLE virtual void pause() = 0;
     virtual void seek(double seconds) = 0;
     /// Only movie players have full screen and leaving; other kinds ignore these.
-    virtual void setFullscreen(bool fullscreen);
-    virtual void exit();
+    virtual void setFullscreen(bool /*fullscreen*/) {}
+    virtual void exit() {}
 
     virtual bool isPlaying() const = 0;
     virtual double position() const = 0;
