@@ -12,6 +12,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include <mpv/client.h>
@@ -59,6 +60,10 @@ struct MpvPlayer::Private
     bool isPaused = true;
     bool isSeeking = false;
     double seekOrigin = 0;
+    quint64 seekNumber = 0;               // Of the player's last command to seek.
+    std::optional<double> seekTarget;     // Of that command.
+    std::optional<double> acceptedTarget; // Of the command that mpv has accepted and not begun.
+    std::optional<double> currentTarget;  // Of the command that mpv carries out.
     bool hasEnded = false;
     bool hasFailed = false;
     bool isFrameChanging = false;
@@ -119,12 +124,7 @@ struct MpvPlayer::Private
             return;
         switch (event->event_id) {
         case MPV_EVENT_COMMAND_REPLY:
-            if (event->reply_userdata != loadNumber)
-                break;
-            if (event->error < 0)
-                fail();
-            else
-                entry = entryOf(event);
+            takeReply(event);
             break;
         case MPV_EVENT_SET_PROPERTY_REPLY:
             if (event->reply_userdata == pauseNumber)
@@ -134,6 +134,7 @@ struct MpvPlayer::Private
             isCurrent =
                 static_cast<const mpv_event_start_file *>(event->data)->playlist_entry_id == entry && entry != 0;
             isSeeking = false;
+            acceptedTarget = currentTarget = std::nullopt;
             break;
         case MPV_EVENT_FILE_LOADED:
             if (isCurrent)
@@ -146,13 +147,12 @@ struct MpvPlayer::Private
         case MPV_EVENT_SEEK:
             if (!std::exchange(isSeeking, true))
                 seekOrigin = currentTime;
+            if (acceptedTarget)
+                currentTarget = std::exchange(acceptedTarget, std::nullopt);
             break;
         case MPV_EVENT_PLAYBACK_RESTART:
-            if (isCurrent && std::exchange(isSeeking, false) && hasReceived(core->number("time-pos").value_or(0))) {
-                moveTo(core->number("time-pos").value_or(currentTime));
-                if (std::abs(currentTime - seekOrigin) > shortestJump) // A canvas seeks to where the video is.
-                    q->timeJumped();
-            }
+            if (isCurrent && std::exchange(isSeeking, false))
+                finishSeek();
             break;
         case MPV_EVENT_PROPERTY_CHANGE:
             takeProperty(event->reply_userdata, *static_cast<const mpv_event_property *>(event->data));
@@ -160,6 +160,20 @@ struct MpvPlayer::Private
         default:
             break;
         }
+        tellRate();
+    }
+
+    void takeReply(const mpv_event *reply)
+    {
+        const bool isAccepted = reply->error >= 0;
+        if (reply->reply_userdata == seekNumber && isAccepted)
+            acceptedTarget = seekTarget;
+        if (reply->reply_userdata != loadNumber)
+            return;
+        if (isAccepted)
+            entry = entryOf(reply);
+        else
+            fail();
     }
 
     void takeProperty(quint64 number, const mpv_event_property &property)
@@ -197,7 +211,6 @@ struct MpvPlayer::Private
         default:
             break;
         }
-        tellRate();
     }
 
     void open()
@@ -218,7 +231,19 @@ struct MpvPlayer::Private
             reachEnd();
         else
             setPaused(true); // The host has stopped it.
-        tellRate();
+    }
+
+    void finishSeek()
+    {
+        const auto item = q->currentItem();
+        const double reached = core->number("time-pos").value_or(currentTime);
+        const double target = std::exchange(currentTarget, std::nullopt).value_or(reached);
+        if (item && !hasReceived(std::min(item->duration(), target))) // True while the duration is unknown.
+            return fail();
+        currentTime = std::max(reached, 0.0);
+        if (std::abs(currentTime - seekOrigin) > shortestJump) // A canvas seeks to where the video is.
+            q->timeJumped();
+        Q_EMIT q->currentTimeChanged();
     }
 
     void reachEnd()
@@ -233,7 +258,8 @@ struct MpvPlayer::Private
             {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(item.get()), {}});
     }
 
-    /// The connection served the video up to this position. When it breaks at a seek, mpv goes to the end.
+    /// The connection served the video up to this position. When it is broken at a seek, mpv goes to the end of the
+    /// video or of what it has received.
     bool hasReceived(double seconds) const
     {
         const auto item = q->currentItem();
@@ -279,6 +305,14 @@ struct MpvPlayer::Private
         isPaused = paused;
         pauseNumber = ++lastNumber;
         core->setFlag("pause", paused, pauseNumber);
+    }
+
+    void seek(double seconds)
+    {
+        hasEnded = false;
+        seekTarget = seconds;
+        seekNumber = ++lastNumber;
+        core->command({"seek", QByteArray::number(seconds, 'f', 3), "absolute+exact"}, seekNumber);
     }
 
     /// Emits rateChanged() also when only the item changed: adapters report the item's start on it.
@@ -332,8 +366,7 @@ mpv_handle *MpvPlayer::handle() const
 
 void MpvPlayer::seek(double seconds)
 {
-    d->hasEnded = false;
-    d->core->command({"seek", QByteArray::number(std::max(seconds, 0.0), 'f', 3), "absolute+exact"});
+    d->seek(std::max(seconds, 0.0));
 }
 
 double MpvPlayer::duration() const

@@ -111,6 +111,9 @@ growing over gstreamer | send 0.8, load live/growing.mp4, hear (ready), play, at
 late first timestamp over ffmpeg 6.4, mpv | load late.m3u8, hear (ready), play, hear end | begin, end | begin, end
 late first timestamp over ffmpeg 6.8 | load late.m3u8, hear (ready), play, hear end | begin, end | begin, end 2
 late first timestamp over gstreamer | load late.m3u8, hear (ready), play, hear end | begin, end | begin, end 4
+late first timestamp, opened slowly over gstreamer
+  | send 0, load late.m3u8, play, stand, stand, stand, stand, stand, send 1, hear end
+  | progress, (ready), start 0, play, end | open, start 1, play 1, end 4
 stall | stalled, send 1, at 1.1 | begin | begin
 attached in a stall over qt | send 0.3, open, play, stand, attach, send 1, hear (ready)
   | (ready), start 0, play | open, start 1, play 1
@@ -151,6 +154,10 @@ error while paused | send 0.2, begin, pause, hear pause, break, play, hear (fail
 error in a stall | stalled, break, hear (failed) | begin, (failed), pause | begin, (failed)
 error at a seek over qt | send 0.2, begin, pause, hear pause, break, seek 2.5, play, hear (failed)
   | begin, pause, seek 3, play, (failed), pause | begin, pause, seek +3, play 3, (failed)
+error at a seek over mpv | send 0.2, begin, pause, hear pause, break, seek 2.5, hear (failed)
+  | begin, pause, (failed) | -
+error before a seek over mpv | send 0.2, begin, break, pause, hear pause, seek 2.5, hear (failed)
+  | begin, pause, (failed) | -
 error after the end over ffmpeg | whole, break, play, hear (failed) | whole, play, (failed) | whole, play 0, (failed)
 error after the end over gstreamer | whole, break, play, hear (failed)
   | whole, play, seek 0, pause, (failed), pause | whole, play 0, (failed)
