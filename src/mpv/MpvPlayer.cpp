@@ -193,8 +193,10 @@ struct MpvPlayer::Private
             speed = value;
             break;
         case Duration:
-            if (isOpen)
+            if (isOpen) {
                 setDuration(value);
+                Q_EMIT q->durationChanged();
+            }
             break;
         case Time:
             if (isCurrent && property.format == MPV_FORMAT_DOUBLE)
@@ -218,6 +220,7 @@ struct MpvPlayer::Private
         isOpen = true;
         setDuration(core->number("duration").value_or(0));
         setStatus(AVPlayerStatus::ReadyToPlay, AVPlayerItemStatus::ReadyToPlay);
+        Q_EMIT q->durationChanged(); // Last: a receiver may set another item.
     }
 
     void close(const mpv_event_end_file &end)
@@ -284,11 +287,8 @@ struct MpvPlayer::Private
 
     void setDuration(double seconds)
     {
-        const auto item = q->currentItem();
-        if (!item)
-            return;
-        item->setDuration(seconds > 0 ? seconds : unknownDuration);
-        Q_EMIT q->durationChanged();
+        if (const auto item = q->currentItem())
+            item->setDuration(seconds > 0 ? seconds : unknownDuration);
     }
 
     void moveTo(double seconds)
@@ -330,6 +330,7 @@ struct MpvPlayer::Private
 
     void load(const std::shared_ptr<AVPlayerItem> &item)
     {
+        const auto self = q->weak_from_this().lock(); // A receiver of a report may drop the player.
         isCurrent = isOpen = isSeeking = hasEnded = hasFailed = false;
         entry = 0;
         picture = {};

@@ -67,6 +67,31 @@ private Q_SLOTS:
         QCOMPARE(qobject_cast<MpvVideo *>(item)->player()->videoBounds(), QRectF(0, 0, 640, 360));
     }
 
+    /// The host drops the player, or sets the next video, inside a report.
+    void actsInsideAReport()
+    {
+        QmlHost host({});
+        const auto itemOf = [&](const QString &name) {
+            return AVPlayerItem::create(AVURLAsset(host.service.sandbox.url(u"/media/"_s + name)));
+        };
+        for (const auto report : {&MpvPlayer::currentTimeChanged, &MpvPlayer::durationChanged}) {
+            auto player = MpvPlayer::create();
+            connect(player.get(), report, this, [&] { player.reset(); });
+            player->replaceCurrentItemWithPlayerItem(itemOf(u"1.mp4"_s));
+            QVERIFY(!player);
+
+            player = MpvPlayer::create();
+            player->replaceCurrentItemWithPlayerItem(itemOf(u"1.mp4"_s));
+            const auto second = itemOf(u"2.mp4"_s);
+            connect(player.get(), report, this, [&] {
+                if (player->duration() > 0 && player->currentItem() != second)
+                    player->replaceCurrentItemWithPlayerItem(second);
+            });
+            QVERIFY(host.wait([&] { return second->status() == AVPlayerItemStatus::ReadyToPlay; }));
+            QVERIFY(second->duration() > 0);
+        }
+    }
+
     /// mpv's threads call until it ends.
     void endsAtAnyTime()
     {
