@@ -2,6 +2,7 @@
 
 #include "MpvSurface.h"
 
+#include <QPointer>
 #include <QQuickWindow>
 
 namespace zelvano {
@@ -14,12 +15,24 @@ bool drawsWithOpenGl()
            QQuickWindow::sceneGraphBackend() != QLatin1StringView("software");
 }
 
+/// A hidden window keeps the nodes of items that have left it until it draws, and mpv draws for one node only.
+void endNodesLater(QQuickWindow *window)
+{
+    const auto draw = [window] {
+        const bool isDrawn = window->isVisible() && window->isExposed();
+        if (!isDrawn && window->isSceneGraphInitialized())
+            window->grabWindow();
+    };
+    QMetaObject::invokeMethod(window, draw, Qt::QueuedConnection);
+}
+
 } // namespace
 
 struct MpvVideo::Private
 {
     const std::shared_ptr<MpvPlayer> player;
-    std::unique_ptr<QQuickItem> surface{}; // Of the window in which the item is.
+    QPointer<QQuickWindow> window{};       // The one in which the item is.
+    std::unique_ptr<QQuickItem> surface{}; // Of that window.
 };
 
 MpvVideo::MpvVideo(QQuickItem *parent) : QQuickItem(parent), d(new Private{MpvPlayer::create(this)})
@@ -95,6 +108,9 @@ void MpvVideo::pause()
 void MpvVideo::makeSurface(QQuickWindow *window)
 {
     d->surface.reset();
+    if (d->window)
+        endNodesLater(d->window);
+    d->window = window;
     if (!window)
         return;
     if (drawsWithOpenGl())

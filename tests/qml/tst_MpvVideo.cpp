@@ -60,8 +60,10 @@ private Q_SLOTS:
         auto *const item = qobject_cast<QQuickItem *>(host.object(u"mpv"_s));
         auto *const other = qobject_cast<QQuickWindow *>(host.object(u"other"_s));
         for (auto *window : {host.window(), other, host.window()}) {
+            window->show();
             QVERIFY(QTest::qWaitForWindowExposed(window));
             item->setParentItem(window->contentItem());
+            other->setVisible(window == other); // A hidden window keeps what was drawn there.
             QVERIFY(host.wait([&] { return shows(window) && host.run(u"mpv.playing"_s).toBool(); }));
         }
         QCOMPARE(qobject_cast<MpvVideo *>(item)->player()->videoBounds(), QRectF(0, 0, 640, 360));
