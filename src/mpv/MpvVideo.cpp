@@ -1,5 +1,6 @@
 #include <ZelvanoUI/MpvVideo.h>
 
+#include "MpvCore.h"
 #include "MpvSurface.h"
 
 #include <QPointer>
@@ -44,11 +45,11 @@ MpvVideo::MpvVideo(QQuickItem *parent) : QQuickItem(parent), d(new Private{MpvPl
     makeSurface(window());
 }
 
-/// The library may hold the player for a moment longer.
+/// The library may hold the player for a moment longer. It keeps its item: another one would be reported.
 MpvVideo::~MpvVideo()
 {
     disconnect(d->player.get(), nullptr, this, nullptr);
-    d->player->replaceCurrentItemWithPlayerItem(nullptr);
+    d->player->core()->command({"stop"});
 }
 
 std::shared_ptr<MpvPlayer> MpvVideo::player() const

@@ -50,6 +50,10 @@ private Q_SLOTS:
         }));
         host.run(u"recs.playNext(recs.videos[2])"_s);
         QVERIFY(host.waitFor(u"`${mpv.source}` !== `${window.first}` && mpv.playing && mpv.position > 0.3"_s));
+        host.run(u"heard = []"_s);
+        delete host.object(u"mpv"_s);
+        host.service.advance(1s);
+        QCOMPARE(host.heard(), QStringList());
     }
 
     /// Also in another window, and again in the first.
