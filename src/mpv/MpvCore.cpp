@@ -78,6 +78,7 @@ MpvCore::~MpvCore()
     if (!m_handle)
         return;
     mpv_set_wakeup_callback(m_handle, nullptr, nullptr);
+    command({"stop"}); // The pool may be busy.
     QThreadPool::globalInstance()->start([handle = m_handle] { mpv_terminate_destroy(handle); });
 }
 

@@ -1,4 +1,5 @@
 #include "QmlHost.h"
+#include "RawServer.h"
 #include <ZelvanoUI/MpvVideo.h>
 
 #include <QStandardPaths>
@@ -109,6 +110,27 @@ private Q_SLOTS:
             host.root.reset();
             QVERIFY(player.expired());
         }
+    }
+
+    /// Also when no thread of the pool is free for its end.
+    void stopsAtOnce()
+    {
+        std::atomic<bool> isClosed = false;
+        RawServer server([&](RawServer::Connection &connection) {
+            connection.awaitClose();
+            isClosed = true;
+        });
+        auto player = MpvPlayer::create();
+        player->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(server.url())));
+        QVERIFY(server.awaitConnections(1));
+        auto *const pool = QThreadPool::globalInstance();
+        QSemaphore end;
+        for (int i = 0; i < pool->maxThreadCount(); ++i)
+            pool->start([&] { end.acquire(); });
+        player.reset();
+        const bool isStopped = waitUntil([&] { return isClosed.load(); });
+        end.release(pool->maxThreadCount());
+        QVERIFY(pool->waitForDone(10000) && isStopped);
     }
 
     void wrongSources()
