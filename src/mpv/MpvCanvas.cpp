@@ -2,6 +2,8 @@
 
 #include "MpvCore.h"
 
+#include <array>
+
 #include <mpv/client.h>
 #include <mpv/render.h>
 
@@ -25,10 +27,17 @@ MpvCanvas::MpvCanvas(const std::shared_ptr<MpvCore> &core, mpv_render_context *c
     m_core->command({"seek", "0", "relative+exact"});
 }
 
-/// mpv must stop drawing here before: it would end a video without sound that it cannot draw any more.
+/// mpv must stop drawing here before: it would end a video without sound that it cannot draw any more. It waits up to
+/// 0.2 s for its last picture to be taken.
 MpvCanvas::~MpvCanvas()
 {
     mpv_render_context_set_update_callback(m_context, nullptr, nullptr);
+    int isSkipped = 1;
+    int waitsForPicture = 0;
+    std::array take{mpv_render_param{MPV_RENDER_PARAM_SKIP_RENDERING, &isSkipped},
+                    mpv_render_param{MPV_RENDER_PARAM_BLOCK_FOR_TARGET_TIME, &waitsForPicture},
+                    mpv_render_param{MPV_RENDER_PARAM_INVALID, nullptr}};
+    draw(take.data());
     mpv_set_property_string(m_core->handle(), "vo", "null");
     m_core->command({"seek", "0", "relative+exact"});
     mpv_render_context_free(m_context);
