@@ -111,9 +111,6 @@ growing over gstreamer | send 0.8, load live/growing.mp4, hear (ready), play, at
 late first timestamp over ffmpeg 6.4, mpv | load late.m3u8, hear (ready), play, hear end | begin, end | begin, end
 late first timestamp over ffmpeg 6.8 | load late.m3u8, hear (ready), play, hear end | begin, end | begin, end 2
 late first timestamp over gstreamer | load late.m3u8, hear (ready), play, hear end | begin, end | begin, end 4
-late first timestamp, opened slowly over gstreamer
-  | send 0, load late.m3u8, play, stand, stand, stand, stand, stand, send 1, hear end
-  | progress, (ready), start 0, play, end | open, start 1, play 1, end 4
 stall | stalled, send 1, at 1.1 | begin | begin
 attached in a stall over qt | send 0.3, open, play, stand, attach, send 1, hear (ready)
   | (ready), start 0, play | open, start 1, play 1
