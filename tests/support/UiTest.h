@@ -85,14 +85,14 @@ inline void pressByScreenReader(QObject *item)
     QAccessible::queryAccessibleInterface(item)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
 }
 
-/// An item of the host with mirrored content.
-inline std::unique_ptr<QQuickItem> mirroringItem(QQmlEngine &engine)
+/// An item of the host: "Item { ... }".
+inline std::unique_ptr<QQuickItem> qmlItem(QQmlEngine &engine, const QByteArray &item)
 {
     QQmlComponent component(&engine);
-    component.setData("import QtQuick\nItem { LayoutMirroring.enabled: true; LayoutMirroring.childrenInherit: true }",
-                      {});
+    component.setData("import QtQuick\n" + item, {});
     return std::unique_ptr<QQuickItem>(qobject_cast<QQuickItem *>(component.create()));
 }
+constexpr auto mirroringItem = "Item { LayoutMirroring.enabled: true; LayoutMirroring.childrenInherit: true }";
 
 /// An item of the host that accepts and counts all input.
 class HostItem : public QQuickItem

@@ -291,7 +291,7 @@ private Q_SLOTS:
         for (const bool byApplication : {true, false}) {
             QGuiApplication::setLayoutDirection(byApplication ? Qt::RightToLeft : Qt::LeftToRight);
             QQmlEngine engine;
-            const auto host = mirroringItem(engine);
+            const auto host = qmlItem(engine, mirroringItem);
             Stage stage;
             if (!byApplication) {
                 host->setParentItem(stage.window.contentItem());

@@ -307,7 +307,7 @@ private Q_SLOTS:
     {
         Stage stage;
         QQmlEngine engine;
-        const auto mirroring = mirroringItem(engine);
+        const auto mirroring = qmlItem(engine, mirroringItem);
         mirroring->setParentItem(stage.window.contentItem());
         stage.superview.setParentItem(mirroring.get());
         QVERIFY(
@@ -368,11 +368,8 @@ private Q_SLOTS:
     {
         Stage stage;
         QQmlEngine engine;
-        QQmlComponent component(&engine);
-        component.setData("import QtQuick\nItem { property int uses\n"
-                          "Shortcut { sequence: 'Esc'; onActivated: ++uses } }",
-                          {});
-        const std::unique_ptr<QQuickItem> host(qobject_cast<QQuickItem *>(component.create()));
+        const auto host =
+            qmlItem(engine, "Item { property int uses; Shortcut { sequence: 'Esc'; onActivated: ++uses } }");
         host->setParentItem(stage.window.contentItem());
         ZVTopRecommendationView second(firstPlace);
         second.setParentItem(&stage.superview);
