@@ -104,13 +104,12 @@ public:
         setAcceptTouchEvents(true);
     }
 
-    int presses = 0;
-    int touches = 0;
+    int presses = 0; ///< Of a mouse or a finger.
     QList<int> keys;
 
 protected:
     void mousePressEvent(QMouseEvent *) override { ++presses; }
-    void touchEvent(QTouchEvent *event) override { touches += event->isBeginEvent() ? 1 : 0; }
+    void touchEvent(QTouchEvent *event) override { presses += event->isBeginEvent() ? 1 : 0; }
     void keyPressEvent(QKeyEvent *event) override { keys.append(event->key()); }
 };
 
@@ -141,7 +140,6 @@ public:
 };
 
 enum class Pointer { Mouse, Touch };
-Q_DECLARE_METATYPE(Pointer)
 
 /// A press, a straight movement in small steps, and a release.
 inline void drag(QWindow &window, Pointer pointer, QPoint from, QPoint way)
