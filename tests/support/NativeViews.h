@@ -135,21 +135,38 @@ public:
             titles.append(textOf(cell, QStringLiteral("titleLable")));
         return titles;
     }
-    double offset() const { return items()->scroller()->property("contentY").toDouble(); }
-    bool isAtRest() const { return !items()->scroller()->property("moving").toBool(); }
-    bool flick()
+    /// A video's cell in sight.
+    zelvano::ZVItemViewCell *cellInSight() const
+    {
+        for (auto *cell : items()->shownCells()) {
+            auto *const inner = innerOf(cell);
+            auto *const video = inner ? inner->cellForRow(0) : cell;
+            if (video && centreOf(video).y() > 100) // The first ones may be above the window.
+                return video;
+        }
+        return nullptr;
+    }
+    /// A press that stops a movement picks nothing, and prevents no later pick.
+    void stopAndPick()
     {
         QMetaObject::invokeMethod(items()->scroller(), "flick", Q_ARG(qreal, 0), Q_ARG(qreal, -1500));
-        return waitUntil([&] { return offset() > 50; });
+        QVERIFY(waitUntil([&] { return offset() > 50; }));
+        tap(window, Pointer::Touch, centreOf(cellInSight()));
+        QVERIFY(waitUntil([&] { return isAtRest(); }) && flushMainQueue());
+        QVERIFY(picks->videos.empty());
+        pressByScreenReader(cellInSight());
+        QVERIFY(waitForPicks(1));
+        tap(window, Pointer::Touch, centreOf(cellInSight()));
+        QVERIFY(waitForPicks(2));
     }
+    double offset() const { return items()->scroller()->property("contentY").toDouble(); }
+    bool isAtRest() const { return !items()->scroller()->property("moving").toBool(); }
     /// The places of all marked videos: their row, in a table after the row of their category.
     QString marked() const
     {
         QStringList places;
         for (const auto *cell : items()->shownCells()) {
-            auto *const inner = cell->template findChild<zelvano::ZVItemView *>();
-            if (inner)
-                inner->layoutIfNeeded();
+            auto *const inner = innerOf(cell);
             const auto *marked = qobject_cast<zelvano::ZVItemViewCell *>((inner ? inner : items())->currentCell());
             if (inner && marked)
                 places.append(QStringLiteral("%1.%2").arg(cell->row()).arg(marked->row()));
@@ -177,5 +194,14 @@ public:
     std::shared_ptr<View> view = View::create();
 
 private:
+    /// The videos of a category's row; null for a video's cell.
+    static zelvano::ZVItemView *innerOf(const zelvano::ZVItemViewCell *cell)
+    {
+        auto *const inner = cell->findChild<zelvano::ZVItemView *>();
+        if (inner)
+            inner->layoutIfNeeded();
+        return inner;
+    }
+
     inline static const auto common = QStringLiteral("common");
 };

@@ -218,37 +218,7 @@ private Q_SLOTS:
     {
         Stage stage;
         QVERIFY(stage.fill(5, manyCategories(40)));
-        QVERIFY(stage.flick());
-        const QPoint at(100, 240);
-        tap(stage.window, Pointer::Touch, at);
-        QVERIFY(waitUntil([&] { return stage.isAtRest(); }) && flushMainQueue());
-        QVERIFY(stage.picks->videos.empty());
-        const auto isOverACell = [&] {
-            for (const auto *row : stage.rows()) {
-                const auto *cell = row->videosCollectionView()->cellForRow(0);
-                if (cell && cell->mapRectToItem(stage.items(), cell->boundingRect()).contains(at))
-                    return true;
-            }
-            return false;
-        };
-        if (!isOverACell())
-            stage.items()->scroller()->setProperty("contentY", stage.offset() + 60);
-        QVERIFY(stage.rowsAreLaidOut() && isOverACell());
-        tap(stage.window, Pointer::Touch, at);
-        QVERIFY(stage.waitForPicks(1));
-    }
-
-    void screenReader()
-    {
-        Stage stage;
-        QVERIFY(stage.fill(2, {u"FORYOU"_s, u"MOSTVIEWED"_s}));
-        QCOMPARE(spoken(stage.items()), u"List: Recommended videos by category"_s);
-        QCOMPARE(spoken(stage.cell(0)), u"Grouping: For you"_s);
-        auto *const cell = stage.videosOf(0)->cellForRow(1);
-        QCOMPARE(spoken(cell), u"ListItem: Video 2, 1:02, For you, 2 of 2"_s);
-        pressByScreenReader(cell);
-        QVERIFY(stage.waitForPicks(1));
-        QCOMPARE(stage.picks->videos.front()->title(), u"Video 2"_s);
+        stage.stopAndPick();
     }
 
     /// A row begins at the right, whatever its length, and is scrolled by the keyboard to the left.

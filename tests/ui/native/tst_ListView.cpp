@@ -239,19 +239,7 @@ private Q_SLOTS:
         QVERIFY(stage.fill(300)); // More than are asked for at once; cells are reused.
         QVERIFY(cellCount(stage.items(), stage.items()) <=
                 3 * 2 * 4); // Screenfuls, columns, and lines of 154 in a screen of 480.
-        QVERIFY(stage.flick());
-        const auto tapInTheMiddle = [&] {
-            const auto isBelowTheTop = [](auto *cell) { return centreOf(cell).y() > 100; }; // Others stand outside.
-            const auto cells = stage.items()->shownCells();
-            tap(stage.window, Pointer::Touch, centreOf(*std::ranges::find_if(cells, isBelowTheTop)));
-        };
-        tapInTheMiddle();
-        QVERIFY(waitUntil([&] { return stage.isAtRest(); }) && flushMainQueue());
-        QVERIFY(stage.picks->videos.empty());
-        pressByScreenReader(stage.items()->shownCells().front());
-        QVERIFY(stage.waitForPicks(1));
-        tapInTheMiddle();
-        QVERIFY(stage.waitForPicks(2));
+        stage.stopAndPick();
     }
 
     /// In the list's order, also after cells have been reused. The focus is heard on the bus, in another test.
