@@ -6,11 +6,11 @@
 #include <ZelvanoUI/QtKPViewController.h>
 #include <ZelvanoUI/Sandbox.h>
 
-#include <QAbstractAnimation>
 #include <QDesktopServices>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QPropertyAnimation>
 #include <QScopeGuard>
 #include <QTemporaryDir>
 
@@ -292,9 +292,11 @@ private Q_SLOTS:
                 for (const QPoint way : {QPoint(55, 0), QPoint(100, 60)}) // Too short, too steep.
                     drag(stage.window, pointer, stage.at(150, 100), toTheRight ? way : -way);
                 QCoreApplication::processEvents();
-                QVERIFY(stage.view->findChildren<QAbstractAnimation *>().isEmpty());
+                QVERIFY(stage.view->findChildren<QPropertyAnimation *>().isEmpty());
                 drag(stage.window, pointer, stage.at(150, 100), {toTheRight ? 120 : -120, 10});
-                QVERIFY(!stage.view->isHidden()); // It moves out first.
+                const auto *movement = stage.view->findChild<QPropertyAnimation *>();
+                QVERIFY(!stage.view->isHidden() && movement && movement->duration() == 250);
+                QCOMPARE(movement->easingCurve(), QEasingCurve(QEasingCurve::OutQuad));
                 QVERIFY(stage.hides());
                 QCOMPARE(stage.view->frame(), QRectF(toTheRight ? 675 : -300, 64, 300, 200));
                 QVERIFY(stage.owner->selected.isEmpty()); // A mouse that swipes clicks nothing.
