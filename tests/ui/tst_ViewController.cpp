@@ -344,10 +344,14 @@ private Q_SLOTS:
     void windowOfTheOverlay()
     {
         Session session;
-        session.overlay()->setUrl(listeningPage());
+        session.overlay()->setUrl(listeningPage(
+            u"<script>var drawn = 0; (function draw() { ++drawn; requestAnimationFrame(draw); })()</script>"_s));
         session.recommend(2);
         const auto *const page = session.overlay()->webView();
-        QVERIFY(waitUntil([&] { return page->window() == session.window.get(); })); // A page's first frame.
+        // A page's first frame takes long. A hidden page draws it after loading, and rests then.
+        QVERIFY(waitUntil([&] { return page->window() == session.window.get(); }));
+        QVERIFY(waitForPage(*session.overlay(), u"drawn > 2"_s) && session.overlay()->isHidden());
+        QVERIFY(waitUntil([&] { return !page->window(); }));
         session.beReady();
         const auto windowOfShown = [&] {
             session.show();

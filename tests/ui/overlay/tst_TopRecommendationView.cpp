@@ -543,19 +543,6 @@ private Q_SLOTS:
                  u"1,denied,errorundefined"_s);
     }
 
-    /// A page's first frame takes long. A hidden page draws it after loading, and rests then.
-    void firstFrame()
-    {
-        Stage stage;
-        QVERIFY(
-            stage.window.appear() &&
-            stage.load(listeningPage(
-                u"<script>let drawn = 0; (function draw() { ++drawn; requestAnimationFrame(draw); })()</script>"_s)));
-        QVERIFY(waitForPage(*stage.view, u"drawn > 2"_s));
-        QVERIFY(stage.view->isHidden() && stage.owner->showings == 0);
-        QVERIFY(waitUntil([&] { return !stage.view->webView()->window(); }));
-    }
-
     void hostilePage()
     {
         const auto link = u"const a = document.createElement('a'); %1; a.click()"_s;
