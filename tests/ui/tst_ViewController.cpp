@@ -338,6 +338,8 @@ private Q_SLOTS:
         QCOMPARE(session.engine()->playerEventsHandler()->currentSubscriber(), session.subscriber); // No player.
         session.controller->setPlayer(player, u"page"_s);
         QCOMPARE(session.engine()->playerEventsHandler()->currentSubscriber()->playerId(), u"avplayer"_s);
+        QVERIFY(session.controller->disableSuggestionsBottomView() && session.controller->type() == 0);
+        QVERIFY(session.controller->getMediaSrcWithDomain(u"a b.mp4"_s).endsWith("/a b.mp4"_L1));
     }
 
     /// In the player's window, else the named one, else the first visible one, and never in a hidden one.
