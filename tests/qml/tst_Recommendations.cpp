@@ -18,25 +18,6 @@ using namespace zelvano;
 
 namespace {
 
-/// Does something the first time that it is told to.
-class Once : public QObject
-{
-    Q_OBJECT
-
-public:
-    explicit Once(std::function<void()> action) : m_action(std::move(action)) {}
-    Q_SLOT void act()
-    {
-        if (!std::exchange(done, true))
-            m_action();
-    }
-
-    bool done = false;
-
-private:
-    const std::function<void()> m_action;
-};
-
 const auto player = u"MediaPlayer { id: media; videoOutput: output; source: window.first }\n"
                     "MediaPlayer { id: other; source: window.second }\n"
                     "VideoOutput { id: output; width: 320; height: 180 }\n"_s;
@@ -58,6 +39,15 @@ const auto fetched = u"recs.videos.length > 0"_s;
 class tst_Recommendations : public QObject
 {
     Q_OBJECT
+
+    std::function<void()> m_once;
+
+public:
+    Q_SLOT void actOnce()
+    {
+        if (const auto action = std::exchange(m_once, nullptr))
+            action();
+    }
 
 private Q_SLOTS:
     void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
@@ -170,14 +160,13 @@ private Q_SLOTS:
                 const Case current(signal + ", " + action.toLatin1());
                 QmlHost host(player + session + list);
                 const QPointer recs(host.object(u"recs"_s));
-                Once once([&] {
+                m_once = [&] {
                     if (action == "delete"_L1)
                         delete recs;
                     else
                         host.run(action);
-                });
-                QVERIFY(QObject::connect(recs, ('2' + signal).constData(), &once,
-                                         SLOT(act()))); // What SIGNAL() makes of it.
+                };
+                QVERIFY(connect(recs, ('2' + signal).constData(), SLOT(actOnce()))); // What SIGNAL() makes of it.
                 if (signal.startsWith("videoSelected")) {
                     QVERIFY(host.window() && host.waitForItems(u"list"_s, 4));
                     host.viewIn(u"list"_s)->activate(0);
@@ -187,7 +176,7 @@ private Q_SLOTS:
                 } else if (signal.startsWith("playerEvent")) {
                     host.run(u"media.play()"_s);
                 }
-                QVERIFY(host.wait([&] { return once.done; }));
+                QVERIFY(host.wait([&] { return !m_once; }));
                 const auto sessions = host.sessions();
                 QCOMPARE(!recs, action == "delete"_L1);
                 if (action == "recs.start()"_L1)
