@@ -44,11 +44,7 @@ private Q_SLOTS:
         QVERIFY(host.waitFor(u"heard.includes('autoPlay')"_s)); // Although it played before the session.
         host.run(u"heard = []; recs.start()"_s);
         QVERIFY(host.waitFor(u"heard.includes('autoPlay') && recs.videos.length === 5"_s));
-        QVERIFY(host.wait([&] { // The page takes its time to load.
-            host.run(u"mpv.play(); mpv.pause()"_s);
-            host.service.advance(500ms);
-            return host.run(u"recs.overlayVisible"_s).toBool();
-        }));
+        QVERIFY(host.waitForOverlay([&] { host.run(u"mpv.play(); mpv.pause()"_s); }));
         host.run(u"recs.playNext(recs.videos[2])"_s);
         QVERIFY(host.waitFor(u"`${mpv.source}` !== `${window.first}` && mpv.playing && mpv.position > 0.3"_s));
         host.run(u"heard = []"_s);

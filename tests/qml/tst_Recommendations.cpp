@@ -256,20 +256,15 @@ private Q_SLOTS:
 
     void pauseAndPick()
     {
-        QmlHost host(player + session);
-        QVERIFY(host.waitFor(fetched));
-        const bool isShown = waitUntil([&] { // The page takes its time to load.
+        RunningHost host;
+        QVERIFY(host.waitForOverlay([&] {
             host.run(u"media.play()"_s);
-            const auto position = host.run(u"media.position"_s).toInt();
-            host.waitFor(u"media.position > %1"_s.arg(position + 100));
+            host.waitFor(u"media.position > %1"_s.arg(host.run(u"media.position"_s).toInt() + 100));
             host.run(u"media.pause()"_s);
             QCoreApplication::processEvents();
-            zelvano::MainQueueTestClock::advance(500ms);
-            return host.overlay() != nullptr;
-        });
-        QVERIFY(isShown && host.overlay()->isVisible());
+        }));
+        QVERIFY(host.overlay()->isVisible());
         QCOMPARE(host.overlay()->frame(), QRectF(32, 18, 256, 144));
-        QVERIFY(host.run(u"recs.overlayVisible"_s).toBool());
         host.run(u"heard = []; recs.overlayVisibleChanged.connect(() => heard.push(recs.overlayVisible)); "
                  "recs.hideOverlay()"_s);
         QVERIFY(!host.overlay()->isVisible());

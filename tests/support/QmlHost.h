@@ -63,6 +63,19 @@ struct QmlHost
     {
         return wait([&] { return run(condition).toBool(); });
     }
+    /// Plays and pauses until the overlay is visible: its page takes its time to load.
+    template<class Pause> bool waitForOverlay(Pause playAndPause)
+    {
+        return wait([&] {
+            playAndPause();
+            service.advance(std::chrono::milliseconds(500));
+            return run(QStringLiteral("recs.overlayVisible")).toBool();
+        });
+    }
+    void setPlayer(QObject *player)
+    {
+        object(QStringLiteral("recs"))->setProperty("player", QVariant::fromValue(player));
+    }
     QStringList heard() { return run(QStringLiteral("heard")).toStringList(); }
     QObject *object(const QString &name) { return run(name).value<QObject *>(); }
     QQuickWindow *window() const { return qobject_cast<QQuickWindow *>(root.get()); }
