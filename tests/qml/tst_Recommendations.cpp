@@ -436,51 +436,40 @@ private Q_SLOTS:
         QCOMPARE(host.run(u"recs.status"_s), host.run(u"Recommendations.Connecting"_s)); // Until there is a video.
     }
 
-    /// The players of a host that are no MediaPlayer.
+    /// The players of a host that are no MediaPlayer, in no window: the overlay appears in the named one.
     void otherPlayers()
     {
         const auto bare = makeMainThreadShared<FakePlayer>(u"http://videos.example/1.mp4"_s);
+        const auto inner = makeMainThreadShared<FakePlayer>(u"http://videos.example/1.mp4"_s);
+        const auto framed = makeMainThreadShared<FakeViewController>(inner);
+        framed->bounds = {0, 0, 320, 180};
+        framed->setProperty("player", QVariant::fromValue<QObject *>(inner.get())); // The host's own property.
         const auto movie = makeMainThreadShared<FakeMoviePlayer>();
         movie->setContentURL(QUrl(u"http://videos.example/1.mp4"_s));
-        const auto framed = makeMainThreadShared<FakeViewController>(
-            makeMainThreadShared<FakePlayer>(u"http://videos.example/1.mp4"_s));
         FakeKalturaPlayer kaltura; // The library does not hold such a player: any owner will do.
         const std::tuple<QObject *, std::function<void()>, QString> cases[] = {
             {bare.get(), [&] { bare->becomeReady(); }, u"avplayer"_s},
-            {framed.get(), [&] { static_cast<FakePlayer &>(*framed->player()).becomeReady(); }, u"avplayer"_s},
+            {framed.get(), [&] { inner->becomeReady(); }, u"avplayer"_s},
             {movie.get(), [&] { movie->load(1); }, u"mpmovieplayer"_s},
             {&kaltura, [&] { kaltura.tellLoadState(1); }, QString()},
         };
         for (const auto &[object, becomeReady, id] : cases) {
             const Case current(object->metaObject()->className());
-            QmlHost host(QString(session).remove(u"; player: media"_s));
-            host.object(u"recs"_s)->setProperty("player", QVariant::fromValue(object));
+            QmlHost host(QString(session).replace(u"player: media"_s, u"window: other"_s) +
+                         u"Window { id: other; visible: true; width: 200; height: 200 }\n"_s);
+            host.setPlayer(object);
             QCOMPARE(host.sessions(), 1);
             becomeReady();
             QVERIFY(host.waitFor(fetched));
             QCOMPARE(host.service.arrived(ZVReadyEvent).body.value(u"playerId"_s).toString(), id);
+            if (object != framed.get())
+                continue;
+            QVERIFY(host.waitForOverlay([&] {
+                inner->play();
+                inner->pause();
+            }));
+            QVERIFY(host.overlay(qobject_cast<QQuickWindow *>(host.object(u"other"_s))) && !host.overlay());
         }
-    }
-
-    void overlayInANamedWindow()
-    {
-        const auto video = makeMainThreadShared<FakePlayer>(u"http://videos.example/1.mp4"_s);
-        const auto view = makeMainThreadShared<FakeViewController>(video); // In no window.
-        view->bounds = {0, 0, 320, 180};
-        view->setProperty("player", QVariant::fromValue<QObject *>(video.get())); // The host's own property.
-        QmlHost host(QString(session).replace(u"player: media"_s, u"window: other"_s) +
-                     u"Window { id: other; visible: true; width: 200; height: 200 }\n"_s);
-        host.object(u"recs"_s)->setProperty("player", QVariant::fromValue<QObject *>(view.get()));
-        QCOMPARE(host.sessions(), 1);
-        video->becomeReady();
-        const bool isShown = waitUntil([&] { // The page takes its time to load.
-            video->play();
-            video->pause();
-            host.service.advance(500ms);
-            return host.run(u"recs.overlayVisible"_s).toBool();
-        });
-        QVERIFY(isShown && host.overlay(qobject_cast<QQuickWindow *>(host.object(u"other"_s))));
-        QVERIFY(!host.overlay());
     }
 
     void kaltura()
