@@ -34,6 +34,18 @@ const auto categories = u"RecommendationCategories { id: rows; width: 320; heigh
 const auto plays = u"`${recs.currentSource}` === '%1' && media.playbackState === MediaPlayer.PlayingState"_s;
 const auto fetched = u"recs.videos.length > 0"_s;
 
+/// A host whose session has its first videos.
+struct RunningHost : QmlHost
+{
+    explicit RunningHost(const QString &elements = {}) : QmlHost(player + session + elements)
+    {
+        if (!waitFor(fetched))
+            qFatal("no videos");
+        service.settle();
+        run(u"heard = []"_s);
+    }
+};
+
 } // namespace
 
 class tst_Recommendations : public QObject
@@ -112,10 +124,9 @@ private Q_SLOTS:
         for (const auto &[text, sessions, runs] : cases) {
             const Case current(text);
             const auto change = QString::fromLatin1(text);
-            QmlHost host(player + session + list);
-            QVERIFY(host.waitFor(fetched));
+            RunningHost host(list);
             QCOMPARE(host.sessions(), 1);
-            host.run(u"heard = []; "_s + change);
+            host.run(change);
             QCOMPARE(host.service.sentCount(ZVRetrieveInit), 1);
             QCOMPARE(host.sessions(), 1 + sessions);
             QCOMPARE(host.run(u"recs.running"_s).toBool(), runs);
@@ -191,66 +202,59 @@ private Q_SLOTS:
     /// A frame that changes because the output goes away is no resize.
     void closing()
     {
-        for (const auto &[leave, comesBack] : {std::pair("output.visible = false; output.width = 300"_L1, true),
-                                               {"output.parent = null; output.width = 300"_L1, true},
-                                               {"output.width = 0"_L1, true},
-                                               {"exit"_L1, false}}) {
-            const Case current(leave.data());
-            QmlHost host(player + session);
-            std::shared_ptr<QtMPMoviePlayerController> movie;
-            if (!comesBack) { // The viewer leaves a movie player, and only the host knows whether it comes back.
-                movie = QtMPMoviePlayerController::create(qobject_cast<QMediaPlayer *>(host.object(u"media"_s)),
-                                                          qobject_cast<QQuickItem *>(host.object(u"output"_s)));
-                host.object(u"recs"_s)->setProperty("player", QVariant::fromValue<QObject *>(movie.get()));
-            }
-            QVERIFY(host.waitFor(fetched));
-            host.service.settle();
-            if (movie)
-                movie->exit();
+        const std::pair<const char *, bool> cases[] = {
+            {"output.visible = false; output.width = 300", true},
+            {"output.parent = null; output.width = 300", true},
+            {"output.width = 0", true},
+            {"leaves the movie player", false}, // Only the host knows whether the viewer comes back.
+        };
+        for (const auto &[leave, comesBack] : cases) {
+            const Case current(leave);
+            RunningHost host;
+            const auto movie = QtMPMoviePlayerController::create(qobject_cast<QMediaPlayer *>(host.object(u"media"_s)),
+                                                                 qobject_cast<QQuickItem *>(host.object(u"output"_s)));
+            if (!comesBack)
+                host.setPlayer(movie.get());
+            const auto before = host.sessions();
+            if (comesBack)
+                host.run(QLatin1StringView(leave));
             else
-                host.run(leave);
+                movie->exit();
             QVERIFY(host.waitFor(u"heard.includes('done')"_s));
             QCOMPARE(host.heard().filter(QRegularExpression(u"dismissed|resized|closed"_s)), QStringList{u"closed"_s});
             host.service.advance(1000ms);
-            QCOMPARE(host.sessions(), 1);
+            QCOMPARE(host.sessions(), before);
             host.run(u"output.parent = window.contentItem; output.visible = true; output.width = 200"_s);
             host.service.advance(1000ms);
-            QCOMPARE(host.sessions(), comesBack ? 2 : 1);
+            QCOMPARE(host.sessions(), before + (comesBack ? 1 : 0));
         }
     }
 
     void resizing()
     {
-        for (const auto &[meanwhile, sessions] : {std::pair(u"null"_s, 2),
-                                                  {u"recs.start()"_s, 2},
-                                                  {u"recs.dismiss()"_s, 1},
-                                                  {u"recs.player = null"_s, 1}}) {
-            const Case current(meanwhile.toLatin1());
-            QmlHost host(player + session);
-            QVERIFY(host.waitFor(fetched));
-            host.service.settle();
-            host.run(u"heard = []; output.width = 300"_s);
+        // What the host sets before, what it does before the output is at rest, and the number of sessions then.
+        const std::tuple<const char *, const char *, int> cases[] = {
+            {"null", "null", 2},
+            {"null", "recs.start()", 2},
+            {"null", "recs.dismiss()", 1},
+            {"null", "recs.player = null", 1},
+            {"recs.automaticRestart = false", "recs.pageId = 'other'", 1},
+        };
+        for (const auto &[before, meanwhile, sessions] : cases) {
+            const Case current(meanwhile);
+            RunningHost host;
+            host.run(QLatin1StringView(before) + "; output.width = 300"_L1);
             QVERIFY(host.waitFor(u"heard.includes('done')"_s));
             QCOMPARE(host.heard(), QStringList({u"end"_s, u"running false"_s, u"resized"_s, u"done"_s}));
             host.service.advance(499ms);
             host.run(u"output.height = 100"_s); // Not at rest yet.
             host.service.advance(499ms);
             QCOMPARE(host.sessions(), 1);
-            host.run(meanwhile);
+            host.run(QLatin1StringView(meanwhile));
             host.service.advance(1ms);
             QCOMPARE(host.sessions(), sessions);
             host.service.advance(1000ms);
             QCOMPARE(host.sessions(), sessions);
-
-            host.run(u"heard = []; recs.player = media; recs.start(); recs.automaticRestart = false"_s);
-            QVERIFY(host.waitFor(u"heard.includes('fetched 5')"_s));
-            host.service.settle();
-            host.run(u"heard = []; output.width = 200"_s);
-            QVERIFY(host.waitFor(u"heard.includes('resized')"_s));
-            const auto before = host.sessions();
-            host.run(u"recs.pageId = 'other'"_s);
-            host.service.advance(1000ms);
-            QCOMPARE(host.sessions(), before);
         }
     }
 
@@ -280,10 +284,8 @@ private Q_SLOTS:
 
     void nativePick()
     {
-        QmlHost host(player + session + list);
+        RunningHost host(list);
         QVERIFY(host.waitForItems(u"list"_s, 4));
-        host.service.settle();
-        host.run(u"heard = []"_s);
         host.viewIn(u"list"_s)->activate(1);
         QVERIFY(host.waitFor(u"heard[0] === 'selected ' + recs.videos[2].title"_s)); // The first is the overlay's.
         QCOMPARE(host.heard().filter(u"list"_s).size(), 1);
@@ -392,14 +394,13 @@ private Q_SLOTS:
         FakePlayer unowned(u"http://videos.example/1.mp4"_s);
         for (const auto &[wrong, message, right] : cases) {
             const Case current(wrong);
-            QmlHost host(player + session);
+            RunningHost host;
             host.qml.rootContext()->setContextProperty(u"unowned"_s, &unowned);
             QStringList warnings;
             QObject::connect(&host.qml, &QQmlEngine::warnings, [&](const auto &all) {
                 for (const auto &warning : all)
                     warnings.append(warning.description());
             });
-            QVERIFY(host.waitFor(fetched));
             for (const QString &step : {QString::fromLatin1(wrong), u"recs.start()"_s}) {
                 host.run(step);
                 QCoreApplication::processEvents();
@@ -500,8 +501,7 @@ private Q_SLOTS:
 
     void address()
     {
-        QmlHost host(player + session);
-        QVERIFY(host.waitFor(fetched));
+        RunningHost host;
         sandbox::Sandbox other;
         QVERIFY(other.start());
         const auto authority = other.url().authority();
@@ -564,11 +564,8 @@ private Q_SLOTS:
 
     void inspector()
     {
-        QmlHost host(u"MediaPlayer { id: media; source: window.first }\n"
-                     "Recommendations { id: recs; apiKey: 'key'; pageId: 'page'; player: media }\n"
-                     "EventLog { id: events; recommendations: recs }\n"
-                     "EventTimeline { id: timeline; log: events; width: 400; height: 480 }\n"_s);
-        QVERIFY(host.waitFor(fetched));
+        RunningHost host(u"EventLog { id: events; recommendations: recs }\n"
+                         "EventTimeline { id: timeline; log: events; width: 400; height: 480 }\n"_s);
         const auto find = [&](const QString &name) { return host.window()->findChild<QQuickItem *>(name); };
         const auto type = [&](const QString &text) {
             auto *const field = find(u"filter"_s);
