@@ -353,8 +353,7 @@ private Q_SLOTS:
     {
         auto inactive = session;
         QmlHost host(player + inactive.replace(u"player: media"_s, u"player: media; active: false"_s) + list);
-        QCOMPARE(host.sessions(), 0);
-        QVERIFY(host.service.sandbox.requests().empty() || host.service.sent().isEmpty());
+        QVERIFY(host.sessions() == 0 && host.service.sent().isEmpty());
         QCOMPARE(host.run(u"recs.status"_s), host.run(u"Recommendations.Idle"_s));
         host.service.fault(ZVRetrieveInit, {.delay = 500ms});
         host.run(u"recs.active = true"_s);
@@ -488,11 +487,7 @@ private Q_SLOTS:
         QVERIFY(host.waitFor(u"!web.paused && web.position > 0"_s));
         host.run(u"web.pause()"_s);
         QVERIFY(host.waitFor(u"web.paused"_s));
-        QQuickItem *web = nullptr;
-        for (auto *item : page->findChildren<QQuickItem *>()) {
-            if (item->inherits("QQuickWebEngineView"))
-                web = item;
-        }
+        auto *const web = page->findChild<QQuickItem *>(u"webView"_s);
         QVERIFY(host.wait([&] { return evaluateIn(web, u"document.querySelectorAll('[data-index]').length"_s) == 6; }));
         evaluateIn(web, u"document.querySelector('[data-index=\"1\"]').click()"_s);
         QVERIFY(host.waitFor(u"heard.length && web.entryId === heard[0]"_s));
@@ -580,8 +575,6 @@ private Q_SLOTS:
         QCOMPARE(rows(), host.run(u"events.count"_s).toInt());
         type(u"READY"_s);
         QCOMPARE(rows(), 2); // The request and its answer.
-        type(u"nothing like it"_s);
-        QCOMPARE(rows(), 0);
         type(u"channels"_s);
         QVERIFY(!details->isVisible());
         list->forceActiveFocus();
