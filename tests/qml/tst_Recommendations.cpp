@@ -251,6 +251,7 @@ private Q_SLOTS:
             host.service.advance(499ms);
             QCOMPARE(host.sessions(), 1);
             host.run(QLatin1StringView(meanwhile));
+            QCoreApplication::processEvents();
             host.service.advance(1ms);
             QCOMPARE(host.sessions(), sessions);
             host.service.advance(1000ms);
@@ -464,6 +465,7 @@ private Q_SLOTS:
             QCOMPARE(host.service.arrived(ZVReadyEvent).body.value(u"playerId"_s).toString(), id);
             if (object != framed.get())
                 continue;
+            host.window()->requestActivate();
             QVERIFY(host.waitForOverlay([&] {
                 inner->play();
                 inner->pause();
@@ -485,6 +487,8 @@ private Q_SLOTS:
         QVERIFY(host.run(u"web.entryId === 'sandbox-2' && web.duration >= 10 && web.paused"_s).toBool());
         host.run(u"web.play()"_s);
         QVERIFY(host.waitFor(u"!web.paused && web.position > 0"_s));
+        host.run(u"web.changeMedia('sandbox-3')"_s);
+        QVERIFY(host.waitFor(u"web.entryId === 'sandbox-3' && web.position > 0"_s));
         host.run(u"web.pause()"_s);
         QVERIFY(host.waitFor(u"web.paused"_s));
         auto *const web = page->findChild<QQuickItem *>(u"webView"_s);
