@@ -22,8 +22,8 @@ namespace zelvano::sandbox {
 
 namespace {
 
-constexpr int maximumLooked = 100'000; // Files in the folder, of any kind.
-constexpr size_t maximumOwn = 5000;
+constexpr int maximumFiles = 100'000; // Of any kind.
+constexpr size_t maximumEntries = 5000;
 constexpr size_t firstVideos = 24; // Enough for a first screen.
 constexpr int maximumProcesses = 4;
 constexpr int slowestFile = 15'000; // Milliseconds.
@@ -82,8 +82,9 @@ QString VideoFolder::open(const QString &path)
         if (QStandardPaths::findExecutable(program).isEmpty())
             return program + " is missing: install the package ffmpeg"_L1;
     }
-    if (auto error = list(path); !error.isNull())
+    if (auto error = find(path); !error.isNull())
         return error;
+    order(path);
     std::vector<size_t> unknown;
     for (size_t index = 0; index < m_entries.size(); ++index) {
         if (!findInCache(m_entries[index]))
@@ -99,8 +100,8 @@ QString VideoFolder::open(const QString &path)
     return m_ready > 0 ? QString() : u"no video in %1 can be played"_s.arg(path);
 }
 
-/// Finds the videos, by name.
-QString VideoFolder::list(const QString &path)
+/// Returns an error, null when there are videos.
+QString VideoFolder::find(const QString &path)
 {
     const QFileInfo folder(QFileInfo(path).canonicalFilePath()); // Empty for a path that leads nowhere.
     if (!folder.isDir() || !folder.isReadable())
@@ -109,7 +110,7 @@ QString VideoFolder::list(const QString &path)
     const QString inside = root.path().endsWith(u'/') ? root.path() : root.path() + u'/';
     static const QStringList suffixes{u"mp4"_s, u"webm"_s, u"mkv"_s};
     QDirIterator files(root.path(), QDir::Files, QDirIterator::Subdirectories);
-    for (int looked = 0; files.hasNext() && looked < maximumLooked; ++looked) {
+    for (int looked = 0; files.hasNext() && looked < maximumFiles; ++looked) {
         const QFileInfo file(files.next());
         const QString suffix = file.suffix().toLower();
         if (!suffixes.contains(suffix))
@@ -129,31 +130,30 @@ QString VideoFolder::list(const QString &path)
         entry.video.published = file.lastModified().toSecsSinceEpoch();
         m_entries.push_back(std::move(entry));
     }
-    if (m_entries.empty())
-        return u"%1 has no MP4, WebM or MKV file"_s.arg(path);
+    return m_entries.empty() ? u"%1 has no MP4, WebM or MKV file"_s.arg(path) : QString();
+}
 
+/// By name, with one of each category in turn.
+void VideoFolder::order(const QString &path)
+{
     QCollator byName{QLocale(QLocale::English)};
     byName.setNumericMode(true);
     std::ranges::sort(m_entries, byName, &Entry::name);
-    takeCategoriesInTurn();
-    if (m_entries.size() > maximumOwn) {
-        report(u"%1: %2 of its files, the limit is %3"_s.arg(path).arg(m_entries.size() - maximumOwn).arg(maximumOwn));
-        m_entries.resize(maximumOwn);
-    }
-    for (size_t index = 0; index < m_entries.size(); ++index) {
-        m_entries[index].video.number = static_cast<int>(index) + 1;
-        m_entries[index].video.value = std::max(100 - static_cast<int>(index), 1);
-    }
-    return {};
-}
-
-void VideoFolder::takeCategoriesInTurn()
-{
     std::map<QString, int> counts;
     std::map<QString, int> ranks; // In the category, by name.
     for (const Entry &entry : m_entries)
         ranks[entry.name] = ++counts[entry.video.category];
     std::ranges::stable_sort(m_entries, {}, [&ranks](const Entry &entry) { return ranks[entry.name]; });
+
+    if (m_entries.size() > maximumEntries) {
+        const auto left = m_entries.size() - maximumEntries;
+        report(u"%1: %2 of its files, the limit is %3"_s.arg(path).arg(left).arg(maximumEntries));
+        m_entries.resize(maximumEntries);
+    }
+    for (size_t index = 0; index < m_entries.size(); ++index) {
+        m_entries[index].video.number = static_cast<int>(index) + 1;
+        m_entries[index].video.value = std::max(100 - static_cast<int>(index), 1);
+    }
 }
 
 bool VideoFolder::findInCache(Entry &entry) const

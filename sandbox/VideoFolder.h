@@ -40,8 +40,8 @@ private:
         bool isReady = false;
     };
 
-    QString list(const QString &path);
-    void takeCategoriesInTurn();
+    QString find(const QString &path);
+    void order(const QString &path);
     bool findInCache(Entry &entry) const;
     void prepare(size_t index);
     QString read(const Entry &entry, double &seconds) const;
