@@ -30,6 +30,27 @@ bool isRequest(const QJsonObject &entry, const QString &path, const QString &typ
            (type.isEmpty() || entry.value("body"_L1).toObject().value("type"_L1) == type);
 }
 
+/// Whether an entry of the log is what these words of a script wait for. Null for unknown words.
+std::function<bool(const QJsonObject &entry)> conditionOf(const QStringList &words)
+{
+    const auto what = words.value(0);
+    const auto name = words.value(1);
+    const auto type = words.value(2);
+    if (what == "recommendations"_L1)
+        return [](const auto &entry) { return is(entry, "listener"_L1, "suggestionsDidFetched"_L1); };
+    if (what == "overlay"_L1)
+        return [](const auto &entry) { return is(entry, "overlay"_L1, "shown"_L1); };
+    if (what == "hidden"_L1)
+        return [](const auto &entry) { return is(entry, "overlay"_L1, "hidden"_L1); };
+    if (what == "event"_L1 && words.size() == 2)
+        return [name](const auto &entry) {
+            return is(entry, "listener"_L1, "stateDidChanged"_L1) && entry.value("state"_L1) == name;
+        };
+    if (what == "request"_L1 && words.size() >= 2)
+        return [name, type](const auto &entry) { return isRequest(entry, name, type); };
+    return nullptr;
+}
+
 /// Takes "within MS" off the end of the words.
 int takePatience(QStringList &words)
 {
@@ -167,26 +188,10 @@ void ScriptRunner::waitFor(const QStringList &givenWords)
 {
     auto words = givenWords;
     const int patience = takePatience(words);
-    const auto what = words.value(0);
-    const auto name = words.value(1);
-    const auto type = words.value(2);
-    if (what == "recommendations"_L1)
-        m_expected = [](const auto &entry) { return is(entry, "listener"_L1, "suggestionsDidFetched"_L1); };
-    else if (what == "overlay"_L1)
-        m_expected = [](const auto &entry) { return is(entry, "overlay"_L1, "shown"_L1); };
-    else if (what == "hidden"_L1)
-        m_expected = [](const auto &entry) { return is(entry, "overlay"_L1, "hidden"_L1); };
-    else if (what == "event"_L1 && words.size() == 2)
-        m_expected = [name](const auto &entry) {
-            return is(entry, "listener"_L1, "stateDidChanged"_L1) && entry.value("state"_L1) == name;
-        };
-    else if (what == "request"_L1 && words.size() >= 2)
-        m_expected = [name, type](const auto &entry) { return isRequest(entry, name, type); };
-    else {
+    m_expected = conditionOf(words);
+    if (!m_expected)
         fail(u"unknown condition"_s);
-        return;
-    }
-    if (expectationIsMet())
+    else if (expectationIsMet())
         nextAfter(0);
     else
         m_deadline.start(patience);
