@@ -10,8 +10,8 @@ namespace zelvano {
 
 class MpvCore;
 
-/// An AVPlayer over an mpv of its own. A session that begins later learns that the player is ready and
-/// that it plays. Without an MpvVideo it plays the sound only. Main thread, but for what AVPlayer marks otherwise.
+/// An AVPlayer over an mpv of its own. A session that begins later learns that the player is ready and that it plays.
+/// Without an MpvVideo it plays the sound only. Main thread, except for what AVPlayer marks "any thread".
 class ZELVANOMPV_EXPORT MpvPlayer : public AVPlayer
 {
     Q_OBJECT

@@ -45,11 +45,11 @@ void KalturaPlayer::choose(const QVariantMap &params)
 {
     if (std::exchange(m_isChoosing, true))
         return;
-    const auto tell = [this, params] {
+    const auto report = [this, params] {
         m_isChoosing = false;
         Q_EMIT pluginVideoSelected(params);
     };
-    QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, report, Qt::QueuedConnection);
 }
 
 void KalturaPlayer::play()
