@@ -40,7 +40,7 @@ std::shared_ptr<QObject> KalturaDeck::newPlayer(Witness &witness)
     return m_player;
 }
 
-/// The library posts one for each time that the player became playable. Only the first switches the video.
+/// The library posts a choice once for each time that the player became playable. The first switches the video.
 void KalturaDeck::pluginDidChoose(const Notification &notification)
 {
     const auto entryId = notification.userInfo.value(u"params"_s).toMap().value(u"videoId"_s).toString();

@@ -18,7 +18,7 @@ WebEngineView {
     // so the page leaves such an item.
     required property Item frame
 
-    // A page that has loaded draws its first frame here, beside the window's picture: it takes ten times as long as others.
+    // A loaded page draws its first frame here, outside the visible window: that frame takes ten times as long as others.
     property Item stage: frame.Window.contentItem
 
     parent: frame.visible ? frame : firstFrame.running ? stage : null

@@ -65,7 +65,7 @@ private:
 
     QUrl m_source;
     std::shared_ptr<QtKPViewController> m_controller;
-    bool m_isChoosing = false; ///< The choice of this turn of the event loop is noted.
+    bool m_isChoosing = false; ///< A choice is reported at the end of this turn of the event loop.
 };
 
 } // namespace zelvano

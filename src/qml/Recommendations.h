@@ -42,7 +42,7 @@ public:
     /// How far the session has come.
     enum class Status {
         Idle,       ///< There is no session.
-        Connecting, ///< The service has not answered for a video yet. So it stays while the player has none.
+        Connecting, ///< The service has not answered for a video yet, or the player has none.
         Ready,      ///< The service knows the video. It may recommend none.
         Failed      ///< errorString says why. The video plays on.
     };
@@ -80,9 +80,9 @@ public:
 
     /// The host's player, with or without a source: a MediaPlayer, a KalturaPlayer, or an object of a C++ class that
     /// derives from AVPlayer, AVPlayerViewController, MPMoviePlayerController, MPMoviePlayerViewController or
-    /// KPViewController. A std::shared_ptr of the host must own the latter, but for a KPViewController. Also an item
-    /// with such an object in a property "player", such as an MpvVideo. Null by default and after the player's
-    /// destruction. Restarts; a change of the player's source does not.
+    /// KPViewController. Such an object must be owned by a std::shared_ptr of the host, except a KPViewController. Also
+    /// an item with such an object in its property "player": an MpvVideo, for example. Null by default and after the
+    /// player's destruction. Restarts; a change of the player's source does not.
     Q_PROPERTY(QObject *player READ player WRITE setPlayer NOTIFY playerChanged FINAL)
     QObject *player() const { return m_player; }
     void setPlayer(QObject *player);

@@ -61,8 +61,7 @@ std::variant<std::shared_ptr<QObject>, QString> watchedPlayer(QObject *given, QQ
     }
     if (const auto *kaltura = qobject_cast<KalturaPlayer *>(player))
         return kaltura->controller();
-    // The library holds no Kaltura player, so any owner will do. It reads the others on other threads, until it lets
-    // go.
+    // The library keeps no reference to a Kaltura player. It reads the other players on other threads, so it needs one.
     if (isKindOfClassNamed(player, "KPViewController"))
         return std::shared_ptr<QObject>(player, [](auto *) {});
     if (!isContractPlayer(player))

@@ -26,7 +26,7 @@ QSize Thumbnails::pixels(QSizeF points, const QQuickItem *cell)
 
 void Thumbnails::fetch(const Video &video, QSize cell, const std::function<void()> &fetched)
 {
-    // Those that come first are wanted first.
+    // The first videos are shown first.
     const bool isWanted = m_fetches.size() + m_kept.size() < mostKept;
     const auto place = m_fetches.emplace(m_fetches.end());
     *place = requestThumbnail(

@@ -17,7 +17,7 @@ namespace zelvano {
 
 /// The pictures of one view's videos. Fetches them in the size that a cell shows, and keeps those of the cells near the
 /// viewport and of a few more; the records of the others lose their picture. Never releases an image that the host has
-/// set. Its end cancels what waits. Main thread.
+/// set. The destructor cancels waiting fetches. Main thread.
 class Thumbnails : public QObject
 {
     Q_OBJECT

@@ -24,7 +24,7 @@ namespace {
 constexpr std::size_t fetchesAtFirst = 16; // About a screenful.
 constexpr std::size_t fetchesAtOnce = 250;
 constexpr auto aFrame = std::chrono::milliseconds(16);
-constexpr auto longestWait = std::chrono::milliseconds(100); // Of the next portion for slow pictures.
+constexpr auto longestWait = std::chrono::milliseconds(100); // For slow pictures; then the next portion begins.
 
 constexpr double leastPicture = 160; // Points; before the view has a width.
 
