@@ -321,6 +321,8 @@ void MediaPlayback::mediaStatusDidChange()
 {
     const bool wasOpen = m_isOpen;
     readOpening();
+    if (m_isOpen && !wasOpen)
+        m_openTime = m_now.time;
     m_hasError = m_isOpen && (m_hasError || m_now.status == QMediaPlayer::InvalidMedia);
     if (m_now.status == QMediaPlayer::EndOfMedia && std::exchange(m_hasPlayed, false))
         m_isBroken = breaksOff();
@@ -373,14 +375,15 @@ bool MediaPlayback::breaksOff() const
 void MediaPlayback::positionDidChange()
 {
     watchForStandstill();
-    const auto sinceLast = m_now.time - std::exchange(m_lastProgress, m_now.time);
-    const double elapsed = std::chrono::duration<double>(sinceLast).count();
+    using Seconds = std::chrono::duration<double>;
+    const double elapsed = Seconds(m_now.time - std::exchange(m_lastProgress, m_now.time)).count();
+    const double sinceOpening = Seconds(m_now.time - m_openTime).count();
     const bool isPlaying = state() == QMediaPlayer::PlayingState;
     const bool isAtEnd = m_now.position >= m_now.duration; // The duration is 0 while it is unknown.
-    const double played = isPlaying ? elapsed * pace() : 0;
+    const double played = isPlaying ? std::min(elapsed, sinceOpening) * pace() : 0;
     const double tolerance = played + jumpTolerance;
     const bool isBeginning = isPlaying && m_lastPosition == 0 && elapsed >= shortestTick;
-    if (isBeginning && position() > tolerance && (!isAtEnd || m_now.duration <= 0))
+    if (isBeginning && position() > tolerance && m_now.position != m_now.duration)
         m_firstTimestamp += position() - played;
     const double reached = position();
     const double step = reached - m_lastPosition;

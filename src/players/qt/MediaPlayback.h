@@ -136,7 +136,8 @@ private:
     bool m_hasPlayed = false;    ///< Since the last end.
     double m_firstTimestamp = 0; ///< Of the stream, in seconds. Positions count from it.
     double m_lastPosition = 0;   ///< The last one that playing or a seek reached, in seconds.
-    Clock::time_point m_lastProgress = m_now.time;
+    Clock::time_point m_openTime;
+    Clock::time_point m_lastProgress = m_now.time; ///< Of the position, or the beginning of play.
     QTimer m_standstill; ///< Runs after an error, from the last change of the position on.
 };
 

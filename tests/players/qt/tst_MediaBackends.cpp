@@ -111,6 +111,10 @@ growing over gstreamer | send 0.8, load live/growing.mp4, hear (ready), play, at
 late first timestamp over ffmpeg 6.4, mpv | load late.m3u8, hear (ready), play, hear end | begin, end | begin, end
 late first timestamp over ffmpeg 6.8 | load late.m3u8, hear (ready), play, hear end | begin, end | begin, end 2
 late first timestamp over gstreamer | load late.m3u8, hear (ready), play, hear end | begin, end | begin, end 4
+first timestamp after the duration over ffmpeg 6.4 | load late.ts, play, hear end | begin, end | begin, end 2
+late first timestamp, opened slowly over gstreamer
+  | send 0, load live/late.ts, play, stand, stand, stand, stand, stand, send 1, hear end
+  | begin, end | open, start 2, play 2, end
 stall | stalled, send 1, at 1.1 | begin | begin
 attached in a stall over qt | send 0.3, open, play, stand, attach, send 1, hear (ready)
   | (ready), start 0, play | open, start 1, play 1
@@ -348,6 +352,7 @@ private Q_SLOTS:
         const QStringList commands{video, u"-v error -i a.mp4 -c copy b.mp4"_s,
                                    u"-v error -i a.mp4 -t 2 -c copy a.ts"_s,
                                    u"-v error -i a.mp4 -t 2 -c copy -movflags frag_keyframe+empty_moov growing.mp4"_s,
+                                   u"-v error -i a.mp4 -t 2 -c copy -muxdelay 2 -muxpreload 2 late.ts"_s,
                                    u"-v error -i a.mp4 -t 2 -c copy -muxdelay 2 -muxpreload 2 -hls_time 1 late.m3u8"_s};
         for (const auto &command : commands) {
             QProcess ffmpeg;
