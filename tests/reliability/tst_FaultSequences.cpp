@@ -283,7 +283,7 @@ private:
 
     void settle()
     {
-        if (!m_service->traffic->await(m_model->sent.size(), m_model->silent))
+        if (!m_service->recorder->await(m_model->sent.size(), m_model->silent))
             m_failure = u"calls that are missing or do not end"_s;
         else if (m_model->silent > 0)
             endSilentCalls();
@@ -296,7 +296,7 @@ private:
         if (!EngineFixture::wait([&] { return m_service->sandbox.requests().size() == expected; }))
             m_failure = u"a call that did not arrive"_s;
         ZVAPIObject::stopAllSessions();
-        if (!m_service->traffic->await(m_model->sent.size(), 0))
+        if (!m_service->recorder->await(m_model->sent.size(), 0))
             m_failure = u"a cancelled call that does not end"_s;
     }
 
@@ -304,7 +304,7 @@ private:
     QString differences() const
     {
         const auto &engine = *m_service->engine;
-        const auto calls = m_service->traffic->calls();
+        const auto calls = m_service->recorder->calls();
         QStringList withBody;
         for (const auto &call : calls)
             withBody.append(call.name + u' ' + QString::fromUtf8(call.body));

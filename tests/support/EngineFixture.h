@@ -30,7 +30,7 @@ inline QString callName(const QString &path, const QJsonObject &body)
 
 /// Records the service calls and their results in the order of sending. With several connections they may arrive in
 /// another order.
-class Traffic : public zelvano::http::TrafficObserver
+class CallRecorder : public zelvano::http::TrafficObserver
 {
 public:
     struct Call
@@ -146,7 +146,7 @@ public:
         sandbox.setSettings(settings);
         const bool started = sandbox.start();
         Q_ASSERT(started && m_folder.isValid());
-        zelvano::http::Traffic::addObserver(traffic);
+        zelvano::http::Traffic::addObserver(recorder);
         zelvano::useService(sandbox.url().authority());
         zelvano::ZVConfigTestAccess::reset();
         defaults().setFilePath(m_folder.filePath(QStringLiteral("defaults.json")));
@@ -163,7 +163,7 @@ public:
         zelvano::ZVAPIObject::stopAllSessions();
         settle();
         zelvano::MainQueueTestClock::stop();
-        zelvano::http::Traffic::removeObserver(traffic);
+        zelvano::http::Traffic::removeObserver(recorder);
         zelvano::useService({});
         defaults().setFilePath({});
     }
@@ -218,7 +218,7 @@ public:
         qsizetype before = -1;
         while (before != sent().size()) {
             before = sent().size();
-            traffic->await(before, 0);
+            recorder->await(before, 0);
             passCompletions();
             zelvano::MainQueueTestClock::advance(std::chrono::milliseconds(0));
         }
@@ -238,7 +238,7 @@ public:
     }
 
     /// The calls in the order of sending.
-    QStringList sent() const { return traffic->sent(); }
+    QStringList sent() const { return recorder->sent(); }
     /// The calls since the last use of this function.
     QStringList sentSince() { return sent().sliced(std::exchange(m_seen, sent().size())); }
     qsizetype sentCount(const QString &call) const { return sent().count(call); }
@@ -274,7 +274,7 @@ public:
 
     LogCollector log;
     zelvano::sandbox::Sandbox sandbox;
-    const std::shared_ptr<Traffic> traffic = std::make_shared<Traffic>();
+    const std::shared_ptr<CallRecorder> recorder = std::make_shared<CallRecorder>();
     const std::shared_ptr<RecordingListener> listener = std::make_shared<RecordingListener>();
     const std::shared_ptr<FakeSubscriber> subscriber = std::make_shared<FakeSubscriber>();
     std::shared_ptr<zelvano::Zelvano> engine;
