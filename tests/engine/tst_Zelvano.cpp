@@ -147,17 +147,6 @@ private Q_SLOTS:
         }
     }
 
-    void pageOfANewPlayer()
-    {
-        const auto player = std::make_shared<FakePlayer>(u"http://videos.example/9.mp4"_s);
-        m_service->storeIdentity();
-        m_service->initialize();
-        engine().readyEvent(m_service->subscriber); // For the page's subscriber, which is the new player's.
-        engine().setPlayer(player, u"page"_s);
-        m_service->settle();
-        QCOMPARE(sent(ZVReadyEvent, "videoId"_L1).toString(), u"http://videos.example/9.mp4"_s);
-    }
-
     void playSelected()
     {
         engine().playSelected(nullptr);
@@ -228,23 +217,6 @@ private Q_SLOTS:
                 QCOMPARE(m_service->sentCount(ZVKeepAlive), isEndless ? 1 : i + 1);
             }
         }
-    }
-
-    /// Only a scheduled keep-alive is cancelled.
-    void stopWithAKeepAliveUnderWay()
-    {
-        m_service->storeIdentity();
-        m_service->initialize();
-        m_service->fault(ZVKeepAlive, {.delay = 20ms});
-        MainQueueTestClock::advance(30s);
-        engine().stop();
-        m_service->settle();
-        QCOMPARE(m_service->sentCount(ZVKeepAlive), 2);
-        m_service->advance(30s);
-        QCOMPARE(m_service->sentCount(ZVKeepAlive), 3);
-        engine().stop();
-        m_service->advance(24h);
-        QCOMPARE(m_service->sentCount(ZVKeepAlive), 3);
     }
 
     void keepAliveIntervalOfZero()
@@ -422,30 +394,6 @@ private Q_SLOTS:
         QCOMPARE(heard(), QStringList{u"view 0.5x1"_s});
     }
 
-    void dismissal()
-    {
-        m_service->openView();
-        m_service->report({u"recommendationClick"_s, u"play"_s});
-        heard().clear();
-        const auto handler = engine().playerEventsHandler();
-        m_service->fault(ZVReadyEvent, {.delay = std::chrono::milliseconds(20)});
-        engine().readyEvent(m_service->subscriber);
-        engine().dismissZelvano();
-        QCOMPARE(m_service->subscriber->dismissals, 1);
-        QVERIFY(engine().state().stack.empty() && engine().listeners().empty());
-        m_service->sentSince();
-        m_service->advance(std::chrono::minutes(10));
-        QVERIFY(heard().isEmpty() && m_service->sentSince().isEmpty()); // No replay and no keep-alive.
-        QVERIFY(!engine().state().viewUUID.isNull());
-
-        QVERIFY(engine().playerEventsHandler() != handler); // A new one on the next use.
-        QCOMPARE(engine().playerEventsHandler()->currentSubscriber(), nullptr);
-        QCOMPARE(engine().playerEventsHandler()->delegate().get(), &engine());
-        engine().addListener(m_service->listener);
-        m_service->report({u"pause"_s});
-        QCOMPARE(heard(), QStringList{u"pause"_s});
-    }
-
     void progress()
     {
         using Progress = SessionState::Progress;
@@ -458,25 +406,6 @@ private Q_SLOTS:
         m_service->sendReady();
         QCOMPARE(engine().state().progress, Progress::Ready);
         QCOMPARE(errors, QStringList({u"the service did not accept \"ready\": status 500"_s, QString()}));
-    }
-
-    /// Whichever call is under way.
-    void nothingIsSentAfterStopSending()
-    {
-        for (const auto call : {ZVRetrieveUserIdAPI, ZVRetrieveInit, ZVPageEvent, ZVReadyEvent}) {
-            start();
-            m_service->fault(call, {.delay = 50ms});
-            m_service->setPage();
-            engine().readyEvent(m_service->subscriber);
-            engine().initializeWithAPIKey(u"key"_s);
-            QVERIFY(m_service->wait([&] { return m_service->sentCount(call) == 1; }));
-            engine().stopSending();
-            const auto before = m_service->sent().filter(QRegularExpression(u"^(?!keepalive)"_s));
-            engine().playerEvent(u"play"_s, m_service->subscriber);
-            m_service->advance(10min);
-            QCOMPARE(m_service->sent().filter(QRegularExpression(u"^(?!keepalive)"_s)), before);
-            QVERIFY(m_service->sentCount(ZVKeepAlive) <= 1); // It may be sent beside the page.
-        }
     }
 
 private:
