@@ -94,8 +94,6 @@ private:
 class RecordingListener : public zelvano::ZelvanoPrivateDelegate
 {
 public:
-    explicit RecordingListener(const QString &name = {}) : m_name(name) {}
-
     void suggestionsDidFetched(const std::shared_ptr<zelvano::Zelvano> &zelvano, const std::shared_ptr<QObject> &player,
                                const std::shared_ptr<zelvano::ZVRecommendation> &recommendation) override
     {
@@ -117,21 +115,15 @@ public:
     QStringList heard;
     std::vector<std::shared_ptr<zelvano::ZVRecommendation>> recommendations;
     std::function<void()> onCall;
-    /// A second list, for the calls of several listeners.
-    QStringList *common = nullptr;
 
 private:
     void note(const QString &what, bool argumentsAreRight)
     {
         const auto isOnMainThread = zelvano::MainQueue::isMainThread();
         heard.append(argumentsAreRight && isOnMainThread ? what : what + QStringLiteral(" with wrong arguments"));
-        if (common)
-            common->append(m_name + heard.last());
         if (onCall)
             onCall();
     }
-
-    const QString m_name;
 };
 
 /// An engine with a real service on loopback, on the test clock, with separate user defaults.
@@ -263,7 +255,7 @@ public:
         this->fault(call, {.kind = zelvano::sandbox::Fault::Kind::Body, .body = body});
     }
 
-    /// Like QTest::qWaitFor, but checks more often.
+    /// Runs the event loop more often than QTest::qWaitFor: a message handler may wait for it.
     template<class Predicate> static bool wait(Predicate predicate)
     {
         const QDeadlineTimer deadline(10000);
