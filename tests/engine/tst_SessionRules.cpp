@@ -14,10 +14,14 @@ using Rules = SessionRules;
 
 namespace {
 
+QString textOf(const QString &identifier)
+{
+    return identifier.isNull() ? u"-"_s : identifier;
+}
+
 QString textOf(const Rules::Identity &identity)
 {
-    const auto text = [](const QString &part) { return part.isNull() ? u"-"_s : part; };
-    return u"%1,%2,%3"_s.arg(text(identity.apiKey), text(identity.userId), text(identity.userUUID));
+    return u"%1,%2,%3"_s.arg(textOf(identity.apiKey), textOf(identity.userId), textOf(identity.userUUID));
 }
 
 /// One action as a line of text.
@@ -26,8 +30,7 @@ struct Writer
     QString operator()(const Rules::Log &log) const { return u"log "_s + log.line; }
     QString operator()(const Rules::StoreIdentity &store) const
     {
-        return u"store %1 %2"_s.arg(store.userId.isNull() ? u"nothing"_s : store.userId,
-                                    store.userUUID.isNull() ? u"nothing"_s : store.userUUID);
+        return u"store %1 %2"_s.arg(textOf(store.userId), textOf(store.userUUID));
     }
     QString operator()(const Rules::RequestIdentity &request) const { return u"users/id "_s + request.apiKey; }
     QString operator()(const Rules::OpenChannel &open) const { return u"init "_s + textOf(open.identity); }
@@ -56,10 +59,7 @@ struct Writer
     {
         return u"%1 as %2 at %3 in %4"_s.arg(event.event, event.type).arg(event.position).arg(event.viewUUID);
     }
-    QString operator()(const Rules::SetNextVideo &next) const
-    {
-        return next.recommendations ? u"next"_s : u"next null"_s;
-    }
+    QString operator()(const Rules::SetNextVideo &next) const { return next.recommendations ? u"next"_s : u"next -"_s; }
     QString operator()(const Rules::NotifyProgress &) const { return u"progress"_s; }
     QString operator()(const Rules::NotifyState &state) const { return u"state "_s + state.event; }
     QString operator()(const Rules::NotifySuggestions &) const { return u"suggestions"_s; }
@@ -74,7 +74,13 @@ QString textOf(const Rules::Actions &actions)
     return lines.join(u"; "_s);
 }
 
-/// What of the state is set, in the order of the words that given() reads.
+/// The identifiers, with the words that stand for them.
+const std::pair<QString, QString SessionState::*> identifiers[] = {{u"user"_s, &SessionState::userId},
+                                                                   {u"uuid"_s, &SessionState::userUUID},
+                                                                   {u"page"_s, &SessionState::pageUUID},
+                                                                   {u"view"_s, &SessionState::viewUUID}};
+
+/// What of the state is set, in the words that given() reads.
 QString textOf(const SessionState &state)
 {
     QStringList words;
@@ -82,10 +88,8 @@ QString textOf(const SessionState &state)
         if (isSet)
             words.append(word);
     };
-    add(!state.userId.isNull(), state.userId);
-    add(!state.userUUID.isNull(), state.userUUID);
-    add(!state.pageUUID.isNull(), state.pageUUID);
-    add(!state.viewUUID.isNull(), state.viewUUID);
+    for (const auto &[word, identifier] : identifiers)
+        add(!(state.*identifier).isNull(), state.*identifier);
     add(state.pageParams.has_value(), u"page-owed-%1"_s.arg(state.pageParams ? state.pageParams->size() : 0));
     add(state.readyParams.has_value(),
         u"ready-owed-"_s + state.readyParams.value_or(QVariantList(4)).value(2).toString());
@@ -107,14 +111,9 @@ Rules given(const QString &words)
     rules.state.recommenationsSize = 8;
     auto &state = rules.state;
     for (const auto &word : words.split(u' ', Qt::SkipEmptyParts)) {
-        if (word == u"user")
-            state.userId = word;
-        else if (word == u"uuid")
-            state.userUUID = word;
-        else if (word == u"page")
-            state.pageUUID = word;
-        else if (word == u"view")
-            state.viewUUID = word;
+        const auto *const named = std::ranges::find(identifiers, word, [](const auto &entry) { return entry.first; });
+        if (named != std::end(identifiers))
+            state.*named->second = word;
         else if (word == u"page-owed-1")
             state.pageParams = QVariantList{QVariant()};
         else if (word == u"ready-owed-old")
@@ -189,7 +188,7 @@ an empty key is sent, and logged | user uuid | initialize
 identity |  | identity ok
   | log events:: initialize; store new-user new-uuid; init key,new-user,new-uuid | new-user new-uuid
 an identity without ids clears the store | user uuid | identity bare
-  | log events:: initialize; store nothing nothing; init key,-,- |
+  | log events:: initialize; store - -; init key,-,- |
 identity failed |  | identity failed | log Error fetching userId reason | failed("users/id": reason)
 identity refused |  | identity refused |  | failed("users/id": status 500)
 channel | user | channel ok | log events:: channelsInit; start keepalive key,user,- | user runs
@@ -247,7 +246,7 @@ automatic play | view | play | autoPlay as autoPlay at 12.25 in view; state auto
 chosen play | view chosen | play | play as play at 12.25 in view; state play | view chosen
 done is progress for the service | view | done | done as progress at 12.25 in view; state done | view
 end | view kept | end | next; end as end at 12.25 in view; state end | view
-end without recommendations | view | end | next null; end as end at 12.25 in view; state end | view
+end without recommendations | view | end | next -; end as end at 12.25 in view; state end | view
 ended is no end | view kept | ended | ended as ended at 12.25 in view; state ended | view
 click | view | recommendationClick
   | recommendationClick as recommendationClick at 12.25 in view; state recommendationClick |
