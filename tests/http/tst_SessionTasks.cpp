@@ -70,6 +70,13 @@ private Q_SLOTS:
     void outcomes()
     {
         const RawServer::Script closed = [](Connection &) {};
+        const auto resetAfter = [](const QByteArray &bytes) -> RawServer::Script {
+            return [bytes](Connection &connection) {
+                connection.readRequest();
+                connection.write(bytes);
+                connection.reset();
+            };
+        };
         const RawServer::Script noHandshake = [](Connection &connection) {
             connection.write("HTTP/1.1 400 Bad\r\n\r\n");
         };
@@ -95,10 +102,16 @@ private Q_SLOTS:
             {"closed within the head", once(Ok + "Content-Le"), ErrorCode::ConnectionLost},
             {"closed within the body", once(Ok + "Content-Length: 10\r\n\r\nabc"), ErrorCode::ConnectionLost},
             {"closed within a chunk", once(chunked + "9\r\nabc"), ErrorCode::ConnectionLost},
+            {"reset before the answer", resetAfter({}), ErrorCode::ConnectionLost},
+            {"reset within the answer", resetAfter(httpAnswer("{}").chopped(1)), ErrorCode::ConnectionLost},
             {"gzip cut", once(gzipAnswer(GzipOfHello).chopped(5)), ErrorCode::ConnectionLost},
             {"gzip broken", always(gzipAnswer("plain text is no gzip")), ErrorCode::BadAnswer},
             {"chunks broken", once(chunked + "zz\r\nabc"), ErrorCode::ConnectionLost},
             {"no status line", once("garbage that is no status line\r\n\r\n"), ErrorCode::BadAnswer},
+            {"status 0", once("HTTP/1.1 000 None\r\nContent-Length: 0\r\n\r\n"), ErrorCode::BadAnswer},
+            {"interim answers only", once(QByteArray("HTTP/1.1 100 Continue\r\n\r\n").repeated(50)),
+             ErrorCode::ConnectionLost},
+            {"redirect to a closed port", always(httpRedirect("307", "http://127.0.0.2:1/")), ErrorCode::CannotConnect},
             {"out of HTTP", always(httpRedirect("302", "file:///etc/hostname")), ErrorCode::BadAnswer},
             {"redirect loop", always(httpRedirect("302", "/again")), ErrorCode::TooManyRedirects},
             {"declared too large", always(Ok + "Content-Length: 67108865\r\n\r\n"), ErrorCode::AnswerTooLarge},
@@ -115,6 +128,7 @@ private Q_SLOTS:
             const HttpResult result = HttpLoad(httpGet(url, 8s)).resume().result();
             QCOMPARE(result.errorCode(), error ? int(*error) : 0);
             QCOMPARE(Answer(result.status, result.data), error ? Answer() : std::get<Answer>(outcome));
+            QCOMPARE(server.accepted(), 1); // Nothing is tried again.
             if (!error)
                 continue;
             QCOMPARE(result.error->domain, QString(ErrorDomain));

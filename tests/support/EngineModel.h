@@ -11,6 +11,28 @@
 #include <deque>
 #include <functional>
 
+/// What an engine or its model has done and knows, one line for each thing that must be equal.
+inline QStringList described(const zelvano::SessionState &state, const QStringList &sent, const QStringList &heard,
+                             const QString &nextVideos, int videos)
+{
+    QStringList queued;
+    for (const auto &entry : state.stack)
+        queued.append(entry.event);
+    return {QStringLiteral("sent: ") + sent.join(u' '),
+            QStringLiteral("heard: ") + heard.join(u' '),
+            QStringLiteral("next videos: ") + nextVideos,
+            QStringLiteral("recommended videos: %1").arg(videos),
+            QStringLiteral("queued: ") + queued.join(u' '),
+            QStringLiteral("page: ") + state.pageUUID,
+            QStringLiteral("view: ") + state.viewUUID,
+            QStringLiteral("has a user: %1").arg(!state.userId.isNull()),
+            QStringLiteral("owes a page: %1").arg(state.pageParams.has_value()),
+            QStringLiteral("owes a ready event: %1").arg(state.readyParams.has_value()),
+            QStringLiteral("sends keep-alives: %1").arg(state.isKeepAliveRuns),
+            QStringLiteral("chosen by the user: %1").arg(state.selectionByUser),
+            QStringLiteral("progress: %1").arg(int(state.progress))};
+}
+
 /// The session's rules without threads, network or JSON around them. Given the result of each call, it predicts the
 /// sent calls, the listener calls and the state after each step. A step is a call of the host and all its consequences.
 class EngineModel
@@ -25,13 +47,11 @@ public:
         bool hasIds = false; ///< The identifiers that the call requests.
         bool showsUI = false;
         int videos = 0;
-        bool isSilent = false; ///< No answer: the test cancels the call when all others have ended.
     };
 
     explicit EngineModel(const QString &storedUser) { rules.state.userId = storedUser; }
 
     // Faults of calls. Without a fault the service answers correctly.
-    bool isRoadBroken = false; ///< No call reaches the service.
     /// The fault of the next call with this name. Empty: an odd but correct answer.
     void addFault(const QString &call, const std::optional<Answer> &answer) { m_faults[call].push_back(answer); }
     void clearFaults() { m_faults.clear(); }
@@ -70,11 +90,9 @@ public:
 
     Rules rules; ///< An identifier is the index of the sent call that returned it.
     QStringList sent;
-    qsizetype unreachable = 0; ///< The calls among them that never reached the service.
-    qsizetype silent = 0;      ///< In the last step.
     QStringList heard;
-    QList<bool> nextVideos; ///< True with a URL.
-    int videos = -1;        ///< The number of videos in the current recommendation; -1 for none.
+    QString nextVideos; ///< A letter each: 'v' with a URL, '-' without.
+    int videos = -1;    ///< The number of videos in the current recommendation; -1 for none.
     std::optional<std::chrono::milliseconds> due;
 
 private:
@@ -123,7 +141,7 @@ private:
     void carryOut(const Rules::SetNextVideo &)
     {
         if (m_hasPlayer)
-            nextVideos.append(videos > 0);
+            nextVideos.append(videos > 0 ? u'v' : u'-');
     }
     void carryOut(const Rules::NotifyState &state)
     {
@@ -149,10 +167,6 @@ private:
     }
     Answer answerTo(const QString &name)
     {
-        if (isRoadBroken) {
-            ++unreachable;
-            return {};
-        }
         Answer answer{Rules::Outcome::Ok, true, true, 8};
         if (name == zelvano::ZVRetrieveInit)
             m_channels.insert(rules.state.userId); // Also when the answer is lost.
@@ -164,7 +178,6 @@ private:
             answer = faults.front().value_or(answer);
             faults.pop_front();
         }
-        silent += answer.isSilent;
         return answer;
     }
 
