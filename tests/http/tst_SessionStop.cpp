@@ -87,13 +87,54 @@ QByteArray printedBy(const QByteArray &option, const QUrl &url)
 
 } // namespace
 
-/// The threads end promptly whatever the network does, run every completion first, and can start again.
+/// A task can be cancelled at any moment. The threads end promptly whatever the network does, run every completion
+/// first, and can start again.
 class tst_SessionStop : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void cancelBeforeResume()
+    {
+        RawServer server(always(httpAnswer("{}")));
+        HttpLoad load(httpGet(server.url()));
+        load.cancel();
+        passCompletions();
+        QVERIFY(load.runs() == 0 && !load.isFinished());
+        load.resume().resume();
+        QCOMPARE(load.result().errorCode(), int(ErrorCode::Cancelled));
+        QVERIFY(load.isFinished());
+        passCompletions();
+        QCOMPARE(load.runs(), 1);
+        QCOMPARE(server.accepted(), 0);
+    }
+
+    void cancelRacesFinish()
+    {
+        RawServer server(always(httpAnswer("{}")));
+        std::vector<HttpLoad> loads;
+        for (int i = 0; i < 1000; ++i)
+            loads.emplace_back(httpGet(server.url()));
+        // Each cancel comes shortly before, during or after the end of its transfer.
+        constexpr size_t Ahead = 8;
+        std::thread canceller([&loads] {
+            for (size_t i = 0; i < loads.size(); ++i) {
+                while (i >= Ahead && !loads[i - Ahead].isFinished())
+                    std::this_thread::yield();
+                loads[i].cancel();
+            }
+        });
+        for (HttpLoad &load : loads)
+            load.resume();
+        canceller.join();
+        for (HttpLoad &load : loads)
+            QVERIFY(load.result().status == 200 || load.result().errorCode() == int(ErrorCode::Cancelled));
+        passCompletions();
+        for (HttpLoad &load : loads)
+            QCOMPARE(load.runs(), 1);
+    }
 
     void stopsWithTheApplication_data() { addBadNetworks(); }
     void stopsWithTheApplication()

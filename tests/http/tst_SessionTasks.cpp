@@ -58,8 +58,7 @@ private:
 
 } // namespace
 
-/// One request: every outcome, the bytes sent, what is refused. Many requests: connections, slots, cancelling,
-/// completions.
+/// One request: every outcome, the bytes sent, what is refused. Many requests: connections, slots, completions.
 class tst_SessionTasks : public QObject
 {
     Q_OBJECT
@@ -342,21 +341,6 @@ private Q_SLOTS:
         }
     }
 
-    void cancelBeforeResume()
-    {
-        RawServer server(always(httpAnswer("{}")));
-        HttpLoad load(httpGet(server.url()));
-        load.cancel();
-        passCompletions();
-        QVERIFY(load.runs() == 0 && !load.isFinished());
-        load.resume().resume();
-        QCOMPARE(load.result().errorCode(), int(ErrorCode::Cancelled));
-        QVERIFY(load.isFinished());
-        passCompletions();
-        QCOMPARE(load.runs(), 1);
-        QCOMPARE(server.accepted(), 0);
-    }
-
     void cancelWhileActiveAndQueued()
     {
         GatedServer server;
@@ -373,31 +357,6 @@ private Q_SLOTS:
         QCOMPARE(loads[Slots + 2].result().status, 200);
         for (const QByteArray &request : server.raw().requests())
             QVERIFY(!request.startsWith("GET /7 "));
-    }
-
-    void cancelRacesFinish()
-    {
-        RawServer server(always(httpAnswer("{}")));
-        std::vector<HttpLoad> loads;
-        for (int i = 0; i < 1000; ++i)
-            loads.emplace_back(httpGet(server.url()));
-        // Each cancel comes shortly before, during or after the end of its transfer.
-        constexpr size_t Ahead = 8;
-        std::thread canceller([&loads] {
-            for (size_t i = 0; i < loads.size(); ++i) {
-                while (i >= Ahead && !loads[i - Ahead].isFinished())
-                    std::this_thread::yield();
-                loads[i].cancel();
-            }
-        });
-        for (HttpLoad &load : loads)
-            load.resume();
-        canceller.join();
-        for (HttpLoad &load : loads)
-            QVERIFY(load.result().status == 200 || load.result().errorCode() == int(ErrorCode::Cancelled));
-        passCompletions();
-        for (HttpLoad &load : loads)
-            QCOMPARE(load.runs(), 1);
     }
 
     void slowCompletionStallsNoTransfer()
