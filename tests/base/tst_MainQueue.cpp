@@ -40,16 +40,6 @@ private Q_SLOTS:
         QVERIFY(!wasOtherThreadMain);
     }
 
-    void neverInsideThePostingCall()
-    {
-        m_queue.post([this] {
-            m_queue.post(note(u"posted by 1"_s));
-            m_ran.append(u"1"_s);
-        });
-        QVERIFY(m_ran.isEmpty());
-        QTRY_COMPARE(m_ran, QStringList({u"1"_s, u"posted by 1"_s}));
-    }
-
     void delayedTasksRunAtTheirMoment()
     {
         MainQueueTestClock::start();
@@ -89,8 +79,7 @@ private Q_SLOTS:
         m_queue.performAfterDelay(&own, 30ms, note(u"cancelled"_s));
         m_queue.performAfterDelay(&other, 10ms, note(u"of another target"_s));
         MainQueueTestClock::advance(1h);
-        const QStringList expected{u"first"_s, u"of another target"_s, u"scheduled afterwards"_s};
-        QCOMPARE(m_ran, expected);
+        QCOMPARE(m_ran.join(u", "_s), u"first, of another target, scheduled afterwards"_s);
     }
 
     /// The destructor of an object that a task owns may call the queue: after a run, and after a cancellation.
@@ -108,8 +97,7 @@ private Q_SLOTS:
         MainQueueTestClock::advance(0ms);
         m_queue.performAfterDelay(this, 10ms, [o = owned(u"cancelled"_s)] {});
         m_queue.cancelPreviousPerformRequests(this);
-        const QStringList expected{u"posted"_s, u"delayed"_s, u"cancelled"_s};
-        QCOMPARE(m_ran, expected);
+        QCOMPARE(m_ran.join(u", "_s), u"posted, delayed, cancelled"_s);
     }
 
     void realClockKeepsTheOrder()
@@ -119,8 +107,7 @@ private Q_SLOTS:
         m_queue.performAfterDelay(this, 10ms, note(u"10"_s));
         m_queue.performAfterDelay(this, 1h, note(u"never"_s));
         m_queue.performAfterDelay(this, 0ms, note(u"0"_s));
-        const QStringList expected{u"0"_s, u"10"_s, u"40"_s};
-        QTRY_COMPARE(m_ran, expected);
+        QTRY_COMPARE(m_ran.join(u", "_s), u"0, 10, 40"_s);
         QVERIFY(MainQueueTestClock::now() - start >= 40ms);
         m_queue.cancelPreviousPerformRequests(this);
     }
@@ -224,9 +211,7 @@ private Q_SLOTS:
             center.post({name, {}, {}});
         center.removeObserver(&third);
         center.post({u"n"_s, {}, {}});
-        const QStringList expected{u"first"_s, u"third"_s, u"any"_s,   u"added"_s, u"back in first"_s,
-                                   u"third"_s, u"any"_s,   u"other"_s, u"any"_s,   u"added"_s};
-        QCOMPARE(m_ran, expected);
+        QCOMPARE(m_ran.join(u", "_s), u"first, third, any, added, back in first, third, any, other, any, added"_s);
     }
 
     void observerThatTakesAnotherAway()
