@@ -4,6 +4,7 @@
 #include "ZVAVPlayerSubscribe.h"
 #include "ZVKalturaSubscribe.h"
 #include "ZVMPMoviePlayerSubscribe.h"
+#include <ZelvanoUI/PlayerEvents.h>
 #include <ZelvanoUI/ZVPlayerEvents.h>
 
 #include <QRegularExpression>
@@ -52,6 +53,12 @@ class tst_ZVPlayerEvents : public QObject
 
 private Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void names()
+    {
+        QCOMPARE(QStringList({playerId, Rate, Status, TracksKey, PlayableKey}).join(u' '),
+                 u"mpmovieplayer rate status tracks playable"_s);
+    }
 
     void detection()
     {
