@@ -51,7 +51,7 @@ private Q_SLOTS:
             {key, user, none, "POST", "x-api-key=key x-is-native=true"},
             {key, u""_s, uuid, "POST", "x-api-key=key x-is-native=true x-user-uuid=uuid"},
             {u""_s, u""_s, u""_s, "POST", "x-api-key= x-is-native=true x-user-uuid="},
-            {u"k\r\nx-is-native: false"_s, user, none, "POST", "x-is-native=true"},
+            {u"k\r\nx-evil: 1"_s, user, u"u\r\nx-evil: 1"_s, "POST", "x-is-native=true"},
         };
         for (const auto &[apiKey, userId, userUUID, method, expected] : cases) {
             const auto call = ZVAPIObject::create(ZVReadyEventAPI);

@@ -1,6 +1,8 @@
-#include "EngineFixture.h"
+#include "HttpLoad.h"
 #include "Routes.h"
 #include "TestAuthority.h"
+
+#include <QFile>
 
 using namespace Qt::StringLiterals;
 using namespace zelvano;
@@ -75,33 +77,6 @@ private Q_SLOTS:
             server.waitForFinished();
         }
         http::Routes::set("localhost:443", {});
-    }
-
-    /// Key, page and ids come from the host, the service and the player. None may break out of its place in a request.
-    void headerInjection()
-    {
-        EngineFixture service;
-        const auto evil = u"v\r\nX-Evil: 1\r\n\r\nGET /keepalive HTTP/1.1\r\n"_s;
-        service.answer(ZVRetrieveUserIdAPI,
-                       R"({"status":200,"data":{"userId":"u\r\nX-Evil: 1","userUUID":"w\r\nX-Evil: 1"}})");
-        service.initialize();
-        service.engine->setPlayer(nullptr, evil);
-        service.settle();
-        service.subscriber->video = evil;
-        service.subscriber->kind = evil;
-        service.sendReady();
-        service.engine->playerEvent(evil, service.subscriber);
-        service.settle();
-        QCOMPARE(service.arrived(ZVPageEvent).body.value("pageUrl"_L1).toString(), evil);
-        QCOMPARE(service.arrived(ZVReadyEvent).body.value("videoId"_L1).toString(), evil);
-        QCOMPARE(service.arrived(evil).body.value("type"_L1).toString(), evil);
-        service.engine->initializeWithAPIKey(evil);
-        service.settle();
-        const auto requests = service.sandbox.requests();
-        QCOMPARE(requests.size(), std::size_t(service.sent().size()));
-        for (const auto &request : requests)
-            QVERIFY(request.headers.count("x-evil") == 0 && request.headers.count("x-user-uuid") == 0);
-        QVERIFY(requests.back().headers.count("x-api-key") == 0); // The whole header is left out.
     }
 
 private:
