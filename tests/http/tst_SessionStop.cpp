@@ -23,9 +23,18 @@ namespace {
 
 std::counting_semaphore<> resolverIsStuck(0);
 std::counting_semaphore<> resolverMayGo(0);
+std::atomic<int> attempts = 0;
 const char *const Dead = "127.0.0.2";
 
 } // namespace
+
+/// Counts the attempts to connect.
+extern "C" Q_DECL_EXPORT int connect(int socket, const sockaddr *address, socklen_t size)
+{
+    ++attempts;
+    static const auto next = reinterpret_cast<decltype(&connect)>(dlsym(RTLD_NEXT, "connect"));
+    return next(socket, address, size);
+}
 
 /// Replaces the system's resolver. Hangs on one name, and knows one with a dead first address.
 extern "C" Q_DECL_EXPORT int getaddrinfo(const char *name, const char *service, const addrinfo *hints,
@@ -191,6 +200,15 @@ private Q_SLOTS:
         QVERIFY(!alone.isFinished());
         QCOMPARE(alone.result().errorCode(), int(ErrorCode::TimedOut));
         QCOMPARE(server.requests().size(), 1u);
+    }
+
+    /// Only an address that never answers is tried again.
+    void refusedConnection()
+    {
+        const QUrl closed = RawServer(silence()).url();
+        attempts = 0;
+        QCOMPARE(HttpLoad(httpGet(closed)).resume().result().errorCode(), int(ErrorCode::CannotConnect));
+        QCOMPARE(attempts, 1);
     }
 
     void resumeWhileStopping()
