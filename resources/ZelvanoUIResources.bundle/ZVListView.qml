@@ -36,7 +36,7 @@ ZVItemView {
         anchors.fill: parent
         topMargin: list.inset
         bottomMargin: list.inset
-        spacing: list.spacing.height
+        spacing: list.inset
         boundsBehavior: Flickable.DragOverBounds
         cacheBuffer: height / 2
         reuseItems: true
@@ -67,7 +67,7 @@ ZVItemView {
             ZVVideoCollectionViewCell {
                 id: second
 
-                x: line.mirrored ? first.x - list.spacing.width - width : first.x + first.width + list.spacing.width
+                x: line.mirrored ? first.x - list.inset - width : first.x + first.width + list.inset
                 view: list
                 row: line.shown ? 2 * line.index + 1 : -1
             }

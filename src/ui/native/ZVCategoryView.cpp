@@ -11,17 +11,14 @@ namespace zelvano {
 
 using namespace Qt::StringLiterals;
 
-struct ZVCategoryView::Private : public ZVTableViewDataSource
+struct ZVCategoryView::Private : public ZVItemViewDataSource
 {
     explicit Private(ZVCategoryView *view);
     ~Private() override;
 
-    // ZVTableViewDataSource
-    qint64 numberOfRowsInSection(ZVItemView *, qint64) override
-    {
-        return recommendations ? recommendations->categories().size() : 0;
-    }
-    void cellForRowAtIndexPath(ZVItemView *view, const IndexPath &path, ZVItemViewCell *cell) override;
+    // ZVItemViewDataSource. The viewer chooses within an item.
+    qint64 numberOfItems() const override { return recommendations ? recommendations->categories().size() : 0; }
+    void cellForItem(qint64 row, ZVItemViewCell *cell) override;
 
     Thumbnails thumbnails;
     InterfaceResource content;
@@ -108,19 +105,19 @@ void ZVCategoryView::setShowsBadges(bool shows)
         d->table->setProperty("badged", shows);
 }
 
-// ZVTableViewDataSource
+// ZVItemViewDataSource
 
-void ZVCategoryView::Private::cellForRowAtIndexPath(ZVItemView *view, const IndexPath &path, ZVItemViewCell *cell)
+void ZVCategoryView::Private::cellForItem(qint64 row, ZVItemViewCell *cell)
 {
-    auto *const row = qobject_cast<ZVRecommendationTableViewCell *>(cell);
-    if (!row || !recommendations)
+    auto *const categoryCell = qobject_cast<ZVRecommendationTableViewCell *>(cell);
+    if (!categoryCell || !recommendations)
         return;
-    const auto category = recommendations->categories().value(path.row);
-    row->setDelegate(delegate.lock());
-    row->setThumbnails(loadsThumbnails ? &thumbnails : nullptr);
-    row->setCategory(category);
-    row->setRecommendations(recommendations->videosForCategory(category).value_or(ZVVideoList()));
-    row->setWidth(view->width());
+    const auto category = recommendations->categories().value(row);
+    categoryCell->setDelegate(delegate.lock());
+    categoryCell->setThumbnails(loadsThumbnails ? &thumbnails : nullptr);
+    categoryCell->setCategory(category);
+    categoryCell->setRecommendations(recommendations->videosForCategory(category).value_or(ZVVideoList()));
+    categoryCell->setWidth(table->width());
 }
 
 } // namespace zelvano

@@ -48,34 +48,16 @@ ZVItemView::~ZVItemView()
 
 // The data source
 
-void ZVItemView::setDataSource(ZVCollectionViewDataSource *source)
+void ZVItemView::setDataSource(ZVItemViewDataSource *source)
 {
     m_source = source;
     reloadData();
-}
-
-qint64 ZVItemView::countItems()
-{
-    return m_source ? m_source->numberOfItemsInSection(this, 0) : 0;
 }
 
 double ZVItemView::snapped(double points) const
 {
     const double pixels = window() ? window()->effectiveDevicePixelRatio() : 1;
     return std::round(points * pixels) / pixels;
-}
-
-QSizeF ZVItemView::spacing()
-{
-    if (!m_source)
-        return {};
-    return {snapped(m_source->minimumInteritemSpacingForSectionAtIndex(this, 0)),
-            snapped(m_source->minimumLineSpacingForSectionAtIndex(this, 0))};
-}
-
-double ZVItemView::inset()
-{
-    return m_source ? snapped(m_source->insetForSectionAtIndex(this, 0).left()) : 0;
 }
 
 // Cells
@@ -98,9 +80,9 @@ void ZVItemView::showCell(ZVItemViewCell *cell)
     const bool exists = cell->row() < countItems(); // The last line may have fewer cells.
     cell->setVisible(exists);
     if (exists) {
-        if (const auto size = m_source->sizeForItemAtIndexPath(this, {cell->row()}); size.isValid())
+        if (const auto size = m_source->sizeForItem(cell->row()); size.isValid())
             cell->setSize({snapped(size.width()), snapped(size.height())});
-        m_source->cellForItemAtIndexPath(this, {cell->row()}, cell);
+        m_source->cellForItem(cell->row(), cell);
     }
     markCurrent();
 }
@@ -142,7 +124,7 @@ void ZVItemView::updatePolish()
     const QScopedValueRollback busy(m_isUpdating, true);
     const auto countBefore = std::exchange(m_count, countItems());
     const auto firstStale = std::exchange(m_isDataStale, false) ? 0 : std::min(countBefore, m_count);
-    Q_EMIT metricsChanged();
+    Q_EMIT insetChanged();
     const bool hasExtent = width() > 0 && height() > 0; // Without one all lines would be in the viewport.
     m_lines.setCount(hasExtent ? static_cast<int>((m_count + m_columns - 1) / m_columns) : 0);
     const auto cells = m_cells; // A filled cell may change the registered ones.
@@ -259,7 +241,7 @@ void ZVItemView::activate(qint64 row)
 void ZVItemView::choose(qint64 row)
 {
     if (row >= 0 && row < m_count && m_source)
-        m_source->didSelectItemAtIndexPath(this, {row});
+        m_source->didSelectItem(row);
 }
 
 void ZVItemView::setCurrentRow(qint64 row)

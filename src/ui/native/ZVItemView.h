@@ -45,9 +45,8 @@ class ZELVANOUI_EXPORT ZVItemView : public QQuickItem
     /// Whether a press is meant for something above the cells.
     Q_PROPERTY(bool blocked MEMBER m_isBlocked FINAL)
     Q_PROPERTY(QAbstractItemModel *lines READ lines CONSTANT FINAL)
-    // The data source's, in points and in whole pixels: other positions look blurred.
-    Q_PROPERTY(QSizeF spacing READ spacing NOTIFY metricsChanged FINAL) ///< Of items and of lines.
-    Q_PROPERTY(double inset READ inset NOTIFY metricsChanged FINAL)
+    /// The data source's, in points and in whole pixels: other positions look blurred.
+    Q_PROPERTY(double inset READ inset NOTIFY insetChanged FINAL)
     // The look of the cells. The radius is in points.
     Q_PROPERTY(double cellRadius MEMBER m_cellRadius NOTIFY lookChanged FINAL)
     Q_PROPERTY(QColor cellColor MEMBER m_cellColor NOTIFY lookChanged FINAL)
@@ -61,17 +60,16 @@ public:
     ~ZVItemView() override;
 
     /// Not owned; null for none.
-    void setDataSource(ZVCollectionViewDataSource *source);
+    void setDataSource(ZVItemViewDataSource *source);
 
     QQuickItem *scroller() const { return m_scroller; }
     QAbstractItemModel *lines() { return &m_lines; }
-    QSizeF spacing();
-    double inset();
+    double inset() const { return m_source ? snapped(m_source->inset()) : 0; }
+    Q_SIGNAL void insetChanged();
     qint64 itemCount() const { return m_count; }
     QQuickItem *currentCell() const;
     Q_SIGNAL void currentCellChanged();
     Q_SIGNAL void countChanged();
-    Q_SIGNAL void metricsChanged();
     Q_SIGNAL void lookChanged();
 
     /// Reads count, sizes and contents again before the next frame. After polish() it reads the count alone.
@@ -115,7 +113,7 @@ private:
     void addCell(ZVItemViewCell *cell);
     void removeCell(ZVItemViewCell *cell);
 
-    qint64 countItems();
+    qint64 countItems() const { return m_source ? m_source->numberOfItems() : 0; }
     double snapped(double points) const;
     bool isVertical() const;
     bool isInSight(qint64 row) const;
@@ -127,7 +125,7 @@ private:
     void showLine(qint64 row, int mode) const;
     void scrollToEdge(bool isStart);
 
-    ZVCollectionViewDataSource *m_source = nullptr;
+    ZVItemViewDataSource *m_source = nullptr;
     LineModel m_lines;
     QPointer<QQuickItem> m_scroller;
     std::map<qint64, ZVItemViewCell *> m_cells; ///< By row.

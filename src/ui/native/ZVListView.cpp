@@ -53,7 +53,7 @@ double ratioOf(const QImage &image)
 
 } // namespace
 
-struct ZVListView::Private : public ZVCollectionViewDataSource
+struct ZVListView::Private : public ZVItemViewDataSource
 {
     explicit Private(ZVListView *list);
     ~Private() override;
@@ -62,22 +62,15 @@ struct ZVListView::Private : public ZVCollectionViewDataSource
     void insert(const std::shared_ptr<ZVVideoParams> &video);
     void sortCells();
     void fitCells();
-    /// Points between and around the cells.
-    double inset() const { return items ? double(insetProportion) * items->width() : 0; }
     double cellWidth() const { return items ? (items->width() - 3 * inset()) / 2 : 0; }
     void setRatio(ZVVideoParams &video, double ratio) const { video.setSize({cellWidth(), cellWidth() * ratio}); }
 
-    // ZVCollectionViewDataSource
-    qint64 numberOfItemsInSection(ZVItemView *, qint64) override { return static_cast<qint64>(videoCells.size()); }
-    void cellForItemAtIndexPath(ZVItemView *view, const IndexPath &path, ZVItemViewCell *cell) override;
-    QSizeF sizeForItemAtIndexPath(ZVItemView *, const IndexPath &path) override
-    {
-        return videoCells[static_cast<std::size_t>(path.row)]->size();
-    }
-    double minimumLineSpacingForSectionAtIndex(ZVItemView *, qint64) override { return inset(); }
-    double minimumInteritemSpacingForSectionAtIndex(ZVItemView *, qint64) override { return inset(); }
-    QMarginsF insetForSectionAtIndex(ZVItemView *, qint64) override { return QMarginsF() + inset(); }
-    void didSelectItemAtIndexPath(ZVItemView *view, const IndexPath &path) override;
+    // ZVItemViewDataSource
+    qint64 numberOfItems() const override { return static_cast<qint64>(videoCells.size()); }
+    void cellForItem(qint64 row, ZVItemViewCell *cell) override;
+    QSizeF sizeForItem(qint64 row) const override { return videoCells[static_cast<std::size_t>(row)]->size(); }
+    double inset() const override { return items ? double(insetProportion) * items->width() : 0; }
+    void didSelectItem(qint64 row) override;
 
     ZVListView *const q;
     Thumbnails thumbnails;
@@ -223,23 +216,23 @@ void ZVListView::Private::fitCells()
     items->reloadData();
 }
 
-// ZVCollectionViewDataSource
+// ZVItemViewDataSource
 
-void ZVListView::Private::cellForItemAtIndexPath(ZVItemView *, const IndexPath &path, ZVItemViewCell *cell)
+void ZVListView::Private::cellForItem(qint64 row, ZVItemViewCell *cell)
 {
     if (auto *const videoCell = qobject_cast<ZVVideoCollectionViewCell *>(cell))
-        videoCell->show(videoCells[static_cast<std::size_t>(path.row)], &thumbnails);
+        videoCell->show(videoCells[static_cast<std::size_t>(row)], &thumbnails);
 }
 
-void ZVListView::Private::didSelectItemAtIndexPath(ZVItemView *, const IndexPath &path)
+void ZVListView::Private::didSelectItem(qint64 row)
 {
     const auto list = recommendations ? recommendations->videoList() : ZVVideoList();
-    if (path.row < 0 || path.row >= static_cast<qint64>(list.size())) {
-        ZV_LOG("Error: the recommendation has no video " << path.row << " of " << list.size());
+    if (row < 0 || row >= static_cast<qint64>(list.size())) {
+        ZV_LOG("Error: the recommendation has no video " << row << " of " << list.size());
         return;
     }
     // Intended: by row, not by the video that the cell shows. Hosts of the unsorted list rely on this order.
-    report(list[static_cast<std::size_t>(path.row)], delegate, items);
+    report(list[static_cast<std::size_t>(row)], delegate, items);
 }
 
 } // namespace zelvano

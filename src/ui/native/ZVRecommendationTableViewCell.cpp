@@ -50,19 +50,19 @@ bool ZVRecommendationTableViewCell::handleKey(QKeyEvent *event)
     return m_videosCollectionView && m_videosCollectionView->handleKey(event);
 }
 
-// ZVCollectionViewDataSource
+// ZVItemViewDataSource
 
-void ZVRecommendationTableViewCell::cellForItemAtIndexPath(ZVItemView *, const IndexPath &path, ZVItemViewCell *cell)
+void ZVRecommendationTableViewCell::cellForItem(qint64 row, ZVItemViewCell *cell)
 {
     if (auto *const videoCell = qobject_cast<ZVVideoCollectionViewCell *>(cell))
-        videoCell->show(m_recommendations[static_cast<std::size_t>(path.row)], m_thumbnails);
+        videoCell->show(m_recommendations[static_cast<std::size_t>(row)], m_thumbnails);
 }
 
-void ZVRecommendationTableViewCell::didSelectItemAtIndexPath(ZVItemView *, const IndexPath &path)
+void ZVRecommendationTableViewCell::didSelectItem(qint64 row)
 {
-    const auto row = static_cast<std::size_t>(path.row);
-    if (row < m_recommendations.size()) // The row's cells may still be those of longer recommendations.
-        report(m_recommendations[row], m_delegate, view());
+    const auto index = static_cast<std::size_t>(row);
+    if (index < m_recommendations.size()) // The cells may still be those of longer recommendations.
+        report(m_recommendations[index], m_delegate, view());
 }
 
 } // namespace zelvano

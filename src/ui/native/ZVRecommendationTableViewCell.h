@@ -12,7 +12,7 @@ namespace zelvano {
 class Thumbnails;
 
 /// A category's name over its videos, which scroll sideways. Main thread.
-class ZELVANOUI_EXPORT ZVRecommendationTableViewCell : public zelvano::ZVItemViewCell, public ZVCollectionViewDataSource
+class ZELVANOUI_EXPORT ZVRecommendationTableViewCell : public zelvano::ZVItemViewCell, public ZVItemViewDataSource
 {
     Q_OBJECT
     QML_NAMED_ELEMENT(CategoryCell)
@@ -47,10 +47,10 @@ public:
     void prepareForReuse() override;
     bool handleKey(QKeyEvent *event) override;
 
-    // ZVCollectionViewDataSource
-    qint64 numberOfItemsInSection(ZVItemView *, qint64) override { return qint64(m_recommendations.size()); }
-    void cellForItemAtIndexPath(ZVItemView *view, const IndexPath &path, ZVItemViewCell *cell) override;
-    void didSelectItemAtIndexPath(ZVItemView *view, const IndexPath &path) override;
+    // ZVItemViewDataSource
+    qint64 numberOfItems() const override { return static_cast<qint64>(m_recommendations.size()); }
+    void cellForItem(qint64 row, ZVItemViewCell *cell) override;
+    void didSelectItem(qint64 row) override;
 
 private:
     QString m_category;
