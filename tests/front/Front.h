@@ -13,11 +13,6 @@
 class Front
 {
 public:
-    struct Settings
-    {
-        bool isHttp2 = true;
-        int requestsPerConnection = 1000;
-    };
     /// What a connection carried. In a round trip the client sends, and the answer begins.
     struct Carried
     {
@@ -30,14 +25,14 @@ public:
         }
     };
 
-    Front(const zelvano::sandbox::Sandbox &service, const TestAuthority &authority, Settings settings)
+    Front(const zelvano::sandbox::Sandbox &service, const TestAuthority &authority, int requestsPerConnection = 1000)
         : m_authority(authority), m_secure([this](auto &client) { relay(client); }), m_plain([](auto &client) {
             for (QByteArray request; !(request = client.readRequest()).isEmpty();)
                 client.write(httpRedirect("308", "https://" + QUrl(zelvano::API_URL_PROD).host().toLatin1() +
                                                      request.split(' ').at(1)));
         })
     {
-        configure(service.url().authority(), settings);
+        configure(service.url().authority(), requestsPerConnection);
     }
     ~Front()
     {
@@ -90,7 +85,7 @@ public:
 private:
     QString logFile() const { return m_authority.folder() + QStringLiteral("/access.log"); }
 
-    void configure(const QString &service, Settings settings) const
+    void configure(const QString &service, int requestsPerConnection) const
     {
         QFile file(m_authority.folder() + QStringLiteral("/nginx.conf"));
         if (!file.open(QIODevice::WriteOnly))
@@ -111,24 +106,24 @@ http {
     scgi_temp_path temp;
     upstream service { server %1; keepalive 4; }
     server {
-        listen unix:tls.sock ssl %2;
+        listen unix:tls.sock ssl http2;
         ssl_protocols TLSv1.3;
         ssl_certificate cert.pem;
         ssl_certificate_key key.pem;
-        keepalive_requests %3;
+        keepalive_requests %2;
         access_log access.log request;
         location / {
             proxy_pass http://service;
             proxy_http_version 1.1;
             proxy_set_header Connection "";
             proxy_set_header X-Forwarded-Proto https;
-            proxy_set_header X-Forwarded-Host localhost:%4;
+            proxy_set_header X-Forwarded-Host localhost:%3;
         }
     }
 }
 )")
-                       .arg(service, settings.isHttp2 ? QStringLiteral("http2") : QString())
-                       .arg(settings.requestsPerConnection)
+                       .arg(service)
+                       .arg(requestsPerConnection)
                        .arg(m_secure.url().port())
                        .toUtf8());
     }

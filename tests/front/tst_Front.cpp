@@ -57,7 +57,8 @@ private:
 /// An identity's session over a front end: a page, an overlay and a list with thumbnails.
 struct FrontSession : ControllerSession
 {
-    FrontSession(const TestAuthority &authority, Front::Settings settings) : front(service.sandbox, authority, settings)
+    explicit FrontSession(const TestAuthority &authority, int requestsPerConnection = 1000)
+        : front(service.sandbox, authority, requestsPerConnection)
     {
         TestAuthority::trusted = authority.file();
         if (!front.start() || !window->appear())
@@ -139,9 +140,9 @@ private Q_SLOTS:
     /// Each call arrives once, also when nginx ends connections by its limit or for a new configuration.
     void session()
     {
-        for (const auto &[isHttp2, requestsPerConnection] : {std::pair(true, 1000), {false, 1000}, {true, 3}}) {
+        for (const int requestsPerConnection : {1000, 3}) {
             const Case current(QByteArray::number(requestsPerConnection));
-            FrontSession session(*authority, {isHttp2, requestsPerConnection});
+            FrontSession session(*authority, requestsPerConnection);
             QVERIFY2(session.isShown(), qPrintable(session.front.requests().join(u'\n')));
             session.report(u"seek"_s, 30);
             session.front.reload();
@@ -154,7 +155,7 @@ private Q_SLOTS:
     {
         Proxy proxy;
         QVERIFY(proxy.start());
-        FrontSession session(*authority, {});
+        FrontSession session(*authority);
         QVERIFY(session.isShown());
         session.report(u"seek"_s, 10);
         QCOMPARE(session.arrived(), session.sent());
@@ -170,7 +171,7 @@ private Q_SLOTS:
         QVERIFY(service.start());
         for (const long version : {CURL_HTTP_VERSION_1_1, CURL_HTTP_VERSION_2TLS}) {
             TestAuthority::httpVersion = version;
-            Front front(service, *authority, {.requestsPerConnection = 2});
+            Front front(service, *authority, 2);
             QVERIFY(front.start());
             std::vector<Front::Carried> fresh, reused; // Of the first and the second request of each connection.
             for (std::size_t connection = 1; connection <= 5; ++connection) {
