@@ -64,7 +64,7 @@ std::size_t requestSize(std::string_view received)
 
 using Clock = std::chrono::steady_clock;
 
-struct Debt
+struct PendingAnswer
 {
     Clock::time_point due;
     const std::string *answer;
@@ -74,7 +74,7 @@ struct Debt
 struct Client
 {
     std::string received;
-    std::vector<Debt> debts;
+    std::vector<PendingAnswer> pending;
 };
 
 /// What all connections share.
@@ -100,7 +100,7 @@ bool receive(int socket, Client &client, Service &service)
             return false;
         const auto request = std::string_view(client.received).substr(0, size);
         if (!request.starts_with(AnswerServer::heldRequest))
-            client.debts.push_back({Clock::now() + service.delay, &answerTo(request, service.answers)});
+            client.pending.push_back({Clock::now() + service.delay, &answerTo(request, service.answers)});
         client.received.erase(0, size);
     }
     return true;
@@ -109,9 +109,9 @@ bool receive(int socket, Client &client, Service &service)
 /// Sends the due answers. False when the connection has ended.
 bool answer(int socket, Client &client, Service &service)
 {
-    while (!client.debts.empty() && client.debts.front().due <= Clock::now()) {
-        const std::string &text = *client.debts.front().answer;
-        client.debts.erase(client.debts.begin());
+    while (!client.pending.empty() && client.pending.front().due <= Clock::now()) {
+        const std::string &text = *client.pending.front().answer;
+        client.pending.erase(client.pending.begin());
         if (send(socket, text.data(), text.size(), MSG_NOSIGNAL) != ssize_t(text.size()))
             return false;
         service.figures.bytesSent += qint64(text.size());
@@ -124,9 +124,10 @@ int untilDue(const std::vector<Client> &clients)
 {
     int least = -1;
     for (const auto &client : clients) {
-        if (client.debts.empty())
+        if (client.pending.empty())
             continue;
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(client.debts.front().due - Clock::now()).count();
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(client.pending.front().due - Clock::now()).count();
         const int wait = std::max(0, static_cast<int>(left));
         least = least < 0 ? wait : std::min(least, wait);
     }

@@ -12,6 +12,8 @@
 
 namespace zelvano::bench {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class RequestCatcher : public http::TrafficObserver
@@ -27,19 +29,19 @@ public:
 
 OpenEngine::OpenEngine(quint16 port) : m_event(PlayerEvent::Progress)
 {
-    QLoggingCategory::setFilterRules(QStringLiteral("zelvano=false"));
+    QLoggingCategory::setFilterRules(u"zelvano=false"_s);
     auto &defaults = UserDefaults::standard();
-    defaults.setFilePath(m_folder.filePath(QStringLiteral("defaults.json")));
-    defaults.setString(QStringLiteral("user-1"), ZVUserIdKey);
-    defaults.setString(QStringLiteral("uuid-1"), ZVUserUUIDKey);
-    useService(QStringLiteral("127.0.0.1:%1").arg(port));
+    defaults.setFilePath(m_folder.filePath(u"defaults.json"_s));
+    defaults.setString(u"user-1"_s, ZVUserIdKey);
+    defaults.setString(u"uuid-1"_s, ZVUserUUIDKey);
+    useService(u"127.0.0.1:%1"_s.arg(port));
 
     m_subscriber->position = 83.4125;
     m_engine = Zelvano::create();
     m_engine->addListener(std::make_shared<SilentListener>());
     m_engine->playerEventsHandler()->setCurrentSubscriber(m_subscriber);
-    m_engine->initializeWithAPIKey(QStringLiteral("benchmark-key"));
-    m_engine->setPlayer(std::make_shared<QObject>(), QStringLiteral("page"));
+    m_engine->initializeWithAPIKey(u"benchmark-key"_s);
+    m_engine->setPlayer(std::make_shared<QObject>(), u"page"_s);
     m_engine->readyEvent(m_subscriber);
     wait("an open view", [this] { return !m_engine->state().viewUUID.isNull(); });
 }

@@ -21,6 +21,7 @@
 
 using namespace zelvano;
 using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -66,13 +67,13 @@ struct Sample
 
 void view(const std::shared_ptr<EventCount> &listener)
 {
-    const auto player = std::make_shared<FakePlayer>(QStringLiteral("http://videos.example/1.mp4"));
+    const auto player = std::make_shared<FakePlayer>(u"http://videos.example/1.mp4"_s);
     const auto host = std::make_shared<FakeViewController>(player);
     host->bounds = {0, 0, 320, 180};
     const auto engine = Zelvano::create();
     engine->addListener(listener);
-    engine->initializeWithAPIKey(QStringLiteral("soak-key"));
-    engine->setPlayer(host, QStringLiteral("page"));
+    engine->initializeWithAPIKey(u"soak-key"_s);
+    engine->setPlayer(host, u"page"_s);
     player->becomeReady();
     bench::wait("a view", [&] { return !engine->state().viewUUID.isNull(); });
     for (int round = 0; round < rounds; ++round) {
@@ -111,11 +112,11 @@ int main(int argc, char **argv)
 {
     const bench::AnswerServer server({}, {}, answer);
     QCoreApplication application(argc, argv);
-    QLoggingCategory::setFilterRules(QStringLiteral("zelvano*=false"));
+    QLoggingCategory::setFilterRules(u"zelvano*=false"_s);
     const int viewings = std::max(samples, argc > 1 ? QByteArray(argv[1]).toInt() : 1000);
     const QTemporaryDir folder;
-    UserDefaults::standard().setFilePath(folder.filePath(QStringLiteral("defaults.json")));
-    useService(QStringLiteral("127.0.0.1:%1").arg(server.port()));
+    UserDefaults::standard().setFilePath(folder.filePath(u"defaults.json"_s));
+    useService(u"127.0.0.1:%1"_s.arg(server.port()));
     MainQueueTestClock::start();
 
     const auto listener = std::make_shared<EventCount>();
@@ -124,8 +125,7 @@ int main(int argc, char **argv)
         view(listener);
         if (number % (viewings / samples) != 0)
             continue;
-        found.push_back(
-            {number, bench::allocated() / 1024, countOfOwn(QStringLiteral("task")), countOfOwn(QStringLiteral("fd"))});
+        found.push_back({number, bench::allocated() / 1024, countOfOwn(u"task"_s), countOfOwn(u"fd"_s)});
         std::printf("%6d viewings: %9.1f kB, %lld threads, %lld descriptors\n", number, found.back().kilobytes,
                     static_cast<long long>(found.back().threads), static_cast<long long>(found.back().descriptors));
         std::fflush(stdout);
