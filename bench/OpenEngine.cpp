@@ -29,7 +29,7 @@ public:
 
 OpenEngine::OpenEngine(quint16 port) : m_event(PlayerEvent::Progress)
 {
-    QLoggingCategory::setFilterRules(u"zelvano=false"_s);
+    QLoggingCategory::setFilterRules(u"zelvano*=false"_s);
     auto &defaults = UserDefaults::standard();
     defaults.setFilePath(m_folder.filePath(u"defaults.json"_s));
     defaults.setString(u"user-1"_s, ZVUserIdKey);

@@ -290,7 +290,7 @@ BENCHMARK(fillCategories)->Apply(sizes);
 int main(int argc, char **argv)
 {
     drawIntoMemory();
-    QLoggingCategory::setFilterRules(u"zelvano=false"_s);
+    QLoggingCategory::setFilterRules(u"zelvano*=false"_s);
     QGuiApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
     ImagesCache::shared().store(smallestUrl, pictureFile({1, 1}));

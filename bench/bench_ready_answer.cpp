@@ -61,7 +61,7 @@ BENCHMARK(groupByCategory)->Apply(sizes);
 
 int main(int argc, char **argv)
 {
-    QLoggingCategory::setFilterRules(u"zelvano=false"_s);
+    QLoggingCategory::setFilterRules(u"zelvano*=false"_s);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
