@@ -27,7 +27,7 @@ constexpr double breakTolerance = 1.0; // Seconds. A remote video that ends earl
 constexpr double shortestJump = 0.1; // Seconds.
 
 /// In the order in which mpv reports them: the end before the pause that it makes there.
-enum Observed : quint64 { Eof = 1, Paused, Speed, Duration, Time, Width, Height };
+enum Observed : quint64 { Received = 1, Eof, Paused, Speed, Duration, Time, Width, Height };
 
 QByteArray locationOf(const QUrl &url)
 {
@@ -64,6 +64,7 @@ struct MpvPlayer::Private
     std::optional<double> seekTarget;     // Of that command.
     std::optional<double> acceptedTarget; // Of the command that mpv has accepted and not begun.
     std::optional<double> currentTarget;  // Of the command that mpv carries out.
+    double received = 0;                  // The end of what mpv has buffered since the last seek, in seconds.
     bool hasEnded = false;
     bool hasFailed = false;
     bool isFrameChanging = false;
@@ -82,6 +83,7 @@ struct MpvPlayer::Private
             if (core->handle())
                 mpv_observe_property(core->handle(), number, name, format);
         };
+        observe(Received, "demuxer-cache-time", MPV_FORMAT_DOUBLE);
         observe(Eof, "eof-reached", MPV_FORMAT_FLAG);
         observe(Paused, "pause", MPV_FORMAT_FLAG);
         observe(Speed, "speed", MPV_FORMAT_DOUBLE);
@@ -134,6 +136,7 @@ struct MpvPlayer::Private
             isCurrent =
                 static_cast<const mpv_event_start_file *>(event->data)->playlist_entry_id == entry && entry != 0;
             isSeeking = false;
+            received = 0;
             acceptedTarget = currentTarget = std::nullopt;
             break;
         case MPV_EVENT_FILE_LOADED:
@@ -147,6 +150,7 @@ struct MpvPlayer::Private
         case MPV_EVENT_SEEK:
             if (!std::exchange(isSeeking, true))
                 seekOrigin = currentTime;
+            received = 0;
             if (acceptedTarget)
                 currentTarget = std::exchange(acceptedTarget, std::nullopt);
             break;
@@ -181,6 +185,9 @@ struct MpvPlayer::Private
         const bool isFlag = property.format == MPV_FORMAT_FLAG && *static_cast<const int *>(property.data) != 0;
         const double value = property.format == MPV_FORMAT_DOUBLE ? *static_cast<const double *>(property.data) : 0;
         switch (number) {
+        case Received:
+            received = property.format == MPV_FORMAT_DOUBLE ? value : received;
+            break;
         case Eof:
             if (isFlag && isOpen)
                 reachEnd();
@@ -240,6 +247,7 @@ struct MpvPlayer::Private
     {
         const auto item = q->currentItem();
         const double reached = core->number("time-pos").value_or(currentTime);
+        received = core->number("demuxer-cache-time").value_or(received);
         const double target = std::exchange(currentTarget, std::nullopt).value_or(reached);
         if (item && !hasReceived(std::min(item->duration(), target))) // True while the duration is unknown.
             return fail();
@@ -262,12 +270,12 @@ struct MpvPlayer::Private
     }
 
     /// The connection served the video up to this position. When it is broken at a seek, mpv goes to the end of the
-    /// video or of what it has received.
+    /// video or of what it has received. Without a cache mpv has no such position when it has played the last packet.
     bool hasReceived(double seconds) const
     {
         const auto item = q->currentItem();
         const bool isRemote = item && !item->asset().URL().isLocalFile();
-        return !isRemote || !(core->number("demuxer-cache-time").value_or(0) + breakTolerance < seconds);
+        return !isRemote || !(received + breakTolerance < seconds);
     }
 
     void fail()

@@ -19,6 +19,8 @@ struct MediaEngine
     virtual void setPosition(qint64 position) = 0;
     virtual void setPlaybackRate(double rate) = 0;
     virtual void setLoops(int loops) = 0;
+    /// Of mpv.
+    virtual void set(const QString &, const QString &) {}
     virtual qint64 position() const = 0;
     virtual QMediaPlayer *qt() { return nullptr; }
 };
@@ -41,9 +43,12 @@ struct QtEngine : MediaEngine
 };
 
 #ifdef ZELVANO_WITH_MPV
-struct MpvEngine : MediaEngine
+struct MpvEngine final : MediaEngine
 {
-    MpvEngine() { set("stream-lavf-o", "reconnect=0"); } // mpv would try again for 11 s.
+    MpvEngine()
+    {
+        set(QStringLiteral("stream-lavf-o"), QStringLiteral("reconnect=0"));
+    } // mpv would try again for 11 s.
     void setSource(const QUrl &source) override
     {
         player->replaceCurrentItemWithPlayerItem(zelvano::AVPlayerItem::create(zelvano::AVURLAsset(source)));
@@ -52,13 +57,13 @@ struct MpvEngine : MediaEngine
     void pause() override { player->pause(); }
     void stop() override { mpv_command_string(player->handle(), "stop"); }
     void setPosition(qint64 position) override { player->seek(static_cast<double>(position) / 1000); }
-    void setPlaybackRate(double rate) override { set("speed", QByteArray::number(rate)); }
-    void setLoops(int loops) override { set("loop-file", QByteArray::number(loops - 1)); }
+    void setPlaybackRate(double rate) override { set(QStringLiteral("speed"), QString::number(rate)); }
+    void setLoops(int loops) override { set(QStringLiteral("loop-file"), QString::number(loops - 1)); }
     qint64 position() const override { return qRound64(player->currentTime() * 1000); }
 
-    void set(const char *option, const QByteArray &value) const
+    void set(const QString &option, const QString &value) override
     {
-        mpv_set_property_string(player->handle(), option, value.constData());
+        mpv_set_property_string(player->handle(), option.toUtf8().constData(), value.toUtf8().constData());
     }
 
     const std::shared_ptr<zelvano::MpvPlayer> player = zelvano::MpvPlayer::create();

@@ -96,6 +96,7 @@ media player that ends first over qt | begin, destroy, content b.mp4, av-play, e
 resource that does not exist | open, load qrc:/none.mp4, hear (failed) | open, progress, (failed) | open, (failed)
 stop over qt | begin, stop | begin | begin
 stop over mpv | begin, stop, hear pause | begin, pause | -
+no cache over mpv | option demuxer-max-back-bytes 0, whole | whole | -
 rates | begin, rate 2, at 0.6, rate 0.5, at 0.8 | begin, play, play | begin
 rate 0 over ffmpeg 6.8 | begin, rate 0, stand | begin, pause | begin
 loops over ffmpeg 6.4 | open, loops 2, seek 3.6, play, turn, at 0.2 | whole | whole
@@ -309,6 +310,7 @@ class tst_MediaBackends : public QObject
             {u"stop"_s, [&] { return media->stop(), true; }},
             {u"seek"_s, [&] { return media->setPosition(milliseconds), true; }},
             {u"rate"_s, [&] { return media->setPlaybackRate(how.toDouble()), true; }},
+            {u"option"_s, [&] { return media->set(how.section(u' ', 0, 0), how.section(u' ', 1)), true; }},
             {u"loops"_s, [&] { return media->setLoops(how.toInt()), true; }},
             {u"send"_s, [&] { return server->sendUpTo(how.toDouble()), true; }},
             {u"late"_s, [&] { return lateSource = how, qApp->installEventFilter(this), true; }},
