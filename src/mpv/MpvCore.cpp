@@ -27,7 +27,7 @@ struct Option
 constexpr std::array options{
     Option{"vo", "null"}, // Until there is something to draw on: without a picture, mpv ends a silent video.
     Option{"pause", "yes"},
-    Option{"keep-open", "yes"}, // At its end the video stays loaded, so that it can be played again.
+    Option{"keep-open", "always"}, // At its end the video stays loaded, so that it can be played again.
     Option{"idle", "yes"},
     Option{"ytdl", "no"}, // A URL is a video. No other program is asked what it could be.
     Option{"osc", "no"},

@@ -57,6 +57,7 @@ struct MpvPlayer::Private
     int64_t entry = 0;       // mpv's number of the current item; 0 until it is known.
     bool isCurrent = false;  // What mpv reports is about the current item.
     bool isOpen = false;     // mpv can play it.
+    bool isUnloaded = false; // mpv has closed it.
     bool isPaused = true;
     bool isSeeking = false;
     double seekOrigin = 0;
@@ -233,6 +234,7 @@ struct MpvPlayer::Private
     void close(const mpv_event_end_file &end)
     {
         isCurrent = isOpen = false;
+        isUnloaded = end.reason != MPV_END_FILE_REASON_REDIRECT;
         if (end.reason == MPV_END_FILE_REASON_REDIRECT)
             entry = end.playlist_insert_id; // A playlist: its first entry is the video.
         else if (end.reason == MPV_END_FILE_REASON_ERROR)
@@ -339,7 +341,7 @@ struct MpvPlayer::Private
     void load(const std::shared_ptr<AVPlayerItem> &item)
     {
         const auto self = q->weak_from_this().lock(); // A receiver of a report may drop the player.
-        isCurrent = isOpen = isSeeking = hasEnded = hasFailed = false;
+        isCurrent = isOpen = isUnloaded = isSeeking = hasEnded = hasFailed = false;
         entry = 0;
         picture = {};
         status = AVPlayerStatus::Unknown;
@@ -415,9 +417,13 @@ double MpvPlayer::currentTime() const
 
 void MpvPlayer::play()
 {
-    if (!currentItem() || d->hasFailed)
+    const auto self = weak_from_this().lock(); // A receiver of a report may drop the player.
+    const auto item = currentItem();
+    if (!item || d->hasFailed)
         return;
-    if (d->hasEnded)
+    if (d->isUnloaded)
+        d->load(item);
+    else if (d->hasEnded)
         seek(0);
     d->setPaused(false);
     d->tellRate();

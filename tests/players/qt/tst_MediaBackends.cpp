@@ -95,7 +95,9 @@ media player that ends first over qt | begin, destroy, content b.mp4, av-play, e
   | begin, pause | begin, progress, end, done
 resource that does not exist | open, load qrc:/none.mp4, hear (failed) | open, progress, (failed) | open, (failed)
 stop over qt | begin, stop | begin | begin
-stop over mpv | begin, stop, hear pause | begin, pause | -
+stop over mpv | begin, stop, hear pause, play, at 0.6 | begin, pause, play | -
+a playlist over mpv | load two.m3u, hear (ready), seek 3.6, play, hear end, play, back, at 0.2, hear play 2
+  | whole, play, seek 0, pause | -
 no cache over mpv | option demuxer-max-back-bytes 0, whole | whole | -
 rates | begin, rate 2, at 0.6, rate 0.5, at 0.8 | begin, play, play | begin
 rate 0 over ffmpeg 6.8 | begin, rate 0, stand | begin, pause | begin
@@ -362,6 +364,8 @@ private Q_SLOTS:
             ffmpeg.start(u"ffmpeg"_s, command.split(u' '));
             QVERIFY(ffmpeg.waitForFinished() && ffmpeg.exitCode() == 0);
         }
+        QFile playlist(folder.filePath(u"two.m3u"_s));
+        QVERIFY(playlist.open(QIODevice::WriteOnly) && playlist.write("#EXTM3U\na.mp4\nb.mp4\n") > 0);
         MainQueueTestClock::start();
     }
     void reports_data()
