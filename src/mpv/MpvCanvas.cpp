@@ -21,14 +21,14 @@ MpvCanvas::MpvCanvas(const std::shared_ptr<MpvCore> &core, mpv_render_context *c
     : m_core(core), m_context(context)
 {
     mpv_render_context_set_update_callback(m_context, &MpvCore::announcePicture, m_core.get());
-    // The render thread does not wait for mpv. After the change libmpv 0.35 now and then reads no further without a
-    // seek.
+    // Without waiting: mpv may wait for the render thread. After a change of its output libmpv 0.35 sometimes stops
+    // reading. A seek makes it go on.
     m_core->command({"set", "vo", "libmpv"});
     m_core->command({"seek", "0", "relative+exact"});
 }
 
-/// mpv must stop drawing here before: it would end a video without sound that it cannot draw any more. It waits up to
-/// 0.2 s for its last picture to be taken.
+/// mpv gets another output first, because it ends a silent video that it cannot draw. Before that, it waits up to 0.2 s
+/// for its last picture to be drawn, so the picture is skipped.
 MpvCanvas::~MpvCanvas()
 {
     mpv_render_context_set_update_callback(m_context, nullptr, nullptr);

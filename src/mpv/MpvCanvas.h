@@ -9,11 +9,12 @@ namespace zelvano {
 
 class MpvCore;
 
-/// Where mpv draws. Render thread, with the OpenGL context of its creation current if there is one.
+/// A render context of mpv. Use it on the render thread. One that draws with OpenGL needs the context of its creation
+/// to be current.
 class MpvCanvas
 {
 public:
-    /// Null while mpv draws elsewhere, or cannot draw in this way.
+    /// Null while mpv has another canvas, and when it cannot draw with these parameters.
     static std::unique_ptr<MpvCanvas> create(const std::shared_ptr<MpvCore> &core, mpv_render_param *parameters);
     ~MpvCanvas();
     MpvCanvas(const MpvCanvas &) = delete;

@@ -25,11 +25,11 @@ struct Option
 };
 
 constexpr std::array options{
-    Option{"vo", "null"}, // Until there is something to draw on: without a picture, mpv ends a silent video.
+    Option{"vo", "null"}, // Until there is a canvas: mpv ends a silent video that it cannot draw.
     Option{"pause", "yes"},
     Option{"keep-open", "always"}, // At its end the video stays loaded, so that it can be played again.
     Option{"idle", "yes"},
-    Option{"ytdl", "no"}, // A URL is a video. No other program is asked what it could be.
+    Option{"ytdl", "no"}, // No other program looks for a video behind a URL.
     Option{"osc", "no"},
     Option{"osd-level", "0"},
     Option{"input-default-bindings", "no"},
@@ -38,7 +38,7 @@ constexpr std::array options{
     Option{"terminal", "no"},
 };
 
-/// mpv's numbers are written with a point. It does not start in another locale.
+/// libmpv does not start in a locale that writes numbers with a comma.
 mpv_handle *start()
 {
     std::setlocale(LC_NUMERIC, "C"); // NOLINT(concurrency-mt-unsafe): once, on the main thread.
@@ -72,7 +72,7 @@ std::shared_ptr<MpvCore> MpvCore::create()
     return {new MpvCore, MainThreadDeleter{}};
 }
 
-/// Afterwards mpv calls nothing here any more: it takes a lock to change the callback.
+/// mpv changes the callback under a lock, so it no longer calls wake() afterwards.
 MpvCore::~MpvCore()
 {
     if (!m_handle)
@@ -101,7 +101,7 @@ void MpvCore::announcePicture(void *core)
     QMetaObject::invokeMethod(self, announce, Qt::QueuedConnection);
 }
 
-/// A receiver may end the core.
+/// A receiver of happened() may destroy the core.
 void MpvCore::drain()
 {
     m_isAwake = false;

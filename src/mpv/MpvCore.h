@@ -12,8 +12,8 @@ struct mpv_handle;
 
 namespace zelvano {
 
-/// An mpv without a window and without its own input. mpv calls from threads of its own; the signals are emitted on the
-/// main thread.
+/// An mpv without a window and input of its own. mpv calls back on its own threads. The signals are emitted on the main
+/// thread.
 class MpvCore : public QObject
 {
     Q_OBJECT
@@ -26,13 +26,13 @@ public:
 
     mpv_handle *handle() const { return m_handle; } ///< Null when it could not start.
 
-    /// mpv carries them out in order. A later event with this number, if it is not 0, reports the result.
+    /// mpv carries out commands in order. If the number is not 0, a later event with it reports the result.
     void command(const QByteArrayList &words, quint64 number = 0);
     void setFlag(const char *property, bool value, quint64 number = 0);
-    /// The current value; an absent one when mpv has none.
+    /// Waits for mpv. Absent when mpv has no value.
     std::optional<double> number(const char *property) const;
 
-    /// Main thread. The events of mpv, in order.
+    /// An event of mpv, in order.
     Q_SIGNAL void happened(const mpv_event *event);
     /// mpv has another picture to draw.
     Q_SIGNAL void pictureChanged();

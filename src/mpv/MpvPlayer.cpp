@@ -23,10 +23,9 @@ namespace {
 
 constexpr double unknownDuration = std::numeric_limits<double>::quiet_NaN();
 constexpr double breakTolerance = 1.0; // Seconds. A remote video that ends earlier has lost its connection.
+constexpr double shortestJump = 0.1;   // Seconds.
 
-constexpr double shortestJump = 0.1; // Seconds.
-
-/// In the order in which mpv reports them: the end before the pause that it makes there.
+/// mpv reports changes in this order. The end must come before the pause that mpv makes there.
 enum Observed : quint64 { Received = 1, Eof, Paused, Speed, Duration, Time, Width, Height };
 
 QByteArray locationOf(const QUrl &url)
@@ -53,7 +52,7 @@ struct MpvPlayer::Private
     const std::shared_ptr<MpvCore> core = MpvCore::create();
     quint64 lastNumber = 0;
     quint64 loadNumber = 0;  // Of the last command to load; 0 for none.
-    quint64 pauseNumber = 0; // Of the last change of the pause that mpv has still to make; 0 for none.
+    quint64 pauseNumber = 0; // Of a change of the pause that mpv has not made yet; 0 for none.
     int64_t entry = 0;       // mpv's number of the current item; 0 until it is known.
     bool isCurrent = false;  // What mpv reports is about the current item.
     bool isOpen = false;     // mpv can play it.
@@ -101,7 +100,7 @@ struct MpvPlayer::Private
 
     // The view's frame
 
-    /// After all edges have moved: bindings move them one by one.
+    /// Later: bindings move the edges one by one.
     void checkFrameLater()
     {
         if (!std::exchange(isFrameChanging, true))
@@ -118,7 +117,7 @@ struct MpvPlayer::Private
             Q_EMIT q->frameChanged();
     }
 
-    // What mpv reports. A receiver of what this reports may drop the player.
+    // Reports of mpv. A receiver of their signals may drop the player.
 
     void take(const mpv_event *event)
     {
@@ -287,7 +286,7 @@ struct MpvPlayer::Private
         setStatus(AVPlayerStatus::Failed, AVPlayerItemStatus::Failed);
     }
 
-    /// The player's own status first: adapters read it when the item's changes.
+    /// Sets the player's own status first: adapters read it when the item's status changes.
     void setStatus(AVPlayerStatus own, AVPlayerItemStatus ofItem)
     {
         status = own;
@@ -307,9 +306,9 @@ struct MpvPlayer::Private
         Q_EMIT q->currentTimeChanged();
     }
 
-    // What the host and the library ask for
+    // Calls of the host and the library
 
-    /// What mpv reports meanwhile may be older.
+    /// Until mpv has made the change, its reports of the pause do not count: they may be older.
     void setPaused(bool paused)
     {
         isPaused = paused;

@@ -20,7 +20,7 @@ namespace zelvano {
 
 namespace {
 
-int waitsForPicture = 0; // The render thread draws what there is.
+int waitsForPicture = 0; // The render thread does not wait until a picture is due.
 
 mpv_render_param apiOf(const char *name)
 {
@@ -55,7 +55,7 @@ private:
         QQuickOpenGLUtils::resetOpenGLState();
     }
 
-    /// Over OpenGL without a GPU, a video that mpv 0.40 draws in several passes now and then stays black.
+    /// Without a GPU, a video that mpv 0.40 draws in several passes sometimes stays black.
     void avoidPasses() const
     {
         const auto *const renderer = QOpenGLContext::currentContext()->functions()->glGetString(GL_RENDERER);

@@ -45,7 +45,7 @@ MpvVideo::MpvVideo(QQuickItem *parent) : QQuickItem(parent), d(new Private{MpvPl
     makeSurface(window());
 }
 
-/// The library may hold the player for a moment longer. It keeps its item: another one would be reported.
+/// The library may hold the player for a moment longer. The player keeps its item, because a change is reported.
 MpvVideo::~MpvVideo()
 {
     disconnect(d->player.get(), nullptr, this, nullptr);

@@ -26,7 +26,7 @@ QVariant valueOf(const QObject *player, const char *property)
     return player ? player->property(property) : QVariant();
 }
 
-/// Also notes the delegate in a dynamic property if the player has no property of this name.
+/// A player without a property "delegate" gets a dynamic one.
 void setDelegate(QObject *player, QObject *delegate)
 {
     QMetaObject::invokeMethod(player, "setDelegate", Q_ARG(QObject *, delegate));
@@ -63,7 +63,7 @@ void ZVKalturaSubscribe::dismissSubscriber() {}
 
 void ZVKalturaSubscribe::playerLoadStateDidChange(QObject *player, int state)
 {
-    // A report may drop the last other reference. If another thread has dropped it, the destructor has yet to run.
+    // A report may drop all other references. Null if they are gone and the destructor waits for the main thread.
     const auto self = weak_from_this().lock();
     if (!self || static_cast<KPLoadState>(state) != KPLoadState::Playable)
         return;

@@ -20,7 +20,7 @@ namespace {
 
 constexpr auto pauseDelay = 100ms;
 constexpr auto positionInterval = 500ms;
-constexpr double bufferedAhead = 1.0; // Seconds. A pause with no more buffered shows no recommendations.
+constexpr double bufferedAhead = 1.0; // Seconds. A pause with less buffered shows no recommendations.
 
 } // namespace
 
@@ -44,7 +44,7 @@ std::shared_ptr<ZVMPMoviePlayerSubscribe> ZVMPMoviePlayerSubscribe::create(const
 void ZVMPMoviePlayerSubscribe::registerForPlaybackNotification()
 {
     if (const auto screen = std::dynamic_pointer_cast<MPMoviePlayerViewController>(hostObject())) {
-        // It would dismiss itself at the end of a video; here the next video follows.
+        // Otherwise it dismisses itself at the end of a video, although the next one follows.
         NotificationCenter::defaultCenter().removeObserver(screen.get(), MPMoviePlayerPlaybackDidFinishNotification);
     }
     const auto watched = player();

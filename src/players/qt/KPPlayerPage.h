@@ -41,7 +41,7 @@ public:
 
     /// Calls a function of the page's player. Does nothing until the page has loaded.
     void call(const QString &function, const QVariantList &arguments = {});
-    /// A page that does not answer keeps the last 32 handlers only.
+    /// Keeps the last 32 handlers while the page does not answer.
     void evaluate(const QString &expression, const KPHandler &handler);
     void addListener(const QString &event, const KPHandler &handler) { m_listeners.emplace_back(event, handler); }
 
