@@ -28,7 +28,7 @@ private Q_SLOTS:
             {"\"1e2e3\"", true, 100, 100, true}, {"\"1,5\"", true, 1, 1, true},
             {"\"true\"", true, 0, 0, true},      {"\"YES\"", true, 0, 0, true},
             {"\"no\"", true, 0, 0, false},       {"\"inf\"", true, 0, 0, false},
-            {"\"-\"", true, 0, 0, false},
+            {"\"-\"", true, 0, 0, false},        {"\"false\"", true, 0, 0, false},
         };
         for (const auto &[text, isText, integer, number, boolean] : cases) {
             const Case current(text);
