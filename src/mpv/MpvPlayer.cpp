@@ -12,7 +12,6 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <optional>
 #include <utility>
 
 #include <mpv/client.h>
@@ -60,11 +59,11 @@ struct MpvPlayer::Private
     bool isPaused = true;
     bool isSeeking = false;
     double seekOrigin = 0;
-    quint64 seekNumber = 0;               // Of the player's last command to seek.
-    std::optional<double> seekTarget;     // Of that command.
-    std::optional<double> acceptedTarget; // Of the command that mpv has accepted and not begun.
-    std::optional<double> currentTarget;  // Of the command that mpv carries out.
-    double received = 0;                  // The end of what mpv has buffered since the last seek, in seconds.
+    quint64 seekNumber = 0;      // Of the player's last command to seek.
+    double seekTarget = 0;       // Of that command, in seconds.
+    bool isSeekAccepted = false; // mpv has accepted that command, and has not begun to seek.
+    bool isSeekBegun = false;    // mpv has begun, and has not arrived.
+    double received = 0;         // The end of what mpv has buffered, in seconds.
     bool hasEnded = false;
     bool hasFailed = false;
     bool isFrameChanging = false;
@@ -137,7 +136,7 @@ struct MpvPlayer::Private
                 static_cast<const mpv_event_start_file *>(event->data)->playlist_entry_id == entry && entry != 0;
             isSeeking = false;
             received = 0;
-            acceptedTarget = currentTarget = std::nullopt;
+            isSeekAccepted = isSeekBegun = false;
             break;
         case MPV_EVENT_FILE_LOADED:
             if (isCurrent)
@@ -150,9 +149,8 @@ struct MpvPlayer::Private
         case MPV_EVENT_SEEK:
             if (!std::exchange(isSeeking, true))
                 seekOrigin = currentTime;
-            received = 0;
-            if (acceptedTarget)
-                currentTarget = std::exchange(acceptedTarget, std::nullopt);
+            if (std::exchange(isSeekAccepted, false))
+                isSeekBegun = true;
             break;
         case MPV_EVENT_PLAYBACK_RESTART:
             if (isCurrent && std::exchange(isSeeking, false))
@@ -170,8 +168,8 @@ struct MpvPlayer::Private
     void takeReply(const mpv_event *reply)
     {
         const bool isAccepted = reply->error >= 0;
-        if (reply->reply_userdata == seekNumber && isAccepted)
-            acceptedTarget = seekTarget;
+        if (reply->reply_userdata == seekNumber)
+            isSeekAccepted = isAccepted;
         if (reply->reply_userdata != loadNumber)
             return;
         if (isAccepted)
@@ -244,14 +242,23 @@ struct MpvPlayer::Private
             setPaused(true); // The host has stopped it.
     }
 
+    /// mpv's properties may be newer than its event, and belong to a later seek. So only the player's last seek can
+    /// fail.
     void finishSeek()
     {
         const auto item = q->currentItem();
+        if (!item)
+            return;
         const double reached = core->number("time-pos").value_or(currentTime);
-        received = core->number("demuxer-cache-time").value_or(received);
-        const double target = std::exchange(currentTarget, std::nullopt).value_or(reached);
-        if (item && !hasReceived(std::min(item->duration(), target))) // True while the duration is unknown.
+        const auto end = core->number("demuxer-cache-time");
+        const bool isOwn = std::exchange(isSeekBegun, false);
+        const bool isServed = isOwn && std::abs(reached - seekTarget) < breakTolerance;
+        received = end.value_or(isServed ? reached : 0);
+        if (isOwn && end && reached + breakTolerance < seekTarget &&
+            !hasReceived(std::min(item->duration(), seekTarget)))
             return fail();
+        if (!hasReceived(reached)) // The end follows.
+            return;
         currentTime = std::max(reached, 0.0);
         if (std::abs(currentTime - seekOrigin) > shortestJump) // A canvas seeks to where the video is.
             q->timeJumped();
@@ -320,6 +327,7 @@ struct MpvPlayer::Private
     {
         hasEnded = false;
         seekTarget = seconds;
+        isSeekAccepted = isSeekBegun = false;
         seekNumber = ++lastNumber;
         core->command({"seek", QByteArray::number(seconds, 'f', 3), "absolute+exact"}, seekNumber);
     }
