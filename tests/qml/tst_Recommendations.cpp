@@ -542,11 +542,14 @@ private Q_SLOTS:
         QmlHost host(player + session + look.arg(u"RecommendationList"_s, u"list"_s) +
                      look.arg(u"RecommendationCategories"_s, u"rows"_s));
         QVERIFY(host.waitForItems(u"list"_s, 4) && host.waitFor(u"rows.count > 0"_s));
-        host.viewIn(u"rows"_s)->layoutIfNeeded();
+        host.run(u"list.width = 400"_s);
+        for (const auto &name : {u"list"_s, u"rows"_s})
+            host.viewIn(name)->layoutIfNeeded();
         const auto *row = host.viewIn(u"rows"_s)->cellForRow(0);
         for (const auto *view : {host.viewIn(u"list"_s), row->findChild<ZVItemView *>(u"videosCollectionView"_s)}) {
-            const auto *own = view->cellForRow(0)->findChild<QQuickItem *>(u"own"_s);
-            QVERIFY(own);
+            const auto all = view->cellForRow(0)->findChildren<QQuickItem *>(u"own"_s);
+            QCOMPARE(all.size(), 1);
+            const auto *own = all.first();
             const auto *cell = own->parentItem();
             QCOMPARE(own->size(), cell->size());
             QCOMPARE(cell->property("corner"), 12);
