@@ -231,6 +231,7 @@ private Q_SLOTS:
         }
         QVERIFY(waitUntil([&] { return calls > 0; }) && flushMainQueue());
         QCOMPARE(calls, 1);
+        QVERIFY(!scene.controller || !scene.controller->playerView());
         NotificationCenter::defaultCenter().removeObserver(&scene);
         disconnect(focus);
         QCOMPARE(scene.host->done, !drops || call == "done"_L1 ? 1 : 0);
