@@ -84,12 +84,13 @@ build_example() {
   quietly cmake --build "$work/build/$1"
 }
 
+# start_sandbox REQUESTS: starts one that writes its requests to that file, and sets service to its address.
 start_sandbox() {
-  "$prefix/bin/zelvano-sandbox" --port 0 >"$work/requests" &
+  "$prefix/bin/zelvano-sandbox" --port 0 >"$1" &
   sandbox_pid=$!
   service=
   for _ in $(seq 100); do
-    service=$(sed -n 's,^The recommendation service is at http://\(.*\)/$,\1,p' "$work/requests")
+    service=$(sed -n 's,^The recommendation service is at http://\(.*\)/$,\1,p' "$1")
     [ -z "$service" ] || return 0
     sleep 0.1
   done
@@ -102,23 +103,24 @@ stop_sandbox() {
   sandbox_pid=
 }
 
-# run_example NAME terminal|window EVENT...: the program exits with status 0 and the sandbox received the events.
+# run_example NAME terminal|window EVENT...: the program exits with status 0 and the sandbox received the events. What it
+# prints stays in $work/home-NAME/output.
 run_example() {
   local name=$1 place=$2 home=$work/home-$1
   local program=("$work/build/$name/$name") event
   shift 2
   [ "$place" = terminal ] || program=(xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' "${program[@]}")
   install -d -m 700 "$home"
-  start_sandbox
+  start_sandbox "$home/requests"
   local arguments=(--service "$service")
   [[ $name != @(qml|mpv)-* ]] || arguments=("http://$service/media/1.mp4" "$service")
   env -u DISPLAY -u WAYLAND_DISPLAY HOME="$home" XDG_CONFIG_HOME="$home" XDG_RUNTIME_DIR="$home" "${media[@]}" \
-    timeout 60 "${program[@]}" --quit-after 7 "${arguments[@]}" >"$work/output" 2>"$work/log" ||
-    { tail -n 20 "$work/log" >&2; fail "example $name failed"; }
+    timeout 60 "${program[@]}" --quit-after 7 "${arguments[@]}" >"$home/output" 2>"$home/log" ||
+    { tail -n 20 "$home/log" >&2; fail "example $name failed"; }
   stop_sandbox
   for event in "$@"; do
-    grep -qE " /events +$event " "$work/requests" ||
-      { cat "$work/requests" >&2; fail "example $name: the service did not receive $event"; }
+    grep -qE " /events +$event " "$home/requests" ||
+      { cat "$home/requests" >&2; fail "example $name: the service did not receive $event"; }
   done
   echo "$name: $*"
 }
@@ -133,10 +135,20 @@ build_examples() {
   for example in "${building[@]}"; do wait "$example"; done
 }
 
-# check_example NAME PLACE EVENT...
+# check_example NAME PLACE EVENT...: runs it beside those that run.
 check_example() {
   checked+=("$1")
-  run_example "$@"
+  (
+    trap stop_sandbox EXIT
+    run_example "$@"
+  ) &
+  running+=($!)
+}
+
+await_examples() {
+  local example
+  for example in "${running[@]}"; do wait "$example"; done
+  running=()
 }
 
 # check_sandbox PREFIX: a host can start the service in its own process.
@@ -261,15 +273,19 @@ section "examples"
 cp -r examples "$work/examples"
 build_examples
 checked=()
+running=()
 check_example engine-only terminal page ready start autoPlay end
-grep -q '^recommended: ' "$work/output" || fail "engine-only printed no recommendation"
-grep -q '^event: end$' "$work/output" || fail "engine-only printed no event"
 check_example other-engine terminal page ready start autoPlay pause play end
-check_example cpp-overlay window page ready start autoPlay pause impression
 check_example cpp-list window page ready start autoPlay
+await_examples
+check_example cpp-overlay window page ready start autoPlay pause impression
+check_example qml-list window page ready start autoPlay
+await_examples
 check_example qml-overlay window page ready start autoPlay
 check_example mpv-overlay window page ready start autoPlay
-check_example qml-list window page ready start autoPlay
+await_examples
+grep -q '^recommended: ' "$work/home-engine-only/output" || fail "engine-only printed no recommendation"
+grep -q '^event: end$' "$work/home-engine-only/output" || fail "engine-only printed no event"
 for example in examples/*/; do
   [[ " ${checked[*]} " == *" $(basename "$example") "* ]] || fail "$example is not checked"
 done
