@@ -17,8 +17,11 @@ struct ZVCategoryView::Private : public ZVItemViewDataSource
     ~Private() override;
 
     // ZVItemViewDataSource. The viewer chooses within an item.
-    qint64 numberOfItems() const override { return recommendations ? recommendations->categories().size() : 0; }
-    void cellForItem(qint64 row, ZVItemViewCell *cell) override;
+    qint64 numberOfItemsInSection() const override
+    {
+        return recommendations ? recommendations->categories().size() : 0;
+    }
+    void cellForItemAtIndexPath(qint64 row, ZVItemViewCell *cell) override;
 
     Thumbnails thumbnails;
     InterfaceResource content;
@@ -107,7 +110,7 @@ void ZVCategoryView::setShowsBadges(bool shows)
 
 // ZVItemViewDataSource
 
-void ZVCategoryView::Private::cellForItem(qint64 row, ZVItemViewCell *cell)
+void ZVCategoryView::Private::cellForItemAtIndexPath(qint64 row, ZVItemViewCell *cell)
 {
     auto *const categoryCell = qobject_cast<ZVRecommendationTableViewCell *>(cell);
     if (!categoryCell || !recommendations)

@@ -80,9 +80,9 @@ void ZVItemView::showCell(ZVItemViewCell *cell)
     const bool exists = cell->row() < countItems(); // The last line may have fewer cells.
     cell->setVisible(exists);
     if (exists) {
-        if (const auto size = m_source->sizeForItem(cell->row()); size.isValid())
+        if (const auto size = m_source->sizeForItemAtIndexPath(cell->row()); size.isValid())
             cell->setSize({snapped(size.width()), snapped(size.height())});
-        m_source->cellForItem(cell->row(), cell);
+        m_source->cellForItemAtIndexPath(cell->row(), cell);
     }
     markCurrent();
 }
@@ -241,7 +241,7 @@ void ZVItemView::activate(qint64 row)
 void ZVItemView::choose(qint64 row)
 {
     if (row >= 0 && row < m_count && m_source)
-        m_source->didSelectItem(row);
+        m_source->didSelectItemAtIndexPath(row);
 }
 
 void ZVItemView::setCurrentRow(qint64 row)

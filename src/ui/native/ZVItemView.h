@@ -113,7 +113,7 @@ private:
     void addCell(ZVItemViewCell *cell);
     void removeCell(ZVItemViewCell *cell);
 
-    qint64 countItems() const { return m_source ? m_source->numberOfItems() : 0; }
+    qint64 countItems() const { return m_source ? m_source->numberOfItemsInSection() : 0; }
     double snapped(double points) const;
     bool isVertical() const;
     bool isInSight(qint64 row) const;

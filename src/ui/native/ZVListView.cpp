@@ -66,11 +66,14 @@ struct ZVListView::Private : public ZVItemViewDataSource
     void setRatio(ZVVideoParams &video, double ratio) const { video.setSize({cellWidth(), cellWidth() * ratio}); }
 
     // ZVItemViewDataSource
-    qint64 numberOfItems() const override { return static_cast<qint64>(videoCells.size()); }
-    void cellForItem(qint64 row, ZVItemViewCell *cell) override;
-    QSizeF sizeForItem(qint64 row) const override { return videoCells[static_cast<std::size_t>(row)]->size(); }
+    qint64 numberOfItemsInSection() const override { return static_cast<qint64>(videoCells.size()); }
+    void cellForItemAtIndexPath(qint64 row, ZVItemViewCell *cell) override;
+    QSizeF sizeForItemAtIndexPath(qint64 row) const override
+    {
+        return videoCells[static_cast<std::size_t>(row)]->size();
+    }
     double inset() const override { return items ? double(insetProportion) * items->width() : 0; }
-    void didSelectItem(qint64 row) override;
+    void didSelectItemAtIndexPath(qint64 row) override;
 
     ZVListView *const q;
     Thumbnails thumbnails;
@@ -218,13 +221,13 @@ void ZVListView::Private::fitCells()
 
 // ZVItemViewDataSource
 
-void ZVListView::Private::cellForItem(qint64 row, ZVItemViewCell *cell)
+void ZVListView::Private::cellForItemAtIndexPath(qint64 row, ZVItemViewCell *cell)
 {
     if (auto *const videoCell = qobject_cast<ZVVideoCollectionViewCell *>(cell))
         videoCell->show(videoCells[static_cast<std::size_t>(row)], &thumbnails);
 }
 
-void ZVListView::Private::didSelectItem(qint64 row)
+void ZVListView::Private::didSelectItemAtIndexPath(qint64 row)
 {
     const auto list = recommendations ? recommendations->videoList() : ZVVideoList();
     if (row < 0 || row >= static_cast<qint64>(list.size())) {

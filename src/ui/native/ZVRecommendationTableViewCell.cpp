@@ -52,13 +52,13 @@ bool ZVRecommendationTableViewCell::handleKey(QKeyEvent *event)
 
 // ZVItemViewDataSource
 
-void ZVRecommendationTableViewCell::cellForItem(qint64 row, ZVItemViewCell *cell)
+void ZVRecommendationTableViewCell::cellForItemAtIndexPath(qint64 row, ZVItemViewCell *cell)
 {
     if (auto *const videoCell = qobject_cast<ZVVideoCollectionViewCell *>(cell))
         videoCell->show(m_recommendations[static_cast<std::size_t>(row)], m_thumbnails);
 }
 
-void ZVRecommendationTableViewCell::didSelectItem(qint64 row)
+void ZVRecommendationTableViewCell::didSelectItemAtIndexPath(qint64 row)
 {
     const auto index = static_cast<std::size_t>(row);
     if (index < m_recommendations.size()) // The cells may still be those of longer recommendations.

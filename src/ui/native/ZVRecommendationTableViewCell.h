@@ -48,9 +48,9 @@ public:
     bool handleKey(QKeyEvent *event) override;
 
     // ZVItemViewDataSource
-    qint64 numberOfItems() const override { return static_cast<qint64>(m_recommendations.size()); }
-    void cellForItem(qint64 row, ZVItemViewCell *cell) override;
-    void didSelectItem(qint64 row) override;
+    qint64 numberOfItemsInSection() const override { return static_cast<qint64>(m_recommendations.size()); }
+    void cellForItemAtIndexPath(qint64 row, ZVItemViewCell *cell) override;
+    void didSelectItemAtIndexPath(qint64 row) override;
 
 private:
     QString m_category;
