@@ -32,8 +32,7 @@ public Q_SLOTS:
 private Q_SLOTS:
     void initTestCase()
     {
-        const auto address = call(QDBusConnection::sessionBus(), u"org.a11y.Bus"_s, u"/org/a11y/bus"_s,
-                                  u"org.a11y.Bus"_s, u"GetAddress"_s);
+        const auto address = call(u"org.a11y.Bus"_s, u"/org/a11y/bus"_s, u"org.a11y.Bus"_s, u"GetAddress"_s);
         if (address.toString().isEmpty() || QGuiApplication::platformName() != u"xcb"_s)
             QSKIP("needs a session bus with at-spi2-core and an X server: dbus-run-session xvfb-run -a ...");
         bus = QDBusConnection::connectToBus(address.toString(), u"screen reader"_s);
@@ -73,8 +72,8 @@ private Q_SLOTS:
     }
 
 private:
-    static QVariant call(const QDBusConnection &bus, const QString &service, const QString &path,
-                         const QString &interface, const QString &method, const QVariantList &arguments = {})
+    QVariant call(const QString &service, const QString &path, const QString &interface, const QString &method,
+                  const QVariantList &arguments = {}) const
     {
         auto message = QDBusMessage::createMethodCall(service, path, interface, method);
         message.setArguments(arguments);
@@ -82,15 +81,10 @@ private:
         waitUntil([&] { return answer.isFinished(); }, 3s);
         return answer.isFinished() && answer.isValid() ? answer.reply().arguments().value(0) : QVariant();
     }
-    QVariant call(const QString &service, const QString &path, const QString &interface, const QString &method,
-                  const QVariantList &arguments) const
-    {
-        return call(bus, service, path, interface, method, arguments);
-    }
 
-    QDBusConnection bus{QString()};
-    QDBusMessage focused; ///< The last event.
-    QString name;         ///< Of its object.
+    QDBusConnection bus = QDBusConnection::sessionBus(); ///< Then the screen readers' own.
+    QDBusMessage focused;                                ///< The last event.
+    QString name;                                        ///< Of its object.
 };
 
 UI_TEST_MAIN(tst_ScreenReader)
