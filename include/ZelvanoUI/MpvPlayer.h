@@ -40,6 +40,7 @@ public:
     float rate() const override;
     AVPlayerStatus status() const override;
     double currentTime() const override;
+    /// After a failure it opens the item again, from the beginning.
     void play() override;
     void pause() override;
     bool tellsStateToNewAdapters() const override { return true; }

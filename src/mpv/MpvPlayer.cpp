@@ -426,9 +426,9 @@ void MpvPlayer::play()
 {
     const auto self = weak_from_this().lock(); // A receiver of a report may drop the player.
     const auto item = currentItem();
-    if (!item || d->hasFailed)
+    if (!item)
         return;
-    if (d->isUnloaded)
+    if (d->hasFailed || d->isUnloaded)
         d->load(item);
     else if (d->hasEnded)
         seek(0);

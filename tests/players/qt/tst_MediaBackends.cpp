@@ -155,6 +155,8 @@ failure that is played again over qt | load none.mp4, hear (failed), movie-play,
 error while it plays | send 0.2, begin, break, hear (failed) | begin, (failed), pause | begin, (failed)
 error while paused | send 0.2, begin, pause, hear pause, break, play, hear (failed)
   | begin, pause, play, (failed), pause | begin, pause, play 0, (failed)
+play after an error over mpv | send 0.2, begin, break, hear (failed), hear pause, mend, play, at 1
+  | begin, (failed), pause, play, (ready) | -
 error in a stall | stalled, break, hear (failed) | begin, (failed), pause | begin, (failed)
 error at a seek over qt | send 0.2, begin, pause, hear pause, break, seek 2.5, play, hear (failed)
   | begin, pause, seek 3, play, (failed), pause | begin, pause, seek +3, play 3, (failed)
@@ -321,6 +323,7 @@ class tst_MediaBackends : public QObject
             // Qt's FFmpeg backend does so now and then, when the host stops or seeks at the end.
             {u"again"_s, [&] { return media->qt()->mediaStatusChanged(QMediaPlayer::EndOfMedia), true; }},
             {u"break"_s, [&] { return server->setBroken(true), true; }},
+            {u"mend"_s, [&] { return server->setBroken(false), server->sendUpTo(1), true; }},
             {u"attach"_s, [&] { return attach(), true; }},
             {u"at"_s, [&] { return wait([&] { return media->position() >= milliseconds; }); }},
             {u"hear"_s, [&] { return hears(how.section(u' ', 0, 0), qMax(1, how.section(u' ', 1).toInt())); }},
