@@ -156,24 +156,31 @@ private Q_SLOTS:
         TestAuthority::trusted = authority->file();
         sandbox::Sandbox service;
         QVERIFY(service.start());
-        Front front(service, *authority, 2);
-        QVERIFY(front.start());
-        std::vector<Front::Carried> fresh, reused; // Of the first and the second request of each connection.
-        for (std::size_t connection = 1; connection <= 5; ++connection) {
-            for (auto *carried : {&fresh, &reused}) {
-                QCOMPARE(HttpLoad(httpPost(front.url(u"keepalive"_s), "{}")).resume().result().status, 200);
-                carried->push_back(front.connections().back());
+        for (const long version : {CURL_HTTP_VERSION_1_1, CURL_HTTP_VERSION_2TLS}) {
+            TestAuthority::httpVersion = version;
+            Front front(service, *authority, 2);
+            QVERIFY(front.start());
+            std::vector<Front::Carried> fresh, reused; // Of the first and the second request of each connection.
+            for (std::size_t connection = 1; connection <= 5; ++connection) {
+                for (auto *carried : {&fresh, &reused}) {
+                    QCOMPARE(HttpLoad(httpPost(front.url(u"keepalive"_s), "{}")).resume().result().status, 200);
+                    carried->push_back(front.connections().back());
+                }
+                QCOMPARE(front.connections().size(), connection);
+                reused.back() = reused.back() - fresh.back();
             }
-            QCOMPARE(front.connections().size(), connection);
-            reused.back() = reused.back() - fresh.back();
+            // What crosses on the way can look like another round trip, so the best connection counts.
+            const auto best = [](const auto &all) { return std::ranges::min(all, {}, &Front::Carried::roundTrips); };
+            for (const auto &of : {fresh.front(), fresh.back(), best(reused)})
+                qInfo("version %ld: %d round trips, %lld bytes up, %lld down", version, of.roundTrips, of.up, of.down);
+            QCOMPARE(best(reused).roundTrips, 1);
+            // nginx resumes no session of HTTP/2 here, and its first flights may overlap.
+            if (version == CURL_HTTP_VERSION_1_1) {
+                QCOMPARE(best(fresh).roundTrips, 2);
+                QVERIFY(fresh.back().down < fresh.front().down * 2 / 3); // No certificate.
+            }
         }
-        // What crosses on the way can look like another round trip, so the best connection counts.
-        const auto best = [](const auto &all) { return std::ranges::min(all, {}, &Front::Carried::roundTrips); };
-        for (const auto &of : {fresh.front(), fresh.back(), best(reused)})
-            qInfo("%d round trips, %lld bytes up, %lld down", of.roundTrips, of.up, of.down);
-        QCOMPARE(best(reused).roundTrips, 1);
-        QCOMPARE(best(fresh).roundTrips, 2);
-        QVERIFY(fresh.back().down < fresh.front().down * 2 / 3); // No certificate.
+        TestAuthority::httpVersion = 0;
         TestAuthority::trusted.clear();
     }
 

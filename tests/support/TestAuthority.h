@@ -39,6 +39,8 @@ public:
 
     /// The file that libcurl trusts now; empty for the system's authorities.
     static inline QByteArray trusted;
+    /// The version that libcurl speaks; 0 for the library's choice.
+    static inline long httpVersion = 0;
 
 private:
     const QTemporaryDir m_folder;
@@ -62,5 +64,7 @@ extern "C" Q_DECL_EXPORT CURLcode curl_easy_setopt(CURL *easy, CURLoption option
         const QByteArray &trusted = TestAuthority::trusted;
         next(easy, CURLOPT_CAINFO, trusted.isEmpty() ? own.constData() : trusted.constData());
     }
+    if (option == CURLOPT_URL && TestAuthority::httpVersion != 0)
+        next(easy, CURLOPT_HTTP_VERSION, TestAuthority::httpVersion);
     return next(easy, option, value);
 }
