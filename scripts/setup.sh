@@ -19,7 +19,7 @@ test=(openssl at-spi2-core dbus-daemon gstreamer1.0-plugins-good gstreamer1.0-pl
 check=(
   clang libclang-rt-dev llvm clang-format clang-tidy cppcheck doxygen
   libbenchmark-dev pkgconf mmdebstrap strace valgrind
-  nginx weston qt6-wayland
+  nginx tinyproxy-bin weston qt6-wayland
 )
 
 case ${1:-check} in

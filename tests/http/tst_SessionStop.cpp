@@ -60,8 +60,11 @@ class DeadAddress
 public:
     explicit DeadAddress(int port)
     {
-        const auto address = loopback(port, Dead);
-        const auto *const generic = reinterpret_cast<const sockaddr *>(&address);
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(quint16(port));
+        inet_pton(AF_INET, Dead, &address.sin_addr);
+        const auto *const generic = reinterpret_cast<sockaddr *>(&address);
         if (bind(m_sockets[0], generic, sizeof(address)) != 0 || listen(m_sockets[0], 0) != 0)
             qFatal("DeadAddress: the port is taken");
         for (size_t i = 1; i < m_sockets.size(); ++i)

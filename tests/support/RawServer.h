@@ -18,16 +18,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-/// The address of a port; 0 for any.
-inline sockaddr_in loopback(int port, const char *host = "127.0.0.1")
-{
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(quint16(port));
-    inet_pton(AF_INET, host, &address.sin_addr);
-    return address;
-}
-
 /// A server on an ephemeral loopback port that sends exactly the bytes of its script. It does what no HTTP server
 /// would. Each connection has a thread.
 class RawServer
@@ -133,7 +123,9 @@ public:
     /// The script runs for every connection, which closes when the script returns.
     explicit RawServer(Script script) : m_script(std::move(script)), m_listener(socket(AF_INET, SOCK_STREAM, 0))
     {
-        auto address = loopback(0);
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof(address);
         auto *const generic = reinterpret_cast<sockaddr *>(&address);
         if (bind(m_listener, generic, size) != 0 || listen(m_listener, 128) != 0 ||
