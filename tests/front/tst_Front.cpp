@@ -151,6 +151,21 @@ private Q_SLOTS:
         }
     }
 
+    /// The calls of that time are lost, the next ones arrive.
+    void serviceIsAway()
+    {
+        FrontSession session(*authority);
+        QVERIFY(session.isShown());
+        const auto port = session.service.sandbox.port();
+        session.service.sandbox.stop();
+        session.report(u"seek"_s, 10);
+        QCOMPARE(session.front.requests().filter(u"/events 502"_s).size(), 10);
+        QVERIFY(session.service.sandbox.start(port));
+        session.report(u"pause"_s, 10);
+        QCOMPARE(session.arrived().count(u"seek"_s), 0);
+        QCOMPARE(session.arrived().count(u"pause"_s), 10);
+    }
+
     void throughAProxy()
     {
         Proxy proxy;
