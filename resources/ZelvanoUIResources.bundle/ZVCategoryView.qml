@@ -46,7 +46,6 @@ ZVItemView {
 
             view: table
             row: shown ? index : -1
-            z: index // The order of painting is the order of reading.
 
             ListView.onPooled: shown = false
             ListView.onReused: shown = true

@@ -52,7 +52,6 @@ ZVItemView {
 
             width: scroller.width
             height: Math.max(first.height, second.visible ? second.height : 0)
-            z: index // The order of painting is the order of reading.
 
             ListView.onPooled: shown = false
             ListView.onReused: shown = true

@@ -79,7 +79,6 @@ CategoryCell {
                 height: 130
                 view: videos
                 row: shown ? index : -1
-                z: index
 
                 ListView.onPooled: shown = false
                 ListView.onReused: shown = true

@@ -65,7 +65,27 @@ double ZVItemView::snapped(double points) const
 void ZVItemView::addCell(ZVItemViewCell *cell)
 {
     m_cells[cell->row()] = cell;
+    keepReadingOrder(cell->row());
     showCell(cell);
+}
+
+/// Screen readers read the lines in the order of their parent's children. ListView leaves there the lines that it uses
+/// again.
+void ZVItemView::keepReadingOrder(qint64 row) const
+{
+    const auto lineOf = [this](const auto &entry) {
+        QQuickItem *line = entry->second;
+        while (line->parentItem() && line->parentItem()->parentItem() != m_scroller)
+            line = line->parentItem();
+        return line;
+    };
+    auto *const line = lineOf(m_cells.find(row));
+    const auto next = m_cells.lower_bound((row / m_columns + 1) * m_columns);
+    const auto first = m_cells.lower_bound(row / m_columns * m_columns);
+    if (next != m_cells.end())
+        line->stackBefore(lineOf(next));
+    else if (first != m_cells.begin())
+        line->stackAfter(lineOf(std::prev(first)));
 }
 
 void ZVItemView::removeCell(ZVItemViewCell *cell)

@@ -118,6 +118,7 @@ private:
     bool isVertical() const;
     bool isInSight(qint64 row) const;
     qint64 firstRowInSight() const;
+    void keepReadingOrder(qint64 row) const;
     void showCell(ZVItemViewCell *cell);
     void markCurrent();
     qint64 rowForKey(int key) const;

@@ -211,7 +211,7 @@ private Q_SLOTS:
         QVERIFY(stage.show(stage.videos(8, categories), 40));
         QCOMPARE(spoken(stage.items()), u"List: Recommended videos"_s);
         const auto *list = QAccessible::queryAccessibleInterface(stage.items());
-        for (const qint64 row : {39, 20})
+        for (qint64 row = 0; row < 30; row += 4)
             stage.items()->scrollToRow(row);
         QStringList heard, expected;
         for (int i = 0; i < list->childCount(); ++i) {
