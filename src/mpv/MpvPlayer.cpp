@@ -353,6 +353,8 @@ struct MpvPlayer::Private
         picture = {};
         status = AVPlayerStatus::Unknown;
         loadNumber = ++lastNumber;
+        if (item && !core->handle())
+            return fail();
         if (item)
             core->command({"loadfile", locationOf(item->asset().URL())}, loadNumber);
         else
