@@ -138,7 +138,7 @@ private:
     double m_lastPosition = 0;   ///< The last one that playing or a seek reached, in seconds.
     Clock::time_point m_openTime;
     Clock::time_point m_lastProgress = m_now.time; ///< Of the position, or the beginning of play.
-    QTimer m_standstill; ///< Runs after an error, from the last change of the position on.
+    QTimer m_standstill;                           ///< Runs after an error, from the last change of the position on.
 };
 
 } // namespace zelvano

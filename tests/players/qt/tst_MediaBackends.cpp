@@ -356,7 +356,8 @@ private Q_SLOTS:
             QSKIP(qPrintable(missing));
         const QString video = u"-v error -y -f lavfi -i testsrc2=size=160x90:rate=25 -t 4 -g 5 -b:v 300k "
                               "-preset ultrafast -pix_fmt yuv420p -movflags +faststart a.mp4"_s;
-        const QStringList commands{video, u"-v error -i a.mp4 -c copy b.mp4"_s,
+        const QStringList commands{video,
+                                   u"-v error -i a.mp4 -c copy b.mp4"_s,
                                    u"-v error -i a.mp4 -t 2 -c copy a.ts"_s,
                                    u"-v error -i a.mp4 -t 2 -c copy -movflags frag_keyframe+empty_moov growing.mp4"_s,
                                    u"-v error -i a.mp4 -t 2 -c copy -muxdelay 2 -muxpreload 2 late.ts"_s,
