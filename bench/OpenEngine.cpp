@@ -10,6 +10,8 @@
 
 #include <QLoggingCategory>
 
+#include <atomic>
+
 namespace zelvano::bench {
 
 using namespace Qt::StringLiterals;
@@ -19,10 +21,15 @@ namespace {
 class RequestCatcher : public http::TrafficObserver
 {
 public:
-    void requestWillStart(quint64, const http::Request &started) override { request = started; }
+    void requestWillStart(quint64, const http::Request &started) override
+    {
+        request = started;
+        hasRequest = true;
+    }
     void requestDidEnd(quint64, const http::Response &, const std::optional<Error> &) override {}
 
     http::Request request;
+    std::atomic<bool> hasRequest = false;
 };
 
 } // namespace
@@ -67,6 +74,8 @@ http::Request OpenEngine::eventRequest()
     const auto catcher = std::make_shared<RequestCatcher>();
     http::Traffic::addObserver(catcher);
     sendEvent();
+    // Another thread that still acts for the engine sends the event, later.
+    wait("an event's request", [&] { return catcher->hasRequest.load(); });
     drain();
     http::Traffic::removeObserver(catcher);
     return catcher->request;
