@@ -65,7 +65,7 @@ private Q_SLOTS:
                 const auto &call = row.first;
                 const Case current(call.toLatin1() + (drops ? ", drop" : ", stop"));
                 init();
-                m_service->fault(call, {.delay = 200ms});
+                m_service->fault(call, {.delay = 600ms});
                 auto &engine = *m_service->engine;
                 const std::weak_ptr<Zelvano> watched = m_service->engine;
                 m_service->setPage();
