@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <mutex>
 #include <utility>
 
@@ -70,24 +71,42 @@ public:
     {
         const std::lock_guard lock(m_mutex);
         // The networking ends later, and its last pictures must not decode while static objects are destroyed.
-        if (!m_hasEnded)
-            m_pool.start(std::move(job));
+        if (m_hasEnded)
+            return;
+        m_jobs.push_back(std::move(job));
+        m_pool.start([this] { runNext(); });
     }
 
 private:
     /// Called when the application ends.
     void end()
     {
+        std::deque<std::function<void()>> dropped;
         {
             const std::lock_guard lock(m_mutex);
             m_hasEnded = true;
+            m_jobs.swap(dropped);
         }
-        m_pool.clear();
         m_pool.waitForDone();
+    }
+
+    void runNext()
+    {
+        std::function<void()> job;
+        {
+            const std::lock_guard lock(m_mutex);
+            if (m_jobs.empty())
+                return;
+            job = std::move(m_jobs.front());
+            m_jobs.pop_front();
+        }
+        job();
     }
 
     std::mutex m_mutex;
     bool m_hasEnded = false;
+    // They do not wait in the pool, whose lock the thread sanitizer does not see.
+    std::deque<std::function<void()>> m_jobs;
     QThreadPool m_pool;
 };
 
