@@ -52,3 +52,5 @@ void fillPlace(QQuickItem *item, QQuickItem *place)
 }
 
 } // namespace demo
+
+#include "moc_Deck.cpp"

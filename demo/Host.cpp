@@ -221,3 +221,5 @@ void Host::rotate(bool portrait)
 }
 
 } // namespace demo
+
+#include "moc_Host.cpp"

@@ -89,3 +89,5 @@ QQuickItem *KalturaDeck::webView() const
 }
 
 } // namespace demo
+
+#include "moc_KalturaDeck.cpp"

@@ -94,3 +94,5 @@ QString MediaDeck::videoId() const
 }
 
 } // namespace demo
+
+#include "moc_MediaDeck.cpp"

@@ -25,3 +25,5 @@ std::shared_ptr<QObject> MpvDeck::newPlayer(Witness &witness)
 }
 
 } // namespace demo
+
+#include "moc_MpvDeck.cpp"

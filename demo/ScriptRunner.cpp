@@ -278,3 +278,5 @@ void ScriptRunner::screenshot(const QStringList &words)
 }
 
 } // namespace demo
+
+#include "moc_ScriptRunner.cpp"

@@ -115,3 +115,5 @@ void StallProbe::record(const Stall &stall)
 }
 
 } // namespace demo
+
+#include "moc_StallProbe.cpp"

@@ -263,3 +263,5 @@ void Zelvano::setPlayerView(QObject *view)
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_Zelvano.cpp"

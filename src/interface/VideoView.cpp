@@ -48,3 +48,5 @@ void VideoView::check()
 }
 
 } // namespace zelvano
+
+#include "moc_VideoView.cpp"

@@ -191,3 +191,5 @@ QSizeF ZVKalturaSubscribe::videoSize() const
 }
 
 } // namespace zelvano
+
+#include "moc_ZVKalturaSubscribe.cpp"

@@ -364,3 +364,5 @@ void ZelvanoViewController::dismiss()
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_ZelvanoViewController.cpp"

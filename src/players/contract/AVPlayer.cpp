@@ -110,3 +110,6 @@ void AVPlayer::timeJumped()
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_AVPlayer.cpp"
+#include "ZelvanoUI/moc_AVPlayerViewController.cpp"

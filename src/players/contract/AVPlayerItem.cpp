@@ -50,3 +50,5 @@ void AVPlayerItem::setDuration(double seconds)
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_AVPlayerItem.cpp"

@@ -44,3 +44,5 @@ void KPViewController::tellPlaybackState(int state)
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_KPViewController.cpp"

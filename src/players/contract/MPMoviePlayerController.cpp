@@ -79,3 +79,5 @@ void MPMoviePlayerController::tellExitingFullscreen()
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_MPMoviePlayerController.cpp"

@@ -41,3 +41,5 @@ QRectF MPMoviePlayerViewController::videoBounds() const
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_MPMoviePlayerViewController.cpp"

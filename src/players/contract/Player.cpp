@@ -19,3 +19,5 @@ bool Player::isMediaAddress(const QUrl &url)
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_Player.cpp"

@@ -131,3 +131,5 @@ void KPPlayerPage::setMedia(const QVariantMap &media)
 }
 
 } // namespace zelvano
+
+#include "moc_KPPlayerPage.cpp"

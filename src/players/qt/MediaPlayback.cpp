@@ -402,3 +402,5 @@ void MediaPlayback::positionDidChange()
 }
 
 } // namespace zelvano
+
+#include "moc_MediaPlayback.cpp"

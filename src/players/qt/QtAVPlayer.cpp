@@ -188,3 +188,5 @@ void QtAVPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_QtAVPlayer.cpp"

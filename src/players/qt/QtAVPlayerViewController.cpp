@@ -41,3 +41,5 @@ QRectF QtAVPlayerViewController::videoBounds() const
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_QtAVPlayerViewController.cpp"

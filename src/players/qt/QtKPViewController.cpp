@@ -104,3 +104,5 @@ void QtKPViewController::asyncEvaluate(const QString &expression, const QString 
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_QtKPViewController.cpp"

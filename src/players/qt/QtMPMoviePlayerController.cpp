@@ -371,3 +371,5 @@ void QtMPMoviePlayerController::setFullscreen(bool fullscreen)
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_QtMPMoviePlayerController.cpp"

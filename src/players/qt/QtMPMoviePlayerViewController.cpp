@@ -13,3 +13,5 @@ std::shared_ptr<QtMPMoviePlayerViewController> QtMPMoviePlayerViewController::cr
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_QtMPMoviePlayerViewController.cpp"

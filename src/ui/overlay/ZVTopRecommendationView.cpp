@@ -288,3 +288,5 @@ void ZVTopRecommendationView::geometryChange(const QRectF &newGeometry, const QR
 }
 
 } // namespace zelvano
+
+#include "ZelvanoUI/moc_ZVTopRecommendationView.cpp"
