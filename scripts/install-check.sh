@@ -8,10 +8,13 @@ source=$PWD
 work=$(mktemp -d)
 chmod 755 "$work" # apt reads the packages as another user.
 prefix=$work/prefix
+built=$work/build
 packages=build/package/packages
+packages_pid=
 sandbox_pid=
 cleanup() {
   stop_sandbox
+  [ -z "$packages_pid" ] || wait "$packages_pid" || true
   rm -rf "$work"
 }
 trap cleanup EXIT
@@ -77,11 +80,11 @@ CMAKE
     { cat "$work/log" >&2; fail "component $1: unexpected message"; }
 }
 
-# build_example NAME PREFIX: builds from a copy outside the source tree.
+# build_example NAME PREFIX: builds from a copy outside the source tree, in $built.
 build_example() {
-  quietly cmake -G Ninja -S "$work/examples/$1" -B "$work/build/$1" -DCMAKE_BUILD_TYPE=Debug \
+  quietly cmake -G Ninja -S "$work/examples/$1" -B "$built/$1" -DCMAKE_BUILD_TYPE=Debug \
     -DCMAKE_PREFIX_PATH="$2" -DCMAKE_CXX_FLAGS='-Wall -Wextra -Werror'
-  quietly cmake --build "$work/build/$1"
+  quietly cmake --build "$built/$1"
 }
 
 # start_sandbox REQUESTS: starts one that writes its requests to that file, and sets service to its address.
@@ -104,10 +107,10 @@ stop_sandbox() {
 }
 
 # run_example NAME terminal|window EVENT...: the program exits with status 0 and the sandbox received the events. What it
-# prints stays in $work/home-NAME/output.
+# prints stays in $built/home-NAME/output.
 run_example() {
-  local name=$1 place=$2 home=$work/home-$1
-  local program=("$work/build/$name/$name") event
+  local name=$1 place=$2 home=$built/home-$1
+  local program=("$built/$name/$name") event
   shift 2
   [ "$place" = terminal ] || program=(xvfb-run -a -s '-screen 0 1280x1280x24 +extension GLX' "${program[@]}")
   install -d -m 700 "$home"
@@ -153,9 +156,8 @@ await_examples() {
 
 # check_sandbox PREFIX: a host can start the service in its own process.
 check_sandbox() {
-  cp -r tests/install/in-process "$work/examples"
   build_example in-process "$1"
-  quietly timeout 20 "$work/build/in-process/in-process"
+  quietly timeout 20 "$built/in-process/in-process"
 }
 
 # check_pkgconfig: an example builds with pkg-config instead of CMake.
@@ -163,18 +165,16 @@ check_pkgconfig() {
   local lib flags
   lib=$(libdir "$prefix")
   read -ra flags < <(PKG_CONFIG_PATH=$lib/pkgconfig pkg-config --cflags --libs zelvano-core)
-  quietly g++ -std=c++20 -fPIC -o "$work/build/other-engine/other-engine" "$work"/examples/other-engine/*.cpp \
+  quietly g++ -std=c++20 -fPIC -o "$built/other-engine/other-engine" "$work"/examples/other-engine/*.cpp \
     "${flags[@]}" "-Wl,-rpath,$lib"
   run_example other-engine terminal ready
 }
 
 # check_static: static libraries contain their resources. Without them an example finds no bundle and shows no overlay.
 check_static() {
-  quietly cmake --preset package -B build/static -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 \
-    -DZELVANO_UNITY=ON -DZELVANO_SHARED=OFF -DZELVANO_WITH_DEMO=OFF -DZELVANO_WITH_BENCH=OFF
-  quietly cmake --build build/static
+  local built=$work/build-static
+  scripts/build.sh check static
   install_to "$work/static" build/static -I # -I: objects of a debug build name their sources.
-  rm -rf "$work/build"
   build_example cpp-overlay "$work/static"
   run_example cpp-overlay window ready impression
   check_sandbox "$work/static"
@@ -259,6 +259,17 @@ HOOK
   [ -e "$made/played" ] || { tail -n 40 "$work/log" >&2; fail "the demo failed in a bare root"; }
 }
 
+check_packages() {
+  rm -rf "$packages"
+  quietly cpack --preset package
+  if check_bare_root; then
+    echo "The demo ran in a bare root that holds only the packages and their dependencies."
+  else
+    echo "This machine cannot make a bare root. Checking instead that the packages declare all that they link and import."
+    check_declared
+  fi
+}
+
 # For the same reasons as in scripts/demo.sh.
 media=(QT_MEDIA_BACKEND=ffmpeg)
 [ "$(id -u)" -ne 0 ] || media+=(QTWEBENGINE_DISABLE_SANDBOX=1)
@@ -269,8 +280,13 @@ install_to "$prefix" build/package
 check_interface
 refuses Nonsense 'ZelvanoUI has no component "Nonsense": there are Core, UI, Mpv and Sandbox.'
 
+section "packages, beside the examples"
+check_packages >"$work/packages" 2>&1 &
+packages_pid=$!
+
 section "examples"
-cp -r examples "$work/examples"
+cp -r examples "$work"
+cp -r tests/install/in-process "$work/examples"
 build_examples
 checked=()
 running=()
@@ -284,8 +300,8 @@ await_examples
 check_example qml-overlay window page ready start autoPlay
 check_example mpv-overlay window page ready start autoPlay
 await_examples
-grep -q '^recommended: ' "$work/home-engine-only/output" || fail "engine-only printed no recommendation"
-grep -q '^event: end$' "$work/home-engine-only/output" || fail "engine-only printed no event"
+grep -q '^recommended: ' "$built/home-engine-only/output" || fail "engine-only printed no recommendation"
+grep -q '^event: end$' "$built/home-engine-only/output" || fail "engine-only printed no event"
 for example in examples/*/; do
   [[ " ${checked[*]} " == *" $(basename "$example") "* ]] || fail "$example is not checked"
 done
@@ -295,15 +311,10 @@ check_sandbox "$prefix"
 
 section "pkg-config"
 check_pkgconfig
+
 section "static libraries"
 check_static
 
 section "packages"
-rm -rf "$packages"
-quietly cpack --preset package
-if check_bare_root; then
-  echo "The demo ran in a bare root that holds only the packages and their dependencies."
-else
-  echo "This machine cannot make a bare root. Checking instead that the packages declare all that they link and import."
-  check_declared
-fi
+wait "$packages_pid" || { cat "$work/packages" >&2; exit 1; }
+cat "$work/packages"
