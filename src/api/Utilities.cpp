@@ -117,16 +117,19 @@ http::Request request(QLatin1StringView path, const QString &apiKey, const QStri
 {
     const auto base = ZVConfig::shared().apiURL();
     auto &last = immortal<LastRequest>();
-    const QMutexLocker lock(&last.mutex);
-    if (last.request.url.isEmpty() || last.path != path || !isSame(last.base, base) || !isSame(last.apiKey, apiKey) ||
-        !isSame(last.userUUID, userUUID)) {
-        last.base = base;
-        last.path = path;
-        last.apiKey = apiKey;
-        last.userUUID = userUUID;
-        last.request = newRequest(base, path, apiKey, userUUID);
-    }
-    return last.request;
+    QMutexLocker lock(&last.mutex);
+    if (!last.request.url.isEmpty() && last.path == path && isSame(last.base, base) && isSame(last.apiKey, apiKey) &&
+        isSame(last.userUUID, userUUID))
+        return last.request;
+    lock.unlock(); // It may log a line, and a host's message handler may make a call.
+    auto made = newRequest(base, path, apiKey, userUUID);
+    lock.relock();
+    last.base = base;
+    last.path = path;
+    last.apiKey = apiKey;
+    last.userUUID = userUUID;
+    last.request = made;
+    return made;
 }
 
 } // namespace zelvano

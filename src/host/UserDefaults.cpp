@@ -60,7 +60,7 @@ QString UserDefaults::stringForKey(const QString &key) const
 
 void UserDefaults::setString(const QString &value, const QString &key)
 {
-    const QMutexLocker lock(&d->mutex);
+    QMutexLocker lock(&d->mutex);
     auto entries = d->read();
     if (value.isNull())
         entries.remove(key);
@@ -68,7 +68,9 @@ void UserDefaults::setString(const QString &value, const QString &key)
         entries.insert(key, value);
     if (d->write(entries) || std::exchange(d->failureLogged, true))
         return;
-    ZV_LOG("Error writing user defaults to " << d->file() << ", the identity lasts for this run only");
+    const auto file = d->file();
+    lock.unlock(); // A host's message handler may need the defaults.
+    ZV_LOG("Error writing user defaults to " << file << ", the identity lasts for this run only");
 }
 
 void UserDefaults::setFilePath(const QString &path)

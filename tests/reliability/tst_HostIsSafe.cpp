@@ -1,4 +1,5 @@
 #include "EngineFixture.h"
+#include "Utilities.h"
 #include <ZelvanoUI/PlayerEvents.h>
 
 #include <QDir>
@@ -7,6 +8,7 @@
 
 #include <cfenv>
 #include <clocale>
+#include <future>
 #include <locale>
 
 #include <signal.h>
@@ -39,6 +41,19 @@ void writeOnMainThread(QtMsgType, const QMessageLogContext &, const QString &lin
     if (!MainQueue::isMainThread())
         QMetaObject::invokeMethod(writer, "write", Qt::BlockingQueuedConnection);
     eventLines += line.startsWith(u"events::"_s);
+}
+
+std::vector<std::future<void>> uses;
+
+/// A host's message handler that waits until another thread has used the library.
+void useOnAnotherThread(QtMsgType, const QMessageLogContext &, const QString &)
+{
+    uses.push_back(std::async(std::launch::async, [] {
+        UserDefaults::standard().stringForKey(ZVUserIdKey);
+        request(ZVKeepAlive);
+    }));
+    if (uses.back().wait_for(5s) != std::future_status::ready)
+        QTest::qFail("a lock is held while a line is logged", __FILE__, __LINE__);
 }
 
 /// Ends the application object while calls are under way.
@@ -126,6 +141,17 @@ private Q_SLOTS:
         QVERIFY(isOver);
         service.settle();
         QCOMPARE(service.sentCount(PlayerEvent::Pause), 300);
+    }
+
+    void messageHandlerUsesTheLibrary()
+    {
+        UserDefaults::standard().setFilePath(u"/dev/null/defaults.json"_s);
+        const auto previous = qInstallMessageHandler(useOnAnotherThread);
+        UserDefaults::standard().setString(u"cannot be written"_s, ZVUserIdKey);
+        request(ZVKeepAlive, u"two\nlines"_s);
+        qInstallMessageHandler(previous);
+        UserDefaults::standard().setFilePath({});
+        QCOMPARE(uses.size(), 2U);
     }
 
     void messageHandlerWaitsWhileTheApplicationEnds()
