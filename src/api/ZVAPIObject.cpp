@@ -158,7 +158,10 @@ void ZVAPIObject::addValue(const QJsonValue &value, const QString &key)
 {
     if (value.isNull() || value.isUndefined() || key.isNull())
         return;
-    forEachField(*this, [&](auto &field) { field.isInBody = field.isInBody && field.key != key; });
+    forEachField(*this, [&](auto &field) {
+        if (field.key == key)
+            field.inBody.reset();
+    });
     m_values.insert(key, value);
 }
 
@@ -166,8 +169,8 @@ Dictionary ZVAPIObject::params() const
 {
     auto all = m_values;
     forEachField(*this, [&](const auto &field) {
-        if (field.isInBody)
-            all.insert(QString(field.key), QAnyStringView(textOf(field.value)).toString());
+        if (field.inBody)
+            all.insert(QString(field.key), QAnyStringView(textOf(*field.inBody)).toString());
     });
     if (m_hasUserAgent)
         all.insert(ZVUserAgentKey, userAgent());
@@ -176,7 +179,7 @@ Dictionary ZVAPIObject::params() const
 
 void ZVAPIObject::setParams(const Dictionary &params)
 {
-    forEachField(*this, [](auto &field) { field.isInBody = false; });
+    forEachField(*this, [](auto &field) { field.inBody.reset(); });
     m_values = params;
     m_hasUserAgent = false;
 }
@@ -188,8 +191,8 @@ QByteArray ZVAPIObject::writeBody()
     m_hasUserAgent = true;
     BodyWriter body;
     forEachField(*this, [&](const auto &field) {
-        if (field.isInBody)
-            body.addText(field.key, textOf(field.value));
+        if (field.inBody)
+            body.addText(field.key, textOf(*field.inBody));
     });
     for (auto value = m_values.cbegin(); value != m_values.cend(); ++value)
         body.addValue(value.key(), value.value());
