@@ -36,19 +36,24 @@ void Zelvano::Private::actInOrder(std::unique_lock<std::mutex> &lock)
             const auto [actions, recipients] = std::move(decisions.front());
             decisions.pop_front();
             lock.unlock();
-            const auto carryOut = [this, &to = *recipients](const auto &action) {
-                if constexpr (requires { act(action, to); })
-                    act(action, to);
-                else
-                    act(action);
-            };
-            for (const auto &action : actions)
-                std::visit(carryOut, action);
+            carryOut(actions, *recipients);
         } // What the actions hold is released outside the lock as well.
         lock.lock();
     }
     isActing = false;
     lock.unlock();
+}
+
+void Zelvano::Private::carryOut(const Rules::Actions &actions, const Listeners &to)
+{
+    const auto actOn = [&](const auto &action) {
+        if constexpr (requires { act(action, to); })
+            act(action, to);
+        else
+            act(action);
+    };
+    for (auto action = actions.begin(); action != actions.end() && !isSilent; ++action)
+        std::visit(actOn, *action);
 }
 
 void Zelvano::Private::loadIdentity(std::unique_lock<std::mutex> &lock)
@@ -116,11 +121,7 @@ void Zelvano::dismissZelvano()
 void Zelvano::stopSending()
 {
     stop();
-    decltype(d->decisions) dropped; // Ends outside the lock.
-    d->locked([&] {
-        d->isSilent = true;
-        d->decisions.swap(dropped);
-    });
+    d->isSilent = true;
 }
 
 // Page, ready and player events

@@ -5,6 +5,7 @@
 
 #include <QPointer>
 
+#include <atomic>
 #include <deque>
 #include <mutex>
 
@@ -42,6 +43,7 @@ struct Zelvano::Private
     /// Fills what is missing from the user defaults, each time until they have it.
     void loadIdentity(std::unique_lock<std::mutex> &lock);
     void actInOrder(std::unique_lock<std::mutex> &lock);
+    void carryOut(const Rules::Actions &actions, const Listeners &to);
     /// Null without a player. Under the lock.
     Subscriber current() const;
 
@@ -63,12 +65,12 @@ struct Zelvano::Private
     void act(const Rules::NotifyView &view, const Listeners &to);
 
     Zelvano *const q;
+    std::atomic<bool> isSilent = false; ///< For good: nothing is decided or carried out any more.
     mutable std::mutex mutex; // Guards everything below. A std::mutex, since ThreadSanitizer does not see Qt's.
     Rules rules;
     /// What is decided and not yet carried out, each with the listeners at its moment.
     std::deque<std::pair<Rules::Actions, std::shared_ptr<const Listeners>>> decisions;
     bool isActing = false;
-    bool isSilent = false; ///< For good: nothing is decided any more.
     std::shared_ptr<const Listeners> listeners = std::make_shared<Listeners>(); ///< Replaced, never changed.
     std::shared_ptr<ZVPlayerEvents> playerEventsHandler;
     QPointer<QObject> playerView; ///< Main thread; not guarded.

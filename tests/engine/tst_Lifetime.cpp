@@ -214,6 +214,26 @@ private Q_SLOTS:
         QCOMPARE(ended->load(), 1);
     }
 
+    /// While the actions of an answer are carried out, the host stops the session.
+    void duringAnAction()
+    {
+        struct Hooked : FakeSubscriber
+        {
+            void setNextVideo(const QString &) override { onNextVideo(); }
+            std::function<void()> onNextVideo;
+        };
+        const auto hooked = std::make_shared<Hooked>();
+        hooked->onNextVideo = [this] { m_service->engine->stopSending(); };
+        auto &engine = *m_service->engine;
+        engine.playerEventsHandler()->setCurrentSubscriber(hooked);
+        m_service->openPage();
+        m_service->report({u"end"_s, u"pause"_s});
+        m_service->sentSince();
+        engine.readyEvent(nullptr); // Its answer replays both. The first one sets the next video.
+        m_service->settle();
+        QCOMPARE(m_service->sentSince(), QStringList{u"ready"_s});
+    }
+
     void dismissal()
     {
         auto &engine = *m_service->engine;
