@@ -73,8 +73,8 @@ public:
     /// Makes the player switch to a video that the viewer chose. Without a player, or for null, only the choice counts.
     void playSelected(const std::shared_ptr<ZVVideoParams> &video);
 
-    /// The engine holds its listeners until they are removed or it is dismissed. A listener added twice is called
-    /// twice.
+    /// The engine holds its listeners until they are removed or it is dismissed, and releases them on the main thread.
+    /// A listener added twice is called twice.
     void addListener(const std::shared_ptr<ZelvanoDelegate> &listener);
     /// Removes every occurrence.
     void removeListener(const std::shared_ptr<ZelvanoDelegate> &listener);

@@ -180,7 +180,7 @@ void Zelvano::addListener(const std::shared_ptr<ZelvanoDelegate> &listener)
     if (!listener)
         return;
     d->locked([&] {
-        auto longer = std::make_shared<Private::Listeners>(*d->listeners);
+        auto longer = makeMainThreadShared<Private::Listeners>(*d->listeners);
         longer->push_back(listener);
         d->listeners = std::move(longer);
     });
@@ -190,7 +190,7 @@ void Zelvano::removeListener(const std::shared_ptr<ZelvanoDelegate> &listener)
 {
     auto listeners = std::make_shared<const Private::Listeners>(); // Releases the replaced list outside the lock.
     d->locked([&] {
-        auto shorter = std::make_shared<Private::Listeners>(*d->listeners);
+        auto shorter = makeMainThreadShared<Private::Listeners>(*d->listeners);
         std::erase(*shorter, listener);
         listeners = std::exchange(d->listeners, std::move(shorter));
     });

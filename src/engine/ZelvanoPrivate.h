@@ -71,7 +71,8 @@ struct Zelvano::Private
     /// What is decided and not yet carried out, each with the listeners at its moment.
     std::deque<std::pair<Rules::Actions, std::shared_ptr<const Listeners>>> decisions;
     bool isActing = false;
-    std::shared_ptr<const Listeners> listeners = std::make_shared<Listeners>(); ///< Replaced, never changed.
+    /// Replaced, never changed. Ends on the main thread, since it may have the last reference to a listener.
+    std::shared_ptr<const Listeners> listeners = std::make_shared<Listeners>();
     std::shared_ptr<ZVPlayerEvents> playerEventsHandler;
     QPointer<QObject> playerView; ///< Main thread; not guarded.
 };

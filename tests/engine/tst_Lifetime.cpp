@@ -4,9 +4,22 @@
 
 #include <QElapsedTimer>
 
+#include <semaphore>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace zelvano;
+
+namespace {
+
+/// Notes on which thread it ends: 1 for the main one, -1 for another.
+template<class Base> struct Ending : Base
+{
+    ~Ending() override { *ended = MainQueue::isMainThread() ? 1 : -1; }
+    const std::shared_ptr<std::atomic<int>> ended = std::make_shared<std::atomic<int>>(0);
+};
+
+} // namespace
 
 /// The host ends its session or drops its objects at the worst moments.
 class tst_Lifetime : public QObject
@@ -198,15 +211,9 @@ private Q_SLOTS:
     /// The engine and all that it holds end on the main thread, whichever thread drops the last reference.
     void lastReferenceElsewhere()
     {
-        const auto ended = std::make_shared<std::atomic<int>>(0);
-        struct Ending : FakeSubscriber
-        {
-            std::shared_ptr<std::atomic<int>> ended;
-            ~Ending() override { *ended = MainQueue::isMainThread() ? 1 : -1; }
-        };
         m_service->openView();
-        auto subscriber = std::make_shared<Ending>();
-        subscriber->ended = ended;
+        auto subscriber = std::make_shared<Ending<FakeSubscriber>>();
+        const auto ended = subscriber->ended;
         m_service->engine->playerEventsHandler()->setCurrentSubscriber(std::move(subscriber));
         std::thread([engine = std::move(m_service->engine)] {}).join();
         QCOMPARE(ended->load(), 0);
@@ -214,7 +221,7 @@ private Q_SLOTS:
         QCOMPARE(ended->load(), 1);
     }
 
-    /// While the actions of an answer are carried out, the host stops the session.
+    /// While the actions of an answer are carried out, the host drops a listener, and stops the session.
     void duringAnAction()
     {
         struct Hooked : FakeSubscriber
@@ -223,15 +230,28 @@ private Q_SLOTS:
             std::function<void()> onNextVideo;
         };
         const auto hooked = std::make_shared<Hooked>();
-        hooked->onNextVideo = [this] { m_service->engine->stopSending(); };
+        std::binary_semaphore isActing(0), mayStop(0);
+        hooked->onNextVideo = [&] {
+            isActing.release();
+            mayStop.acquire();
+            m_service->engine->stopSending();
+        };
+        auto listener = std::make_shared<Ending<RecordingListener>>();
+        const auto ended = listener->ended;
         auto &engine = *m_service->engine;
         engine.playerEventsHandler()->setCurrentSubscriber(hooked);
+        engine.addListener(listener);
         m_service->openPage();
         m_service->report({u"end"_s, u"pause"_s});
         m_service->sentSince();
         engine.readyEvent(nullptr); // Its answer replays both. The first one sets the next video.
+        const bool isInside = isActing.try_acquire_for(10s);
+        engine.removeListener(std::exchange(listener, nullptr));
+        mayStop.release();
         m_service->settle();
+        QVERIFY(isInside);
         QCOMPARE(m_service->sentSince(), QStringList{u"ready"_s});
+        QCOMPARE(ended->load(), 1);
     }
 
     void dismissal()
