@@ -379,7 +379,7 @@ bool EventLog::exportTo(const QUrl &file) const
     QFile target(file.toLocalFile());
     const auto lines = toJsonLines();
     return file.isLocalFile() && target.open(QIODevice::WriteOnly | QIODevice::Text) &&
-           target.write(lines) == lines.size();
+           target.write(lines) == lines.size() && target.flush();
 }
 
 QUrl EventLog::exportToDownloads() const

@@ -113,6 +113,7 @@ private Q_SLOTS:
         QVERIFY(!log.exportTo(QUrl(u"http://127.0.0.1/x"_s)));
         QVERIFY(log.exportTo(QUrl::fromLocalFile(exported.fileName())));
         QCOMPARE(exported.readAll(), line);
+        QVERIFY(!log.exportTo(QUrl::fromLocalFile(u"/dev/full"_s)));
         log.add(u"host"_s, {{"what"_L1, u"last"_s}});
         owned.reset(); // Before the main queue has come to it.
         QVERIFY(written.readAll().contains("last"));
