@@ -169,7 +169,7 @@ struct EventLog::Private : http::TrafficObserver, ZelvanoPrivateDelegate, std::e
 
     void append(const QJsonObject &fields)
     {
-        dropOldest();
+        dropOldest(capacity - 1);
         const int row = q->count();
         q->beginInsertRows({}, row, row);
         entries.push_back({fields, titleOf(fields)});
@@ -178,10 +178,10 @@ struct EventLog::Private : http::TrafficObserver, ZelvanoPrivateDelegate, std::e
         Q_EMIT q->added(fields);
     }
 
-    /// Makes room for one more.
-    void dropOldest()
+    /// Keeps at most this number of entries.
+    void dropOldest(int kept)
     {
-        const int surplus = q->count() - capacity + 1;
+        const int surplus = q->count() - kept;
         if (surplus <= 0)
             return;
         q->beginRemoveRows({}, 0, surplus - 1);
@@ -309,8 +309,13 @@ int EventLog::capacity() const
 void EventLog::setCapacity(int capacity)
 {
     const int positive = std::max(1, capacity);
-    if (std::exchange(d->capacity, positive) != positive)
-        Q_EMIT capacityChanged();
+    if (std::exchange(d->capacity, positive) == positive)
+        return;
+    const int before = count();
+    d->dropOldest(positive);
+    if (count() != before)
+        Q_EMIT countChanged();
+    Q_EMIT capacityChanged();
 }
 
 void EventLog::clear()

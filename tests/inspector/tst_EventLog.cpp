@@ -73,6 +73,7 @@ private Q_SLOTS:
         QVERIFY(EngineFixture::wait([&] { return titles(log) == QStringList({u"c"_s, u"d"_s, u"e"_s}); }));
         QCOMPARE(log.total(), 5);
         log.setCapacity(0); // As little as there can be.
+        QCOMPARE(titles(log), QStringList{u"e"_s});
         log.add(u"host"_s, {{"what"_L1, u"f"_s}});
         QVERIFY(EngineFixture::wait([&] { return titles(log) == QStringList{u"f"_s}; }));
         log.clear();
