@@ -140,7 +140,7 @@ struct EventLog::Private : http::TrafficObserver, ZelvanoPrivateDelegate, std::e
         occurrences.push_back({++total, clock.elapsed(), MainQueue::isMainThread(), kind, std::move(fields)});
         MainQueue::shared().post([self = shared_from_this()] {
             if (self->q)
-                self->append(self->takeFirst());
+                self->append(self->writeFirst());
         });
     }
 
@@ -149,7 +149,8 @@ struct EventLog::Private : http::TrafficObserver, ZelvanoPrivateDelegate, std::e
         addLater(kind, [fields] { return fields; });
     }
 
-    QJsonObject takeFirst()
+    /// Takes the first occurrence, decodes it and writes it to the file.
+    QJsonObject writeFirst()
     {
         QMutexLocker lock(&mutex);
         const auto occurrence = std::move(occurrences.front());
@@ -270,7 +271,7 @@ EventLog::~EventLog()
             engine->removeListener(d);
     }
     for (auto left = d->occurrences.size(); left > 0; --left)
-        d->takeFirst();
+        d->writeFirst();
 }
 
 void EventLog::watch(const std::shared_ptr<Zelvano> &engine)
