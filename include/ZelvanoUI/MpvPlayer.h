@@ -27,7 +27,7 @@ public:
     /// callback and the options "vo" and "keep-open" to the player. Null when libmpv cannot start.
     mpv_handle *handle() const;
 
-    /// Seconds from the beginning. Does nothing until an item is ready.
+    /// Seconds from the beginning. Does nothing for NaN and infinity, and until an item is ready.
     void seek(double seconds);
     Q_SIGNAL void currentTimeChanged();
     /// Seconds; 0 while unknown. The current item's duration() is NaN then.

@@ -386,7 +386,8 @@ mpv_handle *MpvPlayer::handle() const
 
 void MpvPlayer::seek(double seconds)
 {
-    d->seek(std::max(seconds, 0.0));
+    if (std::isfinite(seconds))
+        d->seek(std::max(seconds, 0.0));
 }
 
 double MpvPlayer::duration() const

@@ -95,6 +95,17 @@ private Q_SLOTS:
         }
     }
 
+    /// They leave the video at its end, where it can be played again.
+    void positionsThatAreNone()
+    {
+        QmlHost host(video, imports);
+        QVERIFY(host.waitFor(u"mpv.duration > 20"_s));
+        host.run(u"mpv.position = mpv.duration - 0.3; mpv.play()"_s);
+        QVERIFY(host.waitFor(u"!mpv.playing && mpv.position > 19"_s));
+        host.run(u"mpv.position = NaN; mpv.position = Infinity; mpv.play()"_s);
+        QVERIFY(host.waitFor(u"mpv.playing && mpv.position < 10"_s));
+    }
+
     /// mpv's threads call until it ends.
     void endsAtAnyTime()
     {
