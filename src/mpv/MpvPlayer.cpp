@@ -1,6 +1,7 @@
 #include <ZelvanoUI/MpvPlayer.h>
 
 #include "MpvCore.h"
+#include "MpvSeek.h"
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/NotificationCenter.h>
 
@@ -57,13 +58,8 @@ struct MpvPlayer::Private
     bool isOpen = false;     // mpv can play it.
     bool isUnloaded = false; // mpv has closed it.
     bool isPaused = true;
-    bool isSeeking = false;
-    double seekOrigin = 0;
-    quint64 seekNumber = 0;      // Of the player's last command to seek.
-    double seekTarget = 0;       // Of that command, in seconds.
-    bool isSeekAccepted = false; // mpv has accepted that command, and has not begun to seek.
-    bool isSeekBegun = false;    // mpv has begun, and has not arrived.
-    double received = 0;         // The end of what mpv has buffered, in seconds.
+    MpvSeek seek;
+    double received = 0; // The end of what mpv has buffered, in seconds.
     bool hasEnded = false;
     bool hasFailed = false;
     bool isFrameChanging = false;
@@ -134,9 +130,8 @@ struct MpvPlayer::Private
         case MPV_EVENT_START_FILE:
             isCurrent =
                 static_cast<const mpv_event_start_file *>(event->data)->playlist_entry_id == entry && entry != 0;
-            isSeeking = false;
+            seek = {};
             received = 0;
-            isSeekAccepted = isSeekBegun = false;
             break;
         case MPV_EVENT_FILE_LOADED:
             if (isCurrent)
@@ -147,13 +142,10 @@ struct MpvPlayer::Private
                 close(*static_cast<const mpv_event_end_file *>(event->data));
             break;
         case MPV_EVENT_SEEK:
-            if (!std::exchange(isSeeking, true))
-                seekOrigin = currentTime;
-            if (std::exchange(isSeekAccepted, false))
-                isSeekBegun = true;
+            seek.begin(currentTime);
             break;
         case MPV_EVENT_PLAYBACK_RESTART:
-            if (isCurrent && std::exchange(isSeeking, false))
+            if (isCurrent && seek.isUnderWay())
                 finishSeek();
             break;
         case MPV_EVENT_PROPERTY_CHANGE:
@@ -168,8 +160,7 @@ struct MpvPlayer::Private
     void takeReply(const mpv_event *reply)
     {
         const bool isAccepted = reply->error >= 0;
-        if (reply->reply_userdata == seekNumber)
-            isSeekAccepted = isAccepted;
+        seek.takeReply(reply->reply_userdata, isAccepted);
         if (reply->reply_userdata != loadNumber)
             return;
         if (isAccepted)
@@ -246,21 +237,21 @@ struct MpvPlayer::Private
     /// fail.
     void finishSeek()
     {
+        const bool isOwn = seek.end();
         const auto item = q->currentItem();
         if (!item)
             return;
         const double reached = core->number("time-pos").value_or(currentTime);
         const auto end = core->number("demuxer-cache-time");
-        const bool isOwn = std::exchange(isSeekBegun, false);
-        const bool isServed = isOwn && std::abs(reached - seekTarget) < breakTolerance;
+        const bool isServed = isOwn && std::abs(reached - seek.target()) < breakTolerance;
         received = end.value_or(isServed ? reached : 0);
-        if (isOwn && end && reached + breakTolerance < seekTarget &&
-            !hasReceived(std::min(item->duration(), seekTarget)))
+        if (isOwn && end && reached + breakTolerance < seek.target() &&
+            !hasReceived(std::min(item->duration(), seek.target())))
             return fail();
         if (!hasReceived(reached)) // The end follows.
             return;
         currentTime = std::max(reached, 0.0);
-        if (std::abs(currentTime - seekOrigin) > shortestJump) // A canvas seeks to where the video is.
+        if (std::abs(currentTime - seek.origin()) > shortestJump) // A canvas seeks to where the video is.
             q->timeJumped();
         Q_EMIT q->currentTimeChanged();
     }
@@ -323,13 +314,11 @@ struct MpvPlayer::Private
         core->setFlag("pause", paused, pauseNumber);
     }
 
-    void seek(double seconds)
+    void seekTo(double seconds)
     {
         hasEnded = false;
-        seekTarget = seconds;
-        isSeekAccepted = isSeekBegun = false;
-        seekNumber = ++lastNumber;
-        core->command({"seek", QByteArray::number(seconds, 'f', 3), "absolute+exact"}, seekNumber);
+        seek.send(++lastNumber, seconds);
+        core->command({"seek", QByteArray::number(seconds, 'f', 3), "absolute+exact"}, lastNumber);
     }
 
     /// Emits rateChanged() also when only the item changed: adapters report the item's start on it.
@@ -348,7 +337,8 @@ struct MpvPlayer::Private
     void load(const std::shared_ptr<AVPlayerItem> &item)
     {
         const auto self = q->weak_from_this().lock(); // A receiver of a report may drop the player.
-        isCurrent = isOpen = isUnloaded = isSeeking = hasEnded = hasFailed = false;
+        isCurrent = isOpen = isUnloaded = hasEnded = hasFailed = false;
+        seek = {};
         entry = 0;
         picture = {};
         status = AVPlayerStatus::Unknown;
@@ -387,7 +377,7 @@ mpv_handle *MpvPlayer::handle() const
 void MpvPlayer::seek(double seconds)
 {
     if (std::isfinite(seconds))
-        d->seek(std::max(seconds, 0.0));
+        d->seekTo(std::max(seconds, 0.0));
 }
 
 double MpvPlayer::duration() const
