@@ -137,11 +137,10 @@ void MpvCore::setFlag(const char *property, bool value, quint64 number)
         mpv_set_property_async(m_handle, number, property, MPV_FORMAT_FLAG, &flag);
 }
 
-std::optional<double> MpvCore::number(const char *property) const
+void MpvCore::ask(const char *property, quint64 number)
 {
-    double value = 0;
-    const bool isThere = m_handle && mpv_get_property(m_handle, property, MPV_FORMAT_DOUBLE, &value) >= 0;
-    return isThere ? std::optional(value) : std::nullopt;
+    if (m_handle)
+        mpv_get_property_async(m_handle, number, property, MPV_FORMAT_DOUBLE);
 }
 
 } // namespace zelvano

@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <memory>
-#include <optional>
 
 struct mpv_event;
 struct mpv_handle;
@@ -29,8 +28,9 @@ public:
     /// mpv carries out commands in order. If the number is not 0, a later event with it reports the result.
     void command(const QByteArrayList &words, quint64 number = 0);
     void setFlag(const char *property, bool value, quint64 number = 0);
-    /// Waits for mpv. Absent when mpv has no value.
-    std::optional<double> number(const char *property) const;
+    /// mpv answers with an event, after its earlier ones. A call that waits for mpv may take 0.2 s: where the main
+    /// thread draws, mpv waits for it.
+    void ask(const char *property, quint64 number);
 
     /// An event of mpv, in order.
     Q_SIGNAL void happened(const mpv_event *event);

@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include <mpv/client.h>
@@ -27,6 +28,13 @@ constexpr double shortestJump = 0.1;   // Seconds.
 
 /// mpv reports changes in this order. The end must come before the pause that mpv makes there.
 enum Observed : quint64 { Received = 1, Eof, Paused, Speed, Duration, Time, Width, Height };
+
+std::optional<double> numberOf(const mpv_event_property &property)
+{
+    if (property.format != MPV_FORMAT_DOUBLE)
+        return std::nullopt;
+    return *static_cast<const double *>(property.data);
+}
 
 QByteArray locationOf(const QUrl &url)
 {
@@ -59,7 +67,9 @@ struct MpvPlayer::Private
     bool isUnloaded = false; // mpv has closed it.
     bool isPaused = true;
     MpvSeek seek;
-    double received = 0; // The end of what mpv has buffered, in seconds.
+    double received = 0;               // The end of what mpv has buffered, in seconds.
+    std::optional<double> receivedNow; // The same, as mpv answered at the end of a seek.
+    bool isEndDue = false;             // mpv is at the end. Reported once mpv has answered.
     bool hasEnded = false;
     bool hasFailed = false;
     bool isFrameChanging = false;
@@ -134,8 +144,10 @@ struct MpvPlayer::Private
             received = 0;
             break;
         case MPV_EVENT_FILE_LOADED:
-            if (isCurrent)
-                open();
+            if (isCurrent) {
+                isOpen = true;
+                core->ask("duration", loadNumber);
+            }
             break;
         case MPV_EVENT_END_FILE:
             if (isCurrent)
@@ -146,7 +158,10 @@ struct MpvPlayer::Private
             break;
         case MPV_EVENT_PLAYBACK_RESTART:
             if (isCurrent && seek.isUnderWay())
-                finishSeek();
+                askWhereItIs();
+            break;
+        case MPV_EVENT_GET_PROPERTY_REPLY:
+            takeAnswer(*event);
             break;
         case MPV_EVENT_PROPERTY_CHANGE:
             takeProperty(event->reply_userdata, *static_cast<const mpv_event_property *>(event->data));
@@ -169,17 +184,18 @@ struct MpvPlayer::Private
             fail();
     }
 
-    void takeProperty(quint64 number, const mpv_event_property &property)
+    void takeProperty(quint64 observed, const mpv_event_property &property)
     {
         const bool isFlag = property.format == MPV_FORMAT_FLAG && *static_cast<const int *>(property.data) != 0;
-        const double value = property.format == MPV_FORMAT_DOUBLE ? *static_cast<const double *>(property.data) : 0;
-        switch (number) {
+        const auto number = numberOf(property);
+        const double value = number.value_or(0);
+        switch (observed) {
         case Received:
-            received = property.format == MPV_FORMAT_DOUBLE ? value : received;
+            received = number.value_or(received);
             break;
         case Eof:
-            if (isFlag && isOpen)
-                reachEnd();
+            isEndDue = isFlag && isOpen;
+            tellEnd();
             break;
         case Paused:
             if (pauseNumber == 0)
@@ -195,8 +211,8 @@ struct MpvPlayer::Private
             }
             break;
         case Time:
-            if (isCurrent && property.format == MPV_FORMAT_DOUBLE)
-                moveTo(value);
+            if (isCurrent && number)
+                moveTo(*number);
             break;
         case Width:
             if (value > 0) // mpv has none for a moment while it changes where it draws.
@@ -211,17 +227,17 @@ struct MpvPlayer::Private
         }
     }
 
-    void open()
+    void open(double duration)
     {
-        isOpen = true;
-        setDuration(core->number("duration").value_or(0));
+        setDuration(duration);
         setStatus(AVPlayerStatus::ReadyToPlay, AVPlayerItemStatus::ReadyToPlay);
         Q_EMIT q->durationChanged(); // Last: a receiver may set another item.
     }
 
     void close(const mpv_event_end_file &end)
     {
-        isCurrent = isOpen = false;
+        isCurrent = isOpen = isEndDue = false;
+        seek = {};
         isUnloaded = end.reason != MPV_END_FILE_REASON_REDIRECT;
         if (end.reason == MPV_END_FILE_REASON_REDIRECT)
             entry = end.playlist_insert_id; // A playlist: its first entry is the video.
@@ -233,19 +249,39 @@ struct MpvPlayer::Private
             setPaused(true); // The host has stopped it.
     }
 
-    /// mpv's properties may be newer than its event, and belong to a later seek. So only the player's last seek can
+    void askWhereItIs()
+    {
+        seek.arrive(++lastNumber);
+        receivedNow.reset();
+        core->ask("demuxer-cache-time", lastNumber);
+        core->ask("time-pos", lastNumber);
+    }
+
+    void takeAnswer(const mpv_event &reply)
+    {
+        const auto &property = *static_cast<const mpv_event_property *>(reply.data);
+        const auto number = reply.error < 0 ? std::nullopt : numberOf(property);
+        const bool isAboutSeek = seek.awaits(reply.reply_userdata);
+        if (isAboutSeek && QByteArrayView(property.name) == "demuxer-cache-time")
+            receivedNow = number;
+        else if (isAboutSeek)
+            finishSeek(number.value_or(currentTime));
+        else if (isOpen && reply.reply_userdata == loadNumber)
+            open(number.value_or(0));
+        tellEnd();
+    }
+
+    /// The answers of mpv may be newer than its event, and belong to a later seek. So only the player's last seek can
     /// fail.
-    void finishSeek()
+    void finishSeek(double reached)
     {
         const bool isOwn = seek.end();
         const auto item = q->currentItem();
         if (!item)
             return;
-        const double reached = core->number("time-pos").value_or(currentTime);
-        const auto end = core->number("demuxer-cache-time");
         const bool isServed = isOwn && std::abs(reached - seek.target()) < breakTolerance;
-        received = end.value_or(isServed ? reached : 0);
-        if (isOwn && end && reached + breakTolerance < seek.target() &&
+        received = receivedNow.value_or(isServed ? reached : 0);
+        if (isOwn && receivedNow && reached + breakTolerance < seek.target() &&
             !hasReceived(std::min(item->duration(), seek.target())))
             return fail();
         if (!hasReceived(reached)) // The end follows.
@@ -254,6 +290,12 @@ struct MpvPlayer::Private
         if (std::abs(currentTime - seek.origin()) > shortestJump) // A canvas seeks to where the video is.
             q->timeJumped();
         Q_EMIT q->currentTimeChanged();
+    }
+
+    void tellEnd()
+    {
+        if (status != AVPlayerStatus::Unknown && !seek.isAwaiting() && std::exchange(isEndDue, false))
+            reachEnd();
     }
 
     void reachEnd()
@@ -337,7 +379,7 @@ struct MpvPlayer::Private
     void load(const std::shared_ptr<AVPlayerItem> &item)
     {
         const auto self = q->weak_from_this().lock(); // A receiver of a report may drop the player.
-        isCurrent = isOpen = isUnloaded = hasEnded = hasFailed = false;
+        isCurrent = isOpen = isUnloaded = isEndDue = hasEnded = hasFailed = false;
         seek = {};
         entry = 0;
         picture = {};

@@ -19,6 +19,7 @@ void MpvSeek::takeReply(quint64 number, bool isAccepted)
 
 void MpvSeek::begin(double position)
 {
+    m_question = 0;
     if (!std::exchange(m_isUnderWay, true))
         m_origin = position;
     if (m_own == Own::Accepted)
@@ -28,6 +29,7 @@ void MpvSeek::begin(double position)
 bool MpvSeek::end()
 {
     m_isUnderWay = false;
+    m_question = 0;
     if (m_own != Own::Begun)
         return false;
     m_own = Own::None;

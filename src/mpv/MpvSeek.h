@@ -17,6 +17,11 @@ public:
     void begin(double position);
     /// From begin() to end().
     bool isUnderWay() const { return m_isUnderWay; }
+    /// mpv has arrived, and is asked for its position with this number.
+    void arrive(quint64 question) { m_question = question; }
+    /// Whether an answer is about this seek. It is not if mpv has begun to seek again.
+    bool awaits(quint64 question) const { return m_isUnderWay && m_question == question; }
+    bool isAwaiting() const { return m_question != 0; }
     /// Returns whether the player's last command has brought mpv here.
     bool end();
 
@@ -31,6 +36,7 @@ private:
     double m_target = 0;
     bool m_isUnderWay = false;
     double m_origin = 0;
+    quint64 m_question = 0;
 };
 
 } // namespace zelvano
