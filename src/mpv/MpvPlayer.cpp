@@ -27,7 +27,7 @@ constexpr double breakTolerance = 1.0; // Seconds. A remote video that ends earl
 constexpr double shortestJump = 0.1;   // Seconds.
 
 /// mpv reports changes in this order. The end must come before the pause that mpv makes there.
-enum Observed : quint64 { Received = 1, Eof, Paused, Speed, Duration, Time, Width, Height };
+enum Observed : quint64 { Received = 1, FrameRate, Eof, Paused, Speed, Duration, Time, Width, Height };
 
 std::optional<double> numberOf(const mpv_event_property &property)
 {
@@ -67,8 +67,9 @@ struct MpvPlayer::Private
     bool isUnloaded = false; // mpv has closed it.
     bool isPaused = true;
     MpvSeek seek;
-    double received = 0;               // The end of what mpv has buffered, in seconds.
+    double received = 0;               // Where the last frame begins that mpv has buffered, in seconds.
     std::optional<double> receivedNow; // The same, as mpv answered at the end of a seek.
+    double frameTime = 0;              // How long a frame is shown, in seconds; 0 while unknown.
     bool isEndDue = false;             // mpv is at the end. Reported once mpv has answered.
     bool hasEnded = false;
     bool hasFailed = false;
@@ -89,6 +90,7 @@ struct MpvPlayer::Private
                 mpv_observe_property(core->handle(), number, name, format);
         };
         observe(Received, "demuxer-cache-time", MPV_FORMAT_DOUBLE);
+        observe(FrameRate, "container-fps", MPV_FORMAT_DOUBLE);
         observe(Eof, "eof-reached", MPV_FORMAT_FLAG);
         observe(Paused, "pause", MPV_FORMAT_FLAG);
         observe(Speed, "speed", MPV_FORMAT_DOUBLE);
@@ -192,6 +194,9 @@ struct MpvPlayer::Private
         switch (observed) {
         case Received:
             received = number.value_or(received);
+            break;
+        case FrameRate:
+            frameTime = value > 0 ? 1 / value : 0;
             break;
         case Eof:
             isEndDue = isFlag && isOpen;
@@ -316,7 +321,7 @@ struct MpvPlayer::Private
     {
         const auto item = q->currentItem();
         const bool isRemote = item && !item->asset().URL().isLocalFile();
-        return !isRemote || !(received + breakTolerance < seconds);
+        return !isRemote || !(received + frameTime + breakTolerance < seconds);
     }
 
     void fail()

@@ -98,6 +98,7 @@ stop over qt | begin, stop | begin | begin
 stop over mpv | begin, stop, hear pause, play, at 0.6 | begin, pause, play | -
 a playlist over mpv | load two.m3u, hear (ready), seek 3.6, play, hear end, play, back, at 0.2, hear play 2
   | whole, play, seek 0, pause | -
+frames of 1.5 s over mpv | load slides.mp4, hear (ready), play, hear end | begin, end | -
 no cache over mpv | option demuxer-max-back-bytes 0, whole | whole | -
 rates | begin, rate 2, at 0.6, rate 0.5, at 0.8 | begin, play, play | begin
 rate 0 over ffmpeg 6.8 | begin, rate 0, stand | begin, pause | begin
@@ -358,6 +359,7 @@ private Q_SLOTS:
                               "-preset ultrafast -pix_fmt yuv420p -movflags +faststart a.mp4"_s;
         const QStringList commands{video,
                                    u"-v error -i a.mp4 -c copy b.mp4"_s,
+                                   u"-v error -i a.mp4 -r 0.65 -frames:v 2 slides.mp4"_s,
                                    u"-v error -i a.mp4 -t 2 -c copy a.ts"_s,
                                    u"-v error -i a.mp4 -t 2 -c copy -movflags frag_keyframe+empty_moov growing.mp4"_s,
                                    u"-v error -i a.mp4 -t 2 -c copy -muxdelay 2 -muxpreload 2 late.ts"_s,
