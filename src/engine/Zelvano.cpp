@@ -225,16 +225,18 @@ QString Zelvano::userUUID() const
     return state().userUUID;
 }
 
+// The user defaults first: while the engine has no value, another thread may fill it from there.
+
 void Zelvano::setUserId(const QString &userId)
 {
-    d->locked([&] { d->rules.state.userId = userId; });
     UserDefaults::standard().setString(userId, ZVUserIdKey);
+    d->locked([&] { d->rules.state.userId = userId; });
 }
 
 void Zelvano::setUserUUID(const QString &userUUID)
 {
-    d->locked([&] { d->rules.state.userUUID = userUUID; });
     UserDefaults::standard().setString(userUUID, ZVUserUUIDKey);
+    d->locked([&] { d->rules.state.userUUID = userUUID; });
 }
 
 ZVConfig &Zelvano::config() const

@@ -34,13 +34,13 @@ struct Zelvano::Private
         decisions.emplace_back(std::move(actions), listeners);
         actInOrder(lock);
     }
-    /// For what needs no action. Nothing that `use` lets go of may end inside it.
+    /// For what needs no action. `use` must release no object of the host: its destructor might call the engine.
     template<class Use> auto locked(Use &&use) const
     {
         const std::lock_guard lock(mutex);
         return use();
     }
-    /// Fills what is missing from the user defaults, each time until they have it.
+    /// Reads what is missing from the user defaults, each time until they have it. Unlocks meanwhile.
     void loadIdentity(std::unique_lock<std::mutex> &lock);
     void actInOrder(std::unique_lock<std::mutex> &lock);
     void carryOut(const Rules::Actions &actions, const Listeners &to);
