@@ -54,6 +54,15 @@ MainQueue::Duration delayOf(double seconds)
     return MainQueue::Duration(std::isnan(seconds) ? 0 : std::llround(std::clamp(seconds * 1000, 0.0, longest)));
 }
 
+/// Posts a call of each listener that also receives the player's events.
+template<class Call> void postToWider(const std::vector<std::shared_ptr<ZelvanoDelegate>> &listeners, const Call &call)
+{
+    for (const auto &listener : listeners) {
+        if (const auto wider = std::dynamic_pointer_cast<ZelvanoPrivateDelegate>(listener))
+            MainQueue::shared().post([wider, call] { call(*wider); });
+    }
+}
+
 /// A call with the key and the identity.
 std::shared_ptr<ZVAPIObject> callWith(const Rules::Identity &identity, QLatin1StringView path)
 {
@@ -206,13 +215,7 @@ void Zelvano::Private::act(const Rules::NotifyProgress &)
 
 void Zelvano::Private::act(const Rules::NotifyState &state, const Listeners &to)
 {
-    for (const auto &listener : to) {
-        if (auto wider = std::dynamic_pointer_cast<ZelvanoPrivateDelegate>(listener)) {
-            MainQueue::shared().post([listener = std::move(wider), event = state.event] {
-                listener->stateDidChanged(nullptr, nullptr, event);
-            });
-        }
-    }
+    postToWider(to, [event = state.event](auto &listener) { listener.stateDidChanged(nullptr, nullptr, event); });
 }
 
 /// Each listener gets a record of its own, since it may shorten the list. The engine keeps another one.
@@ -230,16 +233,11 @@ void Zelvano::Private::act(const Rules::NotifySuggestions &suggestions, const Li
 
 void Zelvano::Private::act(const Rules::NotifyView &view, const Listeners &to)
 {
-    for (const auto &listener : to) {
-        const auto wider = std::dynamic_pointer_cast<ZelvanoPrivateDelegate>(listener);
-        if (!wider)
-            continue;
-        MainQueue::shared().post([self = q->shared_from_this(), wider, subscriber = view.subscriber] {
-            const auto size = subscriber ? subscriber->videoSize() : QSizeF();
-            if (size.width() > 0 && size.height() > 0)
-                wider->addRecommendationToView(self, nullptr, subscriber->parentView(), size);
-        });
-    }
+    postToWider(to, [self = q->shared_from_this(), subscriber = view.subscriber](auto &listener) {
+        const auto size = subscriber ? subscriber->videoSize() : QSizeF();
+        if (size.width() > 0 && size.height() > 0)
+            listener.addRecommendationToView(self, nullptr, subscriber->parentView(), size);
+    });
 }
 
 } // namespace zelvano
