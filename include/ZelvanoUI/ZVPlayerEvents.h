@@ -18,8 +18,8 @@ public:
     explicit ZVPlayerEvents(const std::shared_ptr<QObject> &player);
     ~ZVPlayerEvents();
 
-    /// Creates the adapter for a recognised player and drops the one before without dismissing it. For any other player
-    /// the current adapter stays. In both cases the adapter then reports to the delegate.
+    /// Creates the adapter for a recognised player and drops the one before without dismissing it. Any other player is
+    /// logged, and the current adapter stays. In both cases the adapter then reports to the delegate.
     void setPlayer(const std::shared_ptr<QObject> &player);
     /// Always null: only the adapter holds the player. Listeners therefore get no player.
     std::shared_ptr<QObject> player() const { return nullptr; }

@@ -1,6 +1,7 @@
 #include <ZelvanoUI/ZVPlayerEvents.h>
 
 #include "ClassName.h"
+#include "Logging.h"
 #include "ZVAVPlayerSubscribe.h"
 #include "ZVKalturaSubscribe.h"
 #include "ZVMPMoviePlayerSubscribe.h"
@@ -9,6 +10,7 @@
 #include <QMutex>
 #include <QPointer>
 
+#include <algorithm>
 #include <array>
 
 namespace zelvano {
@@ -56,12 +58,13 @@ ZVPlayerEvents::~ZVPlayerEvents() = default;
 
 void ZVPlayerEvents::setPlayer(const PlayerObject &player)
 {
-    for (const auto &recognition : recognitions) {
-        if (isKindOfClassNamed(player.get(), recognition.className)) {
-            setCurrentSubscriber(recognition.subscribe(player));
-            break;
-        }
-    }
+    const auto *const known = std::find_if(recognitions.begin(), recognitions.end(), [&](const auto &recognition) {
+        return isKindOfClassNamed(player.get(), recognition.className);
+    });
+    if (known != recognitions.end())
+        setCurrentSubscriber(known->subscribe(player));
+    else if (player)
+        ZV_LOG("Error: the player is a " << player->metaObject()->className() << ", which the library does not watch");
     if (const auto subscriber = currentSubscriber())
         subscriber->setObserver(d->delegate);
 }

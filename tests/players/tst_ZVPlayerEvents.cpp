@@ -1,6 +1,7 @@
 #include "Columns.h"
 #include "FakeMoviePlayer.h"
 #include "FakePlayer.h"
+#include "LogCollector.h"
 #include "ZVAVPlayerSubscribe.h"
 #include "ZVKalturaSubscribe.h"
 #include "ZVMPMoviePlayerSubscribe.h"
@@ -78,6 +79,7 @@ private Q_SLOTS:
         };
         for (const auto &[name, player, kind, isOurs] : cases) {
             const Case current(name);
+            const LogCollector log;
             const auto former = std::make_shared<RecordingSubscription>(),
                        engine = std::make_shared<RecordingSubscription>();
             const auto before = std::make_shared<FakeSubscriber>();
@@ -94,6 +96,9 @@ private Q_SLOTS:
             const auto adapter = std::dynamic_pointer_cast<ZVAVPlayerSubscribe>(subscriber);
             const auto movieAdapter = std::dynamic_pointer_cast<ZVMPMoviePlayerSubscribe>(subscriber);
             QCOMPARE(subscriber == before, kind == Kind::None);
+            const bool isRefused = player && kind == Kind::None;
+            QCOMPARE(log.beginningWith(u"Error: the player is a host::MyAVPlayer,"_s).size(), isRefused ? 1 : 0);
+            QCOMPARE(log.beginningWith(u"Error"_s).size(), isRefused ? 1 : 0);
             QCOMPARE(adapter != nullptr, kind == Kind::AV);
             QCOMPARE(movieAdapter != nullptr, kind == Kind::Movie);
             QCOMPARE(std::dynamic_pointer_cast<ZVKalturaSubscribe>(subscriber) != nullptr, kind == Kind::Kaltura);

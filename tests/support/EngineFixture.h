@@ -202,7 +202,7 @@ public:
         return begun;
     }
     /// Sets a player of an unknown class, so that the current subscriber stays.
-    void setPage() { engine->setPlayer(std::make_shared<QObject>(), QStringLiteral("page")); }
+    void setPage() { engine->setPlayer(nullptr, QStringLiteral("page")); }
 
     /// Waits until no call is pending and the main queue is empty. The clock stands still.
     void settle()
