@@ -168,7 +168,7 @@ void SessionRules::note(QLatin1StringView call, const Outcome &outcome)
     }
     state.progress = Progress::Failed;
     const auto reason = outcome.kind == Outcome::Failed ? outcome.error : u"status %1"_s.arg(outcome.status);
-    state.error = u"the service did not accept \"%1\": %2"_s.arg(call, reason);
+    state.error = u"the call \"%1\" failed: %2"_s.arg(call, reason);
 }
 
 /// Each event is delivered to the listeners a second time. An event that is queued meanwhile, behind a replayed

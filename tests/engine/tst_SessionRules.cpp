@@ -97,7 +97,7 @@ QString textOf(const SessionState &state)
     add(state.selectionByUser, u"chosen"_s);
     add(state.progress == SessionState::Progress::Ready, u"ready"_s);
     add(state.progress == SessionState::Progress::Failed || !state.error.isNull(),
-        u"failed(%1)"_s.arg(state.error.section(u" accept "_s, 1)));
+        u"failed(%1)"_s.arg(QString(state.error).remove(u"the call "_s).remove(u" failed"_s)));
     for (const auto &entry : state.stack)
         words.append(u"+%1@%2"_s.arg(entry.event).arg(entry.position));
     return words.join(u' ');

@@ -370,7 +370,7 @@ private Q_SLOTS:
         QCOMPARE(engine().state().progress, Progress::Failed);
         m_service->sendReady();
         QCOMPARE(engine().state().progress, Progress::Ready);
-        QCOMPARE(errors, QStringList({u"the service did not accept \"ready\": status 500"_s, QString()}));
+        QCOMPARE(errors, QStringList({u"the call \"ready\" failed: status 500"_s, QString()}));
     }
 
 private:

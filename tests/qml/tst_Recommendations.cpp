@@ -424,7 +424,7 @@ private Q_SLOTS:
             host.run(u"recs.statusChanged.connect(() => heard.push(`${recs.status} ${recs.errorString}`))"_s);
             host.service.fault(call, {Fault::Kind::ServiceStatus});
             QVERIFY(host.waitFor(u"recs.status === Recommendations.Failed"_s));
-            QCOMPARE(host.run(u"recs.errorString"_s), u"the service did not accept \"%1\": status 500"_s.arg(call));
+            QCOMPARE(host.run(u"recs.errorString"_s), u"the call \"%1\" failed: status 500"_s.arg(call));
             QVERIFY(host.run(u"recs.running"_s).toBool());
             host.service.settle();
             host.run(u"heard = []; recs.start()"_s);
