@@ -28,6 +28,9 @@ public:
         return m_rate != 0 ? std::min(secondsNow() - m_startedAt, length) : m_stoppedAt.load();
     }
 
+    /// The library learns also of an item that was ready before it got the player.
+    bool tellsStateToNewAdapters() const override { return true; }
+
     void play() override
     {
         m_end.start();
@@ -49,12 +52,8 @@ protected:
         setRate(0);
         if (!item)
             return;
-        const auto becomeReady = [item] {
-            item->setDuration(length);
-            item->setStatus(zelvano::AVPlayerItemStatus::ReadyToPlay);
-        };
-        // The library observes the item after this call, and it needs to see the change.
-        QMetaObject::invokeMethod(this, becomeReady, Qt::QueuedConnection);
+        item->setDuration(length);
+        item->setStatus(zelvano::AVPlayerItemStatus::ReadyToPlay);
     }
 
 private:
@@ -71,8 +70,7 @@ private:
     {
         pause();
         zelvano::NotificationCenter::defaultCenter().post({zelvano::AVPlayerItemDidPlayToEndTimeNotification,
-                                                           QVariant::fromValue<QObject *>(currentItem().get()),
-                                                           {}});
+                                                           QVariant::fromValue<QObject *>(currentItem().get())});
     }
 
     QTimer m_end;

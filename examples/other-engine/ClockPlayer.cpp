@@ -41,8 +41,7 @@ void ClockPlayer::pause()
     setClock(currentTime(), 0);
 }
 
-/// The library observes changes only, so the item becomes ready a turn of the event loop later, once it is observed. A
-/// player that plays keeps its rate and emits rateChanged() again for the new item.
+/// A player that plays keeps its rate and emits rateChanged() again for the new item.
 void ClockPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
 {
     const bool keepsRate = m_rate != 0 && item;
@@ -53,11 +52,8 @@ void ClockPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
     m_status = item ? AVPlayerStatus::ReadyToPlay : AVPlayerStatus::Unknown;
     if (!item)
         return;
-    const auto becomeReady = [item] {
-        item->setDuration(lengthOfEverything);
-        item->setStatus(AVPlayerItemStatus::ReadyToPlay);
-    };
-    QMetaObject::invokeMethod(this, becomeReady, Qt::QueuedConnection);
+    item->setDuration(lengthOfEverything);
+    item->setStatus(AVPlayerItemStatus::ReadyToPlay);
     if (keepsRate) {
         start(0);
         Q_EMIT rateChanged();
@@ -67,8 +63,10 @@ void ClockPlayer::loadItem(const std::shared_ptr<AVPlayerItem> &item)
 void ClockPlayer::reachEnd()
 {
     setClock(lengthOfEverything, 0);
+    // [end]
     NotificationCenter::defaultCenter().post(
-        {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(currentItem().get()), {}});
+        {AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(currentItem().get())});
+    // [end]
 }
 
 void ClockPlayer::setClock(double position, float rate)

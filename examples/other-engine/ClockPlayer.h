@@ -20,6 +20,9 @@ public:
     zelvano::AVPlayerStatus status() const override { return m_status; }
     double currentTime() const override;
 
+    /// The library learns also of an item that was ready before it got the player.
+    bool tellsStateToNewAdapters() const override { return true; }
+
     void play() override;
     void pause() override;
 

@@ -17,8 +17,8 @@ struct Notification
 {
     QString name;
     /// The sender: a QObject pointer, or a value such as a QUrl. A pointer is valid while the handlers run.
-    QVariant object;
-    QVariantMap userInfo;
+    QVariant object{};
+    QVariantMap userInfo{};
 };
 
 /// Calls the observers of a notification synchronously, in the order in which they were added.
