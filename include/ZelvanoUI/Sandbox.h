@@ -115,8 +115,8 @@ public:
     void stop();
     /// 0 while stopped.
     quint16 port() const;
-    /// The URL of a path, or of the service. Its authority() is the argument of useService() and `serviceAddress` in
-    /// QML.
+    /// The URL of a path, or of the service. Its authority() is the argument of useService(), and in QML the address of
+    /// RecommendationService.
     QUrl url(const QString &path = {}) const;
 
     /// Replaces all settings and faults. Applies to later requests.
