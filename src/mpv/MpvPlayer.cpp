@@ -133,7 +133,8 @@ struct MpvPlayer::Private
             return;
         switch (event->event_id) {
         case MPV_EVENT_COMMAND_REPLY:
-            takeReply(event);
+            if (event->reply_userdata != 0) // A canvas's commands have no number.
+                takeReply(event);
             break;
         case MPV_EVENT_SET_PROPERTY_REPLY:
             if (event->reply_userdata == pauseNumber)

@@ -6,6 +6,8 @@
 
 #include <array>
 
+#include <mpv/client.h>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace zelvano;
@@ -68,6 +70,22 @@ private Q_SLOTS:
             QVERIFY(host.wait([&] { return shows(window) && host.run(u"mpv.playing"_s).toBool(); }));
         }
         QCOMPARE(qobject_cast<MpvVideo *>(item)->player()->videoBounds(), QRectF(0, 0, 640, 360));
+    }
+
+    /// mpv refuses the seek of the canvas then, which is no failure.
+    void drawsNothing()
+    {
+        QmlHost host(QString(video).remove(u"; source: window.first"_s), imports);
+        const auto player = qobject_cast<MpvVideo *>(host.object(u"mpv"_s))->player();
+        QVERIFY(host.wait([&] {
+            host.window()->grabWindow();
+            const std::unique_ptr<char, void (*)(void *)> output(mpv_get_property_string(player->handle(), "vo"),
+                                                                 mpv_free);
+            return QByteArrayView(output.get()) == "libmpv";
+        }));
+        mpv_command_string(player->handle(), "ignore"); // Returns when mpv has answered the canvas.
+        QCoreApplication::processEvents();
+        QCOMPARE(player->status(), AVPlayerStatus::Unknown);
     }
 
     /// The host drops the player, or sets the next video, inside a report.
