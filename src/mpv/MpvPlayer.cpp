@@ -2,11 +2,9 @@
 
 #include "MpvCore.h"
 #include "MpvSeek.h"
+#include "MpvView.h"
 #include <ZelvanoUI/MainThread.h>
 #include <ZelvanoUI/NotificationCenter.h>
-
-#include <QPointer>
-#include <QQuickItem>
 
 #include <algorithm>
 #include <atomic>
@@ -56,7 +54,7 @@ int64_t entryOf(const mpv_event *reply)
 struct MpvPlayer::Private
 {
     MpvPlayer *const q;
-    const QPointer<QQuickItem> view;
+    const MpvView view;
     const std::shared_ptr<MpvCore> core = MpvCore::create();
     quint64 lastNumber = 0;
     quint64 loadNumber = 0;  // Of the last command to load; 0 for none.
@@ -73,9 +71,7 @@ struct MpvPlayer::Private
     bool isEndDue = false;             // mpv is at the end. Reported once mpv has answered.
     bool hasEnded = false;
     bool hasFailed = false;
-    bool isFrameChanging = false;
     double speed = 1;
-    QRectF frame;
     QSizeF picture;
     std::weak_ptr<AVPlayerItem> playedItem; // The last one that had a rate.
     std::atomic<float> rate = 0;
@@ -98,30 +94,7 @@ struct MpvPlayer::Private
         observe(Time, "time-pos", MPV_FORMAT_DOUBLE);
         observe(Width, "dwidth", MPV_FORMAT_DOUBLE);
         observe(Height, "dheight", MPV_FORMAT_DOUBLE);
-        if (!view)
-            return;
-        for (const auto change :
-             {&QQuickItem::xChanged, &QQuickItem::yChanged, &QQuickItem::widthChanged, &QQuickItem::heightChanged})
-            connect(view, change, q, [this] { checkFrameLater(); });
-    }
-
-    // The view's frame
-
-    /// Later: bindings move the edges one by one.
-    void checkFrameLater()
-    {
-        if (!std::exchange(isFrameChanging, true))
-            QMetaObject::invokeMethod(
-                q, [this] { checkFrame(); }, Qt::QueuedConnection);
-    }
-
-    void checkFrame()
-    {
-        isFrameChanging = false;
-        const auto now = view ? QRectF(view->position(), view->size()) : QRectF();
-        const auto before = std::exchange(frame, now);
-        if (before != now && !before.isEmpty()) // The first layout of a window is no change.
-            Q_EMIT q->frameChanged();
+        connect(&view, &MpvView::frameChanged, q, &Player::frameChanged);
     }
 
     // Reports of mpv. A receiver of their signals may drop the player.
@@ -436,16 +409,12 @@ double MpvPlayer::duration() const
 
 QObject *MpvPlayer::view() const
 {
-    return d->view;
+    return d->view.item();
 }
 
 QRectF MpvPlayer::videoBounds() const
 {
-    if (!d->view || d->picture.isEmpty())
-        return {};
-    QRectF bounds({}, d->picture.scaled(d->view->size(), Qt::KeepAspectRatio));
-    bounds.moveCenter(QRectF({}, d->view->size()).center());
-    return bounds;
+    return d->view.boundsOf(d->picture);
 }
 
 float MpvPlayer::rate() const
