@@ -10,7 +10,7 @@ namespace zelvano::http {
 void Request::setHeader(const QByteArray &name, const QByteArray &value)
 {
     if (!isSafeHeader(name, value)) {
-        ZV_LOG("A request header with a forbidden character was dropped");
+        ZV_LOG("Error: the request header " << name << " has a forbidden character and was dropped");
         return;
     }
     const auto isNamed = [&](const auto &header) { return header.first.compare(name, Qt::CaseInsensitive) == 0; };

@@ -72,6 +72,8 @@ private Q_SLOTS:
             QCOMPARE(request.headers.at("content-type"), "application/json");
             QCOMPARE(!request.rawBody.isEmpty(), request.method == "POST"_L1);
         }
+        for (const auto name : {"x-api-key"_L1, "x-user-uuid"_L1})
+            QCOMPARE(m_service->log.beginningWith(u"Error: the request header %1 has"_s.arg(name)).size(), 1);
     }
 
     void wholeBody()
