@@ -45,9 +45,6 @@ private Q_SLOTS:
         QCOMPARE(beside->infoValue(u"CFBundleShortVersionString"_s), u"9.9"_s);
         QCOMPARE(beside->resource(u"View"_s, u"qml"_s), QUrl::fromLocalFile(folder + "/View.qml"_L1));
         QVERIFY(!beside->resource(u"Other"_s, u"qml"_s).isValid());
-        Bundle::load(*Bundle::atPath(write(m_folder.filePath(u"own"_s), R"({"CFBundleIdentifier":"ZelvanoUI"})")));
-        QCOMPARE(zelvano::zelvanoBundle()->resource(u"Info"_s, u"json"_s),
-                 QUrl::fromLocalFile(m_folder.filePath(u"own/Info.json"_s)));
     }
 
     /// The folder beside the executable comes before the compiled-in bundle. In a copy, since other programs run here.
