@@ -168,15 +168,24 @@ struct EventLog::Private : http::TrafficObserver, ZelvanoPrivateDelegate, std::e
         return fields;
     }
 
+    /// A slot may delete the log at each signal.
     void append(const QJsonObject &fields)
     {
         dropOldest(capacity - 1);
+        if (q)
+            insertLast(fields);
+        if (q)
+            Q_EMIT q->countChanged();
+        if (q)
+            Q_EMIT q->added(fields);
+    }
+
+    void insertLast(const QJsonObject &fields)
+    {
         const int row = q->count();
         q->beginInsertRows({}, row, row);
         entries.push_back({fields, titleOf(fields)});
         q->endInsertRows();
-        Q_EMIT q->countChanged();
-        Q_EMIT q->added(fields);
     }
 
     /// Keeps at most this number of entries.

@@ -120,6 +120,22 @@ private Q_SLOTS:
         QVERIFY(written.readAll().contains("last"));
     }
 
+    void endsInsideItsReport()
+    {
+        for (const bool isFull : {true, false}) {
+            auto log = std::make_unique<EventLog>();
+            log->setCapacity(1);
+            if (isFull)
+                log->add(u"host"_s, {});
+            QVERIFY(EngineFixture::wait([&] { return log->count() == isFull; }));
+            const auto end = [&log] { log.reset(); };
+            QObject::connect(log.get(), &EventLog::rowsRemoved, end);
+            QObject::connect(log.get(), &EventLog::countChanged, end);
+            log->add(u"host"_s, {});
+            QVERIFY(EngineFixture::wait([&] { return !log; }));
+        }
+    }
+
     void endsBeforeItsEngine()
     {
         EngineFixture service;
