@@ -81,7 +81,7 @@ make_root() {
   ! is_ready || return 0
   cp scripts/setup.sh "$root/srv/setup.new"
   mkdir -p "$root/root/.cache/ccache"
-  CCACHE=$cache/ccache-$release within "$root" timeout 1200 bash /srv/setup.new test || fail "setup.sh failed on $release"
+  CCACHE=$cache/ccache-$release within "$root" timeout 1200 bash /srv/setup.new front || fail "setup.sh failed on $release"
   mv "$root/srv/setup.new" "$root/srv/setup.sh"
 }
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# setup.sh [demo|test|check]: installs the Debian packages that the demo needs, or also those that the tests need, or all
-# (the default). Asks for root only when a package is missing.
+# setup.sh [demo|test|front|check]: installs the Debian packages that the demo needs, or also those of the tests, or also
+# those of the tests behind a front end, or all (the default). Asks for root only when a package is missing.
 set -euo pipefail
 demo=(
   # Build
@@ -16,17 +16,20 @@ demo=(
 )
 # The tests make certificates, play through GStreamer, and listen as a screen reader does.
 test=(openssl at-spi2-core dbus-daemon gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav)
+# Without these tst_Front is skipped. nginx starts a server of the machine, which nobody expects of a test.
+front=(nginx tinyproxy-bin)
 check=(
   clang libclang-rt-dev llvm clang-format clang-tidy cppcheck doxygen
   libbenchmark-dev pkgconf mmdebstrap strace valgrind
-  nginx tinyproxy-bin weston qt6-wayland
+  weston qt6-wayland
 )
 
 case ${1:-check} in
   demo) packages=("${demo[@]}") ;;
   test) packages=("${demo[@]}" "${test[@]}") ;;
-  check) packages=("${demo[@]}" "${test[@]}" "${check[@]}") ;;
-  *) echo "usage: scripts/setup.sh [demo|test|check]" >&2; exit 2 ;;
+  front) packages=("${demo[@]}" "${test[@]}" "${front[@]}") ;;
+  check) packages=("${demo[@]}" "${test[@]}" "${front[@]}" "${check[@]}") ;;
+  *) echo "usage: scripts/setup.sh [demo|test|front|check]" >&2; exit 2 ;;
 esac
 
 missing=()

@@ -133,7 +133,7 @@ private Q_SLOTS:
     {
         for (const auto &program : {u"/usr/sbin/nginx"_s, u"/usr/bin/tinyproxy"_s}) {
             if (!QFile::exists(program))
-                QSKIP(qPrintable(program + " is missing: scripts/setup.sh check installs it"_L1));
+                QSKIP(qPrintable(program + " is missing: scripts/setup.sh front installs it"_L1));
         }
     }
 
