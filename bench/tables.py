@@ -113,7 +113,7 @@ def list_and_bare_view():
 
     def bytes_of_one(name):
         less, more = (median(column(found[f"{name}/{size}"], "kb")) for size in sizes[1:])
-        return number((more - less) * 1024 / (sizes[2] - sizes[1]))
+        return number(round((more - less) * 1024 / (sizes[2] - sizes[1])))
 
     line = f"Beside its picture a video takes {bytes_of_one('showList')} bytes, in the bare view {bytes_of_one('showBare')}."
     return table(["", "list", "bare view", "ratio", "wanted"], rows) + "\n\n" + line, len(found[f"showList/{sizes[0]}"])
