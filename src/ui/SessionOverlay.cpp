@@ -65,6 +65,12 @@ void SessionOverlay::hide()
         overlay->setHidden(true);
 }
 
+void SessionOverlay::leaveWindow()
+{
+    if (const auto overlay = m_view)
+        overlay->setParentItem(nullptr);
+}
+
 void SessionOverlay::followPlayer()
 {
     if (const auto overlay = m_view)

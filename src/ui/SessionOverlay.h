@@ -18,6 +18,7 @@ public:
     void load(const QUrl &url);
     void showOver(QQuickItem *playerView, QSizeF videoSize);
     void hide();
+    void leaveWindow();
     /// Gives an existing overlay the frame that belongs to the player's view as it is now.
     void followPlayer();
     void drop();

@@ -338,10 +338,10 @@ QString ZelvanoViewController::getMediaSrcWithDomain(const QString &path) const
 
 void ZelvanoViewController::removeZelvanoRecommendations()
 {
+    const auto keepAlive = weak_from_this().lock(); // The host may drop it when the overlay goes.
     if (d->zelvano)
         d->zelvano->stop();
-    if (auto *overlay = d->overlay.view())
-        overlay->setParentItem(nullptr);
+    d->overlay.leaveWindow();
     d->nativeViews.takeDown();
     NotificationCenter::defaultCenter().removeObserver(this);
 }

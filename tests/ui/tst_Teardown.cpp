@@ -155,9 +155,10 @@ private Q_SLOTS:
     void insideACall_data()
     {
         addColumns<QString, bool>({"call", "drops"}); // Or dismisses.
-        for (const auto *call : {"selection", "selection by the page", "selection by the page, without event loop",
-                                 "selection in the list", "selection in the categories", "done", "focus", "native list",
-                                 "plug-in", "rotation", "frame at a rotation", "frame at a layout", "showing"}) {
+        for (const auto *call :
+             {"selection", "selection by the page", "selection by the page, without event loop",
+              "selection in the list", "selection in the categories", "done", "focus", "native list", "plug-in",
+              "rotation", "frame at a rotation", "frame at a layout", "showing", "removal"}) {
             for (const bool drops : {false, true})
                 QTest::addRow("%s, %s", call, drops ? "drop" : "dismiss") << QString::fromLatin1(call) << drops;
         }
@@ -209,8 +210,12 @@ private Q_SLOTS:
             QVERIFY(waitUntil([&] { return !scene.overlay()->isVisible(); }));
             connect(scene.overlay(), &QQuickItem::visibleChanged, scene.window.get(), endIt, Qt::SingleShotConnection);
             scene.show();
-        } else if (call.startsWith("frame"_L1)) {
+        } else if (call == "removal"_L1) {
             scene.service.settle(); // A call on its way keeps the controller.
+            connect(scene.overlay(), &QQuickItem::parentChanged, scene.window.get(), endIt, Qt::SingleShotConnection);
+            scene.controller->removeZelvanoRecommendations();
+        } else if (call.startsWith("frame"_L1)) {
+            scene.service.settle();
             scene.show();
             connect(scene.overlay(), &QQuickItem::widthChanged, scene.window.get(), endIt);
             if (call == "frame at a rotation"_L1)
