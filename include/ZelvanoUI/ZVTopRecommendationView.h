@@ -56,7 +56,8 @@ public:
     /// loads the first URL again.
     QUrl url() const;
     void setUrl(const QUrl &url);
-    /// The videos as JSON text. The page gets them once it is ready. Null before the first.
+    /// The videos as JSON text. The page gets them at once, if it has loaded, and with each of its ready commands.
+    /// Null before the first.
     QString jsonSuggestions() const;
     void setJsonSuggestions(const QString &json);
 

@@ -123,7 +123,7 @@ void ZVTopRecommendationView::setJsonSuggestions(const QString &json)
 
 void ZVTopRecommendationView::Private::pushSuggestions()
 {
-    if (!webView || !isReady)
+    if (!webView || url.isEmpty())
         return;
     const auto argument = jsonSuggestions.isNull() ? u"(null)"_s : jsonSuggestions;
     const QString script = "updateSuggestions("_L1 + argument + ");"_L1;
