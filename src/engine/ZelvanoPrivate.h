@@ -30,7 +30,7 @@ struct Zelvano::Private
         const auto before = std::pair(rules.state.progress, rules.state.error);
         auto actions = ask();
         if (before != std::pair(rules.state.progress, rules.state.error))
-            actions.insert(actions.begin(), Rules::NotifyProgress{});
+            actions.push_back(Rules::NotifyProgress{}); // Last: who hears of "Ready" has the videos.
         decisions.emplace_back(std::move(actions), listeners);
         actInOrder(lock);
     }

@@ -214,12 +214,12 @@ void Recommendations::begin()
     const auto player = self ? playerToWatch() : nullptr;
     if (player)
         beginSession(player);
-    if (self && isRunning() && !std::exchange(m_videos, {}).isEmpty())
-        Q_EMIT videosChanged();
     if (self && isRunning() != wasRunning)
         Q_EMIT runningChanged();
     if (self)
         updateStatus();
+    if (self && isRunning())
+        clearVideos(); // After the status: a session that is ready and has no videos recommends none.
     if (self && isRunning())
         Q_EMIT sessionBegan();
 }
@@ -274,8 +274,8 @@ void Recommendations::withdraw()
     }
     if (self && !m_isActive)
         endQuietly();
-    if (self && !m_isActive && !std::exchange(m_videos, {}).isEmpty())
-        Q_EMIT videosChanged();
+    if (self && !m_isActive)
+        clearVideos();
 }
 
 Recommendations::EndReason Recommendations::endReason() const
@@ -315,6 +315,12 @@ void Recommendations::suggestionsDidFetch(const ZVRecommendation &recommendation
     Q_EMIT videosChanged();
     if (self)
         Q_EMIT suggestionsFetched();
+}
+
+void Recommendations::clearVideos()
+{
+    if (!std::exchange(m_videos, {}).isEmpty())
+        Q_EMIT videosChanged();
 }
 
 /// The controller has created the overlay by now.

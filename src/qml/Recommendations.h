@@ -184,6 +184,7 @@ private:
     void beginSession(const std::shared_ptr<QObject> &player);
     void endQuietly();
     void withdraw();
+    void clearVideos();
     void updateStatus();
     EndReason endReason() const;
     void followPlayer();

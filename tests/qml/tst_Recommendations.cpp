@@ -521,6 +521,8 @@ private Q_SLOTS:
     {
         for (const auto scenario : {sandbox::Scenario::Ordinary, sandbox::Scenario::Empty}) {
             QmlHost host(player + session + list + categories);
+            const auto hear = u"%1.contentChanged.connect(() => hear('empty ' + %1.empty)); "_s;
+            host.run(hear.arg(u"list"_s) + hear.arg(u"rows"_s));
             host.service.sandbox.setScenario(scenario);
             host.service.fault(ZVReadyEvent, {.delay = 300ms}); // So that the lists are seen while they wait.
             const bool hasVideos = scenario == sandbox::Scenario::Ordinary;
@@ -531,6 +533,10 @@ private Q_SLOTS:
             QVERIFY(hasVideos ? host.waitForItems(u"list"_s, 4) && is(u"count > 0"_s) && is(u"contentHeight > 0"_s)
                               : is(u"empty"_s));
             QVERIFY(is(u"loading === false"_s) && is(u"empty === %1"_s.arg(hasVideos ? u"false"_s : u"true"_s)));
+            host.run(u"recs.start()"_s);
+            QCOMPARE(host.sessions(), 2);
+            QVERIFY(is(u"loading === false"_s));
+            QCOMPARE(host.heard().contains(u"empty true"_s), !hasVideos); // Not even for a moment.
         }
     }
 
