@@ -6,7 +6,7 @@ import QtWebEngine
 Item {
     id: content
 
-    // Receives the page's calls.
+    // Receives the page's calls; null after its end.
     required property var owner
 
     // Calls a function of the page's player. Does nothing before the page has a player.
@@ -16,7 +16,7 @@ Item {
 
     function evaluate(expression: var, call: var) {
         page.runJavaScript(`window.kPlayer?.evaluate(${JSON.stringify(expression)})`,
-                           value => content.owner.expressionDidEvaluate(call, value));
+                           value => content.owner?.expressionDidEvaluate(call, value));
     }
 
     QtObject {
@@ -25,16 +25,16 @@ Item {
         WebChannel.id: "kHost" // qmllint disable type
 
         function mediaDidChange(media) {
-            content.owner.mediaDidChange(Object(media));
+            content.owner?.mediaDidChange(Object(media));
         }
         function loadStateDidChange(state) {
-            content.owner.loadStateDidChange(Number(state) | 0);
+            content.owner?.loadStateDidChange(Number(state) | 0);
         }
         function playbackStateDidChange(state) {
-            content.owner.playbackStateDidChange(Number(state) | 0);
+            content.owner?.playbackStateDidChange(Number(state) | 0);
         }
         function eventDidFire(event, params) {
-            content.owner.eventDidFire(String(event), params);
+            content.owner?.eventDidFire(String(event), params);
         }
     }
 

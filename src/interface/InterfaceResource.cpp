@@ -3,9 +3,14 @@
 #include "Logging.h"
 #include <ZelvanoUI/Bundle.h>
 
+#include <QCoreApplication>
+#include <QPointer>
 #include <QQmlComponent>
 #include <QQmlEngine>
+#include <QQuickItem>
+#include <QThread>
 
+#include <memory>
 #include <tuple>
 
 namespace zelvano {
@@ -49,19 +54,44 @@ std::unique_ptr<QQuickItem> load(QQmlEngine &engine, const QString &name, QObjec
 
 } // namespace
 
-InterfaceResource::InterfaceResource(const QString &name, QObject *owner)
-    : m_engine(sharedEngine()), m_root(load(*m_engine, name, owner).release())
+class InterfaceResource::Tree : public QObject
 {
-}
+public:
+    Tree(const QString &name, QObject *owner) : root(load(*engine, name, owner).release()) {}
+    ~Tree() override { delete root; }
+
+    const std::shared_ptr<QQmlEngine> engine = sharedEngine(); // Deleted after the last tree.
+    const QPointer<QQuickItem> root; // A host may give it a parent object that is deleted first.
+};
+
+InterfaceResource::InterfaceResource(const QString &name, QObject *owner) : m_tree(new Tree(name, owner)) {}
 
 InterfaceResource::~InterfaceResource()
 {
-    delete m_root;
+    if (auto *const root = m_tree->root.data()) {
+        root->setProperty("owner", QVariant::fromValue<QObject *>(nullptr));
+        root->setParentItem(nullptr);
+        QCoreApplication::removePostedEvents(root, QEvent::MetaCall); // As if it were deleted now.
+    }
+    deleteAfterHandlers(m_tree);
+}
+
+QQuickItem *InterfaceResource::root() const
+{
+    return m_tree->root;
 }
 
 QQuickItem *InterfaceResource::outlet(const QString &objectName) const
 {
-    return m_root ? m_root->findChild<QQuickItem *>(objectName) : nullptr;
+    return root() ? root()->findChild<QQuickItem *>(objectName) : nullptr;
+}
+
+void deleteAfterHandlers(QObject *object)
+{
+    if (QThread::currentThread()->loopLevel() > 0)
+        object->deleteLater();
+    else
+        delete object;
 }
 
 } // namespace zelvano

@@ -2,19 +2,16 @@
 
 #include <ZelvanoUI/zelvanoui_export.h>
 
-#include <QObject>
-#include <QPointer>
-#include <QQuickItem>
 #include <QString>
 
-#include <memory>
-
-class QQmlEngine;
+class QObject;
+class QQuickItem;
 
 namespace zelvano {
 
 /// The object tree of a .qml file of the library's bundle. The file's root receives the owner, if any, as "owner";
-/// outlets are the objects with an objectName. Main thread.
+/// outlets are the objects with an objectName. The tree leaves the screen with the resource, and is deleted when no
+/// handler of its objects runs. Main thread.
 class ZELVANOUI_EXPORT InterfaceResource
 {
 public:
@@ -24,13 +21,17 @@ public:
     InterfaceResource &operator=(const InterfaceResource &) = delete;
     ~InterfaceResource();
 
-    QQuickItem *root() const { return m_root; }
+    QQuickItem *root() const;
     /// Null when the tree has no item of this name.
     QQuickItem *outlet(const QString &objectName) const;
 
 private:
-    std::shared_ptr<QQmlEngine> m_engine; // Shared by all resources; deleted after the last tree.
-    QPointer<QQuickItem> m_root;          // A host may give it a parent object that is deleted first.
+    class Tree;
+    Tree *const m_tree;
 };
+
+/// Deletes the object: as soon as the event loop returns from the handlers that run now, or at once without an event
+/// loop, which would never delete it.
+ZELVANOUI_EXPORT void deleteAfterHandlers(QObject *object);
 
 } // namespace zelvano

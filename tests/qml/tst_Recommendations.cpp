@@ -199,6 +199,37 @@ private Q_SLOTS:
         }
     }
 
+    /// The list's view goes inside a handler of the list, or of the host's own item in a cell.
+    void endInsideAList()
+    {
+        const std::pair<const char *, const char *> cases[] = {
+            {"filled", "recs.active = false"}, {"filled", "list.delegate = null"}, {"filled", "loader.active = false"},
+            {"made", "recs.active = false"},   {"clicked", "recs.active = false"}, {"clicked", "list.delegate = null"},
+        };
+        for (const auto &[when, action] : cases) {
+            const Case current(QByteArray(when) + ", " + action);
+            const auto elements =
+                u"property var list: loader.item; property bool ended\n"
+                "function act(what) { if (what === '%1' && !ended) { ended = true; %2 } }\n"
+                "Loader { id: loader; sourceComponent: RecommendationList { width: 320; height: 480\n"
+                "recommendations: recs; onContentChanged: if (count > 0) window.act('filled')\n"
+                "delegate: MouseArea { required property recommendedVideo video\n"
+                "Component.onCompleted: window.act('made'); onClicked: window.act('clicked') } } }\n"_s;
+            QmlHost host(player + session + elements.arg(QLatin1StringView(when), QLatin1StringView(action)));
+            QPointer<ZVItemView> view;
+            QVERIFY(host.wait([&] { // Inside an event loop, as in a host.
+                if (!view)
+                    view = host.viewIn(u"list"_s);
+                if (view)
+                    view->layoutIfNeeded();
+                if (view && view->cellForRow(1))
+                    tap(*host.window(), Pointer::Mouse, centreOf(view->cellForRow(1)));
+                return host.run(u"ended"_s).toBool();
+            }));
+            QVERIFY(waitUntil([&] { return !view; }));
+        }
+    }
+
     /// A frame that changes because the output goes away is no resize.
     void closing()
     {

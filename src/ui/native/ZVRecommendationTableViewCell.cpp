@@ -1,6 +1,7 @@
 #include "ZVRecommendationTableViewCell.h"
 
 #include "Choice.h"
+#include "Thumbnails.h"
 #include "ZVVideoCollectionViewCell.h"
 
 namespace zelvano {
@@ -25,6 +26,11 @@ void ZVRecommendationTableViewCell::setRecommendations(const ZVVideoList &videos
     m_recommendations = videos;
     if (m_videosCollectionView)
         m_videosCollectionView->reloadData();
+}
+
+void ZVRecommendationTableViewCell::setThumbnails(Thumbnails *thumbnails)
+{
+    m_thumbnails = thumbnails;
 }
 
 void ZVRecommendationTableViewCell::setCurrent(bool current)

@@ -36,7 +36,7 @@ public:
     /// Held weakly.
     void setDelegate(const std::shared_ptr<ZVRecommendationViewDelegate> &delegate) { m_delegate = delegate; }
     /// Not owned; null fetches no pictures.
-    void setThumbnails(Thumbnails *thumbnails) { m_thumbnails = thumbnails; }
+    void setThumbnails(Thumbnails *thumbnails);
 
     /// Null when the interface resource has none.
     ZVItemView *videosCollectionView() const { return m_videosCollectionView; }
@@ -56,7 +56,7 @@ private:
     QString m_category;
     ZVVideoList m_recommendations;
     std::weak_ptr<ZVRecommendationViewDelegate> m_delegate;
-    Thumbnails *m_thumbnails = nullptr;
+    QPointer<Thumbnails> m_thumbnails;
     QPointer<ZVItemView> m_videosCollectionView;
 };
 

@@ -10,7 +10,6 @@
 #include <QPointer>
 #include <QPropertyAnimation>
 #include <QRegularExpression>
-#include <QThread>
 #include <QTimer>
 
 namespace zelvano {
@@ -267,10 +266,8 @@ void ZVTopRecommendationView::end()
 {
     if (d->answersUnderWay > 0)
         d->endsAfterAnswer = true; // deleteLater() would act too early, in a nested event loop.
-    else if (QThread::currentThread()->loopLevel() > 0)
-        deleteLater();
     else
-        delete this; // No event loop runs that would delete it later.
+        deleteAfterHandlers(this);
 }
 
 void ZVTopRecommendationView::itemChange(ItemChange change, const ItemChangeData &data)
