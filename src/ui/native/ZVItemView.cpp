@@ -296,7 +296,7 @@ void ZVItemView::markCurrent()
     Q_EMIT currentCellChanged();
 }
 
-/// At an end the current row.
+/// The row that the key moves to: the current one at an end, and for a key without a meaning here.
 qint64 ZVItemView::rowForKey(int key) const
 {
     const auto last = m_count - 1;
