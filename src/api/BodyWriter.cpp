@@ -16,7 +16,7 @@ bool isPlain(QChar character)
     return code >= 0x20 && code < 0x7f && code != '"' && code != '\\';
 }
 
-/// Qt writes an array, which loses its brackets.
+/// Qt writes objects and arrays only, so this cuts the brackets off an array of one.
 QByteArray jsonOf(const QJsonValue &value)
 {
     return QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact).chopped(1).sliced(1);
@@ -78,7 +78,7 @@ void BodyWriter::appendText(QStringView text)
     m_json.resize(begin + text.size() + 2);
     char *to = m_json.data() + begin;
     *to++ = '"';
-    bool isAllPlain = true; // No early end, so that the compiler makes one step of several characters.
+    bool isAllPlain = true; // No early exit: the compiler vectorizes this loop.
     for (const auto character : text) {
         isAllPlain &= isPlain(character);
         *to++ = static_cast<char>(character.unicode());

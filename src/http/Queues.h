@@ -41,7 +41,7 @@ private:
     /// Those with at least one job. The elements keep their address.
     std::unordered_map<QByteArray, Queue> m_queues;
     std::vector<std::shared_ptr<Job>> m_ready;
-    /// The key of the last request. Events go to one URL, one after another.
+    // The key of the last request. The next one is often to the same URL.
     QUrl m_lastUrl;
     Purpose m_lastPurpose = Purpose::Call;
     QByteArray m_lastKey;

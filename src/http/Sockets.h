@@ -13,8 +13,8 @@ public:
     /// libcurl reports to this object for as long as the handle's connections live.
     void watch(CURL *easy);
 
-    /// True if the server has closed the connection from this local port, or sends without being asked. libcurl 7
-    /// reuses such a connection: it takes the bytes with which TLS says goodbye for a sign of life.
+    /// True if the server has closed the connection from this local port, or has sent bytes that no request asked for.
+    /// libcurl 7 reuses such a connection: it takes TLS's close_notify for a sign of life.
     bool isOver(int localPort) const;
 
 private:

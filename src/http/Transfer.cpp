@@ -120,7 +120,7 @@ std::optional<ErrorCode> Transfer::look(Clock::time_point now)
     const auto received = bytes(CURLINFO_SIZE_DOWNLOAD_T);
     const auto moved = received + bytes(CURLINFO_SIZE_UPLOAD_T);
     if (std::exchange(m_answer.moved, moved) != moved)
-        m_lastMove = std::max(m_lastMove, previousLook); // Not now, or a request without answer would last longer.
+        m_lastMove = std::max(m_lastMove, previousLook); // The earliest possible time: no timeout becomes longer.
     if (received > LargestAnswer) // The body of a redirect is not handed out, but its size is limited as well.
         return ErrorCode::AnswerTooLarge;
     const Request &request = m_job->request();

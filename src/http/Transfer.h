@@ -85,7 +85,7 @@ private:
     std::shared_ptr<Job> m_job;
     Clock::time_point m_begin;
     Clock::time_point m_lastLook;
-    Clock::time_point m_lastMove; ///< When bytes moved last, at the earliest.
+    Clock::time_point m_lastMove; ///< The last bytes moved at this time or later.
 
     /// The current job's answer so far.
     struct Answer
