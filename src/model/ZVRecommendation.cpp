@@ -7,6 +7,8 @@
 
 #include <QMutex>
 
+#include <utility>
+
 namespace zelvano {
 
 using namespace Qt::StringLiterals;
@@ -29,7 +31,7 @@ QJsonObject withoutExcess(QJsonObject answer)
 }
 
 /// The page picks videos by index, so array and records must hold the same entries.
-QJsonArray onlyObjects(const QJsonArray &videos)
+QJsonArray onlyObjects(const QJsonArray &videos, QStringList &lines)
 {
     QJsonArray objects;
     for (const auto &video : videos) {
@@ -37,17 +39,20 @@ QJsonArray onlyObjects(const QJsonArray &videos)
             objects.append(video);
     }
     if (const auto dropped = videos.size() - objects.size(); dropped > 0)
-        ZV_LOG("Error: " << dropped << " recommended videos are no JSON objects and were dropped");
+        lines.append(u"Error: %1 recommended videos are no JSON objects and were dropped"_s.arg(dropped));
     return objects;
 }
 
 } // namespace
 
-/// The mutex is held by the public functions.
+/// The public functions use it through an Access.
 struct ZVRecommendation::Private
 {
+    class Access;
+
     const QJsonObject answer;
     QMutex mutex{};
+    QStringList lines{}; ///< To log.
     std::optional<QJsonArray> sentVideos{};
     std::optional<QJsonArray> videosArray{};
     std::optional<ZVVideoList> videoList{};
@@ -58,7 +63,7 @@ struct ZVRecommendation::Private
     {
         if (!sentVideos) {
             if (const auto sent = videos(data(answer)))
-                sentVideos = onlyObjects(*sent);
+                sentVideos = onlyObjects(*sent, lines);
         }
         return sentVideos;
     }
@@ -91,12 +96,30 @@ struct ZVRecommendation::Private
                 fetchedRecommendations[category].push_back(record);
         }
         if (dropped > 0)
-            ZV_LOG("Error: " << dropped << " recommended videos have no category and belong to no group");
+            lines.append(u"Error: %1 recommended videos have no category and belong to no group"_s.arg(dropped));
         categories.emplace();
         for (const auto &[category, group] : fetchedRecommendations)
             categories->append(category);
         return *categories;
     }
+};
+
+/// Holds the lock. Logs after it: a host's message handler may wait for a thread that reads the same record.
+class ZVRecommendation::Private::Access
+{
+public:
+    explicit Access(Private &record) : m_record(record) { m_record.mutex.lock(); }
+    ~Access()
+    {
+        const auto lines = std::exchange(m_record.lines, {});
+        m_record.mutex.unlock();
+        for (const auto &line : lines)
+            ZV_LOG(line);
+    }
+    Q_DISABLE_COPY_MOVE(Access)
+
+private:
+    Private &m_record;
 };
 
 ZVRecommendation::ZVRecommendation(const QJsonObject &answer) : d(new Private{answer}) {}
@@ -127,19 +150,19 @@ QJsonValue ZVRecommendation::status() const
 
 ZVVideoList ZVRecommendation::videoList() const
 {
-    const QMutexLocker lock(&d->mutex);
+    const Private::Access access(*d);
     return d->keptVideoList();
 }
 
 std::size_t ZVRecommendation::videoCount() const
 {
-    const QMutexLocker lock(&d->mutex);
+    const Private::Access access(*d);
     return d->keptVideoList().size();
 }
 
 std::shared_ptr<ZVVideoParams> ZVRecommendation::firstVideo() const
 {
-    const QMutexLocker lock(&d->mutex);
+    const Private::Access access(*d);
     if (d->videoList)
         return d->videoList->empty() ? nullptr : d->videoList->front();
     const auto &sent = d->serviceVideos();
@@ -148,31 +171,31 @@ std::shared_ptr<ZVVideoParams> ZVRecommendation::firstVideo() const
 
 void ZVRecommendation::setVideoList(const std::optional<ZVVideoList> &list)
 {
-    const QMutexLocker lock(&d->mutex);
+    const Private::Access access(*d);
     d->videoList = list;
 }
 
 std::optional<QJsonArray> ZVRecommendation::videosArray() const
 {
-    const QMutexLocker lock(&d->mutex);
+    const Private::Access access(*d);
     return d->videosArray ? d->videosArray : d->serviceVideos();
 }
 
 void ZVRecommendation::setVideosArray(const std::optional<QJsonArray> &videos)
 {
-    const QMutexLocker lock(&d->mutex);
-    d->videosArray = videos ? std::optional(onlyObjects(*videos)) : std::nullopt;
+    const Private::Access access(*d);
+    d->videosArray = videos ? std::optional(onlyObjects(*videos, d->lines)) : std::nullopt;
 }
 
 QStringList ZVRecommendation::categories() const
 {
-    const QMutexLocker lock(&d->mutex);
+    const Private::Access access(*d);
     return d->groupedCategories();
 }
 
 std::optional<ZVVideoList> ZVRecommendation::videosForCategory(const QString &category) const
 {
-    const QMutexLocker lock(&d->mutex);
+    const Private::Access access(*d);
     if (!d->groupedCategories().contains(category))
         return std::nullopt;
     const auto group = d->fetchedRecommendations.find(category);
@@ -181,13 +204,13 @@ std::optional<ZVVideoList> ZVRecommendation::videosForCategory(const QString &ca
 
 ZVRecommendation::Groups ZVRecommendation::fetchedRecommendations() const
 {
-    const QMutexLocker lock(&d->mutex);
+    const Private::Access access(*d);
     return d->fetchedRecommendations;
 }
 
 void ZVRecommendation::setFetchedRecommendations(const Groups &groups)
 {
-    const QMutexLocker lock(&d->mutex);
+    const Private::Access access(*d);
     d->fetchedRecommendations = groups;
 }
 

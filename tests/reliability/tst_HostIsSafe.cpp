@@ -44,6 +44,7 @@ void writeOnMainThread(QtMsgType, const QMessageLogContext &, const QString &lin
 }
 
 std::vector<std::future<void>> uses;
+std::shared_ptr<ZVRecommendation> badRecord; ///< One of its videos is no object.
 
 /// A host's message handler that waits until another thread has used the library.
 void useOnAnotherThread(QtMsgType, const QMessageLogContext &, const QString &)
@@ -51,6 +52,7 @@ void useOnAnotherThread(QtMsgType, const QMessageLogContext &, const QString &)
     uses.push_back(std::async(std::launch::async, [] {
         UserDefaults::standard().stringForKey(ZVUserIdKey);
         request(ZVKeepAlive);
+        badRecord->videoList();
     }));
     if (uses.back().wait_for(5s) != std::future_status::ready)
         QTest::qFail("a lock is held while a line is logged", __FILE__, __LINE__);
@@ -146,12 +148,14 @@ private Q_SLOTS:
     void messageHandlerUsesTheLibrary()
     {
         UserDefaults::standard().setFilePath(u"/dev/null/defaults.json"_s);
+        badRecord = recommendations({{u"data"_s, QJsonObject{{u"videos"_s, QJsonArray{1}}}}});
         const auto previous = qInstallMessageHandler(useOnAnotherThread);
         UserDefaults::standard().setString(u"cannot be written"_s, ZVUserIdKey);
         request(ZVKeepAlive, u"two\nlines"_s);
+        badRecord->categories();
         qInstallMessageHandler(previous);
         UserDefaults::standard().setFilePath({});
-        QCOMPARE(uses.size(), 2U);
+        QCOMPARE(uses.size(), 3U);
     }
 
     void messageHandlerWaitsWhileTheApplicationEnds()
