@@ -75,6 +75,7 @@ int run(demo::StallProbe &application, const demo::Options &options, zelvano::Ev
         runner->start();
     }
     const int status = application.exec();
+    application.watchWebEngine([] { return true; }); // The host's end sends events, too.
     auto summary = application.summary();
     log.add(u"summary"_s, summary);
     if (options.stalls) {
