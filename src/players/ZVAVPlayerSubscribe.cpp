@@ -210,8 +210,10 @@ void ZVAVPlayerSubscribe::videoEnded(const Notification &)
 
 void ZVAVPlayerSubscribe::didSelectRecommndation(const Notification &notification)
 {
-    send(PlayerEvent::RecommendationClick);
     const auto url = notification.object.toUrl();
+    if (url.isValid()) // Without one the item stays.
+        stopObservingStatus(currentItem());
+    send(PlayerEvent::RecommendationClick);
     const bool isText = notification.object.typeId() == QMetaType::QString;
     const auto text = isText ? notification.object.toString() : url.toString(QUrl::FullyEncoded);
     const auto watched = player();
@@ -221,7 +223,6 @@ void ZVAVPlayerSubscribe::didSelectRecommndation(const Notification &notificatio
         ZV_LOG("Error: " << DidSelecteRecommendationNotification << " carries no URL, the video stays");
         return;
     }
-    stopObservingStatus(watched->currentItem());
     ZV_LOG("video-url: " << text);
     // The host that posted the choice starts it. The time observer stays.
     watched->replaceCurrentItemWithPlayerItem(AVPlayerItem::create(AVURLAsset(text)));

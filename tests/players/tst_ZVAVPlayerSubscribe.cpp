@@ -176,9 +176,12 @@ private Q_SLOTS:
         };
         for (const auto &[object, url] : cases) {
             create(false);
+            // The item that the choice replaces is watched no more.
+            m_engine->onCall = [this](const QString &) { m_player->becomeReady(60); };
             const LogCollector log;
             AdapterTest::click(object);
-            QCOMPARE(m_engine->take().first(), u"recommendationClick"_s);
+            const auto next = url.isNull() ? u"(ready)"_s : u"progress"_s;
+            QCOMPARE(m_engine->take().first(2), (QStringList{u"recommendationClick"_s, next}));
             QCOMPARE(m_adapter->videoId(), url.isNull() ? u"x:1"_s : url);
             QCOMPARE(log.lines().size(), 1);
             QCOMPARE(log.count("video-url: "_L1 + url), url.isNull() ? 0 : 1);
