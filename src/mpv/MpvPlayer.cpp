@@ -68,7 +68,7 @@ struct MpvPlayer::Private
     double received = 0;               // Where the last frame begins that mpv has buffered, in seconds.
     std::optional<double> receivedNow; // The same, as mpv answered at the end of a seek.
     double frameTime = 0;              // How long a frame is shown, in seconds; 0 while unknown.
-    bool isEndDue = false;             // mpv is at the end. Reported once mpv has answered.
+    bool isEndDue = false;             // mpv is at the end, which is not reported yet.
     bool hasEnded = false;
     bool hasFailed = false;
     double speed = 1;
@@ -271,9 +271,10 @@ struct MpvPlayer::Private
         Q_EMIT q->currentTimeChanged();
     }
 
+    /// The end of a seek decides whether mpv is at the end of the video, or of what a broken connection has served.
     void tellEnd()
     {
-        if (status != AVPlayerStatus::Unknown && !seek.isAwaiting() && std::exchange(isEndDue, false))
+        if (status != AVPlayerStatus::Unknown && !seek.isUnderWay() && std::exchange(isEndDue, false))
             reachEnd();
     }
 

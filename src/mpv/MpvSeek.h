@@ -21,7 +21,6 @@ public:
     void arrive(quint64 question) { m_question = question; }
     /// Whether an answer is about this seek. It is not if mpv has begun to seek again.
     bool awaits(quint64 question) const { return m_isUnderWay && m_question == question; }
-    bool isAwaiting() const { return m_question != 0; }
     /// Returns whether the player's last command has brought mpv here.
     bool end();
 

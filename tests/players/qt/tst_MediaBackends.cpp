@@ -165,6 +165,8 @@ error at a seek over mpv | send 0.2, begin, pause, hear pause, break, seek 2.5, 
   | begin, pause, (failed) | -
 error before a seek over mpv | send 0.2, begin, break, pause, hear pause, seek 2.5, hear (failed)
   | begin, pause, (failed) | -
+error at a seek from the end, no cache over mpv
+  | option demuxer-max-back-bytes 0, whole, break, seek 1, hear (failed) | whole, (failed) | -
 error after the end over ffmpeg | whole, break, play, hear (failed) | whole, play, (failed) | whole, play 0, (failed)
 error after the end over gstreamer | whole, break, play, hear (failed)
   | whole, play, seek 0, pause, (failed), pause | whole, play 0, (failed)
