@@ -44,6 +44,23 @@ struct Filling
     // Those with a cell when the recommendation came: two of one id in the same list both get a cell.
     QSet<Id> knownIds;
     std::size_t next = 0;
+
+    /// The next video that gets a cell, with its index; null at the end.
+    std::shared_ptr<ZVVideoParams> take()
+    {
+        while (next < videos.size()) {
+            const auto place = next++;
+            const auto &video = videos[place];
+            if (!video || knownIds.contains(idOf(*video)))
+                continue;
+            // A record that is in the list twice keeps the index of its first place.
+            const auto index = static_cast<std::size_t>(video->index());
+            if (index >= place || videos[index] != video)
+                video->setIndex(static_cast<qint64>(place));
+            return video;
+        }
+        return nullptr;
+    }
 };
 
 double ratioOf(const QImage &image)
@@ -153,21 +170,16 @@ void ZVListView::Private::fetchThumbnails(const std::shared_ptr<Filling> &fillin
     MainQueue::shared().cancelPreviousPerformRequests(filling.get());
     const double width = std::max(cellWidth(), leastPicture);
     const auto cell = items ? Thumbnails::pixels({width, width}, items) : QSize();
-    const auto &videos = filling->videos;
     const auto fetchNext = [weak = q->weak_from_this(), filling] {
         if (const auto self = weak.lock())
             self->d->fetchThumbnails(filling, fetchesAtOnce);
     };
     const auto pause = filling->next == 0 ? aFrame : aFrame.zero(); // The first cells are visible first.
     const auto awaited = std::make_shared<std::size_t>(0);
-    for (; filling->next < videos.size() && *awaited < count; ++filling->next) {
-        const auto &video = videos[filling->next];
-        if (!video || filling->knownIds.contains(idOf(*video)))
-            continue;
-        // A record that is in the list twice keeps the index of its first place.
-        const auto index = static_cast<std::size_t>(video->index());
-        if (index >= filling->next || videos[index] != video)
-            video->setIndex(static_cast<qint64>(filling->next));
+    while (*awaited < count) {
+        const auto video = filling->take();
+        if (!video)
+            return;
         ++*awaited;
         // Intended order: the cell is inserted, as a square, before the record gets its image.
         thumbnails.fetch(video, cell, [=, this] {
@@ -176,8 +188,7 @@ void ZVListView::Private::fetchThumbnails(const std::shared_ptr<Filling> &fillin
                 MainQueue::shared().performAfterDelay(filling.get(), pause, fetchNext);
         });
     }
-    if (filling->next < videos.size())
-        MainQueue::shared().performAfterDelay(filling.get(), longestWait, fetchNext);
+    MainQueue::shared().performAfterDelay(filling.get(), longestWait, fetchNext);
 }
 
 void ZVListView::insertNewRecommendation(const std::shared_ptr<ZVVideoParams> &video)
