@@ -26,13 +26,13 @@ QSize Thumbnails::pixels(QSizeF points, const QQuickItem *cell)
 
 void Thumbnails::fetch(const Video &video, QSize cell, const std::function<void()> &fetched)
 {
-    // The first videos are shown first.
-    const bool isWanted = m_fetches.size() + m_kept.size() < mostKept;
+    // The first videos are shown first. Of the others only the bytes are fetched.
+    const bool needsImage = m_fetches.size() + m_kept.size() < mostKept;
     const auto place = m_fetches.emplace(m_fetches.end());
     *place = requestThumbnail(
-        video, isWanted ? std::optional(cell) : std::nullopt,
+        video, needsImage ? std::optional(cell) : std::nullopt,
         [=, this](bool hasImage) {
-            if (isWanted || !hasImage) {
+            if (needsImage || !hasImage) {
                 auto &picture = m_pictures[video];
                 picture.isLeftOut = !hasImage;
                 picture.request = hasImage ? std::move(*place) : nullptr;
