@@ -1,34 +1,15 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import ZelvanoUI.Interface
 
-// Two columns of video cells that scroll downwards, on the host's own background.
-ZVItemView {
+// Two columns of video cells that scroll downwards.
+ZVNativeView {
     id: list
 
-    // The ZVListView that fills this view.
-    required property var owner
-
-    width: 320
-    height: 480
-    clip: true
-    activeFocusOnTab: count > 0
     columns: 2
-    mirrored: LayoutMirroring.enabled
     scroller: scroller
 
-    Accessible.role: Accessible.List
     Accessible.name: qsTr("Recommended videos")
-
-    LayoutMirroring.childrenInherit: true
-    // In a left-to-right application the host's items decide. Qt 6.4's qmllint does not know the direction.
-    Binding {
-        target: list.LayoutMirroring
-        property: "enabled"
-        value: true
-        when: Qt.application.layoutDirection === Qt.RightToLeft // qmllint disable type
-    }
 
     ListView {
         id: scroller
