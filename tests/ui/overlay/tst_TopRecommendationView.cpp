@@ -26,15 +26,10 @@ class Owner : public zelvano::ZVTopRecommendationViewDelegate
 public:
     void didSelecteRecommendation(ZVTopRecommendationView *, qint64 index) override { selected.append(index); }
     void viewDidDismiss(ZVTopRecommendationView *) override { QFAIL("The overlay never calls it."); }
-    void recommendationViewDidLoad() override
-    {
-        ++showings;
-        onShowing();
-    }
+    void recommendationViewDidLoad() override { ++showings; }
 
     QList<qint64> selected;
     int showings = 0;
-    std::function<void()> onShowing = [] {};
 };
 
 /// An overlay with its owner, in no window.
@@ -210,19 +205,6 @@ private Q_SLOTS:
             QCOMPARE(seen.join(u", "_s), expected);
             QCOMPARE(overlay.view->isFirstLoad(), expected.startsWith("picks"_L1));
         }
-    }
-
-    void showingTellsTheOwnerFirst()
-    {
-        Stage stage;
-        stage.owner->onShowing = [&] { QCOMPARE(stage.view->isVisible(), stage.owner->showings == 2); };
-        stage.view->setHidden(false);
-        stage.view->setHidden(false);
-        QVERIFY(stage.view->isVisible() && stage.owner->showings == 2);
-        stage.view->setHidden(true);
-        stage.view->setParentItem(nullptr);
-        stage.view->setParentItem(&stage.superview);
-        QVERIFY(!stage.view->isVisible() && stage.owner->showings == 2);
     }
 
     void transparentPage()
@@ -457,8 +439,9 @@ private Q_SLOTS:
 
         const auto heard = stage.owner->selected.size();
         stage.view->setHidden(true);
-        stage.view->setHidden(false);
-        QCOMPARE(stage.owner->showings, 2);
+        for (int time = 0; time < 2; ++time) // The owner hears of it each time.
+            stage.view->setHidden(false);
+        QCOMPARE(stage.owner->showings, 3);
         stage.view->setJsonSuggestions(u"[]"_s);
         stage.view->setDelegate(nullptr);
         stage.view->didSwipe(1);
