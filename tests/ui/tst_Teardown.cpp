@@ -158,7 +158,7 @@ private Q_SLOTS:
         for (const auto *call :
              {"selection", "selection by the page", "selection by the page, without event loop",
               "selection in the list", "selection in the categories", "done", "focus", "native list", "plug-in",
-              "rotation", "frame at a rotation", "frame at a layout", "showing", "removal"}) {
+              "rotation", "frame at a rotation", "frame at a layout", "showing", "removal", "Escape"}) {
             for (const bool drops : {false, true})
                 QTest::addRow("%s, %s", call, drops ? "drop" : "dismiss") << QString::fromLatin1(call) << drops;
         }
@@ -210,8 +210,14 @@ private Q_SLOTS:
             QVERIFY(waitUntil([&] { return !scene.overlay()->isVisible(); }));
             connect(scene.overlay(), &QQuickItem::visibleChanged, scene.window.get(), endIt, Qt::SingleShotConnection);
             scene.show();
-        } else if (call == "removal"_L1) {
+        } else if (call == "Escape"_L1) {
             scene.service.settle(); // A call on its way keeps the controller.
+            scene.show();
+            scene.overlay()->forceActiveFocus();
+            focus = connect(&scene.window->below, &QQuickItem::activeFocusChanged, scene.window.get(), endIt);
+            QTest::keyClick(scene.window.get(), Qt::Key_Escape);
+        } else if (call == "removal"_L1) {
+            scene.service.settle();
             connect(scene.overlay(), &QQuickItem::parentChanged, scene.window.get(), endIt, Qt::SingleShotConnection);
             scene.controller->removeZelvanoRecommendations();
         } else if (call.startsWith("frame"_L1)) {

@@ -24,6 +24,22 @@ constexpr auto swipeDuration = 250; // Milliseconds.
 
 struct ZVTopRecommendationView::Private
 {
+    /// A call in which the host may end the overlay, which is deleted after the outermost one.
+    class Call
+    {
+    public:
+        explicit Call(Private *overlay) : d(overlay) { ++d->callsUnderWay; }
+        Q_DISABLE_COPY_MOVE(Call)
+        ~Call()
+        {
+            if (--d->callsUnderWay == 0 && d->endsAfterCalls)
+                d->q->deleteLater();
+        }
+
+    private:
+        Private *const d;
+    };
+
     explicit Private(ZVTopRecommendationView *overlay) : q(overlay), keys(overlay) {}
 
     QQuickItem *root() const { return content ? content->root() : nullptr; }
@@ -37,9 +53,9 @@ struct ZVTopRecommendationView::Private
     bool isReady = false;
     bool isFirstLoad = true;
     bool isHidden = false;
-    bool hasFailed = false;  ///< The page could not be loaded.
-    int answersUnderWay = 0; ///< Depth of shouldStartLoadWithRequest().
-    bool endsAfterAnswer = false;
+    bool hasFailed = false; ///< The page could not be loaded.
+    int callsUnderWay = 0;
+    bool endsAfterCalls = false;
     QUrl url;
     QString jsonSuggestions;
     std::weak_ptr<ZVTopRecommendationViewDelegate> delegate;
@@ -164,6 +180,7 @@ bool ZVTopRecommendationView::isHidden() const
 
 void ZVTopRecommendationView::setHidden(bool hidden)
 {
+    const Private::Call call(d.get());
     if (hidden)
         d->keys.giveFocusBack();
     else if (const auto owner = delegate())
@@ -220,10 +237,8 @@ bool ZVTopRecommendationView::shouldStartLoadWithRequest(const QUrl &url)
             ZV_LOG("Error: the layout page sent an invalid address: " << reason.left(longest));
         return true;
     }
-    ++d->answersUnderWay;
+    const Private::Call call(d.get());
     d->carryOut(*command);
-    if (--d->answersUnderWay == 0 && d->endsAfterAnswer)
-        deleteLater();
     return false;
 }
 
@@ -264,8 +279,8 @@ void ZVTopRecommendationView::rendererDidEnd(int status, int exitCode)
 
 void ZVTopRecommendationView::end()
 {
-    if (d->answersUnderWay > 0)
-        d->endsAfterAnswer = true; // deleteLater() would act too early, in a nested event loop.
+    if (d->callsUnderWay > 0)
+        d->endsAfterCalls = true; // deleteLater() would act too early, in a nested event loop.
     else
         deleteAfterHandlers(this);
 }
