@@ -56,7 +56,7 @@ QString detailOf(const QJsonObject &fields)
 {
     if (fields.value("kind"_L1) == "request"_L1) {
         const auto position = fields.value("body"_L1).toObject().value("position"_L1);
-        return position.isUndefined() ? QString() : position.toString() + " s"_L1;
+        return position.isUndefined() ? QString() : QString::number(position.toString().toDouble(), 'f', 1) + " s"_L1;
     }
     for (const auto key : {"state"_L1, "title"_L1, "index"_L1, "frame"_L1, "value"_L1}) {
         if (fields.contains(key))

@@ -38,7 +38,7 @@ private Q_SLOTS:
         log.watch(service.engine);
         log.watch(service.engine); // No second listener.
         service.openView();
-        service.subscriber->position = 12.5;
+        service.subscriber->position = 12.5432;
         service.engine->playerEvent(u"pause"_s, service.subscriber);
         service.engine->addRecommendationView(service.subscriber);
         service.settle();
