@@ -11,8 +11,10 @@ void SessionLog::setRecommendations(Recommendations *recommendations)
     if (m_recommendations)
         disconnect(m_recommendations, nullptr, this, nullptr);
     m_recommendations = recommendations;
-    if (recommendations)
+    if (recommendations) {
+        connect(recommendations, &QObject::destroyed, this, &SessionLog::recommendationsChanged);
         connect(recommendations, &Recommendations::sessionBegan, this, &SessionLog::watchSession);
+    }
     watchSession();
     Q_EMIT recommendationsChanged();
 }
