@@ -69,8 +69,8 @@ private:
     void reachEnd()
     {
         pause();
-        zelvano::NotificationCenter::defaultCenter().post({zelvano::AVPlayerItemDidPlayToEndTimeNotification,
-                                                           QVariant::fromValue<QObject *>(currentItem().get())});
+        zelvano::NotificationCenter::defaultCenter().post(
+            {zelvano::AVPlayerItemDidPlayToEndTimeNotification, QVariant::fromValue<QObject *>(currentItem().get())});
     }
 
     QTimer m_end;
