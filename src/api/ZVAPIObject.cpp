@@ -158,10 +158,7 @@ void ZVAPIObject::addValue(const QJsonValue &value, const QString &key)
 {
     if (value.isNull() || value.isUndefined() || key.isNull())
         return;
-    forEachField(*this, [&](auto &field) {
-        if (field.key == key)
-            field.inBody.reset();
-    });
+    forEachField(*this, [&](auto &field) { field.isInBody = field.isInBody && field.key != key; });
     m_values.insert(key, value);
 }
 
@@ -169,8 +166,8 @@ Dictionary ZVAPIObject::params() const
 {
     auto all = m_values;
     forEachField(*this, [&](const auto &field) {
-        if (field.inBody)
-            all.insert(QString(field.key), QAnyStringView(textOf(*field.inBody)).toString());
+        if (field.isInBody)
+            all.insert(QString(field.key), QAnyStringView(textOf(field.value)).toString());
     });
     if (m_hasUserAgent)
         all.insert(ZVUserAgentKey, userAgent());
@@ -179,7 +176,7 @@ Dictionary ZVAPIObject::params() const
 
 void ZVAPIObject::setParams(const Dictionary &params)
 {
-    forEachField(*this, [](auto &field) { field.inBody.reset(); });
+    forEachField(*this, [](auto &field) { field.isInBody = false; });
     m_values = params;
     m_hasUserAgent = false;
 }
@@ -191,8 +188,8 @@ QByteArray ZVAPIObject::writeBody()
     m_hasUserAgent = true;
     BodyWriter body;
     forEachField(*this, [&](const auto &field) {
-        if (field.inBody)
-            body.addText(field.key, textOf(*field.inBody));
+        if (field.isInBody)
+            body.addText(field.key, textOf(field.value));
     });
     for (auto value = m_values.cbegin(); value != m_values.cend(); ++value)
         body.addValue(value.key(), value.value());

@@ -115,13 +115,13 @@ public:
     static void stopAllSessions();
 
 private:
-    /// What a setter keeps. The body holds its text, which is written when the call is sent.
+    /// What a setter keeps. If it is in the body, its text is written when the call is sent.
     template<class T, const QLatin1StringView &bodyKey> struct Field
     {
         using Value = T;
         static constexpr QLatin1StringView key = bodyKey;
         Value value{};
-        std::optional<Value> inBody; ///< The last value that was not absent.
+        bool isInBody = false;
     };
     template<const QLatin1StringView &key> using TextField = Field<QString, key>;
 
@@ -130,12 +130,17 @@ private:
 
     template<class Field> void set(Field &field, const typename Field::Value &value)
     {
-        field.value = value;
         if (isAbsent(value))
-            return;
-        field.inBody = value;
-        if (!m_values.isEmpty())
+            moveToValues(field);
+        else if (!m_values.isEmpty())
             m_values.remove(QString(field.key));
+        field = {value, !isAbsent(value)};
+    }
+    /// Leaves the body as it is when the field loses its value.
+    template<class Field> void moveToValues(const Field &field)
+    {
+        if (field.isInBody)
+            m_values.insert(QString(field.key), field.value);
     }
     template<class Self, class Visit> static void forEachField(Self &self, Visit visit);
     QByteArray writeBody();
