@@ -58,8 +58,8 @@ MainQueue::Duration delayOf(double seconds)
 template<class Call> void postToWider(const std::vector<std::shared_ptr<ZelvanoDelegate>> &listeners, const Call &call)
 {
     for (const auto &listener : listeners) {
-        if (const auto wider = std::dynamic_pointer_cast<ZelvanoPrivateDelegate>(listener))
-            MainQueue::shared().post([wider, call] { call(*wider); });
+        if (auto wider = std::dynamic_pointer_cast<ZelvanoPrivateDelegate>(listener))
+            MainQueue::shared().post([wider = std::move(wider), call] { call(*wider); });
     }
 }
 
