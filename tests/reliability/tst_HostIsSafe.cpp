@@ -52,7 +52,8 @@ void useOnAnotherThread(QtMsgType, const QMessageLogContext &, const QString &)
     uses.push_back(std::async(std::launch::async, [] {
         UserDefaults::standard().stringForKey(ZVUserIdKey);
         request(ZVKeepAlive);
-        badRecord->videoList();
+        if (badRecord)
+            badRecord->videoList();
     }));
     if (uses.back().wait_for(5s) != std::future_status::ready)
         QTest::qFail("a lock is held while a line is logged", __FILE__, __LINE__);
@@ -148,10 +149,10 @@ private Q_SLOTS:
     void messageHandlerUsesTheLibrary()
     {
         UserDefaults::standard().setFilePath(u"/dev/null/defaults.json"_s);
-        badRecord = recommendations({{u"data"_s, QJsonObject{{u"videos"_s, QJsonArray{1}}}}});
         const auto previous = qInstallMessageHandler(useOnAnotherThread);
         UserDefaults::standard().setString(u"cannot be written"_s, ZVUserIdKey);
         request(ZVKeepAlive, u"two\nlines"_s);
+        badRecord = recommendations({{u"data"_s, QJsonObject{{u"videos"_s, QJsonArray{1}}}}});
         badRecord->categories();
         qInstallMessageHandler(previous);
         UserDefaults::standard().setFilePath({});
